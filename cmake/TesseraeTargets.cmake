@@ -1,0 +1,52 @@
+# Flags shared by all of this project's own targets, and one function for each kind of target.
+
+add_library(tesserae_flags INTERFACE)
+target_compile_options(tesserae_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
+    $<$<BOOL:${TESSERAE_WARNINGS_AS_ERRORS}>:-Werror>)
+if(TESSERAE_SANITIZE)
+    target_compile_options(tesserae_flags INTERFACE
+        -fsanitize=${TESSERAE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(tesserae_flags INTERFACE -fsanitize=${TESSERAE_SANITIZE})
+endif()
+
+# tesserae_add_library(NAME [dependencies...]): one folder of sources as a static library whose
+# objects can go into a shared one. A folder of headers alone becomes an interface library.
+function(tesserae_add_library name)
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+    if(sources)
+        add_library(${name} STATIC ${sources})
+        set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON
+            CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+        target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+        target_link_libraries(${name} PUBLIC ${ARGN} PRIVATE $<BUILD_INTERFACE:tesserae_flags>)
+    else()
+        add_library(${name} INTERFACE)
+        target_include_directories(${name} INTERFACE ${PROJECT_SOURCE_DIR}/src)
+        target_link_libraries(${name} INTERFACE ${ARGN})
+    endif()
+endfunction()
+
+# tesserae_add_test(NAME [dependencies...]): every *.cpp of the calling folder in one GoogleTest
+# binary, each test a ctest entry of its own.
+function(tesserae_add_test name)
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+    if(NOT sources)
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE ${ARGN} tesserae_flags GTest::gtest GTest::gtest_main)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 240)
+endfunction()
+
+# tesserae_add_benchmark(NAME [dependencies...]): every *.cpp of the calling folder in one binary.
+function(tesserae_add_benchmark name)
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+    if(NOT sources)
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE ${ARGN} tesserae_flags benchmark::benchmark benchmark::benchmark_main)
+endfunction()

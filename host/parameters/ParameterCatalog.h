@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/parameters/ParameterInfo.h"
+
+namespace Quorvan::Processor {
+class IProcessor;
+}
+
+namespace Quorvan::Host {
+
+/// State of a processor that the text of a parameter depends on: "MoteWeaver_Pitch" counts steps of
+/// a scale while "MoteWeaver_Scale" chooses one.
+struct TextContext {
+    uint32_t scale = 0;  ///< choice of "MoteWeaver_Scale"
+
+    static TextContext Of(Processor::IProcessor& processor);
+};
+
+/// A position, or a sentence that says why there is none and what would do.
+struct TextResult {
+    std::optional<float> position;
+    std::string problem;
+};
+
+/// Every parameter of the processor: what it is called, how it moves, and its position as a text and
+/// back. Made once and only read after that, from any thread. Holds no processor.
+///
+/// Texts look like "1.25 kHz", "-6.0 dB", "Texture", "1/8" or "On". Reading takes what Text wrote, in
+/// any case and with or without the unit; the start of a choice's name where it is the only one; and
+/// "@0.25" for a bare position, with every parameter.
+class ParameterCatalog {
+public:
+    ParameterCatalog();
+    ~ParameterCatalog();
+    ParameterCatalog(const ParameterCatalog&) = delete;
+    ParameterCatalog& operator=(const ParameterCatalog&) = delete;
+
+    uint32_t Count() const;
+    /// index below Count.
+    const ParameterInfo& operator[](uint32_t index) const;
+    /// All in index order.
+    const std::vector<ParameterInfo>& All() const;
+
+    /// Index of a full name, whatever the case of its letters.
+    std::optional<uint32_t> Find(std::string_view name) const;
+    /// The names most like a mistyped one, best first.
+    std::vector<std::string> Nearest(std::string_view name, size_t count = 3) const;
+    /// The sentence for a name that Find does not know, with suggestions.
+    std::string UnknownName(std::string_view name) const;
+
+    /// What a position shows as. Empty for binary parameters.
+    std::string Text(uint32_t index, float position, const TextContext& context = {}) const;
+    /// The position that a text asks for. A number outside the range is a problem.
+    TextResult Position(uint32_t index, std::string_view text,
+                        const TextContext& context = {}) const;
+    /// The number behind a text: in the parameter's unit; the index of a choice; 0 or 1 of a switch.
+    double Value(uint32_t index, float position, const TextContext& context = {}) const;
+    /// The position of such a number, held to the range.
+    float PositionOfValue(uint32_t index, double value, const TextContext& context = {}) const;
+
+private:
+    class Implementation;
+    std::unique_ptr<const Implementation> implementation;
+};
+
+}  // namespace Quorvan::Host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cmath>
+
+namespace Quorvan::dsp {
+
+/// Static curve of a compressor: from the level of the detector to a gain in decibels, with a soft
+/// knee around the threshold.
+class CompressionCurve {
+public:
+    CompressionCurve() = default;
+    /// slope is the rise of the output above the threshold, 1 / ratio; threshold and knee in dB.
+    CompressionCurve(float thresholdDb, float slope, float kneeDb);
+
+    /// Gain in dB, at or below 0 for slopes below 1; level is linear.
+    float GainDb(float level) const {
+        if (level < quietLevel)
+            return 0.0f;
+        const float db = level >= kFloorLevel ? kDecibelsPerNeper * std::log(level) : kFloorDb;
+        const float above = db - threshold;
+        if (kneeIsZero || std::abs(2.0f * above) > knee)
+            return 2.0f * above > knee ? above * slopeMinusOne : 0.0f;
+        const float e = knee * 0.5f + above;
+        return kneeScale * e * slopeMinusOne * e;
+    }
+    /// The makeup for a signal at 0 dB: its gain reduction over the square root of 2, as a linear
+    /// gain.
+    float MakeupGain() const;
+
+private:
+    static constexpr float kDecibelsPerNeper = 8.685889f;
+    static constexpr float kFloorLevel = 1.0e-7f;
+    static constexpr float kFloorDb = -140.0f;
+
+    float threshold = 0.0f;
+    float slopeMinusOne = 0.0f;
+    float knee = 0.0f;
+    bool kneeIsZero = true;
+    float kneeScale = 0.0f;   ///< 0.5 / knee
+    /// A level that is below the knee beyond all rounding of the logarithm: no need to take it.
+    float quietLevel = 0.0f;
+};
+
+}  // namespace Quorvan::dsp

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "modulation/IGenerator.h"
+#include "primitives/SmootherLPF.h"
+
+namespace Quorvan::dsp {
+
+/// Sequence of up to 32 values, one a cycle of the generator, each with a random deviation that is
+/// drawn anew at every pass.
+///
+/// Inputs      0 rate, 1 NbSteps: rows read once a block
+/// Outputs     0 the present step's value, in the range of its StepVal parameter
+/// Parameters  0 to 12 as in IGenerator
+///             13 NbSteps 1..32
+///             14 CurrentStep 0..31: written once a block
+///             15 Smooth: glide as a fraction of a step
+///             16 LoopMode forward, backward, back and forth with the ends played twice, random
+///             17 RandomAmount: how far the deviations reach
+///             18.. StepVal1..32, whose range the owner gives
+///             50.. StepDev1..32 -1..1: written by the sequencer
+class StepSequencer final : public IGenerator {
+public:
+    static constexpr uint32_t kMaxSteps = 32;
+    enum Id : uint32_t {
+        NbSteps = kBaseParameterCount,
+        CurrentStep,
+        Smooth,
+        LoopMode,
+        RandomAmount,
+        StepVal1,
+        StepDev1 = StepVal1 + kMaxSteps
+    };
+    enum Loop : int32_t { kForward = 0, kBackward = 1, kBackAndForth = 2, kRandom = 3 };
+    static constexpr uint32_t kParameterCount = 82;
+
+    explicit StepSequencer(std::string moduleName);
+
+    void OnSetup(float rateHz, uint32_t blockSize) override;
+    void OnReset(bool hard) override;
+    bool UpdateParameters(ProcessBlock& block) override;
+    void Restart() override;
+    bool Generate(ProcessBlock& block) override;
+};
+
+}  // namespace Quorvan::dsp

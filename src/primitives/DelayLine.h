@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace Quorvan::dsp {
+
+/// Ring of samples with fractional reads. Sample loops write and do plain reads on data, size and
+/// writeIndex directly. Resize comes before the first read or write.
+class DelayLine {
+public:
+    enum Interpolation : int32_t {
+        kNone = 0,
+        kLinear = 1,
+        kPolynomial = 2,  ///< four points, fifth degree
+        kAllpass = 3      ///< one read a sample: the filter has a state
+    };
+
+    DelayLine() = default;
+    DelayLine(const DelayLine& other) { *this = other; }
+    DelayLine& operator=(const DelayLine& other);
+    virtual ~DelayLine() = default;
+
+    /// Takes the memory for length samples, all zero.
+    void Resize(int32_t length);
+    /// Zeroes the content, unless it is known to be zero, and starts over.
+    void Clear();
+    void Write(float x) {
+        data[writeIndex] = x;
+        ++writeIndex;
+        if (writeIndex >= size)
+            writeIndex -= size;
+    }
+    /// A delay of 1 reads the sample written last; fraction 0..1 adds to the delay. Any delay reads
+    /// inside the ring.
+    float Read(int32_t delay, float fraction, int32_t interpolation) {
+        const int64_t i = int64_t{writeIndex} - delay;
+        switch (interpolation) {
+            case kLinear: {
+                const float a = At(i);
+                return (At(i - 1) - a) * fraction + a;
+            }
+            case kPolynomial:
+                return ReadPolynomial(i, fraction);
+            case kAllpass:
+                return ReadAllpass(i, fraction);
+            default:
+                return At(i);
+        }
+    }
+
+    std::vector<float> storage;
+    float* data = nullptr;   ///< start of storage
+    bool isClear = false;    ///< nothing written since the memory was taken
+    int32_t size = 0;        ///< samples
+    int32_t writeIndex = 0;  ///< where the next sample goes
+    float allpassState = 0.0f;
+
+private:
+    /// The sample at an index brought into the ring. Delays within the ring are one round off at
+    /// most; only what lies further out takes a division.
+    float At(int64_t index) const {
+        if (index < 0)
+            index += size;
+        else if (index >= size)
+            index -= size;
+        return index >= 0 && index < size ? data[index] : AtFar(index);
+    }
+    float AtFar(int64_t index) const;
+    /// Runs through the two middle points with slope and curvature taken from all four.
+    float ReadPolynomial(int64_t index, float x) const {
+        const float p = At(index + 1);
+        const float a = At(index);
+        const float b = At(index - 1);
+        const float q = At(index - 2);
+        const float e = b - a;
+        const float g = q - p;
+        float result = (2.5f * g - 7.5f * e) + (3.0f * e + p - q) * x;
+        result = result * x + (4.5f * e - 1.5f * g);
+        result = result * x + ((b + p) * 0.5f - a);
+        result = result * x + (b - p) * 0.5f;
+        return result * x + a;
+    }
+    float ReadAllpass(int64_t index, float x);
+};
+
+}  // namespace Quorvan::dsp

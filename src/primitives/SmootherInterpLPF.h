@@ -1,0 +1,44 @@
+#pragma once
+
+#include "primitives/SmootherLPF.h"
+
+namespace Quorvan::dsp {
+
+/// One-pole low-pass that follows a straight ramp to the target instead of the jump, so that a
+/// target given once a block makes no corners.
+class SmootherInterpLPF : public SmootherLPF {
+public:
+    using SmootherLPF::SmootherLPF;
+
+    float Tick() override {
+        if (rampCounter + 1 < rampSteps) {
+            rampValue += rampIncrement;
+            ++rampCounter;
+        } else {
+            rampValue = target;
+        }
+        const double step = (rampValue - current) * coefficient;
+        if (step >= threshold || -step >= threshold)
+            current += step;
+        else
+            current = rampValue;
+        return static_cast<float>(current);
+    }
+    /// A new ramp from where the present one stands.
+    void SetTarget(float value) override;
+    void SetStartAndTarget(float start, float end) override;
+    void Reset(float value) override;
+
+    uint32_t rampSteps = 1;  ///< ticks of a ramp, at least 1
+    uint32_t rampCounter = 0;
+    double rampIncrement = 0.0;
+    double rampValue = 0.0;
+
+private:
+    void EndRamp() {
+        rampCounter = rampSteps - 1;
+        rampIncrement = 0.0;
+    }
+};
+
+}  // namespace Quorvan::dsp

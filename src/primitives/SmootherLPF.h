@@ -1,0 +1,31 @@
+#pragma once
+
+#include "primitives/Smoother.h"
+
+namespace Quorvan::dsp {
+
+/// One-pole low-pass; within 0.7 % of its target after time seconds, which are five time constants.
+/// Comes to rest exactly, when its steps become too small to matter.
+class SmootherLPF : public Smoother {
+public:
+    using Smoother::Smoother;
+
+    float Tick() override {
+        const double step = (target - current) * coefficient;
+        if (step >= threshold || -step >= threshold)
+            current += step;
+        else
+            current = target;
+        return static_cast<float>(current);
+    }
+    void SetTarget(float value) override;
+    void UpdateCoefficients() override;
+
+    double coefficient = 0.0;
+    double threshold = 1e-12;  ///< steps below this end the glide
+
+protected:
+    static double ThresholdFor(double value);
+};
+
+}  // namespace Quorvan::dsp

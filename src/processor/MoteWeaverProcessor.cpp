@@ -1,0 +1,308 @@
+#include "processor/MoteWeaverProcessor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <string>
+#include <tuple>
+
+namespace Quorvan::Processor {
+
+namespace {
+
+constexpr uint32_t kBufferCount = 13;
+constexpr float kHighPassCorner = 62.831856f;  // pi * 20 Hz
+constexpr float kFeedbackDelay = 0.005f;       // seconds
+constexpr float kFeedbackRoom = 0.02f;
+constexpr float kDryRoom = 0.01f;
+constexpr float kLatency = 0.003f;
+
+std::tuple<std::string> Named(const char* name) { return {name}; }
+
+/// Pade approximation of tanh, held to -1..1.
+float SoftClip(float x) {
+    const float square = x * x;
+    return std::clamp(x * (square + 27.0f) / (9.0f * square + 27.0f), -1.0f, 1.0f);
+}
+
+/// Moves count samples through a ring: what was written delay samples ago comes out.
+void RunDelay(dsp::DelayLine& line, uint32_t delay, const float* in, float* out, uint32_t count) {
+    float* const data = line.data;
+    int32_t write = line.writeIndex;
+    int32_t read = write - static_cast<int32_t>(delay);
+    if (read < 0)
+        read += line.size;
+    for (uint32_t i = 0; i < count; ++i) {
+        out[i] = data[read];
+        data[write] = in[i];
+        write = write + 1 == line.size ? 0 : write + 1;
+        read = read + 1 == line.size ? 0 : read + 1;
+    }
+    line.writeIndex = write;
+}
+
+dsp::Parameter AmountMapping() {
+    return dsp::Parameter::MakeContinuous("", dsp::PotardKind::kLinear, -1.0f, 1.0f, 0.5f);
+}
+
+}  // namespace
+
+MoteWeaverProcessor::MoteWeaverProcessor()
+    : MoteWeaverProcessorBase(
+          "", ProcessorTable(), Named("MoteWeaver"), Named("EnvFollower"), Named("Function1"),
+          Named("Function2"), Named("Function3"), Named("FX1"), Named("FX2"),
+          std::tuple(0x7fu, AmountMapping(), std::string("Modulations")), Named("LFO_Stereo_X"),
+          Named("LFO_Stereo_Y"), Named("Limiter"), Named("StepSeq"), Named("MasterVuL"),
+          Named("MasterVuR")) {
+    Granular().SetParameterNormalized(dsp::MoteWeaverId::Crossfade, 1.0f);
+    Granular().SetParameterNormalized(dsp::MoteWeaverId::BufferPersistence, 0.0f);
+    Granular().SetParameterValue(dsp::MoteWeaverId::TriggerMode, 0.0f);
+    TuneSources();
+    TuneSpatializer();
+    FillInitialChunk();
+    AppendParameters(AssignedTable());
+}
+
+dsp::FunctionGenerator<64>& MoteWeaverProcessor::Function(uint32_t index) {
+    return index == 0 ? Child<2>() : index == 1 ? Child<3>() : Child<4>();
+}
+
+void MoteWeaverProcessor::TuneSources() {
+    using F = dsp::FunctionGenerator<64>;
+    using S = dsp::StepSequencer;
+    namespace Kind = dsp::PotardKind;
+    Follower().SetParameterValue(dsp::EnvFollower::RMSWindowDurationMs, 0.0f);
+    Follower().Configure(dsp::EnvFollower::Attack, Kind::kLinear, 0.0f, 1.0f);
+    Follower().Configure(dsp::EnvFollower::Release, Kind::kLinear, 0.0f, 3.0f);
+    Follower().SetParameterValue(dsp::EnvFollower::FixedLinearGain, 1.0f);
+
+    for (uint32_t k = 0; k < 3; ++k) {
+        F& function = Function(k);
+        function.Configure(F::RateUnSynced, Kind::kPolynomial, 0.01f, 20.0f, 5.0f);
+        for (const uint32_t id : {uint32_t{F::MidiSync}, uint32_t{F::GateIn}, uint32_t{F::Bipolar},
+                                  uint32_t{F::GateOut}})
+            function.ConfigureStepped(id, 2);
+        function.ConfigureStepped(F::FeedbackNextPoint, 64);
+    }
+
+    Sequencer().Configure(S::RateUnSynced, Kind::kPolynomial, 0.01f, 40.0f, 5.0f);
+    Sequencer().Configure(S::Swing, Kind::kLinear, 50.0f, 75.0f);
+    Sequencer().ConfigureStepped(S::NbSteps, 16, 1.0f);
+    Sequencer().ConfigureStepped(S::CurrentStep, 16);
+    for (uint32_t i = 0; i < 32; ++i)
+        Sequencer().Configure(S::StepVal1 + i, Kind::kLinear, 0.0f, 1.0f);
+    Sequencer().SetParameterNormalized(S::SppHardFollow, 1.0f);
+}
+
+void MoteWeaverProcessor::TuneSpatializer() {
+    using L = dsp::LFO;
+    namespace Id = dsp::MoteWeaverId;
+    namespace Kind = dsp::PotardKind;
+    LfoX().Configure(L::RateUnSynced, Kind::kPolynomial, 0.0f, 20.0f, 7.0f);
+    LfoY().Configure(L::RateUnSynced, Kind::kLinear, 0.0f, 2000.0f);
+    for (L* lfo : {&LfoX(), &LfoY()})
+        lfo->SetParameterNormalized(L::ControlRate, 0.0f);
+    LfoX().SetParameterNormalized(L::Unipolar, 0.0f);
+    LfoY().SetParameterNormalized(L::Unipolar, 1.0f);
+    for (L* lfo : {&LfoX(), &LfoY()})
+        lfo->SetSyncedRates(kSpatializerNotes.data(), kSpatializerNotes.size());
+    Link(kSpatializerEnable, ModuleIndex::kMoteWeaver + Id::SpatializerEnabled);
+    Granular().Configure(Id::RandomWalkRate, Kind::kLinear, 0.0f, 2000.0f);
+    Granular().SetParameterValue(Id::CenterStereo, 0.0f);
+    Granular().SetParameterValue(Id::Distance, 0.0f);
+    Granular().SetParameterValue(Id::RandomDistance, 0.0f);
+    Granular().SetParameterValue(Id::DistanceRange, 15.0f);
+}
+
+void MoteWeaverProcessor::OnEffectSetup(float rate, uint32_t frames) {
+    blockSize = frames;
+    storage.assign(size_t{kBufferCount} * frames, 0.0f);
+    float* buffer = storage.data();
+    for (float** pair : {feedbackSend, feedbackReturn, stage, limited, slotOutA, slotOutB})
+        for (uint32_t c = 0; c < 2; ++c, buffer += frames)
+            pair[c] = buffer;
+    ramp = buffer;
+
+    const float t = std::tan(kHighPassCorner / rate);
+    dcB0 = 1.0f / (1.0f + t);
+    dcB1 = -dcB0;
+    dcA1 = (t - 1.0f) * dcB0;
+    for (uint32_t c = 0; c < 2; ++c) {
+        feedbackLines[c].Resize(static_cast<int32_t>(std::ceil(rate * kFeedbackRoom)));
+        dryLines[c].Resize(static_cast<int32_t>(std::ceil(rate * kDryRoom)));
+    }
+    feedbackDelay = static_cast<uint32_t>(std::floor(rate * kFeedbackDelay));
+
+    transportGain.range = 1.0;
+    for (dsp::Smoother* smoother : std::initializer_list<dsp::Smoother*>{
+             &feedbackGain, &dryWetMix, &granularVolume, &masterVolume, &envelopeGain,
+             &transportGain}) {
+        smoother->sampleRate = static_cast<double>(rate);
+        smoother->stepLength = 1;
+        smoother->UpdateCoefficients();
+    }
+    for (dsp::AlignedVector* row : {&lfoXOutput, &lfoYOutput}) {
+        row->assign(dsp::kRowHeadFloats + frames, 0.0f);
+        (*row)[dsp::kRowHeadFloats - 1] = dsp::kRowActive;
+    }
+    display.Setup(Granular());
+
+    granularInputs[dsp::MoteWeaverRow::AudioLeft] = feedbackReturn[0];
+    granularInputs[dsp::MoteWeaverRow::AudioRight] = feedbackReturn[1];
+    granularInputs[dsp::MoteWeaverRow::StereoX] = lfoXOutput.data() + dsp::kRowHeadFloats;
+    granularInputs[dsp::MoteWeaverRow::StereoY] = lfoYOutput.data() + dsp::kRowHeadFloats;
+    constexpr uint32_t kFirstRow = 6;
+    for (uint32_t channel = dsp::MoteWeaverRow::Pitch; channel < granularInputs.size(); ++channel)
+        granularInputs[channel] = Row(kFirstRow + channel - dsp::MoteWeaverRow::Pitch);
+    sampleRate = rate;
+}
+
+void MoteWeaverProcessor::OnEffectReset(bool) {
+    for (uint32_t c = 0; c < 2; ++c) {
+        std::fill_n(feedbackSend[c], blockSize, 0.0f);
+        feedbackLines[c].Clear();
+        dryLines[c].Clear();
+        dcInput[c] = dcOutput[c] = 0.0f;
+    }
+    display.ResetCounters();
+}
+
+uint32_t MoteWeaverProcessor::GetLatency() { return static_cast<uint32_t>(sampleRate * kLatency); }
+
+bool MoteWeaverProcessor::ProcessEffect(dsp::ProcessBlock& block, uint32_t channelMode) {
+    if (GetBypassState() == kBypassed)
+        return true;
+    const Inputs in{block.inputs[0], channelMode == kStereo ? block.inputs[1] : block.inputs[0],
+                    channelMode == kStereo};
+    RunModulation(block, in);
+    RunSpatializer(block);
+    RunGranular(block, in);
+    RunChild(OutputLimiter(), block, stage, 2, limited, 2);
+    RunLoopSlots(block);
+    RunFeedbackDelay(block.numFrames);
+    ApplyGain(granularVolume, limited, 2, block.numFrames);
+    ApplyGain(transportGain, limited, 2, block.numFrames);
+    float** signal = RunSlotsAt(1, block, limited);
+    MixDry(block, in, signal);
+    signal = RunSlotsAt(0, block, signal);
+    WriteOutput(block, channelMode, signal);
+    SendFeedback(block);
+    return true;
+}
+
+bool MoteWeaverProcessor::RunChild(dsp::Module& child, const dsp::ProcessBlock& block,
+                                   float** inputs, uint32_t inputCount, float** outputs,
+                                   uint32_t outputCount) {
+    dsp::ProcessBlock inner = block;
+    inner.inputs = inputs;
+    inner.numInputs = inputCount;
+    inner.outputs = outputs;
+    inner.numOutputs = outputCount;
+    return child.Process(inner);
+}
+
+void MoteWeaverProcessor::RunSpatializer(const dsp::ProcessBlock& block) {
+    float* rowX[] = {lfoXOutput.data() + dsp::kRowHeadFloats};
+    float* rowY[] = {lfoYOutput.data() + dsp::kRowHeadFloats};
+    RunChild(LfoX(), block, nullptr, 0, rowX, 1);
+    RunChild(LfoY(), block, nullptr, 0, rowY, 1);
+    namespace Id = dsp::MoteWeaverId;
+    std::fill_n(block.auxOutputs[2], block.numFrames, Granular().Position(Id::LfoStereoX_Out));
+    std::fill_n(block.auxOutputs[3], block.numFrames, Granular().Position(Id::LfoStereoY_Out));
+}
+
+void MoteWeaverProcessor::RunGranular(const dsp::ProcessBlock& block, const Inputs& in) {
+    const uint32_t frames = block.numFrames;
+    feedbackGain.FillBlock(ramp, frames);
+    const float* const sides[] = {in.left, in.right};
+    for (uint32_t c = 0; c < 2; ++c)
+        for (uint32_t i = 0; i < frames; ++i)
+            feedbackReturn[c][i] = SoftClip(feedbackReturn[c][i] * ramp[i]) + sides[c][i];
+    HighPass(frames);
+    RunChild(Granular(), block, granularInputs.data(),
+             static_cast<uint32_t>(granularInputs.size()), stage, 2);
+    display.Fill(Granular());
+}
+
+/// Both channels in one loop: each waits for its own last output.
+void MoteWeaverProcessor::HighPass(uint32_t frames) {
+    float* const left = feedbackReturn[0];
+    float* const right = feedbackReturn[1];
+    float x1[] = {dcInput[0], dcInput[1]};
+    float y1[] = {dcOutput[0], dcOutput[1]};
+    for (uint32_t i = 0; i < frames; ++i) {
+        const float x[] = {left[i], right[i]};
+        for (uint32_t c = 0; c < 2; ++c) {
+            y1[c] = dcB0 * x[c] + dcB1 * x1[c] - dcA1 * y1[c];
+            x1[c] = x[c];
+        }
+        left[i] = y1[0];
+        right[i] = y1[1];
+    }
+    for (uint32_t c = 0; c < 2; ++c) {
+        dcInput[c] = x1[c];
+        dcOutput[c] = y1[c];
+    }
+}
+
+/// What comes out of the lines here goes into the grains with the next block.
+void MoteWeaverProcessor::RunFeedbackDelay(uint32_t frames) {
+    for (uint32_t c = 0; c < 2; ++c)
+        RunDelay(feedbackLines[c], feedbackDelay, feedbackSend[c], feedbackReturn[c], frames);
+}
+
+void MoteWeaverProcessor::ApplyGain(dsp::Smoother& gain, float** channels, uint32_t count,
+                                    uint32_t frames) {
+    if (gain.IsAtRestAt(1.0))
+        return;
+    gain.FillBlock(ramp, frames);
+    for (uint32_t c = 0; c < count; ++c)
+        for (uint32_t i = 0; i < frames; ++i)
+            channels[c][i] *= ramp[i];
+}
+
+/// Equal-power crossfade with the input, which is as late as the limiter makes the wet signal.
+void MoteWeaverProcessor::MixDry(const dsp::ProcessBlock& block, const Inputs& in, float** signal) {
+    const uint32_t frames = block.numFrames;
+    const auto delay = static_cast<uint32_t>(OutputLimiter().LookaheadSamples());
+    RunDelay(dryLines[0], delay, in.left, stage[0], frames);
+    if (in.stereo)
+        RunDelay(dryLines[1], delay, in.right, stage[1], frames);
+    else
+        std::copy_n(stage[0], frames, stage[1]);
+    if (dryWetMix.IsAtRestAt(1.0))
+        return;
+    constexpr float kQuarterTurn = std::numbers::pi_v<float> * 0.5f;
+    const bool resting = dryWetMix.IsAtRest();
+    dryWetMix.FillBlock(ramp, frames);
+    float wetGain = std::sin(ramp[0] * kQuarterTurn);
+    float dryGain = std::cos(ramp[0] * kQuarterTurn);
+    for (uint32_t i = 0; i < frames; ++i) {
+        if (!resting) {
+            wetGain = std::sin(ramp[i] * kQuarterTurn);
+            dryGain = std::cos(ramp[i] * kQuarterTurn);
+        }
+        for (uint32_t c = 0; c < 2; ++c)
+            signal[c][i] = wetGain * signal[c][i] + dryGain * stage[c][i];
+    }
+}
+
+void MoteWeaverProcessor::WriteOutput(const dsp::ProcessBlock& block, uint32_t channelMode,
+                                      float** signal) {
+    const uint32_t frames = block.numFrames;
+    float** const out = block.outputs;
+    const uint32_t count = channelMode == kMonoOut ? 1 : 2;
+    if (channelMode == kMonoOut) {
+        for (uint32_t i = 0; i < frames; ++i)
+            out[0][i] = (signal[0][i] + signal[1][i]) * 0.5f;
+    } else {
+        for (uint32_t c = 0; c < 2; ++c)
+            if (out[c] != signal[c])
+                std::copy_n(signal[c], frames, out[c]);
+    }
+    ApplyGain(masterVolume, out, count, frames);
+    RunChild(Child<12>(), block, out, 1, nullptr, 0);
+    RunChild(Child<13>(), block, out + 1, 1, nullptr, 0);
+}
+
+}  // namespace Quorvan::Processor

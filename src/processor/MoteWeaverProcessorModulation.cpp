@@ -1,0 +1,131 @@
+// The processor's modulation stage and its effect slots.
+#include <algorithm>
+
+#include "processor/MoteWeaverProcessor.h"
+
+namespace Quorvan::Processor {
+
+namespace {
+
+enum Source : uint32_t { kFollowerSource, kFunctionSource, kSequencerSource = 4, kMacroSource };
+
+/// Destination rows behind the two audio channels of "FX1", effect by effect; -1 is no modulation.
+constexpr std::array<int8_t, 48> kSlotRows{
+    -1, 36, 37,                              // filter
+    38, -1,                                  // distortion
+    -1, 39, 40, 41,                          // compressor
+    -1, 42, 43, -1, -1, 44, 45, -1,          // delay
+    -1, 46, 47, -1, -1, 48, 49, 50, 51,      // octaver delay
+    -1, 52, 53, 54, 55, 56, -1, -1,          // tape echo
+    -1, 57, 58,                              // chorus
+    -1, 59, 60,                              // flanger
+    -1, -1, -1, 61, 62, 63, 64, -1           // reverb
+};
+/// Rows of "FX2" against those of "FX1".
+constexpr uint32_t kSlotRowStep = 30;
+
+}  // namespace
+
+void MoteWeaverProcessor::RunModulation(dsp::ProcessBlock& block, const Inputs& in) {
+    const uint32_t frames = block.numFrames;
+    std::fill_n(Matrix().GetSourceRow(kMacroSource), frames, Position(kMacro1));
+    std::fill_n(Matrix().GetSourceRow(kMacroSource + 1), frames, Position(kMacro2));
+    RunFollower(block, in);
+    RunFunctions(block);
+    RunSequencer(block);
+    RunChild(Matrix(), block, nullptr, 0, nullptr, 0);
+}
+
+void MoteWeaverProcessor::RunFollower(dsp::ProcessBlock& block, const Inputs& in) {
+    const uint32_t frames = block.numFrames;
+    Inputs heard = in;
+    if (Value(kEnvelopeFollowerSource) == 1.0f && block.numAuxInputs != 0) {
+        heard.stereo = block.numAuxInputs > 1;
+        heard.left = block.auxInputs[0];
+        heard.right = heard.stereo ? block.auxInputs[1] : block.auxInputs[0];
+    }
+    Follower().SetParameterNormalized(dsp::EnvFollower::StereoInput, heard.stereo ? 1.0f : 0.0f);
+    envelopeGain.FillBlock(ramp, frames);
+    for (uint32_t i = 0; i < frames; ++i)
+        stage[0][i] = ramp[i] * heard.left[i];
+    if (heard.stereo)
+        for (uint32_t i = 0; i < frames; ++i)
+            stage[1][i] = ramp[i] * heard.right[i];
+
+    float* source[] = {Matrix().GetSourceRow(kFollowerSource)};
+    RunChild(Follower(), block, stage, heard.stereo ? 2 : 1, source, 1);
+    Matrix().SourceUpdated(kFollowerSource, frames);
+    std::copy_n(heard.left, frames, block.auxOutputs[0]);
+    std::copy_n(source[0], frames, block.auxOutputs[1]);
+}
+
+void MoteWeaverProcessor::RunFunctions(const dsp::ProcessBlock& block) {
+    for (uint32_t k = 0; k < 3; ++k) {
+        float* rows[] = {Row(27 + k), Row(30 + k)};
+        float* source[] = {Matrix().GetSourceRow(kFunctionSource + k)};
+        RunChild(Function(k), block, rows, 2, source, 1);
+        Matrix().SourceUpdated(kFunctionSource + k, block.numFrames);
+    }
+}
+
+void MoteWeaverProcessor::RunSequencer(const dsp::ProcessBlock& block) {
+    const uint32_t frames = block.numFrames;
+    float* rate[] = {Row(33)};
+    float* const source = Matrix().GetSourceRow(kSequencerSource);
+    float* outputs[] = {source};
+    RunChild(Sequencer(), block, rate, 1, outputs, 1);
+    if (Position(kStepSeqBipolar) > 0.5f)
+        for (uint32_t i = 0; i < frames; ++i)
+            source[i] = 2.0f * source[i] - 1.0f;
+    const float* const row = Row(34);
+    dsp::Parameter& scale = ParameterAt(kStepSeqScale);
+    const float position = scale.GetNormalized();
+    for (uint32_t i = 0; i < frames; ++i)
+        ramp[i] = std::clamp(row[i] + position, 0.0f, 1.0f);
+    scale.MapPositions(ramp, frames);
+    for (uint32_t i = 0; i < frames; ++i)
+        source[i] *= ramp[i];
+    Matrix().SourceUpdated(kSequencerSource, frames);
+}
+
+template <uint32_t kSlot>
+void MoteWeaverProcessor::RunSlot(const dsp::ProcessBlock& block, float** inputs, float** outputs) {
+    constexpr uint32_t kFirstChild = 5;
+    constexpr uint32_t kShift = kSlot * kSlotRowStep;
+    FxVariant& slot = Child<kFirstChild + kSlot>();
+    const uint32_t mixId = kSlot == 0 ? kFX1DryWet : kFX2DryWet;
+    slot.SetParameterValue(FxVariant::DryWetInternal, LiveValue(mixId, 35 + kShift, block));
+    std::array<float*, kSlotChannels> channels{inputs[0], inputs[1]};
+    for (uint32_t k = 0; k < kSlotRows.size(); ++k)
+        channels[k + 2] =
+            kSlotRows[k] < 0 ? nullptr : Row(static_cast<uint32_t>(kSlotRows[k]) + kShift);
+    RunChild(slot, block, channels.data(), kSlotChannels, outputs, 2);
+}
+
+void MoteWeaverProcessor::RunLoopSlots(const dsp::ProcessBlock& block) {
+    if (fx1Position != 2) {
+        for (uint32_t c = 0; c < 2; ++c)
+            std::copy_n(limited[c], block.numFrames, feedbackSend[c]);
+        return;
+    }
+    const bool both = fx2Position == 2;
+    RunSlot<0>(block, limited, both ? stage : feedbackSend);
+    if (both)
+        RunSlot<1>(block, stage, feedbackSend);
+}
+
+/// Sends signal through the slots that sit at place, and answers where it is then.
+float** MoteWeaverProcessor::RunSlotsAt(int32_t place, const dsp::ProcessBlock& block,
+                                        float** signal) {
+    if (fx1Position == place) {
+        RunSlot<0>(block, signal, slotOutA);
+        signal = slotOutA;
+    }
+    if (fx2Position == place) {
+        RunSlot<1>(block, signal, slotOutB);
+        signal = slotOutB;
+    }
+    return signal;
+}
+
+}  // namespace Quorvan::Processor

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+#include "framework/Parameter.h"
+#include "processor/IProcessor.h"
+
+namespace Quorvan::dsp {
+class MoteWeaver;
+}
+
+/// Ways into a processor for shells that are linked with the library statically: pictures and texts
+/// need more than the interface shows. processor must come from this program's factory. Calls come
+/// between blocks.
+namespace Quorvan::Processor {
+
+dsp::MoteWeaver& GranularModuleOf(IProcessor& processor);
+/// The record behind a host index; null for the cells of the modulation matrix, the boundary's own
+/// parameters and indices out of range.
+dsp::Parameter* ParameterRecordOf(IProcessor& processor, uint32_t index);
+/// Host index of the parameter that a destination row (0 to 94) moves at present.
+uint32_t TargetOfRow(IProcessor& processor, uint32_t row);
+/// Bytes of the processor object itself, without its buffers.
+uint64_t ProcessorObjectBytes();
+
+}  // namespace Quorvan::Processor
