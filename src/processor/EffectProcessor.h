@@ -68,6 +68,11 @@ public:
     void OnReset(bool hard) override;
     bool OnProcess(dsp::ProcessBlock& block) override;
     bool UpdateParameters(dsp::ProcessBlock& block) override;
+    bool SetParameterNormalized(uint32_t id, float position) override {
+        // A preset load may begin and end between two blocks.
+        presetRaised = presetRaised || (id == PresetLoading && position >= 0.5f);
+        return Base::SetParameterNormalized(id, position);
+    }
 
     virtual void OnEffectSetup(float sampleRate, uint32_t blockSize) = 0;
     virtual void OnEffectReset(bool hard) = 0;
@@ -134,6 +139,7 @@ private:
 
     bool feedbackReady = false;  ///< a preset load has ended
     bool presetLoading = false;
+    bool presetRaised = false;   ///< a preset load has begun whose end is still to come
     uint64_t parameterChangeCount = 0;
     ParameterChange parameterChanges[N] = {};
     uint64_t blobChangeCount = 0;
@@ -178,7 +184,8 @@ bool EffectProcessor<N, B, M...>::UpdateParameters(dsp::ProcessBlock& block) {
     }
     if (this->IsChanged(PresetLoading)) {
         presetLoading = this->Position(PresetLoading) >= 0.5f;
-        if (!presetLoading) {
+        if (!presetLoading && presetRaised) {
+            presetRaised = false;
             this->Reset(false);
             feedbackReady = true;
         }

@@ -1,0 +1,77 @@
+#include <benchmark/benchmark.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "Scenarios.h"
+#include "processor/ProcessorInternals.h"
+
+namespace Quorvan::bench {
+namespace {
+
+using test::ProcessorRig;
+using test::Stereo;
+
+/// Time a frame, and the share of one core that keeps up with the rate.
+void RunScenario(benchmark::State& state, const Positions& positions) {
+    const auto rate = static_cast<float>(state.range(0));
+    ProcessorRig rig(rate);
+    rig.Set(positions);
+    const Stereo signal = Beats(rate);
+    for (int second = 0; second < 3; ++second)
+        rig.Run(signal);
+    size_t at = 0;
+    test::Channel left(rig.blockSize), right(rig.blockSize);
+    for (auto _ : state) {
+        rig.RunBlock({const_cast<float*>(&signal[0][at]), const_cast<float*>(&signal[1][at])},
+                     {left.data(), right.data()});
+        at += rig.blockSize;
+        if (at + rig.blockSize > signal[0].size())
+            at = 0;
+        benchmark::DoNotOptimize(left.data());
+    }
+    const double frames = static_cast<double>(state.iterations()) * rig.blockSize;
+    state.SetItemsProcessed(static_cast<int64_t>(frames));
+    using benchmark::Counter;
+    state.counters["ns_per_frame"] =
+        Counter(frames * 1e-9, Counter::kIsRate | Counter::kInvert);
+    state.counters["core_percent"] =
+        Counter(frames / static_cast<double>(rate) / 100.0, Counter::kIsRate | Counter::kInvert);
+}
+
+void BM_ProcessorIdle(benchmark::State& state) { RunScenario(state, kIdle); }
+void BM_ProcessorMedium(benchmark::State& state) { RunScenario(state, kMedium); }
+void BM_ProcessorWorst(benchmark::State& state) { RunScenario(state, kWorst); }
+BENCHMARK(BM_ProcessorIdle)->Arg(48000);
+BENCHMARK(BM_ProcessorMedium)->Arg(48000);
+BENCHMARK(BM_ProcessorWorst)->Arg(48000)->Arg(192000);
+
+double ResidentMegabytes() {
+    std::FILE* const file = std::fopen("/proc/self/statm", "r");
+    long total = 0, resident = 0;
+    const bool read = file != nullptr && std::fscanf(file, "%ld %ld", &total, &resident) == 2;
+    if (file != nullptr)
+        std::fclose(file);
+    return read ? static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6
+                : 0.0;
+}
+
+/// Memory that one processor takes: not a time.
+void BM_ProcessorResidentSize(benchmark::State& state) {
+    const auto rate = static_cast<float>(state.range(0));
+    double megabytes = 0.0;
+    for (auto _ : state) {
+        const double before = ResidentMegabytes();
+        ProcessorRig rig(rate);
+        rig.RunSilence(1);
+        megabytes = ResidentMegabytes() - before;
+    }
+    state.counters["resident_MB"] = megabytes;
+    state.counters["object_kB"] =
+        static_cast<double>(Processor::ProcessorObjectBytes()) / 1000.0;
+}
+BENCHMARK(BM_ProcessorResidentSize)->Arg(44100)->Arg(48000)->Arg(192000)->Iterations(1);
+
+}  // namespace
+}  // namespace Quorvan::bench

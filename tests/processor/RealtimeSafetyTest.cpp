@@ -1,0 +1,200 @@
+// What the audio path must not do: allocate, lock, call the system, leave the caller's mode changed.
+#include <gtest/gtest.h>
+#include <linux/seccomp.h>
+#include <pthread.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <random>
+#include <thread>
+
+#include "processor/DenormalGuard.h"
+#include "support/ProcessorRig.h"
+#include "support/TestSignals.h"
+
+namespace {
+
+thread_local bool trapping = false;
+thread_local uint64_t trapped = 0;
+
+void* Allocate(size_t size, size_t alignment) {
+    trapped += trapping ? 1 : 0;
+    void* const memory = std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void Release(void* memory) {
+    trapped += trapping && memory != nullptr ? 1 : 0;
+    std::free(memory);
+}
+
+}  // namespace
+
+// Every form of new and delete in this program counts while trapping is on.
+void* operator new(size_t size) { return Allocate(size, alignof(std::max_align_t)); }
+void* operator new[](size_t size) { return Allocate(size, alignof(std::max_align_t)); }
+void* operator new(size_t size, std::align_val_t alignment) {
+    return Allocate(size, static_cast<size_t>(alignment));
+}
+void* operator new[](size_t size, std::align_val_t alignment) {
+    return Allocate(size, static_cast<size_t>(alignment));
+}
+void operator delete(void* memory) noexcept { Release(memory); }
+void operator delete[](void* memory) noexcept { Release(memory); }
+void operator delete(void* memory, size_t) noexcept { Release(memory); }
+void operator delete[](void* memory, size_t) noexcept { Release(memory); }
+void operator delete(void* memory, std::align_val_t) noexcept { Release(memory); }
+void operator delete[](void* memory, std::align_val_t) noexcept { Release(memory); }
+void operator delete(void* memory, size_t, std::align_val_t) noexcept { Release(memory); }
+void operator delete[](void* memory, size_t, std::align_val_t) noexcept { Release(memory); }
+
+namespace Quorvan::Processor {
+namespace {
+
+using test::Channel;
+using test::ProcessorRig;
+
+/// Blocks over everything that a host can set while it plays: writes in every block, transport
+/// starts, stops and jumps, tempo changes. The loop itself allocates nothing.
+class HardLife {
+public:
+    HardLife() : input(rig.blockSize), left(rig.blockSize), right(rig.blockSize), random(3) {
+        rig.MakeAudible().Set("GUI Visible", 1.0f);
+        rig.EndPresetLoad();
+        rig.RunSilence(2);
+        data.inputs = inputs;
+        data.outputs = outputs;
+        data.inputCount = data.outputCount = 2;
+        data.frameCount = rig.blockSize;
+        inputs[0] = inputs[1] = input.data();
+        outputs[0] = left.data();
+        outputs[1] = right.data();
+    }
+    void Run(uint32_t blocks) {
+        for (uint32_t k = 0; k < blocks; ++k) {
+            for (float& sample : input)
+                sample = static_cast<float>(random()) / 4.3e9f - 0.5f;
+            for (int w = 0; w < 5; ++w) {
+                const auto index = static_cast<uint32_t>(random() % 3150);
+                // A bypass or a held panic would leave little to look at.
+                if (index < 3015 || index >= 3020)
+                    rig.processor->SetParameter(index, static_cast<float>(random()) / 4.3e9f);
+            }
+            data.tempo = 60.0f + static_cast<float>(random() % 120);
+            data.transportPlaying = k / 100 % 2;
+            data.songPosition = static_cast<float>(random() % 4 == 0 ? random() % 64 : k / 500);
+            rig.processor->Process(&data);
+            const ParameterChange* changes = nullptr;
+            const BlobChange* blobs = nullptr;
+            int32_t count = 0;
+            rig.processor->GetParameterChanges(&changes, &count);
+            rig.processor->GetBlobChanges(&blobs, &count);
+        }
+    }
+    ProcessorRig rig;
+
+private:
+    Channel input, left, right;
+    std::mt19937 random;
+    float* inputs[2];
+    float* outputs[2];
+    ProcessData data{};
+};
+
+TEST(RealtimeSafetyTest, TheTrapCatchesAnAllocation) {
+    trapped = 0;
+    trapping = true;
+    delete new int(3);
+    trapping = false;
+    EXPECT_EQ(trapped, 2u);
+}
+
+TEST(RealtimeSafetyTest, NothingIsAllocatedAfterSetup) {
+    HardLife life;
+    trapped = 0;
+    trapping = true;
+    life.Run(4000);
+    trapping = false;
+    EXPECT_EQ(trapped, 0u);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(RealtimeSafetyTest, NoSystemCallIsMade) {
+    // In strict mode the kernel ends the process at any call but read, write and exit: that covers
+    // locks that wait, memory from the system, files and clocks.
+    HardLife life;
+    life.Run(10);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        prctl(PR_SET_SECCOMP, SECCOMP_MODE_STRICT);
+        life.Run(3000);
+        syscall(SYS_exit, 0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+}
+#endif
+
+TEST(RealtimeSafetyTest, DenormalsAreFlushedAndTheCallersModeComesBack) {
+    volatile float tiny = 1e-30f;
+    const auto product = [&tiny] { return tiny * 1e-10f; };
+    EXPECT_NE(product(), 0.0f);
+    {
+        const DenormalGuard guard;
+        EXPECT_EQ(product(), 0.0f);
+    }
+    EXPECT_NE(product(), 0.0f);
+    ProcessorRig rig;
+    rig.RunSilence(3);
+    EXPECT_NE(product(), 0.0f);
+}
+
+TEST(RealtimeSafetyTest, AReaderOfTheDisplayNeverMeetsAWriter) {
+    // The reader takes the lock by one exchange, as a user interface does, and walks both vectors.
+    ProcessorRig rig;
+    rig.MakeAudible().Set("MoteWeaver_PlaybackQuantizationMode", 1.0f);
+    rig.RunSilence(1);
+    struct {
+        const float* buffer;
+        uint64_t heads[3];
+        const std::vector<uint32_t>* grains;
+        const std::vector<uint32_t>* markers;
+        std::atomic<int32_t>* lock;
+        uint64_t counts[2];
+    } record;
+    uint32_t size = sizeof(record);
+    ASSERT_TRUE(rig.processor->GetParameterBlob(136, reinterpret_cast<uint8_t*>(&record), &size));
+    std::atomic<bool> done{false};
+    std::atomic<uint64_t> reads{0};
+    std::thread reader([&] {
+        while (!done) {
+            if (record.lock->exchange(1) != 0)
+                continue;
+            uint64_t sum = 0;
+            for (const auto* vector : {record.grains, record.markers})
+                for (const uint32_t place : *vector)
+                    sum += place;
+            record.lock->store(0);
+            reads += sum > 0 ? 1 : 0;
+        }
+    });
+    const Channel noise = test::Noise(1, rig.blockSize * 2000, 0.3f);
+    rig.Run({noise, noise});
+    while (reads == 0)
+        std::this_thread::yield();
+    done = true;
+    reader.join();
+    EXPECT_GT(reads, 0u);
+}
+
+}  // namespace
+}  // namespace Quorvan::Processor

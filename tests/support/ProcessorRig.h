@@ -1,0 +1,156 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "processor/IProcessor.h"
+#include "support/ModuleRig.h"
+#include "support/SeededClock.h"
+
+namespace Quorvan::test {
+
+/// A processor made through the factory, driven block by block as a wrapper drives it. All chance in
+/// it follows from the seed.
+class ProcessorRig {
+public:
+    explicit ProcessorRig(float sampleRate = 48000.0f, uint64_t seed = 1) : rate(sampleRate) {
+        const SeededClock clock(seed);
+        factory.reset(GetProcessorFactory());
+        processor.reset(static_cast<Processor::IProcessor_V5*>(factory->CreateProcessor()));
+        processor->SetLogger(nullptr);
+        processor->Initialize(&rate);
+        blockSize = processor->GetBlockSize(rate);
+        for (auto* buffers : {&silence, &scratch})
+            for (Channel& channel : *buffers)
+                channel.assign(blockSize, 0.0f);
+    }
+
+    static uint32_t IndexOf(const std::string& name) {
+        static const std::map<std::string, uint32_t> indices = ReadNames();
+        const auto found = indices.find(name);
+        if (found == indices.end())
+            throw std::invalid_argument("no parameter " + name);
+        return found->second;
+    }
+    ProcessorRig& Set(const std::string& name, float position) {
+        processor->SetParameter(IndexOf(name), position);
+        return *this;
+    }
+    ProcessorRig& Set(const std::map<std::string, float>& positions) {
+        for (const auto& [name, position] : positions)
+            Set(name, position);
+        return *this;
+    }
+    float Get(const std::string& name) { return GetAt(IndexOf(name)); }
+    float GetAt(uint32_t index) {
+        float position = -1.0f;
+        processor->GetParameter(index, &position);
+        return position;
+    }
+    /// Full wet signal at unity and a cloud of medium grains.
+    ProcessorRig& MakeAudible() {
+        return Set({{"Dry / Wet", 1.0f},
+                    {"Granular Volume", 1.0f},
+                    {"Master Volume", 1.0f},
+                    {"MoteWeaver_MaxGrains", 1.0f},
+                    {"MoteWeaver_GranularPhaseHelper_RateUnSynced", 0.7f},
+                    {"MoteWeaver_GrainSizeAbsolute", 0.4f},
+                    {"MoteWeaver_ShapeParam", 0.5f},
+                    {"MoteWeaver_Shape", 0.3f},
+                    {"MoteWeaver_Pitch", 0.5f},
+                    {"MoteWeaver_RandomDirection", 1.0f},
+                    {"MoteWeaver_BufferLengthSynced", 0.5f},
+                    {"MoteWeaver_Speed", 0.75f}});
+    }
+    void EndPresetLoad() {
+        Set("PresetLoading", 1.0f);
+        RunSilence(1);
+        Set("PresetLoading", 0.0f);
+    }
+
+    /// One block over the given channels; the song moves on while it plays.
+    bool RunBlock(std::vector<float*> inputs, std::vector<float*> outputs,
+                  std::vector<float*> aux = {}, std::vector<float*> sideChain = {}) {
+        while (aux.size() < 4)
+            aux.push_back(scratch[aux.size()].data());
+        Processor::ProcessData data{};
+        data.inputs = inputs.data();
+        data.inputCount = static_cast<uint32_t>(inputs.size());
+        data.outputs = outputs.data();
+        data.outputCount = static_cast<uint32_t>(outputs.size());
+        data.frameCount = blockSize;
+        data.auxOutputs = aux.data();
+        data.auxOutputCount = static_cast<uint32_t>(aux.size());
+        data.auxInputs = sideChain.data();
+        data.auxInputCount = static_cast<uint32_t>(sideChain.size());
+        data.tempo = tempo;
+        data.songPosition = static_cast<float>(songPosition);
+        data.transportPlaying = playing ? 1 : 0;
+        data.processingMode = offline ? 1 : 0;
+        const bool result = processor->Process(&data);
+        if (playing)
+            songPosition += static_cast<double>(blockSize) / static_cast<double>(rate) *
+                            static_cast<double>(tempo) / 60.0;
+        return result;
+    }
+    /// Whole blocks of a stereo signal; what doesn't fill one is left out.
+    Stereo Run(const Stereo& input, const std::function<void()>& everyBlock = {}) {
+        Stereo output{Channel(input[0].size()), Channel(input[0].size())};
+        for (size_t at = 0; at + blockSize <= input[0].size(); at += blockSize) {
+            if (everyBlock)
+                everyBlock();
+            RunBlock({const_cast<float*>(&input[0][at]), const_cast<float*>(&input[1][at])},
+                     {&output[0][at], &output[1][at]});
+        }
+        return output;
+    }
+    Stereo RunSilence(uint32_t blocks) {
+        const Channel zeros(size_t{blocks} * blockSize, 0.0f);
+        return Run({zeros, zeros});
+    }
+
+    std::vector<Processor::ParameterChange> TakeParameterChanges() {
+        const Processor::ParameterChange* list = nullptr;
+        int32_t count = 0;
+        processor->GetParameterChanges(&list, &count);
+        return {list, list + count};
+    }
+    std::vector<Processor::BlobChange> TakeBlobChanges() {
+        const Processor::BlobChange* list = nullptr;
+        int32_t count = 0;
+        processor->GetBlobChanges(&list, &count);
+        return {list, list + count};
+    }
+
+    float rate;
+    float tempo = 120.0f;
+    double songPosition = 0.0;  ///< quarter notes
+    bool playing = false;
+    bool offline = false;
+    uint32_t blockSize = 0;
+    std::unique_ptr<Processor::IProcessorFactory> factory;
+    std::unique_ptr<Processor::IProcessor_V5> processor;
+    std::array<Channel, 4> silence, scratch;
+
+private:
+    static std::map<std::string, uint32_t> ReadNames() {
+        std::map<std::string, uint32_t> indices;
+        const std::unique_ptr<Processor::IProcessorFactory> maker(GetProcessorFactory());
+        const std::unique_ptr<Processor::IProcessor> made(maker->CreateProcessor());
+        for (uint32_t i = 0; i < Processor::kParameterCount; ++i) {
+            Processor::ParameterDescription description;
+            if (made->GetParameterDescription(i, &description))
+                indices[description.name] = i;
+        }
+        return indices;
+    }
+};
+
+}  // namespace Quorvan::test

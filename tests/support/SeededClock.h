@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+#include "primitives/Clock.h"
+
+namespace Quorvan::test {
+
+/// Stands in for the system's clock while it lives: each reading is a new number that follows from
+/// the seed.
+class SeededClock final : public prims::ClockSource {
+public:
+    explicit SeededClock(uint64_t seed) : now(seed), before(prims::ReplaceClock(this)) {}
+    ~SeededClock() override { prims::ReplaceClock(before); }
+    SeededClock(const SeededClock&) = delete;
+    SeededClock& operator=(const SeededClock&) = delete;
+
+    uint64_t Microseconds() override {
+        now = now * 6364136223846793005u + 1442695040888963407u;
+        return now >> 32;
+    }
+
+private:
+    uint64_t now;
+    prims::ClockSource* before;
+};
+
+}  // namespace Quorvan::test
