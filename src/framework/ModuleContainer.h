@@ -179,8 +179,8 @@ public:
         return {sampleRate, blockSize};
     }
 
-    /// The record behind an id of this container's id space, at any depth; null where there is none,
-    /// as in the modulation matrix.
+    /// The record behind an id of this container's id space, at any depth; null where there is
+    /// none, as in the modulation matrix.
     Parameter* FindRecord(uint32_t id) {
         if (IsOwn(id))
             return &ParameterAt(id);

@@ -24,6 +24,14 @@ void CopyPlainFields(Parameter& to, const Parameter& from) {
     to.freshness = from.freshness;
 }
 
+/// Without a jump in the loop, so that it runs in vectors.
+bool IsConstant(const float* values, uint32_t count) {
+    uint32_t different = 0;
+    for (uint32_t i = 1; i < count; ++i)
+        different += values[i] != values[0] ? 1 : 0;
+    return different == 0;
+}
+
 }  // namespace
 
 Parameter& Parameter::operator=(const Parameter& other) {
@@ -131,9 +139,8 @@ float Parameter::GetBlockValue(const ProcessBlock& block, uint32_t channel) {
 
 float Parameter::GetBlockNormalized(const ProcessBlock& block, uint32_t channel) {
     const float position = GetNormalized();
-    return IsRowActive(block, channel)
-               ? std::clamp(position + block.inputs[channel][0], 0.0f, 1.0f)
-               : position;
+    return IsRowActive(block, channel) ? std::clamp(position + block.inputs[channel][0], 0.0f, 1.0f)
+                                       : position;
 }
 
 void Parameter::FillBlockValues(const ProcessBlock& block, uint32_t channel, float* out) {
@@ -151,6 +158,12 @@ void Parameter::FillBlockValues(const ProcessBlock& block, uint32_t channel, flo
 void Parameter::MapPositions(float* positions, uint32_t count) const {
     if (kind == PotardKind::kRaw)
         return;
+    // Most rows stand still over a block: one sample stands for all.
+    if (count > 1 && IsConstant(positions, count)) {
+        MapPositions(positions, 1);
+        std::fill_n(positions + 1, count - 1, positions[0]);
+        return;
+    }
     if (kind == PotardKind::kStepped) {
         for (uint32_t i = 0; i < count; ++i)
             positions[i] = SteppedValue(positions[i]);
@@ -169,8 +182,7 @@ void Parameter::MapPositions(float* positions, uint32_t count) const {
 bool Parameter::WriteNormalized(float position, bool alreadyChanged) {
     // The comparison converts without storing, so that a pending value stays pending.
     const bool nowChanged =
-        alreadyChanged ||
-        position != (freshness == kValueNewer ? PositionOf(value) : normalized);
+        alreadyChanged || position != (freshness == kValueNewer ? PositionOf(value) : normalized);
     normalized = position;
     freshness = kNormalizedNewer;
     return nowChanged;

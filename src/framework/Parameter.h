@@ -75,10 +75,10 @@ public:
     bool WriteValue(float physical, bool alreadyChanged);
 
     const MappingTools::IPotardMapping* curve = nullptr;  ///< points into curveStorage
-    MappingTools::PotardMappingVariant curveStorage;  ///< the curve, by value
-    float rangeMin = 0.0f, rangeMax = 1.0f;           ///< ends of the curve's output range
-    bool reversed = false;                            ///< the position runs from 1 down to 0
-    std::string name;                                 ///< short name
+    MappingTools::PotardMappingVariant curveStorage;      ///< the curve, by value
+    float rangeMin = 0.0f, rangeMax = 1.0f;               ///< ends of the curve's output range
+    bool reversed = false;                                ///< the position runs from 1 down to 0
+    std::string name;                                     ///< short name
     uint32_t kind = PotardKind::kRaw;
     float steps = 2.0f;                      ///< stepped: number of steps
     float stepSize = 1.0f;                   ///< stepped: distance of one step, signed

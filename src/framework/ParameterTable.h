@@ -16,9 +16,9 @@ struct ParameterSpec {
     std::string name;
     uint32_t kind = PotardKind::kRaw;
     float min = 0.0f, max = 1.0f;
-    float curve = 0.5f;        ///< first argument of the curve
-    uint32_t steps = 2;        ///< stepped parameters: number of values
-    float stepSize = 1.0f;     ///< stepped parameters: distance of two values
+    float curve = 0.5f;     ///< first argument of the curve
+    uint32_t steps = 2;     ///< stepped parameters: number of values
+    float stepSize = 1.0f;  ///< stepped parameters: distance of two values
     Start start = Start::kBottom;
     float startAt = 0.0f;
 
@@ -35,11 +35,16 @@ struct ParameterSpec {
     /// A choice of count values from first on, step apart.
     static ParameterSpec Stepped(std::string name, uint32_t count, float first = 0.0f,
                                  float step = 1.0f) {
-        return {.name = std::move(name), .kind = PotardKind::kStepped, .min = first,
-                .steps = count, .stepSize = step};
+        return {.name = std::move(name),
+                .kind = PotardKind::kStepped,
+                .min = first,
+                .steps = count,
+                .stepSize = step};
     }
     /// The same row starting at a position in place of the bottom.
-    ParameterSpec AtPosition(float position) const { return StartingAt(Start::kPosition, position); }
+    ParameterSpec AtPosition(float position) const {
+        return StartingAt(Start::kPosition, position);
+    }
     /// The same row starting at a physical value.
     ParameterSpec AtValue(float value) const { return StartingAt(Start::kValue, value); }
 

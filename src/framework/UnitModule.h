@@ -33,7 +33,9 @@ public:
 
     Parameter& ParameterAt(uint32_t id) { return parameters[id]; }
     /// The record behind an id, null where there is none.
-    Parameter* FindRecord(uint32_t id) { return id < parameters.size() ? &parameters[id] : nullptr; }
+    Parameter* FindRecord(uint32_t id) {
+        return id < parameters.size() ? &parameters[id] : nullptr;
+    }
     float Value(uint32_t id) { return parameters[id].GetValue(); }
     float Position(uint32_t id) { return parameters[id].GetNormalized(); }
     /// The physical value truncated to an index.

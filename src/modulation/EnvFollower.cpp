@@ -12,7 +12,7 @@ namespace {
 
 constexpr float kTimeConstants = 5.0f;  // that Attack and Release stand for
 constexpr float kSilence = 0.000001f;   // an envelope below rests at 0
-/// Rounding leaves a rest in the running sum; below this it is taken for one.
+/// Rounding leaves a rest in the running sum; what is below this is taken for one.
 constexpr double kSumRest = 1e-10;
 /// Entries beyond the longest window, against its rounding.
 constexpr int32_t kSpareEntries = 5;

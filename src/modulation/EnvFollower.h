@@ -20,6 +20,8 @@ namespace Quorvan::dsp {
 ///             3 FixedLinearGain 0..100, on the measured level
 ///             4 StereoInput above 0.5: mean of both rectified inputs
 /// Latency     none, beyond the averaging of the window
+/// Method      The mean square is a running sum in double precision, held clear of drift by a floor
+///             of 1e-10: over a window of n samples, levels below sqrt(n) * 1e-5 read as silence.
 class EnvFollower : public UnitModule {
 public:
     enum Id : uint32_t { Attack, Release, RMSWindowDurationMs, FixedLinearGain, StereoInput };

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "framework/ParameterTable.h"
+#include "modulation/PhaseMath.h"
 
 namespace Quorvan::dsp {
 
@@ -18,8 +19,8 @@ constexpr float kInverseMiddleC = 0.003822256f;  // 1 / 261.6256 Hz
 /// A finished one-shot rests this far short of its start phase.
 constexpr double kShortOfEnd = 0.000001;
 
-const std::vector<float> kDefaultRates{8.0f, 4.0f, 2.0f, 1.0f, 0.5f, 0.25f, 0.125f, 0.0625f,
-                                       0.03125f};
+const std::vector<float> kDefaultRates{8.0f,  4.0f,   2.0f,    1.0f,    0.5f,
+                                       0.25f, 0.125f, 0.0625f, 0.03125f};
 
 ParameterTable BaseRows() {
     using P = ParameterSpec;
@@ -38,25 +39,6 @@ ParameterTable BaseRows() {
         P::Raw("SppHardFollow"),
         P::Raw("Swing").AtPosition(0.0f),
     };
-}
-
-/// Floor by way of an integer: the clocks stay far inside its range.
-double Floor(double x) {
-    const auto whole = static_cast<double>(static_cast<int64_t>(x));
-    return whole > x ? whole - 1.0 : whole;
-}
-
-double Frac(double x) { return x - Floor(x); }
-
-/// Frac of a sum of phase, 1 and step. Nearly always between 1 and 2, where the subtraction is all.
-double FracBehindOne(double x) { return x >= 1.0 && x < 2.0 ? x - 1.0 : Frac(x); }
-
-/// The same of a sum of phase and step.
-double FracBehindZero(double x) { return x >= 0.0 && x < 1.0 ? x : Frac(x); }
-
-/// Whether going from one position to another, in cycles, passes a whole number.
-bool Crosses(double from, double to) {
-    return static_cast<int64_t>(from) != static_cast<int64_t>(to);
 }
 
 }  // namespace
@@ -178,9 +160,9 @@ bool IGenerator::OnProcess(ProcessBlock& block) {
     FillRates(block);
     FollowSongPosition(block, run.playing && !run.wasPlaying);
     FollowTransport(run);
-    run.clock = run.playing ? static_cast<double>(lastSongPosition)
-                            : static_cast<double>(run.samplesPerStep) * beatsPerSample +
-                                  previousClock;
+    run.clock = run.playing
+                    ? static_cast<double>(lastSongPosition)
+                    : static_cast<double>(run.samplesPerStep) * beatsPerSample + previousClock;
     run.keyFactor = KeyFactor(block);
     if (restartPending)
         ApplyRestart(run);
@@ -338,8 +320,8 @@ void IGenerator::RunOneShotSynced(const Run& run) {
                 return;
             }
             tickBuffer[i] = 1.0f;
-            cycleBuffer[i] = cycleCount;
         }
+        cycleBuffer[i] = 0.0f;
         syncedPhase = FracBehindZero(syncedPhase + step);
         phaseBuffer[i] = static_cast<float>(syncedPhase);
     }
@@ -355,8 +337,8 @@ void IGenerator::RunSynced(const Run& run) {
     double perBeat = 0.0, step = 0.0, before = 0.0;
     for (uint32_t i = 0; i < run.steps; ++i) {
         if (i == 0 || rateBuffer[i] != rateBuffer[i - 1]) {
-            perBeat = 0.25 / static_cast<double>(rateBuffer[i]) *
-                      static_cast<double>(run.keyFactor);
+            perBeat =
+                0.25 / static_cast<double>(rateBuffer[i]) * static_cast<double>(run.keyFactor);
             step = perBeat * static_cast<double>(run.samplesPerStep) * beatsPerSample;
             before = CyclesAt(previousClock, perBeat);
         }
@@ -383,44 +365,48 @@ void IGenerator::RunFree(const Run& run) {
                               2.0 * static_cast<double>(1.0f - swing)};
     double phase = freePhase;
     double clock = run.clock;
-    double plainStep = 0.0, step = 0.0;
-    float known = 0.0f;
+    double plainStep = FreeStep(previousRate, run);
+    float usedRate = previousRate;
+    float count = cycleCount;
+    double step = swingOn ? plainStep / shares[IsOdd(count)] : plainStep;
     for (uint32_t i = 0; i < run.steps; ++i) {
-        const bool rateMoved = i == 0 || previousRate != known;
-        if (rateMoved) {
-            known = previousRate;
-            plainStep = FreeStep(known, run);
-        }
-        if (rateMoved || tickBuffer[i - 1] > 0.0f)
-            step = swingOn ? plainStep / shares[IsOddCycle() ? 1 : 0] : plainStep;
         const double from = phase + 1.0;
         const double to = from + step;
+        const bool starts = Crosses(from - start, to - start);
         phase = FracBehindOne(to);
-        previousRate = rateBuffer[i];
         previousClock = clock;
         clock += beatsPerSample;
-        if (Crosses(from - start, to - start)) {
-            cycleCount += 1.0f;
-            finished = finished || cycleCount > 0.0f;
+        if (starts) {
             tickBuffer[i] = 1.0f;
+            count += 1.0f;
+            finished = finished || count > 0.0f;
         }
-        cycleBuffer[i] = cycleCount;
-        phaseBuffer[i] = static_cast<float>(phase);
         if (mode == kOneShot && finished) {
-            freePhase = Frac(start + 0.999999);
             tickBuffer[i] = 0.0f;
-            phaseBuffer[i] = static_cast<float>(freePhase);
+            phase = Frac(start + 0.999999);
+        }
+        cycleBuffer[i] = count;
+        phaseBuffer[i] = static_cast<float>(phase);
+        if (starts || rateBuffer[i] != usedRate) {
+            usedRate = rateBuffer[i];
+            plainStep = FreeStep(usedRate, run);
+            step = swingOn ? plainStep / shares[IsOdd(count)] : plainStep;
+        }
+        if (mode == kOneShot && finished) {
+            freePhase = phase;
             Rest(i + 1, run.steps);
-            return;
+            break;
         }
     }
     freePhase = phase;
+    cycleCount = count;
+    previousRate = usedRate;
 }
 
-/// The second of a pair of cycles; so is the time from a restart to the first cycle.
-bool IGenerator::IsOddCycle() const {
-    const float half = cycleCount * 0.5f;
-    return half != std::floor(half);
+/// 1 in the second of a pair of cycles, and from a restart to the first cycle.
+uint32_t IGenerator::IsOdd(float cycles) {
+    const float half = cycles * 0.5f;
+    return half != std::floor(half) ? 1 : 0;
 }
 
 /// Position in cycles at a clock value.

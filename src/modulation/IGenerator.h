@@ -131,7 +131,7 @@ private:
         uint32_t steps;
         float samplesPerStep;
         bool playing, wasPlaying;
-        double clock;     ///< of the first step
+        double clock;  ///< of the first step
         float keyFactor;
     };
 
@@ -150,7 +150,7 @@ private:
     void RunOneShotSynced(const Run& run);
     void RunSynced(const Run& run);
     void RunFree(const Run& run);
-    bool IsOddCycle() const;
+    static uint32_t IsOdd(float cycles);
     double CyclesAt(double clock, double perBeat) const;
     double Warp(double cycles) const;
 };

@@ -18,9 +18,10 @@ namespace Quorvan::dsp {
 ///             13 Waveform sine, triangle, falling saw, rising saw, square, sample and hold
 ///             14 Amp 0..1
 ///             15 Smooth in seconds, or in cycles with 16 SmoothRateLinked
-///             17 Fade-in in seconds
+///             17 Fade: length of the fade-in in seconds
 ///             18 Stereo, 19 StereoSpread 0..360 degrees that the right channel is ahead
-///             20 SnHStereoMode: right held value late by twice the spread, or the left's negative
+///             20 SnHStereoMode: the right held value follows the left's late by twice the spread,
+///             or is its negative
 ///             21 Unipolar
 ///             22 CurrentPhaseFeedback, 23 CurrentValueLFeedback: written once a block
 class LFO final : public IGenerator {
@@ -48,6 +49,40 @@ public:
     bool UpdateParameters(ProcessBlock& block) override;
     void Restart() override;
     bool Generate(ProcessBlock& block) override;
+
+private:
+    static constexpr uint32_t kChannels = 2;
+    enum HeldStereo : uint32_t { kSpread = 0, kInverted = 1 };
+
+    float Draw();
+    void DrawHeld();
+    void SetSmoothingTime(float seconds);
+    float PhaseOffset(const ProcessBlock& block);
+    void FillShape(float* out, uint32_t steps, float spread, float offset) const;
+    void FillHeldLeft(float* out, uint32_t steps);
+    void FillHeldRight(float* out, uint32_t steps, float spread);
+    void Scale(float* out, uint32_t steps, float amplitude) const;
+    void ApplyFade(float* out, uint32_t steps) const;
+
+    // Coefficients.
+    uint32_t waveform = kSine;
+    uint32_t channelCount = 1;
+    uint32_t snhStereoMode = kSpread;
+    float lfoSampleRate = 1.0f;
+    float samplesPerStep = 44.0f;  ///< the block size under ControlRate
+    float fadeIncrement = 0.0f;    ///< of one step
+    bool unipolar = false;
+    bool smoothOn = false;
+    bool smoothRateLinked = false;
+
+    // State.
+    std::array<SmootherLPF, kChannels> smoothers{SmootherLPF{1.0}, SmootherLPF{1.0}};
+    std::array<float, kChannels> held{};  ///< sample and hold
+    float previousHeld = 0.0f;            ///< the left one at the last step's start
+    float lastPhase = 0.0f;
+    bool rightSwitched = false;  ///< the right channel has taken the left one's last value over
+    float fadePosition = 0.0f;   ///< over at 1
+    uint32_t randomState;
 };
 
 }  // namespace Quorvan::dsp

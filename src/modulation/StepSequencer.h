@@ -14,10 +14,10 @@ namespace Quorvan::dsp {
 ///
 /// Inputs      0 rate, 1 NbSteps: rows read once a block
 /// Outputs     0 the present step's value, in the range of its StepVal parameter
-/// Parameters  0 to 12 as in IGenerator
+/// Parameters  0 to 12 as in IGenerator; with SppHardFollow the clock's cycle count places the step
 ///             13 NbSteps 1..32
 ///             14 CurrentStep 0..31: written once a block
-///             15 Smooth: glide as a fraction of a step
+///             15 Smooth: glide as a fraction of a step, worked out where it is written
 ///             16 LoopMode forward, backward, back and forth with the ends played twice, random
 ///             17 RandomAmount: how far the deviations reach
 ///             18.. StepVal1..32, whose range the owner gives
@@ -44,6 +44,32 @@ public:
     bool UpdateParameters(ProcessBlock& block) override;
     void Restart() override;
     bool Generate(ProcessBlock& block) override;
+
+private:
+    void UpdateSmoothing();
+    int32_t StepCount(const ProcessBlock& block);
+    void Place(int32_t stepCount, bool locked);
+    void PlaceBeforeStart(int32_t stepCount, bool locked);
+    void PlaceByCycle(int32_t stepCount, int32_t cycle);
+    void Advance(int32_t stepCount);
+    void TurnOrMove(int32_t stepCount);
+    void DrawDeviations();
+    float StepOutput();
+    void Write(float* out, uint32_t count, float value);
+
+    // Coefficients.
+    std::array<float, kMaxSteps> stepValues;  ///< positions
+    int32_t loopMode = kForward;
+    bool smoothOn = false;
+
+    // State.
+    SmootherLPF smoother{1.0};
+    int32_t currentStep = 0;
+    int32_t lastCycle = 0;      ///< clock cycle of the last advance
+    uint32_t pingPongDown = 0;  ///< direction of the back and forth mode
+    uint32_t randomState;
+    bool needsPositioning = true;  ///< the next block places the sequence
+    bool smootherJustOn = true;    ///< the next output jumps instead of gliding
 };
 
 }  // namespace Quorvan::dsp

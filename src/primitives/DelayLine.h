@@ -23,9 +23,11 @@ public:
 
     /// Takes the memory for length samples, all zero.
     void Resize(int32_t length);
-    /// Zeroes the content, unless it is known to be zero, and starts over.
+    /// Zeroes the content, unless nothing has been written since Resize, and starts over. It comes
+    /// ahead of the first write past Write, of which the line knows nothing.
     void Clear();
     void Write(float x) {
+        isClear = false;
         data[writeIndex] = x;
         ++writeIndex;
         if (writeIndex >= size)
@@ -51,7 +53,7 @@ public:
 
     std::vector<float> storage;
     float* data = nullptr;   ///< start of storage
-    bool isClear = false;    ///< nothing written since the memory was taken
+    bool isClear = false;    ///< all zero still since Resize
     int32_t size = 0;        ///< samples
     int32_t writeIndex = 0;  ///< where the next sample goes
     float allpassState = 0.0f;

@@ -9,8 +9,8 @@
 // them. Any vector form must take the same steps.
 namespace Quorvan::dsp {
 
-/// 2^x for x from -126 on; smaller x counts as -126. Relative error below 6e-5: the fractional part is
-/// a rational curve, written straight into the bits of a float.
+/// 2^x for x from -126 on; smaller x counts as -126. Relative error below 6e-5: the fractional part
+/// is a rational curve, written straight into the bits of a float.
 inline float FastPow2(float x) {
     const float v = std::max(x, -126.0f);
     const float up = x < 0.0f ? 1.0f : 0.0f;
@@ -22,7 +22,8 @@ inline float FastPow2(float x) {
 /// e^x, likewise.
 inline float FastExp(float x) { return FastPow2(x * 1.442695f); }
 
-/// A parabola through the zeros and peaks of the sine, for a in -pi..pi. Absolute error below 0.056.
+/// A parabola through the zeros and peaks of the sine, for a in -pi..pi. Absolute error below
+/// 0.0561.
 inline float FastSin(float a) { return (1.2732395f - 0.40528473f * std::abs(a)) * a; }
 
 /// The same for a phase in turns, at or above 0.

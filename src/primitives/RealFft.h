@@ -16,8 +16,8 @@ public:
 
     /// Takes memory and tables for length samples, at least 4.
     void Resize(int64_t length);
-    /// N samples to N/2 + 1 interleaved complex bins, unscaled; dst has room for N + 2 floats and is
-    /// not src.
+    /// N samples to N/2 + 1 interleaved complex bins, unscaled; dst has room for N + 2 floats and
+    /// is not src.
     void Forward(const float* src, float* dst) const {
         prims::ippsFFTFwd_RToCCS_32f(src, dst, spec, workMemory);
     }

@@ -1,0 +1,248 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "basictools/math/mapping/BlockMath.h"
+#include "basictools/math/mapping/CException.h"
+#include "basictools/math/mapping/PotardKind.h"
+#include "basictools/math/mapping/PotardMappingUtils.h"
+#include "support/TestSignals.h"
+
+namespace Quorvan::MappingTools {
+namespace {
+
+using namespace PotardKind;
+
+PotardMappingVariant Make(uint32_t kind, float x = 0.5f, float y = 0.5f) {
+    return PotardMappingUtils::Create(kind, x, y);
+}
+
+using Curve = std::function<double(double)>;
+
+/// One curve in double precision, written from its geometry, and its place in the variant.
+struct Case {
+    uint32_t kind, tag;
+    float x, y;
+    Curve curve;
+    double low = 0.0, high = 1.0;  ///< ends of the output
+};
+
+Curve Rise(double k) {
+    return [k](double x) { return std::expm1(x * k) / std::expm1(k); };
+}
+Curve Power(double p) {
+    return [p](double x) { return std::pow(x, p); };
+}
+/// The mirror image through (0.5, 0.5) of a curve over the upper half.
+Curve Odd(Curve upper) {
+    return [upper](double x) {
+        return 0.5 + std::copysign(0.5 * upper(std::fabs(2 * x - 1)), x - 0.5);
+    };
+}
+/// A power that ends in (c, c), and its mirror image from there to the top.
+Curve Meeting(double c, double p) {
+    return [c, p](double x) {
+        return x < c ? c * std::pow(x / c, p) : 1 - (1 - c) * std::pow((1 - x) / (1 - c), p);
+    };
+}
+/// A line in the reciprocal from b down to a, as a fraction of the range.
+Curve Reciprocal(double a, double b) {
+    return [a, b](double x) { return (1 / (x / a + (1 - x) / b) - a) / (b - a); };
+}
+
+std::vector<Case> Cases() {
+    const Curve line = [](double x) { return x; };
+    const Curve topPower = [](double x) { return 1 - std::pow(1 - x, 3); };
+    const Curve ratio = [](double x) { return x < 0.5 ? 1 / (8 - 14 * x) : 14 * x - 6; };
+    const Curve knee = [](double x) { return x < 0.75 ? 0.2 * x / 0.75 : 1 - 3.2 * (1 - x); };
+    return {{kRaw, 1, 0.0f, 0.0f, line},
+            {kLinear, 1, 0.0f, 0.0f, line},
+            {kPolynomial, 3, 4.0f, 0.5f, Power(4)},
+            {kPolynomial, 3, 0.25f, 0.5f, Power(0.25)},
+            {kInvPolynomial, 4, 3.0f, 0.5f, topPower},
+            {kExponential, 5, 6.9f, 0.5f, Rise(6.9f)},
+            {kExponential, 5, -3.0f, 0.5f, Rise(-3)},
+            {kBipolarExp, 6, 4.0f, 0.5f, Odd(Rise(4))},
+            {kBipolarPolynomial, 7, 3.0f, 0.5f, Odd(Power(3))},
+            {kBipolarPolynomial, 7, 2.0f, 0.5f, Odd(Power(2))},
+            {kBipolarVariableCenter, 8, 2.5f, 0.3f, Meeting(0.3f, 2.5)},
+            {kFixedExponential, 5, 0.0f, 0.0f, Rise(4.429489)},
+            {kEnveloppeTime, 9, 0.0f, 0.0f, nullptr},
+            {kMixerTime, 10, 0.0f, 0.0f, nullptr},
+            {kVuMeter, 11, 0.0f, 0.0f, nullptr},
+            {kHarmonic, 12, 8.0f, 0.5f, ratio, 0.125, 8.0},
+            {kReverse, 2, 0.0f, 0.0f, [](double x) { return 1 - x; }, 1.0, 0.0},
+            {kPiecewiseLinear, 13, 0.2f, 0.5f, knee},
+            {kInverse, 14, 2.0f, 50.0f, Reciprocal(2, 50), 1.0, 0.0},
+            {kInverse, 14, -50.0f, -2.0f, Reciprocal(-50, -2), 1.0, 0.0},
+            {kSemiToneToFreq, 15, 27.5f, 97.0f, [](double x) { return 27.5 * std::exp2(8 * x); },
+             27.5, 7040.0}};
+}
+
+std::vector<float> Positions(uint32_t seed) {
+    std::vector<float> positions = test::Noise(seed, 301);
+    for (float& x : positions)
+        x = std::fabs(x);
+    positions.insert(positions.end(), {0.0f, 0.3f, 0.5f, 0.75f, 1.0f, 1e-30f});
+    return positions;
+}
+
+TEST(PotardMappingTest, EveryKindFollowsItsFormulaAndItsInverse) {
+    for (const Case& c : Cases()) {
+        SCOPED_TRACE("kind " + std::to_string(c.kind) + " x " + std::to_string(c.x));
+        const PotardMappingVariant held = Make(c.kind, c.x, c.y);
+        const IPotardMapping& curve = *held.Get();
+        EXPECT_EQ(held.Tag(), c.tag);
+        EXPECT_EQ(curve.IsAbsolute(), c.kind == kHarmonic || c.kind == kSemiToneToFreq);
+        // A few roundings of numbers as large as the largest value, more where reciprocals cancel.
+        const double largest = std::max({1.0, c.low, c.high});
+        const double tolerance = (c.kind == kInverse ? 3e-6 : 1e-6) * largest;
+        for (const float x : Positions(c.kind)) {
+            if (!c.curve)
+                continue;
+            EXPECT_NEAR(curve.Map(x), c.curve(x), tolerance) << x;
+            // The inverse is tried on values: positions are lost where a curve is flat.
+            const float value = static_cast<float>(c.low + (c.high - c.low) * double{x});
+            EXPECT_NEAR(curve.Map(curve.Unmap(value)), value, 4.0 * tolerance) << value;
+        }
+    }
+    for (const uint32_t kind : {kBipolarExp, kBipolarPolynomial, kHarmonic}) {  // exact centres
+        const PotardMappingVariant held = Make(kind, 3.0f);
+        EXPECT_EQ(held.Get()->Map(0.5f), kind == kHarmonic ? 1.0f : 0.5f);
+        EXPECT_EQ(held.Get()->Unmap(held.Get()->Map(0.5f)), 0.5f);
+    }
+}
+
+TEST(PotardMappingTest, BlocksAgreeWithSinglePositionsAtAnyLength) {
+    for (const Case& c : Cases()) {
+        const PotardMappingVariant held = Make(c.kind, c.x, c.y);
+        const std::vector<float> positions = Positions(c.kind + 50);
+        std::vector<float> block = positions;
+        held.Get()->MapBlock(block.data(), static_cast<uint32_t>(block.size()));
+        const bool isPower =
+            c.kind == kPolynomial || c.kind == kInvPolynomial || c.kind == kBipolarVariableCenter;
+        for (size_t i = 0; i < block.size(); ++i) {
+            const float single = held.Get()->Map(positions[i]);
+            const bool isEnd = positions[i] == 0.0f || positions[i] == 1.0f;
+            // Block forms have their own exponential and logarithm, good to a few roundings.
+            const float tolerance = 1e-6f * std::max(1.0f, std::fabs(single));
+            EXPECT_NEAR(block[i], single, isPower && isEnd ? 0.0f : tolerance)
+                << "kind " << c.kind << " at " << positions[i];
+        }
+    }
+}
+
+TEST(PotardMappingTest, BlockMathKeepsItsErrorBounds) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    for (int i = 0; i < 20000; ++i) {
+        const float x = -87.0f + 175.0f * unit(random);
+        EXPECT_NEAR(BlockExp(x) / std::exp(double{x}), 1.0, 2e-7) << x;
+        const float exponent = std::exp2(-4.0f + 14.0f * unit(random));
+        const float base = std::pow(unit(random), 2.0f);
+        const double exact = std::pow(double{base}, double{exponent});
+        const double bound = (2e-7 + 1e-7 * double{exponent}) * exact + 1.2e-38;
+        EXPECT_NEAR(BlockPower(exponent)(base), exact, bound) << base << "^" << exponent;
+    }
+    EXPECT_EQ(BlockExp(-1000.0f), 0.0f);
+    EXPECT_EQ(BlockExp(1000.0f), BlockExp(kBlockExpLimit));
+    EXPECT_TRUE(std::isfinite(BlockExp(1000.0f)));
+}
+
+TEST(PotardMappingTest, TimeTablesHitTheirKnotsAndHoldTheirEnds) {
+    struct Table {
+        uint32_t kind, pieces, index;
+        float here, next;  ///< entries at index and behind it
+    };
+    for (const Table& t : {Table{kEnveloppeTime, 20, 1, 2.7507564e-4f, 1.0502888e-3f},
+                           Table{kEnveloppeTime, 20, 13, 0.09225037f, 0.15019131f},
+                           Table{kMixerTime, 9, 7, 0.28584823f, 0.55262184f}}) {
+        const PotardMappingVariant held = Make(t.kind);
+        const IPotardMapping& curve = *held.Get();
+        const float spacing = 1.0f / static_cast<float>(t.pieces);
+        const float at = static_cast<float>(t.index) * spacing;
+        EXPECT_NEAR(curve.Map(at), t.here, 1e-7f);
+        EXPECT_NEAR(curve.Map(at + 0.25f * spacing), 0.75f * t.here + 0.25f * t.next, 1e-7f);
+        for (uint32_t i = 0; i <= 4 * t.pieces; ++i) {  // knots and between
+            const float x = 0.25f * spacing * static_cast<float>(i);
+            EXPECT_NEAR(curve.Unmap(curve.Map(x)), x, 2e-6f);
+        }
+        for (const float outside : {-1.0f, -0.0f, 0.0f, 1.0f, 1.5f}) {
+            EXPECT_EQ(curve.Map(outside), outside <= 0.0f ? 0.0f : 1.0f);
+            EXPECT_EQ(curve.Unmap(outside), outside <= 0.0f ? 0.0f : 1.0f);
+        }
+        EXPECT_NEAR(curve.Map(std::nextafter(1.0f, 0.0f)), 1.0f, 1e-6f);
+    }
+}
+
+TEST(PotardMappingTest, MeterScalePassesItsMarksWithoutJumps) {
+    const PotardMappingVariant held = Make(kVuMeter);
+    const IPotardMapping& meter = *held.Get();
+    // Travel from the top at every tenth decibel down, and half way to the next.
+    const float marks[] = {0.0f, 0.25f, 0.5f, 0.7f, 0.85f, 0.925f, 0.95f, 1.0f, 1.0f};
+    for (int i = 0; i < 8; ++i) {
+        const float down = static_cast<float>(i) / 6.0f;  // 60 dB are 1
+        EXPECT_NEAR(meter.Unmap(down), marks[i], 2e-6f) << i;
+        EXPECT_NEAR(meter.Unmap(down + 1.0f / 12.0f), 0.5f * (marks[i] + marks[i + 1]), 2e-6f) << i;
+    }
+    EXPECT_EQ(meter.Map(1.0f), 1.0f);
+    EXPECT_EQ(meter.Map(0.999f), 0.0f);
+}
+
+/// What() up to the line number.
+std::string MessageOf(uint32_t kind, float x, float y) {
+    try {
+        Make(kind, x, y);
+    } catch (const CException& exception) {
+        const CException copy = exception;
+        const std::string text = copy.what();
+        EXPECT_GT(std::stoi(text.substr(text.rfind(':') + 1)), 0);
+        return text.substr(0, text.rfind(':'));
+    }
+    return "nothing thrown";
+}
+
+TEST(PotardMappingTest, BadArgumentsThrowMessagesThatNameTheirFile) {
+    EXPECT_STREQ(CException("what", "where", 12).what(), "what(where:12)");
+    for (const uint32_t kind : {17u, 18u, 4000000000u})
+        EXPECT_EQ(MessageOf(kind, 0.5f, 0.5f), "Potard Mapping not found.(PotardMappingUtils");
+    const std::string crossing =
+        "Inverse Mapping range should not cross 0 value(InversePotardMapping";
+    for (const auto& [min, max] : {std::pair{-1.0f, 1.0f}, {1.0f, -1.0f}, {0.0f, 1.0f}})
+        EXPECT_EQ(MessageOf(kInverse, min, max), crossing);
+    const std::string falling = "Max value must be bigger than min value(InversePotardMapping";
+    for (const auto& [min, max] : {std::pair{2.0f, 1.0f}, {-1.0f, -2.0f}, {3.0f, 3.0f}})
+        EXPECT_EQ(MessageOf(kInverse, min, max), falling);
+}
+
+TEST(PotardMappingVariantTest, CopiesOwnTheirCurveAndMovesLeaveALine) {
+    PotardMappingVariant square = Make(kPolynomial, 2.0f);
+    PotardMappingVariant copy;
+    copy = square;
+    EXPECT_NE(copy.Get(), square.Get());
+    PotardMappingVariant moved = std::move(square);
+    EXPECT_EQ(square.Tag(), 1u);  // NOLINT: the state after a move is what is looked at
+    EXPECT_EQ(square.Get()->Map(0.3f), 0.3f);
+    PotardMappingVariant assigned = Make(kReverse);
+    assigned = std::move(copy);
+    EXPECT_EQ(copy.Tag(), 1u);  // NOLINT: likewise
+    for (const PotardMappingVariant* holder : {&assigned, &moved}) {
+        EXPECT_EQ(holder->Get()->Map(0.5f), 0.25f);
+        const auto offset =
+            reinterpret_cast<const char*>(holder->Get()) - reinterpret_cast<const char*>(holder);
+        EXPECT_TRUE(offset >= 0 && offset < static_cast<std::ptrdiff_t>(sizeof(*holder)));
+    }
+    const PotardMappingVariant pointing(moved.Get());
+    const PotardMappingVariant pointingToo = pointing;
+    EXPECT_EQ(pointingToo.Tag(), 16u);
+    EXPECT_EQ(pointingToo.Get(), moved.Get());
+}
+
+}  // namespace
+}  // namespace Quorvan::MappingTools

@@ -1,0 +1,153 @@
+#include "modulation/EnvFollower.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "support/ModuleRig.h"
+#include "support/TestSignals.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+using test::Channel;
+using test::Stereo;
+
+constexpr float kRate = 48000.0f;
+
+struct Settings {
+    float attack = 0.005f, release = 0.01f, windowMs = 10.0f, gain = 1.4142135f;
+    bool stereo = false;
+};
+
+struct Rig : test::ModuleRig<EnvFollower> {
+    explicit Rig(const Settings& s = {}, float rate = kRate, uint32_t block = 48)
+        : test::ModuleRig<EnvFollower>(rate, block, "EnvFollower") {
+        // As the owner shapes it: times down to 0.
+        module.Configure(EnvFollower::Attack, PotardKind::kLinear, 0.0f, 5.0f);
+        module.Configure(EnvFollower::Release, PotardKind::kLinear, 0.0f, 5.0f);
+        module.SetParameterValue(EnvFollower::Attack, s.attack);
+        module.SetParameterValue(EnvFollower::Release, s.release);
+        module.SetParameterValue(EnvFollower::RMSWindowDurationMs, s.windowMs);
+        module.SetParameterValue(EnvFollower::FixedLinearGain, s.gain);
+        module.SetParameterNormalized(EnvFollower::StereoInput, s.stereo ? 1.0f : 0.0f);
+    }
+    Channel Follow(const Stereo& input) { return Run(input)[0]; }
+};
+
+/// The same with every window summed anew, in double precision.
+std::vector<double> Plain(const Settings& s, const Stereo& input, double rate) {
+    const auto step = [rate](float seconds) {
+        return 1.0 - std::exp(-5.0 / (static_cast<double>(seconds) * rate));
+    };
+    const auto window = static_cast<size_t>(s.windowMs * static_cast<float>(rate) * 0.001f);
+    std::vector<double> levels(input[0].size()), envelope(input[0].size());
+    double state = 0.0;
+    for (size_t i = 0; i < levels.size(); ++i) {
+        const double left = std::abs(static_cast<double>(input[0][i]));
+        const double right = std::abs(static_cast<double>(input[1][i]));
+        levels[i] = s.stereo ? 0.5 * (left + right) : left;
+        double level = levels[i];
+        if (window > 1) {
+            double sum = 0.0;
+            for (size_t k = 0; k < std::min(window, i + 1); ++k)
+                sum += levels[i - k] * levels[i - k];
+            level = std::sqrt(sum / static_cast<double>(window));
+        }
+        level *= static_cast<double>(s.gain);
+        state += (level - state) * step(level < state ? s.release : s.attack);
+        envelope[i] = state;
+    }
+    return envelope;
+}
+
+TEST(EnvFollowerTest, MatchesAPlainModelUnderRandomSettings) {
+    std::mt19937 random(8);
+    for (uint32_t round = 0; round < 20; ++round) {
+        const auto draw = [&random](float from, float to) {
+            return std::uniform_real_distribution<float>(from, to)(random);
+        };
+        const Settings s{.attack = round % 5 == 0 ? 0.0f : draw(0.001f, 0.1f),
+                         .release = draw(0.001f, 0.3f),
+                         .windowMs = round % 2 == 0 ? draw(0.0f, 0.04f) : draw(0.05f, 12.0f),
+                         .gain = draw(0.1f, 4.0f),
+                         .stereo = round % 3 == 0};
+        const float rate = round % 4 < 2 ? 44100.0f : 96000.0f;
+        const Stereo input{test::Bursts(round, 4800, 0.8f), test::Bursts(round + 50, 4800, 0.8f)};
+        const Channel found = Rig(s, rate).Follow(input);
+        const std::vector<double> wanted = Plain(s, input, static_cast<double>(rate));
+        // Entries too small for the running sum are lost: 1e-10 a sample of the window.
+        const double samples = std::max(static_cast<double>(s.windowMs * rate) * 0.001, 1.0);
+        const double floor = 2.0e-6 + static_cast<double>(s.gain) * 1.0e-5 * std::sqrt(samples);
+        for (size_t i = 0; i < found.size(); ++i)
+            ASSERT_NEAR(static_cast<double>(found[i]), wanted[i], floor + 1.0e-5 * wanted[i])
+                << "round " << round << " at " << i;
+    }
+}
+
+TEST(EnvFollowerTest, AttackAndReleaseStandForFiveTimeConstants) {
+    Rig rig({.attack = 0.1f, .release = 0.25f, .windowMs = 0.0f, .gain = 1.0f});
+    const Channel rise = rig.Follow({Channel(4800, 1.0f), Channel(4800)});
+    EXPECT_NEAR(rise[4799], 1.0f - std::exp(-5.0f), 1.0e-4f);
+    EXPECT_NEAR(rise[959], 1.0f - std::exp(-1.0f), 1.0e-4f);
+    const Channel rest = rig.Follow({Channel(48000, 1.0f), Channel(48000)});
+    EXPECT_NEAR(rest.back(), 1.0f, 5.0e-5f);  // then a step is too small for single precision
+    const Channel fall = rig.Follow({Channel(12000), Channel(12000)});
+    EXPECT_NEAR(fall[2399], std::exp(-1.0f), 1.0e-4f);
+}
+
+TEST(EnvFollowerTest, RmsOfAConstantIsThereAfterOneWindow) {
+    const Settings s{.attack = 0.0f, .release = 0.0f, .windowMs = 5.0f, .gain = 1.0f};
+    const Channel found = Rig(s).Follow({Channel(480, 1.0f), Channel(480)});
+    for (size_t i = 0; i < 480; ++i)
+        EXPECT_NEAR(found[i], std::sqrt(static_cast<float>(std::min<size_t>(i + 1, 240)) / 240.0f),
+                    1.0e-6f);
+}
+
+TEST(EnvFollowerTest, OppositeChannelsDoNotCancel) {
+    const Stereo input{Channel(480, 1.0f), Channel(480, -1.0f)};
+    for (const float windowMs : {0.0f, 1.0f}) {
+        const Settings s{.attack = 0.0f, .windowMs = windowMs, .gain = 1.0f, .stereo = true};
+        EXPECT_NEAR(Rig(s).Follow(input).back(), 1.0f, 1.0e-6f);
+    }
+}
+
+// The running sum must not drift, however long it has run.
+TEST(EnvFollowerTest, SilenceComesToRestAtZero) {
+    for (const float windowMs : {0.0f, 100.0f}) {
+        Rig rig({.windowMs = windowMs});
+        rig.Follow({test::Bursts(2, 480000, 20.0f), Channel(480000)});
+        const Channel tail = rig.Follow({Channel(9600), Channel(9600)});
+        EXPECT_GT(tail.front(), 0.0f);
+        EXPECT_EQ(tail.back(), 0.0f) << windowMs;
+    }
+}
+
+TEST(EnvFollowerTest, ANewWindowStartsOver) {
+    Rig rig({.windowMs = 10.0f});
+    const Stereo loud{test::Noise(4, 4800), Channel(4800)};
+    rig.Follow(loud);
+    rig.module.SetParameterValue(EnvFollower::RMSWindowDurationMs, 20.0f);
+    EXPECT_EQ(rig.Follow(loud), Rig({.windowMs = 20.0f}).Follow(loud));
+    rig.Follow(loud);
+    rig.module.SetParameterValue(EnvFollower::RMSWindowDurationMs, 0.0f);
+    EXPECT_EQ(rig.Follow({Channel(48), Channel(48)}), Channel(48));
+}
+
+TEST(EnvFollowerTest, BlockCutsDoNotMatterAndResetClears) {
+    const Stereo input{test::Bursts(5, 9600, 1.0f), test::Bursts(6, 9600, 1.0f)};
+    const Settings s{.windowMs = 7.0f, .stereo = true};
+    Rig rig(s, kRate, 44);
+    const Channel first = rig.Follow(input);
+    EXPECT_EQ(first, Rig(s, kRate, 9600).Follow(input));
+    EXPECT_NE(rig.Follow(input), first);
+    rig.module.Reset(false);
+    EXPECT_EQ(rig.Follow(input), first);
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

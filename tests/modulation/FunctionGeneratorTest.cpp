@@ -1,0 +1,299 @@
+#include "modulation/FunctionGenerator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "primitives/TensionCurve.h"
+#include "support/GeneratorRig.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+using Function = FunctionGenerator<64>;
+using Rig = test::GeneratorRig<Function>;
+
+constexpr float kRate = 48000.0f;
+constexpr uint32_t kBlock = 48;
+
+struct Point {
+    float x, y, tension;
+};
+
+/// A function of 100 Hz: 480 samples a cycle.
+struct Drawn : Rig {
+    explicit Drawn(const std::vector<Point>& points, IGenerator::RunMode mode = IGenerator::kLoop)
+        : Rig(kRate, kBlock, "Function1") {
+        module.Configure(Function::RateUnSynced, PotardKind::kLinear, 0.0f, 2000.0f);
+        Set(Function::RateUnSynced, 100.0f);
+        Set(Function::Mode, static_cast<float>(mode));
+        Draw(points);
+    }
+    void Draw(const std::vector<Point>& points) {
+        Set(Function::LastActivePointIndex, static_cast<float>(points.size() - 1));
+        for (uint32_t i = 0; i < points.size(); ++i) {
+            Set(Function::PointX1 + i, points[i].x);
+            Set(Function::PointY1 + i, points[i].y);
+            if (i < 63)
+                Set(Function::Tension1 + i, points[i].tension);
+        }
+    }
+    float Feedback(uint32_t id) { return module.Value(id); }
+};
+
+const std::vector<Point> kTent{{0.0f, 0.0f, 0.0f}, {0.5f, 1.0f, 0.0f}, {1.0f, 0.0f, 0.0f}};
+
+/// The curve in double precision, straight from its points.
+double PlainHeight(std::vector<Point> points, double x) {
+    points.front().x = 0.0f;
+    for (size_t i = 1; i < points.size(); ++i)
+        points[i].x = std::max(points[i].x, points[i - 1].x);
+    points.back().x = 1.0f;
+    for (size_t i = 0; i + 1 < points.size(); ++i) {
+        const Point& a = points[i];
+        const Point& b = points[i + 1];
+        if (x >= static_cast<double>(b.x))
+            continue;
+        const double t = static_cast<double>(a.tension);
+        const double u = (x - static_cast<double>(a.x)) / static_cast<double>(b.x - a.x);
+        if (std::abs(t) >= 1000.0)
+            return static_cast<double>(t > 0.0 ? a.y : b.y);
+        const double share = t == 0.0  ? u
+                             : t < 0.0 ? std::expm1(t * u) / std::expm1(t)
+                                       : 1.0 - std::expm1(-t * (1.0 - u)) / std::expm1(-t);
+        return static_cast<double>(a.y) + static_cast<double>(b.y - a.y) * share;
+    }
+    return static_cast<double>(points.back().y);
+}
+
+TEST(FunctionGeneratorTest, DrawsRandomCurvesLikeAPlainModel) {
+    std::mt19937 random(5);
+    const auto draw = [&random](float a, float b) {
+        return std::uniform_real_distribution<float>(a, b)(random);
+    };
+    for (uint32_t round = 0; round < 60; ++round) {
+        std::vector<Point> points(2 + round % 63);
+        for (Point& point : points) {
+            const float kind = draw(0.0f, 1.0f);
+            point = {draw(0.0f, 1.0f), draw(0.0f, 1.0f), kind < 0.3f ? 0.0f : draw(-20.0f, 20.0f)};
+            if (kind > 0.9f)
+                point.tension = kind > 0.95f ? 1000.0f : -1000.0f;
+        }
+        // Some points stay out of order, and the ends off their places.
+        if (round % 3 != 0)
+            std::sort(points.begin(), points.end(),
+                      [](const Point& a, const Point& b) { return a.x < b.x; });
+        Drawn function(points);
+        const float scale = draw(-1.0f, 1.0f);
+        const float bipolar = static_cast<float>(round % 2);
+        function.Set(Function::Scale, scale);
+        function.Set(Function::Bipolar, bipolar);
+        function.Blocks(20);
+        for (size_t i = 0; i < function.phases.size(); ++i) {
+            const double height = PlainHeight(points, static_cast<double>(function.phases[i]));
+            const double scaled = (height - 0.5) * static_cast<double>(scale) + 0.5;
+            const double wanted = bipolar > 0.5f ? 2.0 * scaled - 1.0 : scaled;
+            // Short segments with a bend lose digits of the position in them.
+            ASSERT_NEAR(function.outputs[0][i], wanted, 2e-3) << "round " << round << ", " << i;
+        }
+    }
+}
+
+TEST(FunctionGeneratorTest, SegmentsAreTheTensionCurveToTheBit) {
+    std::mt19937 random(6);
+    std::uniform_real_distribution<float> draw(0.0f, 1.0f);
+    for (const float tension :
+         {-1500.0f, -1000.0f, -999.0f, -3.0f, -0.0001f, 0.0001f, 0.5f, 40.0f, 999.0f, 1000.0f}) {
+        for (uint32_t i = 0; i < 100; ++i) {
+            const float x0 = 0.5f * draw(random);
+            const float x1 = x0 + 0.01f + 0.4f * draw(random);
+            const float y0 = draw(random), y1 = draw(random);
+            const CurveSegment segment(x0, y0, x1, y1, (y1 - y0) / (x1 - x0), tension);
+            const float x = x0 + (x1 - x0) * 0.99f * draw(random);
+            ASSERT_TRUE(segment.Holds(x));
+            ASSERT_EQ(segment.HeightAt(x), TensionCurve(x0, y0, x1, y1, x, tension)) << tension;
+        }
+    }
+}
+
+TEST(FunctionGeneratorTest, ReadsThePointsThemselvesAndTheirMirrorImage) {
+    Drawn function(
+        {{0.0f, 0.2f, 0.0f}, {0.25f, 0.9f, 0.0f}, {0.25f, 0.1f, 0.0f}, {0.3f, 0.6f, 0.0f}});
+    function.Block();
+    const auto at = [&function](float phase) { return function.module.Evaluate(phase); };
+    EXPECT_FLOAT_EQ(at(0.0f), 0.2f);
+    EXPECT_NEAR(at(0.2499999f), 0.9f, 1e-5f);
+    EXPECT_FLOAT_EQ(at(0.25f), 0.1f);  // an upright segment holds no phase
+    EXPECT_EQ(function.Feedback(Function::FeedbackNextPoint), 3.0f);
+    EXPECT_FLOAT_EQ(at(1.0f), 0.6f);  // the last point stands at 1
+    EXPECT_EQ(function.Feedback(Function::FeedbackNextPoint), 3.0f);
+    EXPECT_EQ(function.Feedback(Function::FeedbackPositionInSegment), 1.0f);
+    EXPECT_NEAR(at(0.625f), 0.35f, 1e-6f);
+    EXPECT_NEAR(function.Feedback(Function::FeedbackPositionInSegment), 0.5f, 1e-6f);
+
+    function.Set(Function::Scale, -1.0f);
+    function.Block();
+    EXPECT_NEAR(at(1.0f), 0.4f, 1e-6f);
+    function.Set(Function::Scale, 0.0f);
+    function.Block();
+    EXPECT_EQ(at(0.1f), 0.5f);
+    function.Modulate(1, -0.25f);  // half the travel of Scale
+    function.Set(Function::Scale, 1.0f);
+    function.Set(Function::Bipolar, 1.0f);
+    function.Block();
+    EXPECT_NEAR(at(1.0f), 0.1f, 1e-6f);
+}
+
+TEST(FunctionGeneratorTest, OneShotRestsOnTheLastPoint) {
+    Drawn function({{0.0f, 0.0f, 0.0f}, {0.5f, 1.0f, 0.0f}, {1.0f, 0.75f, 0.0f}},
+                   IGenerator::kOneShot);
+    std::vector<float> gates;
+    for (uint32_t b = 0; b < 14; ++b) {
+        function.Block();
+        gates.push_back(function.Feedback(Function::GateOut));
+    }
+    EXPECT_EQ(gates, (std::vector<float>{0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0}));
+    EXPECT_NEAR(function.outputs[0][240], 1.0f, 1e-5f);
+    EXPECT_EQ(function.outputs[0].back(), 0.75f);
+    EXPECT_EQ(function.Feedback(Function::OutputValue), 0.75f);
+    function.Set(Function::GateIn, 1.0f);
+    function.Forget();
+    function.Block();
+    EXPECT_NEAR(function.outputs[0][24], 0.1f, 1e-5f);
+
+    Drawn doubled({{0.0f, 0.0f, 0.0f}, {1.0f, 0.3f, 0.0f}, {1.0f, 0.8f, 0.0f}},
+                  IGenerator::kOneShot);
+    doubled.Blocks(14);
+    EXPECT_EQ(doubled.outputs[0].back(), 0.3f);  // the end that the curve runs into
+}
+
+TEST(FunctionGeneratorTest, SmoothBoundsTheStepByTheBlockLength) {
+    const std::vector<Point> square{
+        {0.0f, 0.0f, 1000.0f}, {0.5f, 1.0f, 1000.0f}, {1.0f, 1.0f, 0.0f}};
+    for (const uint32_t again : {0u, 1u}) {  // a second set-up is as good as the first
+        Drawn function(square);
+        if (again != 0)
+            function.Block();
+        function.module.Setup(kRate, kBlock);
+        function.Set(Function::Smooth, 1.0f);
+        function.Forget();
+        function.Blocks(10);
+        for (uint32_t i = 0; i < 240; ++i) {
+            ASSERT_EQ(function.outputs[0][i], 0.0f);
+            ASSERT_NEAR(function.outputs[0][240 + i], std::min(1.0, (i + 1) * 48.0 / 14400.0),
+                        1e-5);
+        }
+    }
+}
+
+TEST(FunctionGeneratorTest, FeedbackTellsThePlaceUntilTheGateIsLetGo) {
+    Drawn function(kTent, IGenerator::kOneShot);
+    function.Set(Function::GateIn, 1.0f);
+    function.Blocks(7);
+    EXPECT_EQ(function.Feedback(Function::FeedbackNextPoint), 2.0f);
+    EXPECT_NEAR(function.Feedback(Function::FeedbackPositionInSegment), 95.0f / 240.0f, 1e-4f);
+    function.Blocks(7);
+    EXPECT_EQ(function.Feedback(Function::FeedbackNextPoint), 2.0f);  // at rest it stays
+    function.Set(Function::GateIn, 0.0f);
+    function.Block();
+    EXPECT_EQ(function.Feedback(Function::FeedbackNextPoint), 0.0f);
+    EXPECT_EQ(function.Feedback(Function::FeedbackPositionInSegment), 0.0f);
+}
+
+struct Listener final : Function::Observer {
+    void OnParameterChanged(uint32_t id, float normalised) override {
+        heard.emplace_back(id, normalised);
+    }
+    std::vector<std::pair<uint32_t, float>> heard;
+};
+
+TEST(FunctionGeneratorTest, ObserversHearChangesAndNothingElse) {
+    Drawn function(kTent);
+    Listener listener;
+    function.module.Attach(listener);
+    function.Set(Function::PointX1 + 5, 0.25f);
+    function.Set(Function::PointX1 + 5, 0.25f);
+    function.module.SetParameterNormalized(Function::PointX1 + 5, 0.25f);
+    function.module.SetParameterNormalized(Function::Scale, 0.75f);
+    function.Set(Function::Scale, 0.5f);  // position 0.75
+    function.Set(Function::Amount, 0.0f);
+    EXPECT_EQ(
+        listener.heard,
+        (std::vector<std::pair<uint32_t, float>>{
+            {Function::PointX1 + 5, 0.25f}, {Function::Scale, 0.75f}, {Function::Amount, 0.5f}}));
+    listener.heard.clear();
+    function.Block();
+    // The position in the segment moves at every step; the last is what the parameter shows.
+    std::vector<float> positions;
+    for (const auto& [id, position] : listener.heard)
+        if (id == Function::FeedbackPositionInSegment)
+            positions.push_back(position);
+    ASSERT_GE(positions.size(), 47u);
+    EXPECT_TRUE(std::is_sorted(positions.begin(), positions.end()));
+    EXPECT_EQ(positions.back(), function.Feedback(Function::FeedbackPositionInSegment));
+
+    Drawn unheard(kTent);
+    unheard.Set(Function::Scale, 0.5f);
+    unheard.Block();
+    EXPECT_EQ(unheard.outputs[0], function.outputs[0]);
+    EXPECT_EQ(unheard.Feedback(Function::FeedbackPositionInSegment), positions.back());
+}
+
+TEST(FunctionGeneratorTest, ObserverAndSubjectMayGoInEitherOrder) {
+    Listener last;
+    auto function = std::make_unique<Function>("Function1");
+    function->Attach(last);
+    {
+        Listener gone;
+        function->Attach(gone);
+        EXPECT_EQ(gone.Observed(), function.get());
+    }
+    function->SetParameterValue(Function::Scale, 0.0f);
+    EXPECT_EQ(last.heard.size(), 1u);
+    function.reset();
+    EXPECT_EQ(last.Observed(), nullptr);
+}
+
+TEST(FunctionGeneratorTest, ARandomEngineMovesThePointsAtEveryRestartInOrderAndInRange) {
+    std::vector<Point> stairs;
+    for (uint32_t i = 0; i < 9; ++i)
+        stairs.push_back({static_cast<float>(i) / 8.0f, i % 2 == 0 ? 0.1f : 0.9f, 0.0f});
+    std::mt19937 engine(7);
+    for (const float amount : {0.0f, 0.5f}) {
+        Drawn function(stairs, IGenerator::kOneShot);
+        function.module.SetRandomEngine(&engine);
+        function.Set(Function::RandomAmount, amount);
+        for (uint32_t i = 0; i < 64; ++i) {
+            function.Set(Function::RandomX1 + i, 0.3f);
+            function.Set(Function::RandomY1 + i, 0.4f);
+        }
+        function.Block();
+        double sum = 0.0;
+        float widest = 0.0f;
+        for (uint32_t round = 0; round < 400; ++round) {
+            function.module.Restart();
+            function.Forget();
+            function.Blocks(10);
+            const auto [low, high] =
+                std::minmax_element(function.outputs[0].begin(), function.outputs[0].end());
+            ASSERT_GE(*low, 0.0f);
+            ASSERT_LE(*high, 1.0f);
+            const float moved = function.outputs[0][0] - 0.1f;  // of the first point
+            ASSERT_LE(std::abs(moved), amount * 0.4f + 1e-6f);
+            ASSERT_GE(moved, -0.1f - 1e-6f);
+            widest = std::max(widest, std::abs(moved));
+            sum += static_cast<double>(moved);
+        }
+        // Triangular between -0.1 and 0.2 with its peak at 0: the mean is a third of their sum.
+        EXPECT_NEAR(sum / 400.0, amount > 0.0f ? 0.1 / 3.0 : 0.0, 0.012);
+        EXPECT_EQ(widest > 0.15f, amount > 0.0f);
+    }
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

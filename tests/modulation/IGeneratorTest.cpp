@@ -1,0 +1,500 @@
+#include "modulation/IGenerator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/GeneratorRig.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+constexpr float kRate = 48000.0f;
+constexpr uint32_t kBlock = 48;
+
+/// A generator with nothing of its own, its ranges as an owner would give them.
+class BareClock final : public IGenerator {
+public:
+    explicit BareClock(std::string moduleName) : IGenerator(std::move(moduleName), 1, 1, {}) {
+        Configure(RateUnSynced, PotardKind::kLinear, 0.0f, 20000.0f);
+        Configure(Swing, PotardKind::kLinear, 50.0f, 75.0f);
+        rateInputMode = kPerSample;
+    }
+    bool Generate(ProcessBlock& block) override {
+        lastFrames = block.numFrames;
+        return true;
+    }
+    bool IsFinished() const { return finished; }
+    uint32_t lastFrames = 0;
+};
+
+using Rig = test::GeneratorRig<BareClock>;
+
+struct Clock : Rig {
+    explicit Clock(IGenerator::RunMode mode, uint32_t block = kBlock) : Rig(kRate, block, "Clock") {
+        Set(IGenerator::Mode, static_cast<float>(mode));
+        module.Reset(true);
+    }
+    static Clock Free(IGenerator::RunMode mode, float hertz, uint32_t block = kBlock) {
+        return Clock(mode, block, IGenerator::RateUnSynced, hertz);
+    }
+    /// entry 3 of the table of rates is a whole note: four quarter notes a cycle.
+    static Clock Synced(IGenerator::RunMode mode, float entry = 3.0f, uint32_t block = kBlock) {
+        return Clock(mode, block, IGenerator::RateSynced, entry);
+    }
+
+private:
+    Clock(IGenerator::RunMode mode, uint32_t block, uint32_t id, float value) : Clock(mode, block) {
+        Set(IGenerator::MidiSync, id == IGenerator::RateSynced ? 1.0f : 0.0f);
+        Set(id, value);
+    }
+};
+
+double Frac(double x) { return x - std::floor(x); }
+/// Distance of two phases, the short way round.
+double Apart(double a, double b) {
+    const double d = Frac(a - b);
+    return std::min(d, 1.0 - d);
+}
+
+/// The clock told in plain words, step by step, without any short cut. Rates are those in force, in
+/// hertz or quarter notes a cycle.
+struct PlainClock {
+    int mode = 2;
+    bool synced = false, follows = false;
+    double start = 0.0, swing = 0.5, hertz = 1.0, beatsPerCycle = 4.0;
+
+    double previous = 0.0, origin = 0.0, song = 0.0;
+    double freePhase = 0.0, syncedPhase = 0.0, lastHertz = 1.0;
+    int count = 0;
+    bool ended = false, pending = true, wasPlaying = false;
+    double phase = 0.0, cycle = 0.0;
+    bool tick = false;
+    bool roundingDecides = false;  ///< the last step but one stood on the start of a cycle
+
+    void Restart() {
+        count = -1;
+        previous = origin = 0.0;
+        pending = true;
+    }
+    void MoveStart(double to) {
+        freePhase = Frac(freePhase + to - start);
+        syncedPhase = Frac(syncedPhase + to - start);
+        start = to;
+    }
+    /// A whole number counts as passed a hair before it, so that rounding decides nothing here.
+    static bool Passes(double from, double to) {
+        return std::floor(from + 1e-9) != std::floor(to + 1e-9);
+    }
+    double Bent(double cycles) const {
+        const double pair = 2.0 * std::floor(cycles / 2.0);
+        const double within = cycles - pair;
+        const double first = 2.0 * swing;
+        return pair + (within < first ? within / first : 1.0 + (within - first) / (2.0 - first));
+    }
+
+    void BeginBlock(double frames, double step, double beat, double position, bool playing) {
+        const bool starts = playing && !wasPlaying;
+        const bool stops = !playing && wasPlaying;
+        if (starts && mode == 2)
+            Restart();
+        if (position < song && !starts) {
+            const double back = beat * frames + song - position;
+            if (playing || mode != 2)
+                previous -= back;
+            if (mode != 2)
+                origin -= back;
+        }
+        song = std::max(position, 0.0);
+        if (mode != 2 && (starts || stops)) {
+            if (starts)
+                origin += song - (previous + step * beat);
+            previous = song - step * beat;
+        }
+        now = playing ? song : previous + step * beat;
+        if (pending)
+            Land(step, beat, playing, starts);
+        wasPlaying = playing;
+    }
+    void Land(double step, double beat, bool playing, bool starts) {
+        pending = false;
+        lastHertz = hertz;
+        const double rest = Frac(start - 0.000001);
+        const bool rests = ended && mode == 0;
+        const double stretch = 0.5 / swing;
+        if (!synced) {
+            if (!(mode == 2 && playing && !starts))
+                freePhase = rests ? rest : start - hertz / 48000.0 * step * stretch;
+            return;
+        }
+        previous = now - step * beat;
+        const double inc = beat * step / beatsPerCycle * stretch;
+        if (mode == 2 && playing) {
+            origin = 0.0;
+            syncedPhase = Frac(now / beatsPerCycle + start) - inc;
+        } else {
+            origin = follows && playing ? 0.0 : now;
+            syncedPhase = rests ? rest : start - inc;
+        }
+    }
+    void Step(double step, double beat) {
+        tick = roundingDecides = false;
+        if (mode == 0 && ended) {
+            cycle = 0.0;
+        } else if (!synced) {
+            const bool second = count % 2 != 0;
+            const double inc = lastHertz / 48000.0 * step / 2.0 / (second ? 1.0 - swing : swing);
+            tick = Passes(freePhase + 1.0 - start, freePhase + 1.0 + inc - start);
+            // Moves of the start phase leave the roundings of a float behind.
+            roundingDecides = Apart(freePhase, start) < 1e-6;
+            count += tick ? 1 : 0;
+            ended = ended || (tick && count > 0);
+            cycle = count;
+            freePhase = Frac(freePhase + inc);
+            lastHertz = hertz;
+            if (mode == 0 && ended) {
+                freePhase = Frac(start + 0.999999);
+                tick = false;
+            }
+            Go(beat);
+        } else if (mode == 0) {
+            const double inc = step * beat / beatsPerCycle;
+            tick = Passes(syncedPhase - start + 1.0, syncedPhase - start + 1.0 + inc);
+            count += tick ? 1 : 0;
+            ended = tick && count > 0;
+            cycle = 0.0;
+            tick = tick && !ended;
+            syncedPhase = ended ? Frac(start - 0.000001) : Frac(syncedPhase + inc);
+            Go(beat);
+        } else {
+            const double p = Bent((now - origin) / beatsPerCycle);
+            const double q = Bent((previous - origin) / beatsPerCycle);
+            roundingDecides = std::abs(q - std::round(q)) < 1e-9;
+            cycle = std::floor(p + 1e-9);
+            tick = Passes(q, p);
+            ended = ended || (tick && cycle > 0.0);
+            if (tick || (follows && mode == 2))
+                syncedPhase = Frac(start + p);
+            else
+                syncedPhase = Frac(syncedPhase + step * beat / beatsPerCycle);
+            Go(beat);
+        }
+        phase = synced ? syncedPhase : freePhase;
+    }
+    void Go(double beat) {
+        previous = now;
+        now += beat;
+    }
+    double now = 0.0;
+};
+
+/// A scenario at random: settings, transport and tempo change at block borders.
+class Scenario {
+public:
+    explicit Scenario(uint32_t seed) : random(seed), rig(kRate, kBlock, "Clock") {
+        Choose(IGenerator::Mode, Whole(0, 2));
+        Choose(IGenerator::MidiSync, Whole(0, 1));
+        Choose(IGenerator::RateUnSynced, Between(1.0f, 400.0f));
+        Choose(IGenerator::RateSynced, Whole(2, 8));
+        Choose(IGenerator::RateSyncedType, Whole(0, 2));
+        Choose(IGenerator::PhaseInit, Whole(0, 3) == 0.0f ? 0.0f : Between(0.0f, 359.0f));
+        Choose(IGenerator::SppHardFollow, Whole(0, 1));
+        Choose(IGenerator::Swing, Whole(0, 1) == 0.0f ? 50.0f : Between(50.5f, 75.0f));
+        controlRate = Whole(0, 4) == 0.0f;
+        rig.Set(IGenerator::ControlRate, controlRate ? 1.0f : 0.0f);
+        rig.tempo = Between(60.0f, 400.0f);
+        rig.position = Whole(0, 2) == 0.0f ? -2.0 : static_cast<double>(Between(0.0f, 200.0f));
+    }
+    /// False where the scenario has ended early, because plain clock and rounding disagree on a
+    /// tick.
+    bool Run(uint32_t blocks) {
+        for (uint32_t b = 0; b < blocks && !over && !HasFailure(); ++b) {
+            if (b > 0)
+                Disturb();
+            const uint32_t frames = 4 * static_cast<uint32_t>(Whole(1, kBlock / 4));
+            Compare(frames);
+        }
+        return !over;
+    }
+
+private:
+    static bool HasFailure() { return testing::Test::HasFailure(); }
+    float Between(float a, float b) { return std::uniform_real_distribution<float>(a, b)(random); }
+    float Whole(int a, int b) {
+        return static_cast<float>(std::uniform_int_distribution<int>(a, b)(random));
+    }
+
+    void Choose(uint32_t id, float value) {
+        rig.Set(id, value);
+        static constexpr double kLengths[] = {32, 16, 8, 4, 2, 1, 0.5, 0.25, 0.125};
+        static constexpr float kTypes[] = {1.0f, 0.6666667f, 1.5f};  // the rounding counts
+        if (id == IGenerator::Mode) {
+            plain.mode = static_cast<int>(value);
+        } else if (id == IGenerator::MidiSync) {
+            restarts = restarts || rig.module.IsChanged(id);
+            plain.synced = value > 0.5f;
+        } else if (id == IGenerator::RateUnSynced) {
+            plain.hertz = static_cast<double>(value);
+        } else if (id == IGenerator::RateSynced) {
+            entry = kLengths[static_cast<size_t>(value)];
+        } else if (id == IGenerator::RateSyncedType) {
+            type = static_cast<double>(kTypes[static_cast<size_t>(value)]);
+        } else if (id == IGenerator::PhaseInit) {
+            plain.MoveStart(static_cast<double>(value) / 360.0);
+        } else if (id == IGenerator::SppHardFollow) {
+            plain.follows = value > 0.5f;
+        } else if (id == IGenerator::Swing) {
+            plain.swing = static_cast<double>(value) / 100.0;
+        }
+        plain.beatsPerCycle = entry * type;
+    }
+    void Disturb() {
+        switch (static_cast<int>(Whole(0, 40))) {
+            case 0:
+                rig.playing = !rig.playing;
+                break;
+            case 1:
+                rig.position = static_cast<double>(Between(-1.0f, 300.0f));
+                break;  // jump
+            case 2:
+                rig.position -= static_cast<double>(Between(0.0f, 2.0f));
+                break;  // loop
+            case 3:
+                rig.tempo = Between(60.0f, 400.0f);
+                break;
+            case 4:
+                Choose(IGenerator::RateUnSynced, Between(1.0f, 400.0f));
+                break;
+            case 5:
+                Choose(IGenerator::RateSynced, Whole(2, 8));
+                break;
+            case 6:
+                Choose(IGenerator::PhaseInit, Between(0.0f, 359.0f));
+                break;
+            case 7:
+                Choose(IGenerator::MidiSync, Whole(0, 1));
+                break;
+            case 8:
+                Gate();
+                break;
+            case 9:
+                rig.tempo += 1.0f;
+                break;
+            default:
+                break;
+        }
+    }
+    void Gate() {
+        rig.Set(IGenerator::GateIn, 0.0f);
+        Compare(4);
+        rig.Set(IGenerator::GateIn, 1.0f);
+        if (plain.mode != 2) {
+            plain.ended = false;
+            restarts = true;
+        }
+    }
+    void Compare(uint32_t frames) {
+        const double step = controlRate ? static_cast<double>(frames) : 1.0;
+        const double beat = static_cast<double>(rig.tempo) / 60.0 / 48000.0;
+        if (restarts)
+            plain.Restart();
+        restarts = false;
+        plain.BeginBlock(static_cast<double>(frames), step, beat,
+                         static_cast<double>(static_cast<float>(rig.position)), rig.playing);
+        rig.Forget();
+        rig.Block(frames);
+        for (size_t i = 0; i < rig.phases.size(); ++i) {
+            plain.Step(step, beat);
+            const double apart = Apart(static_cast<double>(rig.phases[i]), plain.phase);
+            over = plain.roundingDecides && (plain.tick != (rig.ticks[i] > 0.5f) || apart > 2e-6);
+            if (over)
+                return;
+            ASSERT_LT(apart, 2e-6) << "step " << i;
+            ASSERT_EQ(rig.ticks[i] > 0.5f, plain.tick) << "step " << i << " at " << plain.phase;
+            ASSERT_EQ(static_cast<double>(rig.cycles[i]), plain.cycle) << "step " << i;
+            ASSERT_EQ(rig.module.lastFrames, rig.phases.size());
+        }
+    }
+
+    std::mt19937 random;
+    Rig rig;
+    PlainClock plain;
+    double entry = 4.0, type = 1.0;
+    bool controlRate = false, restarts = true, over = false;
+};
+
+TEST(IGeneratorTest, FollowsAPlainClockThroughRandomScenarios) {
+    uint32_t complete = 0;
+    for (uint32_t seed = 1; seed <= 500 && !HasFailure(); ++seed) {
+        SCOPED_TRACE("scenario " + std::to_string(seed));
+        complete += Scenario(seed).Run(300) ? 1 : 0;
+    }
+    EXPECT_GT(complete, 480u);
+}
+
+TEST(IGeneratorTest, FreeTicksComeAtTheRateFromTheFirstStepOn) {
+    Clock clock = Clock::Free(IGenerator::kLoop, 1.0f);
+    clock.Blocks(3001);
+    EXPECT_EQ(clock.TickSteps(), (std::vector<uint32_t>{0, 48000, 96000, 144000}));
+    EXPECT_EQ(clock.phases[0], 0.0f);
+    EXPECT_EQ(clock.cycles[96000], 2.0f);
+}
+
+// The start phase is no multiple of the step: rounding must not lose or delay the first tick.
+TEST(IGeneratorTest, FirstStepLandsOnAnyStartPhaseWithATick) {
+    for (uint32_t n = 0; n < 720; ++n) {
+        const float degrees = static_cast<float>(n) * 0.5f + 0.123f;
+        for (const float synced : {0.0f, 1.0f}) {
+            Clock clock = Clock::Free(n % 2 == 0 ? IGenerator::kOneShot : IGenerator::kLoop, 0.7f);
+            clock.Set(IGenerator::MidiSync, synced);
+            clock.Set(IGenerator::PhaseInit, degrees);
+            clock.Block();
+            ASSERT_EQ(clock.ticks[0], 1.0f) << degrees;
+            ASSERT_NEAR(clock.phases[0], degrees / 360.0f, 1e-6f);
+            ASSERT_EQ(clock.cycles[0], 0.0f);
+        }
+    }
+}
+
+TEST(IGeneratorTest, OneShotPlaysOneCycleAndRestsShortOfItsStart) {
+    for (const float synced : {0.0f, 1.0f}) {
+        Clock clock = Clock::Free(IGenerator::kOneShot, 100.0f);
+        clock.Set(IGenerator::MidiSync, synced);
+        clock.Set(IGenerator::RateSynced, 8.0f);  // an eighth of a quarter note: 3000 samples
+        clock.Set(IGenerator::PhaseInit, 90.0f);
+        clock.Blocks(100);
+        EXPECT_EQ(clock.TickSteps(), std::vector<uint32_t>{0});
+        EXPECT_TRUE(clock.module.IsFinished());
+        EXPECT_NEAR(clock.phases.back(), 0.249999f, 1e-7f);
+        EXPECT_EQ(clock.cycles.back(), 0.0f);
+        const auto rests = std::find(clock.phases.begin(), clock.phases.end(), clock.phases.back());
+        EXPECT_NEAR(static_cast<double>(rests - clock.phases.begin()), synced > 0.5f ? 3000 : 480,
+                    1);
+
+        clock.module.Reset(false);  // a reset is no gate
+        clock.Block();
+        EXPECT_NEAR(clock.phases.back(), 0.249999f, 1e-7f);
+        clock.Set(IGenerator::GateIn, 1.0f);
+        clock.Forget();
+        clock.Block();
+        EXPECT_EQ(clock.ticks[0], 1.0f);
+        EXPECT_FALSE(clock.module.IsFinished());
+    }
+}
+
+TEST(IGeneratorTest, FreeModeLocksToTheSongWhereverItStarts) {
+    for (const double from : {0.0, 0.37, 3.9, 117.25, 5000.0}) {
+        for (const float hard : {0.0f, 1.0f}) {
+            Clock clock = Clock::Synced(IGenerator::kFree, 4.0f);
+            clock.Set(IGenerator::PhaseInit, 72.0f);
+            clock.Set(IGenerator::SppHardFollow, hard);
+            clock.Blocks(7);  // stopped: its own clock
+            clock.playing = true;
+            clock.position = from;
+            clock.Forget();
+            clock.Blocks(100);
+            for (size_t i = 0; i < clock.phases.size(); i += kBlock) {
+                const double song = from + static_cast<double>(i) / 24000.0;
+                // A float holds positions around 5000 to 0.0005 quarter notes.
+                EXPECT_LT(Apart(static_cast<double>(clock.phases[i]), 0.2 + song / 2.0), 0.0003);
+            }
+        }
+    }
+}
+
+TEST(IGeneratorTest, LoopModeGoesOnThroughBackwardJumpsAndTransportEdges) {
+    Clock clock = Clock::Synced(IGenerator::kLoop, 5.0f);
+    const auto goesOn = [&clock](const char* what) {
+        clock.Blocks(20);
+        for (size_t i = 1; i < clock.phases.size(); ++i)
+            ASSERT_LT(Apart(static_cast<double>(clock.phases[i]),
+                            static_cast<double>(clock.phases[i - 1]) + 1.0 / 24000.0),
+                      1e-5)
+                << what << ", step " << i;
+    };
+    clock.position = 16.0;
+    goesOn("stopped");
+    clock.playing = true;
+    goesOn("started");
+    clock.position -= 8.0;
+    goesOn("jumped back");
+    clock.playing = false;
+    goesOn("stopped again");
+}
+
+// Float positions are a 64th of a quarter note apart by then; the phase may not stray further.
+TEST(IGeneratorTest, ADayOfSongPositionBringsNoDrift) {
+    for (const float hard : {0.0f, 1.0f}) {
+        Clock clock = Clock::Synced(IGenerator::kFree, 3.0f);
+        clock.Set(IGenerator::SppHardFollow, hard);
+        clock.playing = true;
+        for (double hours = 0.0; hours <= 24.0; hours += 0.5) {
+            clock.position = hours * 7200.0 + 3.998;  // a bar line follows
+            clock.Blocks(8);
+            const double song = static_cast<double>(static_cast<float>(clock.position - 0.002));
+            EXPECT_LT(Apart(static_cast<double>(clock.phases.back()), song / 4.0), 0.008)
+                << hours << " h";
+        }
+    }
+}
+
+TEST(IGeneratorTest, ADayOfItsOwnClockBringsNoDrift) {
+    constexpr float kLowRate = 480.0f;  // blocks of ten seconds, one step each
+    for (const uint32_t synced : {0u, 1u}) {
+        Rig clock(kLowRate, 4800, "Clock");
+        clock.tempo = 117.0f;
+        clock.Set(IGenerator::Mode, 1.0f);
+        clock.Set(IGenerator::ControlRate, 1.0f);
+        clock.Set(IGenerator::MidiSync, static_cast<float>(synced));
+        clock.Set(IGenerator::RateSynced, 3.0f);
+        clock.Set(IGenerator::RateUnSynced, 0.037f);
+        clock.Blocks(8641);
+        EXPECT_EQ(clock.module.lastFrames, 1u);
+        const double hertz = synced != 0 ? 117.0 / 240.0 : static_cast<double>(0.037f);
+        EXPECT_LT(Apart(static_cast<double>(clock.phases.back()), 86400.0 * hertz), 1e-6);
+    }
+}
+
+TEST(IGeneratorTest, SwingSharesAPairOfCycles) {
+    for (const float synced : {0.0f, 1.0f}) {
+        Clock clock = Clock::Free(IGenerator::kLoop, 100.0f);
+        clock.Set(IGenerator::MidiSync, synced);
+        clock.Set(IGenerator::RateSynced, 5.0f);
+        clock.tempo = 6000.0f;  // 480 samples a quarter note, as at 100 Hz
+        clock.Set(IGenerator::Swing, 70.0f);
+        clock.Blocks(60);
+        const auto ticks = clock.TickSteps();
+        ASSERT_GE(ticks.size(), 5u);
+        for (uint32_t i = 1; i < 5; ++i)
+            EXPECT_NEAR(ticks[i], i * 480.0 + (i % 2 == 1 ? 192.0 : 0.0), 3.0);
+    }
+}
+
+TEST(IGeneratorTest, RateRowIsReadSampleBySampleAndEndsWithTheTable) {
+    Clock clock = Clock::Synced(IGenerator::kLoop, 0.0f);
+    clock.Modulate(0, 0.0f);
+    for (uint32_t i = 0; i < kBlock; ++i)
+        clock.Row(0)[i] = static_cast<float>(i) / 40.0f;
+    clock.Block();
+    for (uint32_t i = 0; i < kBlock; ++i)
+        EXPECT_EQ(clock.module.RateBuffer()[i],
+                  std::exp2(3.0f - std::floor(std::min(9.0f * clock.Row(0)[i], 8.0f))));
+}
+
+TEST(IGeneratorTest, ANewTableOfRatesStartsAtItsFirstEntry) {
+    Clock clock = Clock::Synced(IGenerator::kLoop, 5.0f);
+    clock.module.SetSyncedRates({0.75f, 0.5f, 0.1f});
+    clock.Block();
+    EXPECT_EQ(clock.module.RateBuffer()[0], 0.75f);
+    EXPECT_EQ(clock.module.GetParameterNormalized(IGenerator::RateSynced), 0.0f);
+    clock.module.SetParameterNormalized(IGenerator::RateSynced, 1.0f);
+    clock.Block();
+    EXPECT_EQ(clock.module.RateBuffer()[0], 0.1f);
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

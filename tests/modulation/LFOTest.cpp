@@ -1,0 +1,196 @@
+#include "modulation/LFO.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numbers>
+#include <utility>
+#include <vector>
+
+#include "primitives/Clock.h"
+#include "support/GeneratorRig.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+constexpr float kRate = 48000.0f;
+constexpr uint32_t kBlock = 48;
+
+using Rig = test::GeneratorRig<LFO>;
+
+/// An oscillator of 100 Hz: 480 samples a cycle.
+struct Oscillator : Rig {
+    explicit Oscillator(LFO::Shape shape, uint32_t block = kBlock) : Rig(kRate, block, "LFO") {
+        module.Configure(LFO::RateUnSynced, PotardKind::kLinear, 0.0f, 2000.0f);
+        Set(LFO::RateUnSynced, 100.0f);
+        Set(LFO::Waveform, static_cast<float>(shape));
+    }
+};
+
+double Frac(double x) { return x - std::floor(x); }
+
+TEST(LFOTest, WaveformsFollowThePhase) {
+    const std::function<double(double)> shapes[] = {
+        [](double p) { return std::sin(2.0 * std::numbers::pi * p); },
+        [](double p) {
+            return 2.0 / std::numbers::pi * std::asin(std::sin(2.0 * std::numbers::pi * p));
+        },
+        [](double p) { return 1.0 - 2.0 * p; },
+        [](double p) { return 2.0 * p - 1.0; },
+        [](double p) { return p < 0.5 ? 1.0 : -1.0; },
+    };
+    for (uint32_t shape = 0; shape < 5; ++shape) {
+        for (const float start : {0.0f, 100.0f}) {
+            Oscillator lfo(static_cast<LFO::Shape>(shape));
+            lfo.Set(LFO::PhaseInit, start);
+            lfo.Blocks(20);
+            for (uint32_t i = 0; i < 960; ++i) {
+                const double phase = Frac((i + 1e-6) / 480.0 + static_cast<double>(start) / 360.0);
+                ASSERT_NEAR(lfo.outputs[0][i], shapes[shape](phase), 1e-4) << shape << ", " << i;
+            }
+        }
+    }
+}
+
+TEST(LFOTest, AmpScalesTheUnipolarSignalToo) {
+    Oscillator lfo(LFO::kRisingSaw);
+    lfo.Set(LFO::Unipolar, 1.0f);
+    lfo.Set(LFO::Amp, 0.75f);
+    lfo.Modulate(1, -0.25f);
+    lfo.Blocks(10);
+    for (uint32_t i = 0; i < 480; ++i)
+        ASSERT_NEAR(lfo.outputs[0][i], 0.5 * i / 480.0, 1e-5);
+}
+
+TEST(LFOTest, SpreadPutsTheRightChannelAhead) {
+    Oscillator lfo(LFO::kSine);
+    lfo.Set(LFO::StereoSpread, 90.0f);
+    lfo.Blocks(10);
+    EXPECT_EQ(lfo.outputs[1], std::vector<float>(480, 0.0f));  // mono: as the base leaves it
+    lfo.Set(LFO::Stereo, 1.0f);
+    lfo.Forget();
+    lfo.Blocks(10);
+    for (uint32_t i = 0; i < 360; ++i)
+        ASSERT_NEAR(lfo.outputs[1][i], lfo.outputs[0][i + 120], 1e-5);
+
+    Oscillator square(LFO::kSquare);
+    square.Set(LFO::Stereo, 1.0f);
+    square.Set(LFO::StereoSpread, 180.0f);
+    square.Blocks(10);
+    for (uint32_t i = 0; i < 480; ++i)
+        ASSERT_TRUE(i % 240 == 0 || square.outputs[1][i] == -square.outputs[0][i])
+            << i;  // on an edge rounding decides
+}
+
+TEST(LFOTest, PhaseRowMovesTheReadingPointBothWays) {
+    for (const float moved : {-0.125f, 0.25f}) {
+        Oscillator lfo(LFO::kRisingSaw);
+        lfo.Set(LFO::PhaseInit, 90.0f);
+        lfo.Modulate(2, moved);
+        lfo.Block();
+        const double first = 0.25 + static_cast<double>(moved);
+        EXPECT_NEAR(lfo.module.Value(LFO::CurrentPhaseFeedback), first, 1e-5);
+        EXPECT_EQ(lfo.module.Value(LFO::CurrentValueLFeedback), lfo.outputs[0][0]);
+        lfo.Blocks(9);
+        for (uint32_t i = 0; i < 480; ++i)
+            ASSERT_NEAR(lfo.outputs[0][i], 2.0 * Frac(first + (i + 1e-6) / 480.0) - 1.0, 1e-4) << i;
+    }
+}
+
+struct FixedClock final : prims::ClockSource {
+    FixedClock() : before(prims::ReplaceClock(this)) {}
+    ~FixedClock() override { prims::ReplaceClock(before); }
+    uint64_t Microseconds() override { return 0x12345678; }
+    prims::ClockSource* before;
+};
+
+TEST(LFOTest, SampleAndHoldTakesTheRandomSequenceOneStepACycle) {
+    FixedClock clock;
+    Oscillator lfo(LFO::kSampleAndHold);
+    lfo.Set(LFO::Stereo, 1.0f);
+    lfo.Set(LFO::SnHStereoMode, 1.0f);
+    lfo.Blocks(50);
+    uint32_t state = 0x12345678;
+    float expected = 0.0f;
+    const auto draw = [&] {
+        state ^= state << 13;
+        state ^= state >> 17;
+        state ^= state << 5;
+        expected = static_cast<float>(state) / 2147483648.0f - 1.0f;
+    };
+    for (uint32_t unheard = 0; unheard < 3; ++unheard)  // a reset takes two, its restart one
+        draw();
+    for (uint32_t i = 0; i < 2400; ++i) {
+        if (lfo.ticks[i] > 0.5f)
+            draw();
+        ASSERT_NEAR(lfo.outputs[0][i], expected, 1e-6f) << i;
+        // The right channel runs over the block once the left one is through.
+        const uint32_t blockEnd = i / kBlock * kBlock + kBlock - 1;
+        ASSERT_EQ(lfo.outputs[1][i], -lfo.outputs[0][blockEnd]) << i;
+    }
+    EXPECT_EQ(lfo.TickSteps(), (std::vector<uint32_t>{0, 480, 960, 1440, 1920}));
+}
+
+TEST(LFOTest, SpreadHoldsTheRightValueBackByTwiceItsAngle) {
+    Oscillator lfo(LFO::kSampleAndHold);
+    lfo.Set(LFO::Stereo, 1.0f);
+    lfo.Set(LFO::StereoSpread, 60.0f);
+    lfo.Blocks(100);
+    for (uint32_t i = 480; i < 4800; ++i)
+        ASSERT_EQ(lfo.outputs[1][i], lfo.outputs[0][i - 160]) << i;
+}
+
+TEST(LFOTest, FadeRisesExponentiallyAfterARestartAndEndsAtOne) {
+    Oscillator lfo(LFO::kSquare);
+    lfo.Set(LFO::RateUnSynced, 0.0f);  // stands on the square's upper half
+    lfo.Set(LFO::Fade, 0.05f);
+    lfo.module.Reset(true);
+    lfo.Blocks(60);
+    for (uint32_t i = 0; i < 2400; i += 7)
+        ASSERT_NEAR(lfo.outputs[0][i], std::expm1(10.0 * i / 2400.0) / std::expm1(10.0), 1e-4) << i;
+    for (uint32_t i = 2410; i < 2880; ++i)
+        ASSERT_NEAR(lfo.outputs[0][i], 1.0f, 1e-4f);
+
+    Oscillator odd(LFO::kSquare);  // ends inside a block
+    odd.Set(LFO::RateUnSynced, 0.0f);
+    odd.Set(LFO::Fade, 0.0103f);
+    odd.module.Reset(true);
+    odd.Blocks(20);
+    EXPECT_LE(*std::max_element(odd.outputs[0].begin(), odd.outputs[0].end()), 1.0001f);
+    odd.Set(LFO::Fade, 0.0f);
+    odd.module.Reset(true);
+    odd.Forget();
+    odd.Block();
+    EXPECT_EQ(odd.outputs[0][0], 1.0f);
+}
+
+// Five time constants, in seconds or in cycles.
+TEST(LFOTest, SmoothingTimeCountsInSecondsOrInCycles) {
+    for (const auto& [linked, synced] : {std::pair{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 1.0f}}) {
+        Oscillator lfo(LFO::kSquare);
+        lfo.Set(LFO::RateUnSynced, 20.0f);
+        lfo.Set(LFO::MidiSync, synced);
+        lfo.Set(LFO::RateSynced, 5.0f);  // one quarter note
+        lfo.tempo = 1200.0f;             // twenty a second
+        lfo.Set(LFO::SmoothRateLinked, linked);
+        lfo.Set(LFO::Smooth, linked > 0.5f ? 0.2f : 0.01f);
+        lfo.Blocks(20);
+        for (uint32_t i = 0; i < 960; ++i)
+            ASSERT_NEAR(lfo.outputs[0][i], 1.0 - std::exp(-5.0 * (i + 1) / 480.0), 1e-3) << i;
+    }
+}
+
+TEST(LFOTest, ControlRateGivesOneStepABlock) {
+    Oscillator lfo(LFO::kRisingSaw);
+    lfo.Set(LFO::ControlRate, 1.0f);
+    lfo.Blocks(20);
+    ASSERT_EQ(lfo.outputs[0].size(), 20u);
+    for (uint32_t i = 0; i < 20; ++i)
+        EXPECT_NEAR(Frac(0.5 * static_cast<double>(lfo.outputs[0][i]) + 0.5 + 1e-6), i % 10 * 0.1,
+                    1e-5);
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

@@ -1,0 +1,285 @@
+#include "modulation/MonoModulations.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "support/TestSignals.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+using Matrix = MonoModulations<7, 95, 1, DefaultModulationPolicy>;
+
+constexpr uint32_t kSources = 7;
+constexpr uint32_t kRows = 95;
+constexpr uint32_t kCells = kSources * kRows;
+constexpr uint32_t kBlock = 44;
+constexpr float kUntouched = -77.0f;
+
+constexpr uint32_t Cell(uint32_t row, uint32_t source) { return row * kSources + source; }
+constexpr uint32_t Switch(uint32_t row, uint32_t source) { return kCells + Cell(row, source); }
+
+Parameter Bipolar() {
+    return Parameter::MakeContinuous("", PotardKind::kLinear, -1.0f, 1.0f, 0.5f);
+}
+
+struct Rig {
+    explicit Rig(uint32_t alwaysDirty = 0x7f, uint32_t blockSize = kBlock)
+        : matrix(alwaysDirty, Bipolar(), "Modulations") {
+        matrix.Setup(48000.0f, blockSize);
+    }
+    void Process(uint32_t frames = kBlock) {
+        ProcessBlock block;
+        block.numFrames = frames;
+        EXPECT_TRUE(matrix.Process(block));
+    }
+    void Write(uint32_t source, float value, uint32_t frames = kBlock) {
+        std::fill_n(matrix.GetSourceRow(source), frames, value);
+    }
+    void Announce(uint32_t source, float value, uint32_t frames = kBlock) {
+        Write(source, value, frames);
+        matrix.SourceUpdated(source, frames);
+    }
+    /// Marks a row, so that it shows whether it has been computed.
+    void Spoil(uint32_t row) { matrix.GetDestinationRow(row)[0] = kUntouched; }
+    float First(uint32_t row) { return matrix.GetDestinationRow(row)[0]; }
+    float Activity(uint32_t row) { return matrix.GetDestinationRow(row)[-1]; }
+
+    Matrix matrix;
+};
+
+/// All routing in two plain lists.
+struct Plain {
+    std::array<float, kCells> amounts{};
+    std::array<bool, kCells> off{};
+
+    float Effective(uint32_t row, uint32_t source) const {
+        return off[Cell(row, source)] ? 0.0f : amounts[Cell(row, source)];
+    }
+    bool Reaches(uint32_t row) const {
+        for (uint32_t s = 0; s < kSources; ++s)
+            if (Effective(row, s) != 0.0f)
+                return true;
+        return false;
+    }
+    void Expect(Rig& rig, uint32_t row, uint32_t frames) const {
+        for (uint32_t j = 0; j < frames; ++j) {
+            float sum = 0.0f;
+            for (uint32_t s = 0; s < kSources; ++s)
+                sum += Effective(row, s) * rig.matrix.GetSourceRow(s)[j];
+            ASSERT_EQ(rig.matrix.GetDestinationRow(row)[j], sum) << "row " << row << " at " << j;
+        }
+    }
+};
+
+// Routing that changes all the time, announced and silent sources, and blocks of several lengths:
+// behind a block every row is the plain sum, and behind an announcement those rows are that it
+// concerns.
+TEST(MonoModulationsTest, RowsAreThePlainSumsWhateverHappens) {
+    Rig rig;
+    Plain plain;
+    std::mt19937 random(12);
+    const auto draw = [&random](uint32_t below) { return static_cast<uint32_t>(random() % below); };
+    for (uint32_t step = 0; step < 400; ++step) {
+        for (uint32_t change = draw(6); change > 0; --change) {
+            const uint32_t cell = draw(3) == 0 ? draw(kCells) : draw(40) * 16;
+            if (draw(2) == 0) {
+                plain.off[cell] = draw(2) == 0;
+                rig.matrix.SetActivated(kCells + cell, !plain.off[cell]);
+            } else {
+                plain.amounts[cell] = draw(3) == 0 ? 0.0f : test::Noise(draw(99), 1)[0];
+                rig.matrix.SetAmount(cell, plain.amounts[cell]);
+            }
+        }
+        const uint32_t frames = draw(5) == 0 ? 16 : kBlock;
+        for (uint32_t s = 0; s < kSources; ++s) {
+            const std::vector<float> signal = test::Noise(100 * step + s, frames);
+            std::copy(signal.begin(), signal.end(), rig.matrix.GetSourceRow(s));
+            if (draw(3) == 0)
+                continue;
+            rig.matrix.SourceUpdated(s, frames);
+            for (uint32_t row = 0; row < kRows; ++row)
+                if (plain.Effective(row, s) != 0.0f)
+                    plain.Expect(rig, row, frames);
+        }
+        rig.Process(frames);
+        for (uint32_t row = 0; row < kRows; ++row) {
+            plain.Expect(rig, row, frames);
+            ASSERT_EQ(rig.matrix.IsDestinationConnected(row), plain.Reaches(row));
+            ASSERT_EQ(rig.Activity(row), plain.Reaches(row) ? 1.23456f : 0.0f);
+        }
+    }
+}
+
+TEST(MonoModulationsTest, WorkFollowsRouting) {
+    Rig rig;
+    rig.matrix.SetAmount(Cell(3, 0), 1.0f);
+    rig.matrix.SetAmount(Cell(70, 0), 0.5f);
+    rig.matrix.SetAmount(Cell(4, 6), 1.0f);
+    rig.Process();
+    for (uint32_t row = 0; row < kRows; ++row)
+        rig.Spoil(row);
+    rig.Announce(0, 1.0f);
+    for (uint32_t row = 0; row < kRows; ++row)
+        EXPECT_EQ(rig.First(row), row == 3 ? 1.0f : row == 70 ? 0.5f : kUntouched);
+    rig.Spoil(3);
+    rig.matrix.SetAmount(Cell(3, 0), 1.0f);  // as it is
+    rig.matrix.SetActivated(Switch(3, 0), true);
+    rig.Process();  // source 0 has been taken in; source 6 has not
+    EXPECT_EQ(rig.First(3), kUntouched);
+    EXPECT_EQ(rig.First(4), 0.0f);
+    EXPECT_EQ(rig.First(5), kUntouched);
+}
+
+TEST(MonoModulationsTest, OnlySourcesInTheMaskAreTakenInUnannounced) {
+    Rig rig(0x02);
+    rig.matrix.SetAmount(Cell(10, 0), 1.0f);
+    rig.matrix.SetAmount(Cell(11, 1), 1.0f);
+    rig.Process();
+    rig.Write(0, 0.25f);
+    rig.Write(1, 0.25f);
+    rig.Process();
+    EXPECT_EQ(rig.First(10), 0.0f);
+    EXPECT_EQ(rig.First(11), 0.25f);
+}
+
+TEST(MonoModulationsTest, ASecondAnnouncementCountsOnlyInABlockOfAnotherLength) {
+    Rig rig;
+    rig.matrix.SetAmount(Cell(0, 2), 1.0f);
+    rig.Process();
+    rig.Announce(2, 0.5f);
+    rig.Announce(2, 0.75f);
+    EXPECT_EQ(rig.First(0), 0.5f);
+    rig.Process();
+    rig.Announce(2, 0.5f, 16);
+    rig.Announce(2, 0.75f, 16);
+    EXPECT_EQ(rig.First(0), 0.75f);
+}
+
+TEST(MonoModulationsTest, ANewLengthRecomputesEveryRow) {
+    Rig rig;
+    rig.Process();
+    for (const uint32_t frames : {kBlock, 16u}) {
+        rig.Spoil(94);
+        rig.Process(frames);
+        EXPECT_EQ(rig.First(94), frames == kBlock ? kUntouched : 0.0f);
+    }
+}
+
+TEST(MonoModulationsTest, ASwitchKeepsItsAmountAndARowWithoutSourcesIsSilent) {
+    Rig rig;
+    rig.Write(5, 1.0f);
+    rig.matrix.SetParameterNormalized(Cell(64, 5), 0.0f);
+    rig.Process();
+    EXPECT_EQ(rig.First(64), -1.0f);
+    rig.matrix.SetParameterNormalized(Switch(64, 5), 0.5f);
+    rig.Process();
+    EXPECT_EQ(rig.First(64), 0.0f);
+    EXPECT_FALSE(rig.matrix.IsDestinationConnected(64));
+    EXPECT_EQ(rig.matrix.GetParameterNormalized(Cell(64, 5)), 0.0f);
+    rig.matrix.SetParameterNormalized(Switch(64, 5), 0.51f);
+    rig.Process();
+    EXPECT_EQ(rig.First(64), -1.0f);
+    EXPECT_TRUE(rig.matrix.IsDestinationConnected(64));
+    rig.matrix.SetAmount(Cell(64, 5), 0.0f);
+    rig.Process();
+    EXPECT_EQ(rig.First(64), 0.0f);
+    EXPECT_EQ(rig.Activity(64), 0.0f);
+}
+
+TEST(MonoModulationsTest, TheSumIsNotClipped) {
+    Rig rig;
+    for (const uint32_t source : {1u, 3u}) {
+        rig.matrix.SetAmount(Cell(7, source), 1.0f);
+        rig.Write(source, 1.0f);
+    }
+    rig.Process();
+    EXPECT_EQ(rig.First(7), 2.0f);
+}
+
+TEST(MonoModulationsTest, PositionsOfAmountsAndSwitches) {
+    Rig rig;
+    EXPECT_EQ(rig.matrix.GetParameterNormalized(0), 0.5f);
+    EXPECT_EQ(rig.matrix.GetParameterNormalized(kCells), 1.0f);
+    for (const float position : {0.0f, 0.125f, 0.5f, 1.0f}) {
+        EXPECT_TRUE(rig.matrix.SetParameterNormalized(664, position));
+        EXPECT_EQ(rig.matrix.Amount(664), 2.0f * position - 1.0f);
+        EXPECT_EQ(rig.matrix.GetParameterNormalized(664), position);
+    }
+    rig.matrix.SetParameterNormalized(1329, 0.0f);
+    EXPECT_EQ(rig.matrix.GetParameterNormalized(1329), 0.0f);
+    EXPECT_FALSE(rig.matrix.IsActivated(664));
+    EXPECT_TRUE(rig.matrix.SetParameterNormalized(1330, 1.0f));
+    EXPECT_EQ(rig.matrix.GetParameterNormalized(1330), 0.0f);
+}
+
+std::string NameOf(Matrix& matrix, uint32_t id) {
+    char text[64];
+    ParameterNameSink sink(text, sizeof(text));
+    matrix.GetParameterName(id, sink);
+    return text;
+}
+
+TEST(MonoModulationsTest, NamesCountFromOne) {
+    Rig rig;
+    EXPECT_EQ(NameOf(rig.matrix, 0), "Modulations_Dst1_Src1_Amount");
+    EXPECT_EQ(NameOf(rig.matrix, 8), "Modulations_Dst2_Src2_Amount");
+    EXPECT_EQ(NameOf(rig.matrix, 664), "Modulations_Dst95_Src7_Amount");
+    EXPECT_EQ(NameOf(rig.matrix, 665), "Modulations_Dst1_Src1_Activated");
+    EXPECT_EQ(NameOf(rig.matrix, 1329), "Modulations_Dst95_Src7_Activated");
+    EXPECT_EQ(NameOf(rig.matrix, 1330), "");
+    Matrix nameless(0x7f, Bipolar(), "");
+    EXPECT_EQ(NameOf(nameless, 6), "Dst1_Src7_Amount");
+}
+
+TEST(MonoModulationsTest, SetupKeepsTheRoutingAndAlignsTheRows) {
+    Rig rig;
+    rig.matrix.SetAmount(Cell(94, 6), -0.5f);
+    rig.matrix.SetActivated(Switch(2, 3), false);
+    for (const uint32_t size : {48u, 192u, 44u}) {
+        rig.matrix.Setup(48000.0f, size);
+        rig.matrix.Reset(true);
+        EXPECT_TRUE(rig.matrix.IsDestinationConnected(94));
+        EXPECT_FALSE(rig.matrix.IsActivated(Cell(2, 3)));
+        for (uint32_t row = 0; row < kRows; ++row)
+            EXPECT_EQ(reinterpret_cast<uintptr_t>(rig.matrix.GetDestinationRow(row)) % 16, 0u);
+        rig.Write(6, 1.0f, size);
+        rig.Process(size);
+        EXPECT_EQ(rig.matrix.GetDestinationRow(94)[size - 1], -0.5f);
+        EXPECT_EQ(rig.matrix.GetDestinationRow(93)[size - 1], 0.0f);
+    }
+}
+
+TEST(MonoModulationsTest, ListenersHearWhenACellBeginsAndEnds) {
+    struct Recorder : ModulationListener {
+        void OnConnectionChanged(uint32_t source, uint32_t row, bool connected) override {
+            heard.emplace_back(source, row, connected);
+        }
+        std::vector<std::tuple<uint32_t, uint32_t, bool>> heard;
+    } recorder;
+    Rig rig;
+    rig.matrix.AddListener(&recorder);
+    rig.matrix.AddListener(&recorder);
+    rig.matrix.SetAmount(Cell(80, 4), 0.3f);
+    rig.matrix.SetAmount(Cell(80, 4), 0.4f);
+    rig.matrix.SetActivated(Switch(80, 4), false);
+    rig.matrix.SetAmount(Cell(80, 4), 0.5f);
+    rig.matrix.SetActivated(Switch(80, 4), true);
+    rig.matrix.SetAmount(Cell(80, 4), 0.0f);
+    rig.matrix.SetActivated(Switch(80, 4), false);
+    const std::vector<std::tuple<uint32_t, uint32_t, bool>> wanted = {
+        {4, 80, true}, {4, 80, false}, {4, 80, true}, {4, 80, false}};
+    EXPECT_EQ(recorder.heard, wanted);
+    rig.matrix.RemoveListener(&recorder);
+    rig.matrix.SetAmount(Cell(0, 0), 1.0f);
+    EXPECT_EQ(recorder.heard, wanted);
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

@@ -1,0 +1,128 @@
+#include "primitives/DelayLine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "primitives/AllpassDelayLine.h"
+#include "support/TestSignals.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+constexpr int32_t kSize = 37;
+
+/// A line full of noise, and the signal that went in, newest last.
+struct Filled {
+    Filled() : signal(test::Noise(5, 3 * kSize + 11)) {
+        line.Resize(kSize);
+        for (const float x : signal)
+            line.Write(x);
+    }
+    /// The sample written back samples before the last one, round and round.
+    float Back(int64_t back) const {
+        const int64_t inRing = (back % kSize + kSize) % kSize;
+        return signal[signal.size() - 1 - static_cast<size_t>(inRing)];
+    }
+    std::vector<float> signal;
+    DelayLine line;
+};
+
+TEST(DelayLineTest, AnyDelayReadsTheSampleThatFarBack) {
+    Filled f;
+    EXPECT_EQ(f.line.Read(1, 0.0f, DelayLine::kNone), f.signal.back());
+    EXPECT_EQ(f.line.Read(kSize, 0.0f, DelayLine::kNone), f.line.data[f.line.writeIndex]);
+    const int32_t huge = std::numeric_limits<int32_t>::max();
+    for (const int32_t delay : {1, 2, 17, kSize - 1, kSize, kSize + 1, 5 * kSize + 3, 0, -1, -kSize,
+                                -7 * kSize - 5, huge, -huge - 1}) {
+        const double newer = f.Back(int64_t{delay} - 1), older = f.Back(delay);
+        EXPECT_EQ(f.line.Read(delay, 0.7f, DelayLine::kNone), newer) << delay;
+        EXPECT_EQ(f.line.Read(delay, 0.7f, 77), newer) << delay;
+        EXPECT_EQ(f.line.Read(delay, 0.0f, DelayLine::kLinear), newer) << delay;
+        EXPECT_NEAR(f.line.Read(delay, 0.3f, DelayLine::kLinear), 0.7 * newer + 0.3 * older, 2e-7);
+        EXPECT_NEAR(f.line.Read(delay, 1.0f, DelayLine::kLinear), older, 2e-7) << delay;
+        EXPECT_EQ(f.line.Read(delay, 0.0f, DelayLine::kPolynomial), newer) << delay;
+        EXPECT_NEAR(f.line.Read(delay, 1.0f, DelayLine::kPolynomial), older, 2e-6) << delay;
+        f.line.allpassState = 0.25f;
+        const float y = f.line.Read(delay, 0.5f, DelayLine::kAllpass);
+        EXPECT_NEAR(y, (newer - 0.25) / 3.0 + older, 2e-7) << delay;
+        EXPECT_EQ(f.line.allpassState, y);
+    }
+}
+
+TEST(DelayLineTest, PolynomialIsTheHermiteCurveThroughValuesSlopesAndCurvatures) {
+    Filled f;
+    for (int32_t delay = 0; delay < 2 * kSize; ++delay) {
+        const double p = f.Back(delay - 2), a = f.Back(delay - 1), b = f.Back(delay),
+                     q = f.Back(delay + 1);
+        for (const float fraction : {0.1f, 0.5f, 0.83f}) {
+            const double x = fraction, x2 = x * x, x3 = x2 * x, x4 = x3 * x, x5 = x4 * x;
+            const double toB = 10 * x3 - 15 * x4 + 6 * x5;
+            const double slopeA = x - 6 * x3 + 8 * x4 - 3 * x5;
+            const double slopeB = -4 * x3 + 7 * x4 - 3 * x5;
+            const double bendA = 0.5 * x2 - 1.5 * x3 + 1.5 * x4 - 0.5 * x5;
+            const double bendB = 0.5 * x3 - x4 + 0.5 * x5;
+            const double expected = a * (1 - toB) + b * toB + slopeA * (b - p) / 2 +
+                                    slopeB * (q - a) / 2 + bendA * (b + p - 2 * a) +
+                                    bendB * (q + a - 2 * b);
+            EXPECT_NEAR(f.line.Read(delay, fraction, DelayLine::kPolynomial), expected, 2e-6);
+        }
+    }
+}
+
+TEST(DelayLineTest, ClearZeroesTheRingAndCopiesHaveTheirOwn) {
+    Filled f;
+    DelayLine copy = f.line;
+    f.line.Read(3, 0.5f, DelayLine::kAllpass);
+    f.line.Clear();
+    EXPECT_EQ(f.line.storage, std::vector<float>(kSize, 0.0f));
+    EXPECT_TRUE(f.line.writeIndex == 0 && f.line.allpassState == 0.0f && !f.line.isClear);
+    EXPECT_EQ(copy.Read(1, 0.0f, DelayLine::kNone), f.signal.back());
+    f.line.Resize(8);
+    for (int run = 0; run < 2; ++run) {  // straight behind Resize, and behind a write past Write
+        EXPECT_EQ(f.line.isClear, run == 0);
+        f.line.Clear();
+        EXPECT_EQ(f.line.storage, std::vector<float>(8, 0.0f));
+        f.line.data[2] = 1.0f;
+    }
+}
+
+TEST(AllpassDelayLineTest, ImpulseResponseIsSchroedersAndKeepsTheEnergy) {
+    AllpassDelayLine allpass;
+    allpass.Resize(64);
+    allpass.gain = 0.6f;
+    allpass.baseDelay = 7;
+    double energy = 0.0;
+    for (int n = 0; n < 400; ++n) {
+        const float y = allpass.Process(n == 0 ? 1.0f : 0.0f, 0.0f);
+        const double echo = (1.0 - 0.36) * std::pow(-0.6, n / 7 - 1);
+        EXPECT_NEAR(y, n == 0 ? 0.6 : n % 7 == 0 ? echo : 0.0, 1e-6) << n;
+        energy += double{y} * double{y};
+    }
+    EXPECT_NEAR(energy, 1.0, 1e-5);
+}
+
+TEST(AllpassDelayLineTest, ModulationMovesTheTapAndStopsAtTheLastSample) {
+    const std::vector<float> in = test::Noise(9, 40);
+    for (const float modulation : {1.25f, 4.0f, -0.25f, -2.0f, -2.5f, -9.3f}) {
+        AllpassDelayLine allpass;  // gain 0: a plain delay
+        allpass.Resize(16);
+        allpass.baseDelay = 3;
+        const float delay = std::max(3.0f + modulation, 1.0f);
+        const auto whole = static_cast<size_t>(delay);
+        const float fraction = delay - static_cast<float>(whole);
+        for (size_t n = 0; n < in.size(); ++n) {
+            const float y = allpass.Process(in[n], modulation);
+            if (n >= 16) {
+                const float newer = in[n - whole], older = in[n - whole - 1];
+                EXPECT_NEAR(y, newer + fraction * (older - newer), 1e-6f) << modulation;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+
+#include "primitives/SmootherInterpLPF.h"
+#include "primitives/SmootherSRL.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+template <class S>
+S Make(double seconds, double rate = 48000.0, uint32_t stepLength = 1) {
+    S smoother(seconds);
+    smoother.sampleRate = rate;
+    smoother.stepLength = stepLength;
+    smoother.UpdateCoefficients();
+    return smoother;
+}
+
+TEST(SmootherTest, LowPassFollowsItsExponentialAndArrives) {
+    for (const uint32_t stepLength : {1u, 48u}) {
+        auto smoother = Make<SmootherLPF>(0.02, 48000.0, stepLength);
+        smoother.SetStartAndTarget(2.0f, -1.0f);
+        const double ticksInTime = 0.02 * 48000.0 / stepLength;
+        for (int n = 1; n <= 3 * static_cast<int>(ticksInTime); ++n)
+            ASSERT_NEAR(smoother.Tick(), 3.0 * std::exp(-5.0 * n / ticksInTime) - 1.0, 1e-6) << n;
+        EXPECT_FALSE(smoother.IsAtRest());
+        // The glide ends where a step falls under a millionth of a millionth of the target.
+        for (int n = 0; n < 5 * static_cast<int>(ticksInTime); ++n)
+            smoother.Tick();
+        EXPECT_TRUE(smoother.IsAtRestAt(-1.0));
+    }
+}
+
+TEST(SmootherTest, LowPassThresholdFollowsNewTargetsOnly) {
+    auto smoother = Make<SmootherLPF>(0.001);
+    smoother.threshold = 0.5;
+    smoother.SetTarget(0.0f);
+    EXPECT_EQ(smoother.threshold, 0.5);  // no new target
+    smoother.SetTarget(-1000.0f);
+    EXPECT_EQ(smoother.threshold, 1000.0 * 1e-12);
+    smoother.Reset(1.0f);
+    smoother.SetTarget(0.0f);
+    EXPECT_EQ(smoother.threshold, 1e-20);
+    for (int n = 0; n < 450; ++n)  // steps fall below it after 48 / 5 * ln(1e20) ticks
+        smoother.Tick();
+    EXPECT_TRUE(smoother.IsAtRestAt(0.0));
+}
+
+TEST(SmootherTest, SlewLimiterTakesEqualStepsAndLandsOnTheTarget) {
+    auto smoother = Make<SmootherSRL>(0.01, 1000.0, 2);  // 5 ticks for a distance of 1
+    smoother.range = 2.0;                                // and so 0.4 a tick
+    smoother.UpdateCoefficients();
+    for (const float to : {1.0f, -0.9f}) {
+        const float from = static_cast<float>(smoother.current);
+        smoother.SetTarget(to);
+        const float step = to > from ? 0.4f : -0.4f;
+        int n = 1;
+        for (; std::fabs(to - from) > 0.4f * static_cast<float>(n); ++n)
+            EXPECT_FLOAT_EQ(smoother.Tick(), from + step * static_cast<float>(n));
+        EXPECT_EQ(smoother.Tick(), to);
+        EXPECT_TRUE(smoother.IsAtRest());
+    }
+    smoother.SetTarget(0.1f);  // state is held in single precision
+    EXPECT_EQ(static_cast<double>(smoother.Tick()), smoother.current);
+}
+
+TEST(SmootherTest, RampedLowPassFollowsTheRamp) {
+    auto smoother = Make<SmootherInterpLPF>(0.002);
+    smoother.rampSteps = 48;
+    smoother.Reset(1.0f);
+    smoother.SetTarget(3.0f);
+    const double pole = std::exp(-5.0 / 96.0);
+    for (int n = 1; n <= 48; ++n) {
+        // A one-pole behind a ramp of slope m: lag m p / (1 - p), which it takes up exponentially.
+        const double m = 2.0 / 48.0, lag = m * pole / (1.0 - pole);
+        ASSERT_NEAR(smoother.Tick(), 1.0 + m * n - lag * (1.0 - std::pow(pole, n)), 1e-6) << n;
+    }
+    EXPECT_EQ(smoother.rampValue, 3.0);
+    for (int n = 0; n < 1000; ++n)
+        smoother.Tick();
+    EXPECT_TRUE(smoother.IsAtRestAt(3.0));
+}
+
+TEST(SmootherTest, RampsStartWhereTheLastOneStands) {
+    auto smoother = Make<SmootherInterpLPF>(0.01);
+    smoother.rampSteps = 4;
+    smoother.Reset(0.0f);
+    smoother.SetTarget(4.0f);
+    smoother.Tick();
+    smoother.Tick();
+    EXPECT_EQ(smoother.rampValue, 2.0);
+    smoother.SetTarget(2.0f);  // where the ramp stands: nothing happens
+    EXPECT_EQ(smoother.target, 4.0);
+    smoother.SetTarget(-2.0f);
+    for (const double expected : {1.0, 0.0, -1.0, -2.0, -2.0}) {
+        smoother.Tick();
+        EXPECT_EQ(smoother.rampValue, expected);
+    }
+    smoother.rampSteps = 1;
+    smoother.SetTarget(7.0f);
+    smoother.Tick();
+    EXPECT_EQ(smoother.rampValue, 7.0);
+
+    smoother.rampSteps = 8;
+    smoother.SetStartAndTarget(1.0f, 5.0f);
+    EXPECT_EQ(smoother.current, 1.0);
+    EXPECT_EQ(smoother.rampIncrement, 0.5);
+    EXPECT_EQ(smoother.threshold, 5e-12);
+    smoother.SetStartAndTarget(6.0f, 6.0f);
+    EXPECT_EQ(smoother.Tick(), 6.0f);
+    EXPECT_TRUE(smoother.IsAtRestAt(6.0));
+    smoother.SetTarget(9.0f);
+    smoother.Reset(2.0f);
+    EXPECT_EQ(smoother.Tick(), 2.0f);
+    EXPECT_EQ(smoother.rampCounter, 7u);
+}
+
+TEST(SmootherTest, BlocksAreTicksOrAConstantInGroupsOfFour) {
+    auto smoother = Make<SmootherInterpLPF>(0.01);
+    smoother.rampSteps = 6;
+    smoother.SetTarget(1.0f);
+    SmootherInterpLPF copy = smoother;
+    std::array<float, 7> block{};
+    smoother.FillBlock(block.data(), 7);
+    for (const float value : block)
+        EXPECT_EQ(value, copy.Tick());
+    smoother.Reset(0.5f);
+    block.fill(-1.0f);
+    smoother.FillBlock(block.data(), 7);
+    const std::array<float, 7> expected = {0.5f, 0.5f, 0.5f, 0.5f, -1.0f, -1.0f, -1.0f};
+    EXPECT_EQ(block, expected);
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp
