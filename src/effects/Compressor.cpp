@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "framework/ParameterTable.h"
+#include "primitives/BlockDelay.h"
 #include "primitives/Decibels.h"
 
 namespace Quorvan::dsp {
@@ -50,7 +51,7 @@ Compressor::Compressor(std::string moduleName) : UnitModule(std::move(moduleName
 
 void Compressor::OnSetup(float rate, uint32_t blockSize) {
     sampleRate = rate;
-    for (AlignedVector* buffer : {&wetBuffer, &gainBuffer, &wetSignal})
+    for (AlignedVector* buffer : {&wetBuffer, &gainBuffer, &drivenSignal, &delayedSignal})
         buffer->assign(blockSize, 0.0f);
 
     wetSmoother.stepLength = 1;
@@ -235,12 +236,19 @@ void Compressor::FillGains(uint32_t pass, uint32_t count) {
 
 /// Mixes one channel from gainBuffer. An absent input still runs its delay, with silence.
 void Compressor::WriteChannel(uint32_t channel, const float* in, float* out, uint32_t count) {
-    float* const delayed = wetSignal.data();
+    float* const driven = drivenSignal.data();
     const float inGain = inGainLinear;
-    for (uint32_t i = 0; i < count; ++i)
-        delayed[i] = in == nullptr ? 0.0f : inGain * in[i];
-    if (lookaheadSamples != 0)
-        DelayAudio(inputRings[channel], delayed, count);
+    if (in == nullptr)
+        std::fill_n(driven, count, 0.0f);
+    else
+        for (uint32_t i = 0; i < count; ++i)
+            driven[i] = inGain * in[i];
+    const float* signal = driven;
+    if (lookaheadSamples != 0) {
+        RunBlockDelay(inputRings[channel], static_cast<uint32_t>(lookaheadSamples), driven,
+                      delayedSignal.data(), count);
+        signal = delayedSignal.data();
+    }
     if (out == nullptr)
         return;
     const float* const gains = gainBuffer.data();
@@ -248,23 +256,7 @@ void Compressor::WriteChannel(uint32_t channel, const float* in, float* out, uin
     const float outGain = outGainLinear;
     const float makeup = makeupGain;
     for (uint32_t i = 0; i < count; ++i)
-        out[i] = (1.0f - wet[i]) * in[i] + gains[i] * outGain * makeup * delayed[i] * wet[i];
-}
-
-void Compressor::DelayAudio(DelayLine& ring, float* samples, uint32_t count) const {
-    float* const data = ring.data;
-    const int32_t size = ring.size;
-    int32_t write = ring.writeIndex;
-    int32_t read = write - lookaheadSamples;
-    if (read < 0)
-        read += size;
-    for (uint32_t i = 0; i < count; ++i) {
-        data[write] = samples[i];
-        samples[i] = data[read];
-        write = write + 1 == size ? 0 : write + 1;
-        read = read + 1 == size ? 0 : read + 1;
-    }
-    ring.writeIndex = write;
+        out[i] = (1.0f - wet[i]) * in[i] + gains[i] * outGain * makeup * signal[i] * wet[i];
 }
 
 /// The largest reduction of the passes run on the scale of the display.

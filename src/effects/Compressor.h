@@ -86,7 +86,6 @@ private:
     void FollowLevel(uint32_t pass, uint32_t count);
     void FillGains(uint32_t pass, uint32_t count);
     void WriteChannel(uint32_t channel, const float* in, float* out, uint32_t count);
-    void DelayAudio(DelayLine& ring, float* samples, uint32_t count) const;
     float MeterValue(uint32_t passes) const;
 
     float sampleRate = 0.0f;
@@ -120,7 +119,8 @@ private:
     // Block buffers.
     AlignedVector wetBuffer;   ///< wet share of each sample
     AlignedVector gainBuffer;  ///< of one pass: detector input, level, then gain
-    AlignedVector wetSignal;   ///< one channel behind the input gain and the delay
+    AlignedVector drivenSignal;   ///< one channel behind the input gain
+    AlignedVector delayedSignal;  ///< the same behind the look-ahead
 };
 
 }  // namespace Quorvan::dsp

@@ -92,8 +92,8 @@ void MultiModeFilter::OnSetup(float rate, uint32_t blockFrames) {
     for (Smoother* smoother : smoothers)
         smoother->UpdateCoefficients();
 
-    for (AlignedVector* buffer : {&wetBuffer, &gainBuffer, &delayBuffer, &a1Ramp, &a2Ramp, &a3Ramp,
-                                  &bandRamp})
+    for (AlignedVector* buffer :
+         {&wetBuffer, &gainBuffer, &delayBuffer, &a1Ramp, &a2Ramp, &a3Ramp, &bandRamp})
         buffer->assign(blockFrames, 0.0f);
 }
 

@@ -13,11 +13,11 @@
 
 namespace Quorvan::dsp {
 
-/// Filter with three state-variable modes of 12, 24 or 36 dB an octave and two combs. An output gain
-/// follows the resonance, so that the level stays even.
+/// Filter with three state-variable modes of 12, 24 or 36 dB an octave and two combs. An output
+/// gain follows the resonance, so that the level stays even.
 ///
-/// Inputs      0, 1 audio; 2 to 4 modulation rows of Wet, of Freq or CombFreq, and of Q, read once a
-///             block
+/// Inputs      0, 1 audio; 2 to 4 modulation rows of Wet, of Freq or CombFreq, and of Q, read once
+///             a block
 /// Outputs     0, 1 audio, in place allowed
 /// Parameters  0 Wet 0..1: crossfade, glides in 10 ms
 ///             1 Mode 0 low-pass, 1 high-pass, 2 band-pass, 3 comb with feedback, 4 comb without
@@ -92,7 +92,7 @@ private:
 
     // State.
     std::array<std::array<Section, kMaxStages>, kChannels> sections{};
-    std::array<DelayLine, kChannels> delayLines;  // plain rings, read at whole samples
+    std::array<DelayLine, kChannels> delayLines;              // plain rings, read at whole samples
     SmootherInterpLPF wetSmoother{0.01}, gainSmoother{0.01};  // one tick a sample
     SmootherLPF frequencySmoother{0.004};                     // hertz, one tick a block
     SmootherSRL delaySmoother{0.03};                          // samples, one tick a sample

@@ -5,6 +5,7 @@
 
 #include "basictools/math/mapping/IPotardMapping.h"
 #include "basictools/math/mapping/PotardMappingUtils.h"
+#include "primitives/BlockTests.h"
 
 namespace Quorvan::dsp {
 
@@ -22,14 +23,6 @@ void CopyPlainFields(Parameter& to, const Parameter& from) {
     to.normalized = from.normalized;
     to.value = from.value;
     to.freshness = from.freshness;
-}
-
-/// Without a jump in the loop, so that it runs in vectors.
-bool IsConstant(const float* values, uint32_t count) {
-    uint32_t different = 0;
-    for (uint32_t i = 1; i < count; ++i)
-        different += values[i] != values[0] ? 1 : 0;
-    return different == 0;
 }
 
 }  // namespace

@@ -28,9 +28,12 @@ public:
     }
 
     bool Holds(float x) const { return x0 <= x && x < x1; }
+    bool IsLine() const { return bend == 0.0f; }
+    /// Height on a segment that is a line.
+    float LineAt(float x) const { return (x - x0) * rise + y0; }
     float HeightAt(float x) const {
         if (bend == 0.0f)
-            return (x - x0) * rise + y0;
+            return LineAt(x);
         if (bend > 0.0f)
             return y1 + (y0 - y1) * (std::expm1(-bend * ((x1 - x) / (x1 - x0))) / whole);
         return y0 + (y1 - y0) * (std::expm1(bend * ((x - x0) / (x1 - x0))) / whole);

@@ -128,10 +128,35 @@ float FunctionGenerator<Points>::Slewed(float from, float towards) const {
     return distance <= -slew.maxStep ? static_cast<float>(start - slew.maxStep) : towards;
 }
 
+/// The block in which the phase stays on one straight segment and the slew has nothing to hold back;
+/// false for any other.
+template <uint32_t Points>
+bool FunctionGenerator<Points>::FillLine(float* out, uint32_t steps) {
+    // No two values of a curve lie further apart.
+    constexpr double kWidest = 4.0;
+    const uint32_t end = this->EndOfSegment(this->OnCurve(phaseBuffer[0]));
+    if (HasObservers() || slew.maxStep < kWidest || end > this->lastPoint)
+        return false;
+    const CurveSegment segment = this->SegmentTo(end);
+    uint32_t outside = segment.IsLine() ? 0 : 1;
+    for (uint32_t i = 0; i < steps; ++i)
+        outside += segment.Holds(phaseBuffer[i]) ? 0 : 1;
+    if (outside > 0)
+        return false;
+    const float bipolar = Value(Helper::Bipolar);
+    for (uint32_t i = 0; i < steps; ++i)
+        out[i] = this->Shaped(segment.LineAt(phaseBuffer[i]), bipolar);
+    this->WriteFeedback(phaseBuffer[steps - 1]);
+    output = out[steps - 1];
+    return true;
+}
+
 /// The feedback parameters are left as the last step writes them. Only observers see the steps
 /// between, and get them one by one.
 template <uint32_t Points>
 void FunctionGenerator<Points>::FillCurve(float* out, uint32_t steps) {
+    if (FillLine(out, steps))
+        return;
     const float bipolar = Value(Helper::Bipolar);
     const bool watched = HasObservers();
     CurveSegment segment;

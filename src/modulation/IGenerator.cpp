@@ -6,6 +6,7 @@
 
 #include "framework/ParameterTable.h"
 #include "modulation/PhaseMath.h"
+#include "primitives/BlockTests.h"
 
 namespace Quorvan::dsp {
 
@@ -327,9 +328,36 @@ void IGenerator::RunOneShotSynced(const Run& run) {
     }
 }
 
+/// The block of a synced run that follows the song and lies inside one cycle; false for any other.
+bool IGenerator::RunSyncedStraight(const Run& run) {
+    if (!hardFollow || mode != kFree || swingOn || !IsConstant(rateBuffer, run.steps))
+        return false;
+    const double perBeat =
+        0.25 / static_cast<double>(rateBuffer[0]) * static_cast<double>(run.keyFactor);
+    const auto start = static_cast<double>(phaseInit);
+    const double last = run.clock + static_cast<double>(run.steps) * beatsPerSample;
+    const double cycle = Floor(CyclesAt(previousClock, perBeat));
+    const double turn = Floor(start + CyclesAt(run.clock, perBeat));
+    // One step more than the block has, so that no rounding of the sum below can leave the cycle.
+    if (Floor(CyclesAt(run.clock, perBeat)) != cycle || Floor(CyclesAt(last, perBeat)) != cycle ||
+        Floor(start + CyclesAt(last, perBeat)) != turn)
+        return false;
+    double clock = run.clock;
+    for (uint32_t i = 0; i < run.steps; ++i) {
+        phaseBuffer[i] = static_cast<float>(start + (clock - clockOrigin) * perBeat - turn);
+        previousClock = clock;
+        clock += beatsPerSample;
+    }
+    syncedPhase = start + (previousClock - clockOrigin) * perBeat - turn;
+    std::fill_n(cycleBuffer, run.steps, static_cast<float>(cycle));
+    return true;
+}
+
 /// Cycles are counted on the clock. Between their starts the phase runs on by itself, unless it
 /// follows the song position all the way.
 void IGenerator::RunSynced(const Run& run) {
+    if (RunSyncedStraight(run))
+        return;
     const auto start = static_cast<double>(phaseInit);
     const bool follows = hardFollow && mode == kFree;
     double clock = run.clock;
@@ -359,7 +387,31 @@ void IGenerator::RunSynced(const Run& run) {
     syncedPhase = phase;
 }
 
+/// The block of a free run in which nothing happens but that the phase goes on; false where something
+/// else does. Behind the first step phases are whole multiples of the last place of a number between
+/// 1 and 2, and so is each step: the product gives the very sums that adding step by step would.
+bool IGenerator::RunFreeStraight(const Run& run) {
+    if (swingOn || rateBuffer[0] != previousRate || !IsConstant(rateBuffer, run.steps))
+        return false;
+    const auto start = static_cast<double>(phaseInit);
+    const double step = FreeStep(previousRate, run);
+    const double from = freePhase + 1.0;
+    const double first = from + step - 1.0;
+    const double advance = 1.0 + step - 1.0;
+    const double last = first + static_cast<double>(run.steps - 1) * advance;
+    if (!(first >= 0.0 && last < 1.0) || Crosses(from - start, last + 1.0 - start))
+        return false;
+    for (uint32_t i = 0; i < run.steps; ++i)
+        phaseBuffer[i] = static_cast<float>(first + static_cast<double>(static_cast<int32_t>(i)) * advance);
+    std::fill_n(cycleBuffer, run.steps, cycleCount);
+    freePhase = last;
+    previousClock = run.clock + static_cast<double>(run.steps - 1) * beatsPerSample;
+    return true;
+}
+
 void IGenerator::RunFree(const Run& run) {
+    if (RunFreeStraight(run))
+        return;
     const auto start = static_cast<double>(phaseInit);
     const double shares[2] = {2.0 * static_cast<double>(swing),
                               2.0 * static_cast<double>(1.0f - swing)};

@@ -150,6 +150,8 @@ private:
     void RunOneShotSynced(const Run& run);
     void RunSynced(const Run& run);
     void RunFree(const Run& run);
+    bool RunFreeStraight(const Run& run);
+    bool RunSyncedStraight(const Run& run);
     static uint32_t IsOdd(float cycles);
     double CyclesAt(double clock, double perBeat) const;
     double Warp(double cycles) const;

@@ -7,6 +7,7 @@
 #include "framework/ParameterTable.h"
 #include "primitives/Clock.h"
 #include "primitives/FastMath.h"
+#include "primitives/PolynomialSine.h"
 #include "primitives/Xorshift.h"
 
 namespace Quorvan::dsp {
@@ -16,7 +17,6 @@ namespace {
 constexpr uint32_t kAmpRow = 1;
 constexpr uint32_t kPhaseRow = 2;
 constexpr float kInverse360 = 0.0027777778f;
-constexpr float kTwoPi = 6.2831855f;
 /// The fade rises as e^(10 y): ten times the binary logarithm of e, and e^10 - 1.
 constexpr float kFadeOctaves = 14.42695f;
 constexpr float kFadeNorm = 22025.5f;
@@ -181,7 +181,7 @@ void LFO::FillShape(float* out, uint32_t steps, float spread, float offset) cons
     const auto fill = [&](auto wave) { FillFrom(phaseBuffer, out, steps, spread, offset, wave); };
     switch (waveform) {
         case kSine:
-            return fill([](float p) { return std::sin(p * kTwoPi); });
+            return fill([](float p) { return PolynomialSineOfTurn(p); });
         case kTriangle:
             return fill(Triangle);
         case kFallingSaw:

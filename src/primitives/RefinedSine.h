@@ -17,7 +17,8 @@ inline float RefinedSin(float a) {
 /// An angle of 0..2 pi as one that RefinedSin takes: less a turn above half a turn. Put as a product,
 /// so that the compiler makes no branch of it and loops become vector code.
 inline float HalfTurnAround(float a) {
-    return a - static_cast<float>(a > 3.1415927f ? 1 : 0) * 6.2831855f;
+    const auto over = static_cast<int32_t>(a > 3.1415927f);
+    return a - static_cast<float>(over) * 6.2831855f;
 }
 
 /// The same for a phase in turns, at or above 0.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "framework/ModuleContainer.h"
 #include "primitives/AlignedVector.h"
@@ -73,7 +74,7 @@ public:
             this->numInputs += child.NumInputs() - kAudioInputs;
             ++k;
         });
-        alternativeInputs.fill(nullptr);
+        alternativeInputs.resize(this->numInputs);
     }
 
     void OnSetup(float rate, uint32_t blockSize) override {
@@ -100,7 +101,7 @@ public:
 
     /// Reaches only the alternative that runs: the others keep what they hold.
     void Reset(bool hard) override {
-        alternatives[Active()].module->Reset(hard);
+        alternatives[ActivePlace()].module->Reset(hard);
         OnReset(hard);
         this->needsFullUpdate = true;
         if (hard)
@@ -109,16 +110,15 @@ public:
 
     /// Starts the fades, and clears the alternative that a change or the end of a bypass brings in.
     bool UpdateParameters(dsp::ProcessBlock&) override {
-        const bool fadeOn = IsOn(FadeOnModuleChange);
-        if (this->IsChanged(FadeOnModuleChange) && !fadeOn) {
+        if (this->IsChanged(FadeOnModuleChange) && !IsOn(FadeOnModuleChange)) {
             moduleFade.Reset(1.0f);
             activeIndex = GetWantedIndex();
         }
-        const bool moduleChanged = this->IsChanged(ModuleType);
-        if (moduleChanged)
-            StartModuleFade(fadeOn);
-        if (moduleChanged || (this->IsChanged(Bypass) && this->Value(Bypass) < 0.5f))
-            alternatives[static_cast<size_t>(GetWantedIndex())].module->Reset(false);
+        const bool bypassEnds = this->IsChanged(Bypass) && this->Value(Bypass) < 0.5f;
+        if (this->IsChanged(ModuleType))
+            ChangeModule();
+        else if (bypassEnds)
+            ResetWanted();
         if (IsOn(CrossfadeOnBypass) && this->IsChanged(Bypass))
             bypassFade.SetTarget(IsOn(Bypass) ? 0.0f : 1.0f);
         else if (this->IsChanged(CrossfadeOnBypass) && this->Value(CrossfadeOnBypass) < 0.5f)
@@ -134,9 +134,14 @@ public:
             RunAlternative(block);
         if (!IsOn(Bypass) && !moving)
             return RunAlternative(block);
-        bypassFade.FillBlock(bypassRamp, slotBlockSize);
-        for (uint32_t c = 0; c < kAudioOutputs; ++c)
-            MixBypass(block.inputs[c], block.outputs[c], block.numFrames);
+        if (moving)
+            bypassFade.FillBlock(bypassRamp, slotBlockSize);
+        for (uint32_t c = 0; c < kAudioOutputs; ++c) {
+            if (moving)
+                MixBypass(block.inputs[c], block.outputs[c], block.numFrames);
+            else
+                WriteBypass(block.inputs[c], block.outputs[c], block.numFrames);
+        }
         return true;
     }
 
@@ -155,7 +160,7 @@ protected:
 
     /// Runs the active alternative on the audio and its stretch of the channels.
     bool RunAlternative(dsp::ProcessBlock& block) {
-        const Alternative& active = alternatives[Active()];
+        const Alternative& active = alternatives[ActivePlace()];
         dsp::ProcessBlock inner = block;
         inner.inputs = alternativeInputs.data();
         inner.numInputs = active.module->NumInputs();
@@ -169,22 +174,28 @@ protected:
     }
 
 private:
-    /// More channels than any alternative takes.
-    static constexpr size_t kMaxAlternativeInputs = 16;
-
     struct Alternative {
         dsp::Module* module = nullptr;
         uint32_t firstRow = 0;  ///< its stretch of the slot's input channels starts here
     };
 
-    size_t Active() { return static_cast<size_t>(GetActiveIndex()); }
+    size_t ActivePlace() { return static_cast<size_t>(GetActiveIndex()); }
+    void ResetWanted() { alternatives[static_cast<size_t>(GetWantedIndex())].module->Reset(false); }
 
-    void StartModuleFade(bool fadeOn) {
-        if (activeIndex == GetWantedIndex())
+    void ChangeModule() {
+        if (activeIndex == GetWantedIndex() && !moduleFade.IsAtRest()) {
+            // The change is taken back while the old alternative fades out: it comes up again as it
+            // sounds.
+            moduleFade.SetTarget(1.0f);
             return;
-        if (!fadeOn)
-            activeIndex = GetWantedIndex();
-        moduleFade.SetTarget(fadeOn ? 0.0f : 1.0f);
+        }
+        if (activeIndex != GetWantedIndex()) {
+            const bool fadeOn = IsOn(FadeOnModuleChange);
+            if (!fadeOn)
+                activeIndex = GetWantedIndex();
+            moduleFade.SetTarget(fadeOn ? 0.0f : 1.0f);
+        }
+        ResetWanted();
     }
 
     void ApplyModuleFade(dsp::ProcessBlock& block) {
@@ -199,6 +210,14 @@ private:
         }
     }
 
+    /// The bypassed output; nothing has run that could have left anything in it.
+    void WriteBypass(const float* in, float* out, uint32_t count) {
+        if (!IsOn(CopyOnBypass))
+            std::fill_n(out, count, 0.0f);
+        else if (in != out)
+            std::copy_n(in, count, out);
+    }
+
     void MixBypass(const float* in, float* out, uint32_t count) {
         const bool copies = IsOn(CopyOnBypass);
         for (uint32_t i = 0; i < count; ++i) {
@@ -208,7 +227,6 @@ private:
     }
 
     std::array<Alternative, kChildCount> alternatives{};
-    std::array<float*, kMaxAlternativeInputs> alternativeInputs{};
 
     // State.
     dsp::SmootherSRL bypassFade{0.05};   ///< 1 effect in full, 0 effect out
@@ -220,6 +238,7 @@ private:
     float* bypassRamp = nullptr;  ///< one block, in slotBuffer
     float* moduleRamp = nullptr;  ///< one block, behind it
     dsp::AlignedVector slotBuffer;
+    std::vector<float*> alternativeInputs;  ///< channels of the alternative that runs
 };
 
 }  // namespace Quorvan::engine

@@ -22,6 +22,7 @@ struct GrainCloud {
         float octaves = 1.0f;      ///< pitches spread this far to both sides; 0 is unison
         float scatter = 1.0f;      ///< starts lie in this fraction of the loop behind the head
         float reversedShare = 0.3f;
+        bool onSamples = false;    ///< grains start on whole samples
         float rate = 48000.0f;
         float loopSeconds = 8.0f;
     };
@@ -72,6 +73,8 @@ private:
                        static_cast<double>(Draw(0.0f, style.scatter)) * loop.effectiveLength;
         if (start < 0.0)
             start += loop.effectiveLength;
+        if (style.onSamples)
+            start = std::floor(start);
         const float ratio = std::exp2(Draw(-style.octaves, style.octaves));
         const float sizeMs = Draw(40.0f, 400.0f);
         grain.reversed = Draw(0.0f, 1.0f) < style.reversedShare;

@@ -1,0 +1,152 @@
+#include "effects/Limiter.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/ModuleRig.h"
+#include "support/TestSignals.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+using test::Channel;
+using test::Stereo;
+
+const float kCeiling = std::pow(10.0f, -0.1f / 20.0f);
+
+uint32_t BlockOf(float rate) { return static_cast<uint32_t>(rate * 0.001f) / 4 * 4; }
+
+struct Rig : test::ModuleRig<Limiter> {
+    explicit Rig(float rate = 48000.0f)
+        : test::ModuleRig<Limiter>(rate, BlockOf(rate), "Limiter") {}
+};
+
+float Peak(const Stereo& signal) {
+    float peak = 0.0f;
+    for (const Channel& channel : signal)
+        for (const float sample : channel)
+            peak = std::max(peak, std::abs(sample));
+    return peak;
+}
+
+/// Signals that look for a way past the limiter, all up to peak.
+std::vector<std::pair<std::string, Channel>> Attempts(float rate, size_t length, float peak) {
+    Channel steps(length), swell = test::Sine(100.0, rate, length, peak);
+    for (size_t i = 0; i < length; ++i) {
+        const size_t phase = i / 997 % 3;
+        steps[i] = phase == 0 ? 0.1f : phase == 1 ? peak : -0.7f * peak;
+        swell[i] *= static_cast<float>(i) / static_cast<float>(length);
+    }
+    Channel impulses(length);
+    const Channel heights = test::Noise(5, length, peak);
+    for (size_t i = 0; i < length; i += 7 + i % 411)
+        impulses[i] = heights[i];
+    return {{"noise", test::Noise(1, length, peak)},
+            {"bursts", test::Bursts(3, length, peak)},
+            {"steps", steps},
+            {"impulses", impulses},
+            {"swell", swell},
+            {"30 Hz", test::Sine(30.0, rate, length, peak)},
+            {"5 kHz", test::Sine(5000.0, rate, length, peak)},
+            {"a quarter of the rate",
+             test::Sine(0.2499 * static_cast<double>(rate), rate, length, peak)}};
+}
+
+// The gain that a sample asks for is the one it leaves with, or a lower one: what is over the
+// ceiling comes from the rounding of logarithm and exponential, more of it the more decibels there
+// are.
+TEST(LimiterTest, NothingPassesTheCeiling) {
+    for (const float rate : {44100.0f, 48000.0f, 96000.0f})
+        for (const float peak : {0.99f, 1.5f, 4.0f, 1000.0f}) {
+            const float rounding = peak < 10.0f ? 2.0e-7f : 2.0e-6f;
+            const size_t length = size_t{200} * BlockOf(rate);
+            for (const auto& [name, signal] : Attempts(rate, length, peak)) {
+                Rig rig(rate);
+                const Stereo output = rig.Run({signal, test::Noise(9, length, 0.3f * peak)});
+                EXPECT_LE(Peak(output), kCeiling * (1.0f + rounding)) << name << " up to " << peak;
+                EXPECT_GT(Peak(output), 0.9f * std::min(kCeiling, Peak({signal, {}}))) << name;
+            }
+        }
+}
+
+TEST(LimiterTest, WhatIsBelowTheCeilingComesOutThreeMillisecondsLater) {
+    for (const auto& [rate, latency] :
+         {std::pair(44100.0f, 132u), {48000.0f, 144u}, {96000.0f, 288u}, {192000.0f, 576u}}) {
+        Rig rig(rate);
+        const size_t length = size_t{100} * BlockOf(rate);
+        const Stereo input{test::Noise(1, length, 0.98f), test::Noise(2, length, 0.98f)};
+        const Stereo output = rig.Run(input);
+        EXPECT_EQ(rig.module.LookaheadSamples(), static_cast<int32_t>(latency));
+        for (size_t c = 0; c < 2; ++c)
+            for (size_t i = 0; i < length; ++i)
+                ASSERT_EQ(output[c][i], i < latency ? 0.0f : input[c][i - latency]) << rate;
+        EXPECT_EQ(rig.module.Position(Limiter::OutGainReduction), 0.0f);
+    }
+}
+
+TEST(LimiterTest, GainFallsInAStraightLineUntilThePeakComesOut) {
+    for (const float rate : {44100.0f, 96000.0f}) {
+        Rig rig(rate);
+        const size_t start = size_t{20} * BlockOf(rate), length = 2 * start;
+        Channel input(length, 0.05f);
+        std::fill(input.begin() + static_cast<std::ptrdiff_t>(start), input.end(), 10.0f);
+        const Channel output = rig.Run({input, input})[0];
+        const auto look = static_cast<size_t>(rig.module.LookaheadSamples());
+        const float end = 0.1f * kCeiling;
+        EXPECT_FLOAT_EQ(output[start], 0.05f);
+        EXPECT_NEAR(output[start + look], kCeiling, 1.0e-6f);
+        for (size_t i = 0; i < look; ++i) {
+            const float passed = static_cast<float>(i) / static_cast<float>(look);
+            // The gain that leaves next when the peak comes in is no longer to be changed.
+            EXPECT_NEAR(output[start + i] / 0.05f, i == 1 ? 1.0f : 1.0f + (end - 1.0f) * passed,
+                        1.0e-5f)
+                << i;
+        }
+    }
+}
+
+TEST(LimiterTest, BothChannelsFollowTheLouder) {
+    Rig rig;
+    const Stereo output = rig.Run({Channel(9600, 4.0f), Channel(9600, -0.1f)});
+    EXPECT_NEAR(output[0].back(), kCeiling, 1.0e-6f);
+    EXPECT_NEAR(output[1].back(), -0.1f * kCeiling / 4.0f, 1.0e-6f);
+}
+
+// 20 dB over the ceiling: the level falls back with 50 ms, and the gain after it with 300 ms.
+TEST(LimiterTest, GainComesBackWithinASecond) {
+    Rig rig;
+    Channel input(96000, 0.01f);
+    std::fill_n(input.begin(), 4800, 10.0f * kCeiling);
+    const Channel output = rig.Run({input, input})[0];
+    const auto gainDb = [&output](size_t i) { return test::DecibelsOf(output[i] / 0.01f); };
+    // A level of -20 dB per 50 ln(10) ms crosses the ceiling after 115 ms; the gain is a low-pass
+    // of its fall until then and runs out freely from there.
+    const auto at = [](float ms) { return 4800 + 144 + static_cast<size_t>(48.0f * ms); };
+    const float a = 50.0f, slope = 20.0f / (a * std::log(10.0f)), t0 = a * std::log(10.0f);
+    const auto wanted = [&](float ms) {
+        const float during = std::min(ms, t0);
+        const float ramp = -20.0f + slope * (during - 300.0f * (1.0f - std::exp(-during / 300.0f)));
+        return ms <= t0 ? ramp : ramp * std::exp((t0 - ms) / 300.0f);
+    };
+    for (const float ms : {20.0f, 60.0f, 110.0f, 200.0f, 500.0f, 1000.0f})
+        EXPECT_NEAR(gainDb(at(ms)), wanted(ms), 0.05f) << ms;
+}
+
+TEST(LimiterTest, MeterShowsTheReduction) {
+    for (const float over : {6.0f, 20.0f}) {
+        Rig rig;
+        const Channel held(9600, kCeiling * std::pow(10.0f, over / 20.0f));
+        rig.Run({held, held});
+        const float shown = ((over * 3.465e-06f - 0.000511f) * over + 0.03486f) * over;
+        EXPECT_NEAR(rig.module.Value(Limiter::OutGainReduction), shown, 1.0e-5f);
+    }
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

@@ -1,0 +1,233 @@
+#include "slots/FxVariant.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "support/ModuleRig.h"
+#include "support/TestSignals.h"
+
+namespace Quorvan::Processor {
+namespace {
+
+using test::Channel;
+using test::Stereo;
+using Filter = dsp::MultiModeFilter;
+
+struct Rig : test::ModuleRig<FxVariant> {
+    Rig() : ModuleRig(48000.0f, 48, "FX1") {}
+    void Choose(uint32_t effect) {
+        module.SetParameterValue(FxVariant::ModuleType, static_cast<float>(effect));
+    }
+};
+
+Stereo NoisePair(uint32_t seed, size_t length) {
+    return {test::Noise(seed, length, 0.5f), test::Noise(seed + 1, length, 0.5f)};
+}
+
+/// A comb that rings for long, in a slot (first is the slot's id of its first parameter) or alone.
+template <class M>
+void MakeRing(M& module, uint32_t first) {
+    module.SetParameterValue(first + Filter::Mode, 3.0f);
+    module.SetParameterNormalized(first + Filter::Q, 1.0f);
+    module.SetParameterNormalized(first + Filter::Wet, 1.0f);
+    module.SetParameterNormalized(first + Filter::CombFreq, 0.4f);
+}
+
+/// The tuning of the slot: where the knobs of an effect end, and where one starts.
+struct Tuned {
+    uint32_t id;
+    float bottom, top, start;
+};
+
+TEST(FxVariantTest, EffectsAreTunedForTheSlot) {
+    Rig rig;
+    FxVariant& fx = rig.module;
+    const auto expect = [](auto& module, std::initializer_list<Tuned> rows) {
+        for (const Tuned& row : rows) {
+            const dsp::Parameter& p = module.ParameterAt(row.id);
+            EXPECT_NEAR(p.ValueOf(0.0f), row.bottom, 1.0e-4f) << module.Name() << row.id;
+            EXPECT_NEAR(p.ValueOf(1.0f), row.top, 1.0e-4f * row.top) << module.Name() << row.id;
+            EXPECT_NEAR(module.Value(row.id), row.start, 1.0e-4f * std::abs(row.start) + 1.0e-6f)
+                << module.Name() << row.id;
+        }
+    };
+    expect(fx.Child<1>(),
+           {{2, 20, 20000, 20}, {3, 0.5f, 15, 0.5f}, {4, 12, 36, 12}, {5, 20, 2000, 20}});
+    expect(fx.Child<2>().Child<0>(), {{5, -24, 0, -12}});
+    expect(fx.Child<2>().Child<0>().Child<0>(), {{0, 0, 1, 1}, {1, 0, 12, 1}, {2, 0, 48, 0}});
+    expect(fx.Child<3>(), {{1, -36, 36, 20},
+                           {3, -36, 36, -36},
+                           {4, 0.01f, 1000, 0.01f},
+                           {5, 1, 2000, 1},
+                           {6, -60, 20, -60},
+                           {7, 1, 100, 1}});
+    expect(fx.Child<4>(), {{0, 2, 2000, 2},
+                           {2, 0, 1, 0},
+                           {3, 20, 10000, 150},
+                           {4, 250, 20000, 20000},
+                           {5, 0, 0.2f, 0},
+                           {11, -50, 50, -50}});
+    expect(fx.Child<5>(), {{33, 16, 2000, 16}, {39, 20, 10000, 150}, {40, 250, 20000, 20000}});
+    expect(fx.Child<6>(), {{11, 20, 10000, 150}, {13, -36, 36, -24.3f}});
+    expect(fx.Child<7>(), {{1, 0.6f, 20, 0.6f},
+                           {2, 0, 10, 0},
+                           {3, 0.1f, 5, 0.1f},
+                           {4, 0, 0.9f, 0},
+                           {7, 1, 3, 1},
+                           {12, 20, 20000, 10000},
+                           {14, 0, 1, 1},
+                           {15, 0, 1, 0}});
+    expect(fx.Child<8>(), {{16, 0.001f, 10, 0.001f}, {17, 0, 10, 0}});
+    expect(fx.Child<8>().Child<0>(), {{3, 0.005f, 10, 0.005f},
+                                      {4, 0, 0.99f, 0},
+                                      {12, 1000, 20000, 9935},
+                                      {13, 30, 800, 125},
+                                      {14, 0, 1, 1},
+                                      {15, 0, 1, 1}});
+    expect(fx.Child<9>(), {{13, 100, 20000, 15000}, {14, 30, 10000, 200}, {15, 0, 1, 0}});
+    expect(fx.Child<9>().Child<0>(), {{0, 0, 0.2f, 0}, {3, 0, 0.925f, 0}, {10, 0.1f, 1.9f, 0.1f}});
+    EXPECT_EQ(fx.Position(FxVariant::CopyOnBypass), 1.0f);
+}
+
+TEST(FxVariantTest, OneIdSpaceOverAllEffects) {
+    Rig rig;
+    EXPECT_EQ(rig.module.NumInputs(), 50u);
+    EXPECT_EQ(FxVariant::kFirstOwnId + rig.module.OwnParameterCount(), FxVariant::kParameterCount);
+    std::set<std::string> names;
+    for (uint32_t id = 0; id < FxVariant::kParameterCount; ++id) {
+        char text[256];
+        dsp::ParameterNameSink sink(text, sizeof(text));
+        rig.module.GetParameterName(id, sink);
+        EXPECT_EQ(names.size(), id) << text;
+        names.insert(text);
+        const std::string wanted = id == 0     ? "FX1_BypassUselessParam"
+                                   : id == 9   ? "FX1_MultiDist_Drive"
+                                   : id == 13  ? "FX1_DryWet"
+                                   : id == 124 ? "FX1_Flanger_Chorus_Feedback"
+                                   : id == 141 ? "FX1_Reverb_Decay"
+                                   : id == 166 ? "FX1_DryWetInternal"
+                                               : text;
+        EXPECT_EQ(text, wanted) << id;
+    }
+}
+
+TEST(FxVariantTest, DryWetGoesToEveryEffectAsAPosition) {
+    Rig rig;
+    const std::set<uint32_t> linked{1, 13, 14, 34, 77, 94, 104, 120, 153};
+    std::vector<float> before;
+    for (uint32_t id = 0; id < FxVariant::kFirstOwnId; ++id)
+        before.push_back(rig.module.GetParameterNormalized(id));
+    rig.module.SetParameterValue(FxVariant::DryWetInternal, 0.375f);
+    for (uint32_t id = 0; id < FxVariant::kFirstOwnId; ++id)
+        EXPECT_EQ(rig.module.GetParameterNormalized(id), linked.contains(id) ? 0.375f : before[id])
+            << id;
+    EXPECT_LT(rig.module.Child<9>().Value(dsp::Reverb::Wet), 0.3f);  // bent by its curve
+    EXPECT_EQ(rig.module.Child<1>().Value(Filter::Wet), 0.375f);
+
+    rig.Choose(FxVariant::kPassThrough);
+    const Stereo input = NoisePair(1, 480);
+    EXPECT_EQ(rig.Run(input), input);
+}
+
+TEST(FxVariantTest, RunsTheEffectOnItsOwnRowsOnly) {
+    test::ModuleRig<Filter> alone(48000.0f, 48, "");
+    alone.module.SetParameterValue(Filter::Wet, 1.0f);
+    alone.Modulate(3, 0.7f);
+    alone.Modulate(4, 0.4f);
+    const Stereo input = NoisePair(3, 4800);
+    const Stereo wanted = alone.Run(input);
+
+    Rig rig;
+    for (uint32_t channel = 2; channel < 50; ++channel)
+        rig.Modulate(channel, channel == 3   ? 0.7f
+                              : channel == 4 ? 0.4f
+                              : channel == 2 ? 0.0f
+                                             : 1.0f);
+    rig.module.SetParameterValue(FxVariant::DryWetInternal, 1.0f);
+    rig.Choose(FxVariant::kMultiModeFilter);
+    EXPECT_EQ(rig.Run(input), wanted);
+}
+
+TEST(FxVariantTest, AnEffectGoesOnWithTheStateItWasLeftIn) {
+    const Stereo first = NoisePair(5, 960), meanwhile = NoisePair(7, 4800);
+    const Stereo last{Channel(9600), Channel(9600)};
+    test::ModuleRig<Filter> alone(48000.0f, 48, "");
+    MakeRing(alone.module, 0);
+    const Stereo before = alone.Run(first);
+    const Stereo after = alone.Run(last);
+    EXPECT_GT(std::abs(*std::max_element(after[0].begin(), after[0].end())), 0.1f);
+
+    Rig rig;
+    MakeRing(rig.module, 1);
+    rig.Choose(FxVariant::kMultiModeFilter);
+    EXPECT_EQ(rig.Run(first), before);
+    rig.Choose(FxVariant::kPassThrough);
+    EXPECT_EQ(rig.Run(meanwhile), meanwhile);
+    rig.module.Reset(true);  // reaches PassThrough alone
+    rig.Choose(FxVariant::kMultiModeFilter);
+    EXPECT_EQ(rig.Run(last), after);
+}
+
+TEST(FxVariantTest, BypassHoldsTheEffect) {
+    const Stereo first = NoisePair(9, 960), meanwhile = NoisePair(11, 960);
+    const Stereo last{Channel(4800), Channel(4800)};
+    test::ModuleRig<Filter> alone(48000.0f, 48, "");
+    MakeRing(alone.module, 0);
+    alone.Run(first);
+    const Stereo after = alone.Run(last);
+
+    Rig rig;
+    MakeRing(rig.module, 1);
+    rig.Choose(FxVariant::kMultiModeFilter);
+    rig.Run(first);
+    rig.module.SetParameterValue(FxVariant::Bypass, 1.0f);
+    EXPECT_EQ(rig.Run(meanwhile, 9.0f), meanwhile);
+    rig.module.SetParameterValue(FxVariant::CopyOnBypass, 0.0f);
+    EXPECT_EQ(rig.Run(meanwhile, 9.0f), (Stereo{Channel(960), Channel(960)}));
+    rig.module.SetParameterValue(FxVariant::Bypass, 0.0f);
+    EXPECT_EQ(rig.Run(last), after);
+}
+
+TEST(FxVariantTest, ResetClearsTheEffectThatRuns) {
+    Rig rig;
+    MakeRing(rig.module, 1);
+    rig.Choose(FxVariant::kMultiModeFilter);
+    rig.Run(NoisePair(13, 960));
+    rig.module.Reset(false);
+    const Stereo silence{Channel(4800), Channel(4800)};
+    EXPECT_EQ(rig.Run(silence), silence);
+}
+
+TEST(FxVariantTest, RateTypesSetSyncAndKindOfNote) {
+    Rig rig;
+    const Stereo silence{Channel(48), Channel(48)};
+    for (const int32_t type : {2, 3, 1, 0}) {
+        for (const uint32_t id : {FxVariant::DelayRateType, FxVariant::OctaverDelayTimeType,
+                                  FxVariant::FlangerChorusRateType})
+            rig.module.SetParameterValue(id, static_cast<float>(type));
+        rig.Run(silence);
+        const float sync = type == 0 ? 0.0f : 1.0f;
+        const auto kind = static_cast<float>(type == 0 ? 0 : type - 1);
+        auto& delay = rig.module.Child<4>();
+        auto& octaver = rig.module.Child<5>();
+        auto& chorus = rig.module.Child<8>().Child<0>();
+        EXPECT_EQ(delay.Value(dsp::Delay::MidiSync), sync);
+        EXPECT_EQ(delay.Value(dsp::Delay::RateSyncedType), kind);
+        EXPECT_EQ(chorus.Value(dsp::Chorus::MidiSync), sync);
+        EXPECT_EQ(chorus.Value(dsp::Chorus::RateSyncedType), kind);
+        for (auto* stage : {&octaver.Child<0>(), &octaver.Child<1>()}) {
+            EXPECT_EQ(stage->Value(dsp::PitchShiftDelay::MidiSync), sync);
+            EXPECT_EQ(stage->Value(dsp::PitchShiftDelay::RateSyncedType), kind);
+        }
+        EXPECT_EQ(rig.module.Child<7>().Value(dsp::Chorus::MidiSync), 0.0f);  // the chorus itself
+    }
+}
+
+}  // namespace
+}  // namespace Quorvan::Processor

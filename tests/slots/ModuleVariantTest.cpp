@@ -1,0 +1,186 @@
+#include "slots/ModuleVariant.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "framework/UnitModule.h"
+#include "support/ModuleRig.h"
+#include "support/TestSignals.h"
+
+namespace Quorvan::engine {
+namespace {
+
+using test::Channel;
+
+/// Puts out a level and counts what reaches it. Its rows are added to the level.
+template <uint32_t kInputs>
+class Probe final : public dsp::UnitModule {
+public:
+    static constexpr uint32_t kParameterCount = 1;
+
+    Probe(std::string moduleName, float outputLevel)
+        : UnitModule(std::move(moduleName), kInputs, 2, {dsp::ParameterSpec::Raw("P")}),
+          level(outputLevel) {}
+
+    void OnSetup(float, uint32_t) override {}
+    void OnReset(bool hard) override { ++(hard ? hardResets : softResets); }
+    bool UpdateParameters(dsp::ProcessBlock&) override { return true; }
+    bool OnProcess(dsp::ProcessBlock& block) override {
+        ++runs;
+        float sum = level;
+        for (uint32_t channel = 2; channel < block.numInputs; ++channel)
+            if (dsp::IsRowActive(block, channel))
+                sum += block.inputs[channel][0];
+        for (uint32_t c = 0; c < 2; ++c)
+            std::fill_n(block.outputs[c], block.numFrames, sum);
+        return answer;
+    }
+
+    float level;
+    bool answer = true;
+    uint32_t runs = 0, softResets = 0, hardResets = 0;
+};
+
+using ThreeProbes = ModuleVariant<2, 2, Probe<2>, Probe<4>, Probe<3>>;
+
+/// A variant with the fades.
+class Variant final : public ThreeProbes {
+public:
+    static constexpr uint32_t kParameterCount = kFirstDerivedId;
+    Variant()
+        : ThreeProbes("V", kParameterCount, std::tuple("A", 1.0f), std::tuple("B", 2.0f),
+                      std::tuple("C", 4.0f)) {}
+};
+
+struct Rig : test::ModuleRig<Variant> {
+    Rig() : ModuleRig(48000.0f, 48) {}
+    void Set(uint32_t id, float value) { module.SetParameterValue(id, value); }
+    Channel RunFor(size_t frames, float fill = 7.0f) {
+        const Channel some(frames, 0.5f);
+        return Run({some, some}, fill)[1];
+    }
+};
+
+TEST(ModuleVariantTest, EachAlternativeGetsItsOwnStretchOfTheInputs) {
+    Rig rig;
+    EXPECT_EQ(rig.module.NumInputs(), 5u);
+    rig.Modulate(2, 0.25f);
+    rig.Modulate(3, 0.125f);
+    rig.Modulate(4, 16.0f);
+    const float wanted[] = {1.0f, 2.375f, 20.0f};
+    for (const size_t k : {0u, 1u, 2u, 0u}) {
+        rig.Set(Variant::ModuleType, static_cast<float>(k));
+        EXPECT_EQ(rig.RunFor(96), Channel(96, wanted[k])) << k;
+    }
+}
+
+TEST(ModuleVariantTest, OnlyTheChosenOneRunsAndIsReset) {
+    Rig rig;
+    rig.RunFor(48);
+    rig.Set(Variant::ModuleType, 2.0f);
+    rig.RunFor(48);
+    auto& first = rig.module.Child<0>();
+    auto& last = rig.module.Child<2>();
+    EXPECT_EQ(first.runs, 1u);
+    EXPECT_EQ(last.runs, 1u);
+    const uint32_t before = first.hardResets;
+    rig.module.Reset(true);
+    EXPECT_EQ(first.hardResets, before);
+    EXPECT_EQ(last.hardResets, before + 1);
+    EXPECT_TRUE(last.NeedsFullUpdate());
+    EXPECT_TRUE(rig.module.IsChanged(Variant::Bypass));
+}
+
+TEST(ModuleVariantTest, AnswersForTheAlternativeAndRefusesOtherChannelCounts) {
+    Variant variant;
+    variant.Setup(48000.0f, 48);
+    Channel audio(48, 0.5f), out(48, 7.0f);
+    std::vector<float*> inputs{audio.data(), audio.data(), nullptr, nullptr, nullptr};
+    float* outputs[2] = {out.data(), out.data()};
+    dsp::ProcessBlock block{.inputs = inputs.data(),
+                            .outputs = outputs,
+                            .numInputs = 4,
+                            .numOutputs = 2,
+                            .numFrames = 48};
+    EXPECT_FALSE(variant.Process(block));
+    EXPECT_EQ(out, Channel(48, 7.0f));
+    block.numInputs = 5;
+    EXPECT_TRUE(variant.Process(block));
+    variant.Child<0>().answer = false;
+    EXPECT_FALSE(variant.Process(block));
+}
+
+TEST(ModuleVariantTest, BypassCopiesOrIsSilentWhateverWasInTheOutputs) {
+    Rig rig;
+    rig.Set(Variant::Bypass, 1.0f);
+    EXPECT_EQ(rig.RunFor(96, NAN), Channel(96, 0.0f));
+    rig.Set(Variant::CopyOnBypass, 1.0f);
+    EXPECT_EQ(rig.RunFor(96, NAN), Channel(96, 0.5f));
+    EXPECT_EQ(rig.module.Child<0>().runs, 0u);
+    rig.Set(Variant::Bypass, 0.0f);
+    EXPECT_EQ(rig.RunFor(96), Channel(96, 1.0f));
+}
+
+/// Both ends of a fade, and that it is a straight line between.
+void ExpectLine(const Channel& got, size_t from, size_t length, float start, float end) {
+    for (size_t i = from; i < from + length; ++i) {
+        const float share = static_cast<float>(i - from + 1) / static_cast<float>(length);
+        ASSERT_NEAR(got[i], start + (end - start) * share, 2.0e-3f) << i;
+    }
+}
+
+TEST(ModuleVariantTest, BypassCrossfadesInFiftyMilliseconds) {
+    Rig rig;
+    rig.Set(Variant::CopyOnBypass, 1.0f);
+    rig.Set(Variant::CrossfadeOnBypass, 1.0f);
+    rig.module.Reset(true);
+    rig.RunFor(48);
+    rig.Set(Variant::Bypass, 1.0f);
+    const Channel out = rig.RunFor(2880);
+    ExpectLine(out, 0, 2400, 1.0f, 0.5f);
+    EXPECT_EQ(out.back(), 0.5f);
+    const uint32_t runs = rig.module.Child<0>().runs;
+    rig.RunFor(480);
+    EXPECT_EQ(rig.module.Child<0>().runs, runs);
+    rig.Set(Variant::Bypass, 0.0f);
+    const Channel back = rig.RunFor(2880);
+    ExpectLine(back, 0, 2400, 0.5f, 1.0f);
+    EXPECT_EQ(back.back(), 1.0f);
+}
+
+TEST(ModuleVariantTest, ChangeFadesOutThenIn) {
+    Rig rig;
+    rig.Set(Variant::FadeOnModuleChange, 1.0f);
+    rig.RunFor(480);
+    const uint32_t softBefore = rig.module.Child<1>().softResets;
+    rig.Set(Variant::ModuleType, 1.0f);
+    const Channel out = rig.RunFor(2880);
+    ExpectLine(out, 0, 1200, 1.0f, 0.0f);
+    // The new one comes in with the block behind the one in which the old one has gone.
+    const size_t start = out[1208] == 0.0f ? 1248 : 1200;
+    ExpectLine(out, 1200, start - 1200, 0.0f, 0.0f);
+    ExpectLine(out, start, 1200, 0.0f, 2.0f);
+    EXPECT_EQ(out.back(), 2.0f);
+    EXPECT_EQ(rig.module.Child<1>().softResets, softBefore + 1);
+}
+
+TEST(ModuleVariantTest, ChangeTakenBackWhileFadingOutComesUpAgain) {
+    Rig rig;
+    rig.Set(Variant::FadeOnModuleChange, 1.0f);
+    rig.RunFor(480);
+    rig.Set(Variant::ModuleType, 1.0f);
+    EXPECT_NEAR(rig.RunFor(480).back(), 0.6f, 1.0e-3f);
+    rig.Set(Variant::ModuleType, 0.0f);
+    const Channel out = rig.RunFor(960);
+    ExpectLine(out, 0, 480, 0.6f, 1.0f);
+    EXPECT_EQ(out.back(), 1.0f);
+}
+
+}  // namespace
+}  // namespace Quorvan::engine

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+// Building blocks of plain models: as the formulas have them, without rings and without anything
+// worked out ahead. Single precision where the rounding is part of the result.
+namespace Quorvan::test {
+
+/// A delay line that forgets nothing.
+struct PlainLine {
+    std::vector<float> past;
+
+    void Write(float x) { past.push_back(x); }
+    /// A delay of 1 is the sample written last.
+    float At(int32_t delay) const {
+        const auto index = static_cast<int64_t>(past.size()) - delay;
+        return index < 0 ? 0.0f : past[static_cast<size_t>(index)];
+    }
+    float Linear(float delay) const {
+        const auto i = static_cast<int32_t>(delay);
+        const float f = delay - static_cast<float>(i);
+        return (At(i + 1) - At(i)) * f + At(i);
+    }
+    /// The four-point polynomial of fifth degree.
+    float Polynomial(float delay) const {
+        const auto i = static_cast<int32_t>(std::floor(delay));
+        const float x = delay - static_cast<float>(i);
+        const float p = At(i - 1), a = At(i), b = At(i + 1), q = At(i + 2);
+        const float e = b - a, g = q - p;
+        return (((((2.5f * g - 7.5f * e) + (3.0f * e + p - q) * x) * x + (4.5f * e - 1.5f * g)) *
+                     x +
+                 ((b + p) * 0.5f - a)) *
+                    x +
+                (b - p) * 0.5f) *
+                   x +
+               a;
+    }
+};
+
+/// A second-order filter with the coefficients of a design.
+struct PlainBiquad {
+    float b0 = 0.0f, b1 = 0.0f, b2 = 0.0f, a1 = 0.0f, a2 = 0.0f;
+    float x1 = 0.0f, x2 = 0.0f, y1 = 0.0f, y2 = 0.0f;
+
+    void LowPass(float w, float alpha) {
+        const float n = Denominator(w, alpha);
+        b1 = (1.0f - std::cos(w)) * n;
+        b0 = 0.5f * b1;
+        b2 = (1.0f - std::cos(w)) * 0.5f * n;
+    }
+    void HighPass(float w, float alpha) {
+        const float n = Denominator(w, alpha);
+        b1 = -(1.0f + std::cos(w)) * n;
+        b0 = b2 = -0.5f * b1;
+    }
+    float Denominator(float w, float alpha) {
+        const float n = 1.0f / (1.0f + alpha);
+        a1 = -2.0f * std::cos(w) * n;
+        a2 = (1.0f - alpha) * n;
+        return n;
+    }
+    float Run(float x) {
+        const float y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
+        x2 = x1, x1 = x, y2 = y1, y1 = y;
+        return y;
+    }
+    void Clear() { x1 = x2 = y1 = y2 = 0.0f; }
+    /// Magnitude at w radians a sample.
+    double GainAt(double w) const {
+        const auto size = [w](double c0, double c1, double c2) {
+            const double re = c0 + c1 * std::cos(w) + c2 * std::cos(2 * w);
+            const double im = c1 * std::sin(w) + c2 * std::sin(2 * w);
+            return std::hypot(re, im);
+        };
+        return size(double{b0}, double{b1}, double{b2}) / size(1.0, double{a1}, double{a2});
+    }
+};
+
+/// The sine of an angle 0..2 pi as the effects have it.
+inline float PlainSine(float a) {
+    if (a > 3.1415927f)
+        a -= 6.2831855f;
+    const float y = (1.2732395f - std::abs(a) * 0.40528473f) * a;
+    return (std::abs(y) * y - y) * 0.225f + y;
+}
+
+/// What every owner of a smoother does first.
+template <class S>
+void SetUp(S& smoother, float rate, uint32_t stepLength) {
+    smoother.sampleRate = static_cast<double>(rate);
+    smoother.stepLength = stepLength;
+    smoother.UpdateCoefficients();
+}
+
+/// One step of a 32-bit xorshift.
+inline uint32_t PlainDraw(uint32_t& x) {
+    x ^= x << 13;
+    x ^= x >> 17;
+    return x ^= x << 5;
+}
+
+}  // namespace Quorvan::test
