@@ -37,8 +37,8 @@ uint32_t ActivatedIndex(uint32_t source, uint32_t destination);
 float AmountPosition(float amount);
 float AmountOfPosition(float position);
 
-/// Index of the parameter that a destination moves now. Where several share it, such as the free and
-/// the synced rate of one clock, the processor's present modes decide.
+/// Index of the parameter that a destination moves now. Where several share it, such as the free
+/// and the synced rate of one clock, the processor's present modes decide.
 uint32_t TargetOfDestination(Processor::IProcessor& processor, uint32_t destination);
 
 }  // namespace Quorvan::Host

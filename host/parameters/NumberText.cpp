@@ -162,18 +162,26 @@ std::string FormatNumber(double number, Unit unit) {
     if (unit == Unit::Decibels && std::isinf(number) && number < 0.0)
         return "-inf dB";
     switch (unit) {
-        case Unit::None: return Short(number);
-        case Unit::Hertz: return WithThousands(number, "Hz", "kHz");
-        case Unit::Milliseconds: return WithThousands(number, "ms", "s");
-        case Unit::Seconds: return WithThousands(number * 1000.0, "ms", "s");
-        case Unit::Semitones: return FixedText(number, 2, "st");
+        case Unit::None:
+            return Short(number);
+        case Unit::Hertz:
+            return WithThousands(number, "Hz", "kHz");
+        case Unit::Milliseconds:
+            return WithThousands(number, "ms", "s");
+        case Unit::Seconds:
+            return WithThousands(number * 1000.0, "ms", "s");
+        case Unit::Semitones:
+            return FixedText(number, 2, "st");
         case Unit::Decibels:
         case Unit::Cents:
         case Unit::Percent:
-        case Unit::Degrees: return FixedText(number, 1, SignOf(unit));
-        case Unit::Ratio: return Short(number) + ":1";
+        case Unit::Degrees:
+            return FixedText(number, 1, SignOf(unit));
+        case Unit::Ratio:
+            return Short(number) + ":1";
         case Unit::Factor:
-        case Unit::Bits: return Short(number) + " " + SignOf(unit);
+        case Unit::Bits:
+            return Short(number) + " " + SignOf(unit);
     }
     return {};
 }

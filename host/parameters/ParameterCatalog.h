@@ -29,12 +29,12 @@ struct TextResult {
     std::string problem;
 };
 
-/// Every parameter of the processor: what it is called, how it moves, and its position as a text and
-/// back. Made once and only read after that, from any thread. Holds no processor.
+/// Every parameter of the processor: what it is called, how it moves, and its position as a text
+/// and back. Made once and only read after that, from any thread. Holds no processor.
 ///
-/// Texts look like "1.25 kHz", "-6.0 dB", "Texture", "1/8" or "On". Reading takes what Text wrote, in
-/// any case and with or without the unit; the start of a choice's name where it is the only one; and
-/// "@0.25" for a bare position, with every parameter.
+/// Texts look like "1.25 kHz", "-6.0 dB", "Texture", "1/8" or "On". Reading takes what Text wrote,
+/// in any case and with or without the unit; the start of a choice's name where no other choice
+/// starts so; and "@0.25" as a bare position of any parameter.
 class ParameterCatalog {
 public:
     ParameterCatalog();
@@ -60,7 +60,8 @@ public:
     /// The position that a text asks for. A number outside the range is a problem.
     TextResult Position(uint32_t index, std::string_view text,
                         const TextContext& context = {}) const;
-    /// The number behind a text: in the parameter's unit; the index of a choice; 0 or 1 of a switch.
+    /// The number behind a text: in the parameter's unit; the index of a choice; 0 or 1 of a
+    /// switch.
     double Value(uint32_t index, float position, const TextContext& context = {}) const;
     /// The position of such a number, held to the range.
     float PositionOfValue(uint32_t index, double value, const TextContext& context = {}) const;

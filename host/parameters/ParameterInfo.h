@@ -28,15 +28,15 @@ enum class ParameterRole : uint8_t {
 /// One parameter as a list shows it. The texts live as long as the catalog that gave it out.
 struct ParameterInfo {
     uint32_t index = 0;
-    std::string name;                         ///< full name, unique, for files: "FX1_Delay_Feedback"
-    std::string group;                        ///< for people: "FX1 Delay"
-    std::string label;                        ///< for people: "Feedback"
+    std::string name;   ///< full name, unique, for files: "FX1_Delay_Feedback"
+    std::string group;  ///< for people: "FX1 Delay"
+    std::string label;  ///< for people: "Feedback"
     ParameterKind kind = ParameterKind::Continuous;
     ParameterRole role = ParameterRole::Setting;
-    Unit unit = Unit::None;                   ///< of continuous parameters
-    double minimum = 0.0, maximum = 1.0;      ///< in unit, as texts show it; choices: 0, count - 1
-    float defaultPosition = 0.0f;             ///< position of a new processor
-    std::span<const std::string> choices{};   ///< names of the choices, of a switch too
+    Unit unit = Unit::None;                  ///< of continuous parameters
+    double minimum = 0.0, maximum = 1.0;     ///< in unit, as texts show it; choices: 0, count - 1
+    float defaultPosition = 0.0f;            ///< position of a new processor
+    std::span<const std::string> choices{};  ///< names of the choices, of a switch too
 
     /// Number of distinct settings; 0 where they are continuous.
     uint32_t StepCount() const { return static_cast<uint32_t>(choices.size()); }

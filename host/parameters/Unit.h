@@ -23,18 +23,30 @@ enum class Unit : uint8_t {
 /// Short sign of a unit as a list of parameters shows it; empty for plain numbers.
 constexpr const char* SignOf(Unit unit) {
     switch (unit) {
-        case Unit::None: return "";
-        case Unit::Hertz: return "Hz";
-        case Unit::Milliseconds: return "ms";
-        case Unit::Seconds: return "s";
-        case Unit::Decibels: return "dB";
-        case Unit::Semitones: return "st";
-        case Unit::Cents: return "ct";
-        case Unit::Percent: return "%";
-        case Unit::Degrees: return "deg";
-        case Unit::Factor: return "x";
-        case Unit::Ratio: return ":1";
-        case Unit::Bits: return "bit";
+        case Unit::None:
+            return "";
+        case Unit::Hertz:
+            return "Hz";
+        case Unit::Milliseconds:
+            return "ms";
+        case Unit::Seconds:
+            return "s";
+        case Unit::Decibels:
+            return "dB";
+        case Unit::Semitones:
+            return "st";
+        case Unit::Cents:
+            return "ct";
+        case Unit::Percent:
+            return "%";
+        case Unit::Degrees:
+            return "deg";
+        case Unit::Factor:
+            return "x";
+        case Unit::Ratio:
+            return ":1";
+        case Unit::Bits:
+            return "bit";
     }
     return "";
 }

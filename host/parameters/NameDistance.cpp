@@ -1,0 +1,81 @@
+#include "host/parameters/NameDistance.h"
+
+#include <algorithm>
+#include <array>
+
+#include "host/parameters/NumberText.h"
+#include "host/parameters/Sentence.h"
+
+namespace Quorvan::Host {
+
+namespace {
+
+std::string_view LastPart(std::string_view name) {
+    const size_t separator = name.rfind('_');
+    return separator == std::string_view::npos ? name : name.substr(separator + 1);
+}
+
+/// Distance as a person sees it, both texts in lower case.
+size_t Unlikeness(std::string_view typed, std::string_view name) {
+    size_t unlike = EditDistance(typed, name);
+    unlike = std::min(unlike, EditDistance(typed, LastPart(name)) + 1);
+    constexpr size_t kPartLength = 3;  // shorter parts are in too many names
+    if (typed.size() >= kPartLength && name.find(typed) != std::string_view::npos)
+        unlike = std::min<size_t>(unlike, 2);
+    return unlike;
+}
+
+}  // namespace
+
+size_t EditDistance(std::string_view a, std::string_view b) {
+    // Three rows of the table: swaps look two rows back.
+    std::array<std::vector<size_t>, 3> rows;
+    for (std::vector<size_t>& row : rows)
+        row.resize(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j)
+        rows[0][j] = j;
+    for (size_t i = 1; i <= a.size(); ++i) {
+        std::vector<size_t>& row = rows[i % 3];
+        const std::vector<size_t>& above = rows[(i + 2) % 3];
+        const std::vector<size_t>& twoAbove = rows[(i + 1) % 3];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t exchange = above[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            row[j] = std::min({above[j] + 1, row[j - 1] + 1, exchange});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                row[j] = std::min(row[j], twoAbove[j - 2] + 1);
+        }
+    }
+    return rows[a.size() % 3][b.size()];
+}
+
+std::vector<std::string> NearestNames(std::string_view typed,
+                                      const std::vector<std::string>& candidates, size_t count) {
+    const std::string lower = Lower(Trim(typed));
+    const size_t farthest = std::max<size_t>(2, lower.size() / 2);
+    std::vector<std::pair<size_t, size_t>> ranked;  // unlikeness, place
+    for (size_t i = 0; i < candidates.size(); ++i) {
+        const size_t unlike = Unlikeness(lower, Lower(candidates[i]));
+        if (unlike <= farthest)
+            ranked.emplace_back(unlike, i);
+    }
+    std::sort(ranked.begin(), ranked.end());
+    std::vector<std::string> nearest;
+    for (size_t i = 0; i < std::min(count, ranked.size()); ++i)
+        nearest.push_back(candidates[ranked[i].second]);
+    return nearest;
+}
+
+std::string DidYouMean(const std::vector<std::string>& names) {
+    if (names.empty())
+        return {};
+    std::string sentence = "Did you mean ";
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (i > 0)
+            sentence += i + 1 == names.size() ? " or " : ", ";
+        sentence += Quoted(names[i]);
+    }
+    return sentence + "?";
+}
+
+}  // namespace Quorvan::Host

@@ -1,0 +1,317 @@
+#include "host/parameters/ParameterCatalog.h"
+
+#include <algorithm>
+#include <deque>
+#include <limits>
+#include <new>
+#include <unordered_map>
+
+#include "host/parameters/ChoiceText.h"
+#include "host/parameters/ModulationNames.h"
+#include "host/parameters/NameDistance.h"
+#include "host/parameters/NumberText.h"
+#include "host/parameters/ParameterDescriber.h"
+#include "host/parameters/ParameterScale.h"
+#include "host/parameters/PitchScale.h"
+#include "host/parameters/Sentence.h"
+#include "host/parameters/ShellIndex.h"
+#include "processor/ProcessorInternals.h"
+
+namespace Quorvan::Host {
+
+namespace {
+
+constexpr char kPositionSign = '@';
+
+const ChoiceList& SwitchNames() {
+    static const ChoiceList names{"Off", "On"};
+    return names;
+}
+
+bool IsMatrixCell(uint32_t index) {
+    constexpr uint32_t kCells = kModulationSources * kModulationDestinations;
+    return index >= kFirstAmountIndex && index < kFirstAmountIndex + 2 * kCells;
+}
+
+Description DescribeCell(uint32_t index) {
+    const bool isAmount = index < kFirstActivatedIndex;
+    const uint32_t cell = index - (isAmount ? kFirstAmountIndex : kFirstActivatedIndex);
+    Description description;
+    description.group = "Modulation";
+    description.label = SourceName(cell % kModulationSources) + " to " +
+                        DestinationName(cell / kModulationSources) + (isAmount ? "" : " On");
+    description.form = isAmount ? Form::kPercent : Form::kSwitch;
+    return description;
+}
+
+Description DescribeListed(uint32_t index, const std::string& name) {
+    const auto found = DescribeParameter(name);
+    Description description = found ? *found : Description{"Other", name, Form::kPercent};
+    const uint32_t destination = index - kFirstAssignedIndex;
+    if (index >= kFirstAssignedIndex && destination < kModulationDestinations)
+        description.label = DestinationName(destination) + " Assigned";
+    return description;
+}
+
+/// The record of an amount, which the matrix has no record for.
+dsp::Parameter AmountRecord() {
+    return dsp::Parameter::MakeContinuous("", dsp::PotardKind::kLinear, -1.0f, 1.0f, 0.5f);
+}
+
+std::string NameOf(Processor::IProcessor& processor, uint32_t index) {
+    Processor::ParameterDescription description{};
+    return processor.GetParameterDescription(index, &description) ? description.name : "";
+}
+
+}  // namespace
+
+TextContext TextContext::Of(Processor::IProcessor& processor) {
+    float position = 0.0f;
+    processor.GetParameter(kScaleIndex, &position);
+    return {PitchScale::ScaleAt(position)};
+}
+
+class ParameterCatalog::Implementation {
+public:
+    Implementation();
+
+    std::optional<uint32_t> Find(std::string_view name) const;
+    std::vector<std::string> Nearest(std::string_view name, size_t count) const;
+    std::string Text(uint32_t index, float position, const TextContext& context) const;
+    TextResult Position(uint32_t index, std::string_view text, const TextContext& context) const;
+    double Value(uint32_t index, float position, const TextContext& context) const;
+    float PositionOfValue(uint32_t index, double value, const TextContext& context) const;
+
+    std::vector<ParameterInfo> infos;
+
+private:
+    /// What texts need to know of a parameter, over and above its info.
+    struct Entry {
+        ParameterForm form;
+        std::optional<ParameterScale> scale;  ///< none for binary parameters
+    };
+
+    void Add(Processor::IProcessor& processor, uint32_t index);
+    void GiveScale(ParameterInfo& info, Entry& entry, const dsp::Parameter& record);
+    std::span<const std::string> ChoicesOf(const Entry& entry);
+    std::string NumberText(uint32_t index, double value) const;
+    TextResult BarePosition(uint32_t index, std::string_view number) const;
+    TextResult ChoicePosition(uint32_t index, std::string_view text) const;
+    TextResult NumberPosition(uint32_t index, std::string_view text,
+                              const TextContext& context) const;
+
+    std::vector<Entry> entries;
+    std::deque<ChoiceList> numberedChoices;             ///< of steps that have no names
+    std::unordered_map<std::string, uint32_t> indices;  ///< by name in lower case
+    std::vector<std::string> suggestions;               ///< names for typos, those for people first
+    std::vector<std::string> cellNames;
+};
+
+ParameterCatalog::Implementation::Implementation() {
+    const std::unique_ptr<Processor::IProcessorFactory> factory(GetProcessorFactory());
+    const std::unique_ptr<Processor::IProcessor> processor(factory->CreateProcessor());
+    if (processor == nullptr)
+        throw std::bad_alloc();
+    infos.reserve(Processor::kParameterCount);
+    entries.reserve(Processor::kParameterCount);
+    for (uint32_t index = 0; index < Processor::kParameterCount; ++index)
+        Add(*processor, index);
+    for (const ParameterInfo& info : infos) {
+        indices.emplace(Lower(info.name), info.index);
+        if (IsMatrixCell(info.index))
+            cellNames.push_back(info.name);
+        else if (info.role == ParameterRole::Setting)
+            suggestions.push_back(info.name);
+    }
+    for (const ParameterInfo& info : infos) {
+        if (info.role != ParameterRole::Setting)
+            suggestions.push_back(info.name);
+    }
+}
+
+void ParameterCatalog::Implementation::Add(Processor::IProcessor& processor, uint32_t index) {
+    ParameterInfo info;
+    info.index = index;
+    info.name = NameOf(processor, index);
+    const Description description =
+        IsMatrixCell(index) ? DescribeCell(index) : DescribeListed(index, info.name);
+    info.group = description.group;
+    info.label = description.label;
+    info.kind = description.form.kind;
+    info.role = description.role;
+    info.unit = description.form.unit;
+    Entry entry{description.form, std::nullopt};
+    if (info.kind != ParameterKind::Binary) {
+        processor.GetParameter(index, &info.defaultPosition);
+        const dsp::Parameter* const record = Processor::ParameterRecordOf(processor, index);
+        GiveScale(info, entry, record != nullptr ? *record : AmountRecord());
+    }
+    infos.push_back(std::move(info));
+    entries.push_back(std::move(entry));
+}
+
+void ParameterCatalog::Implementation::GiveScale(ParameterInfo& info, Entry& entry,
+                                                 const dsp::Parameter& record) {
+    entry.scale.emplace(record, entry.form);
+    info.minimum = entry.scale->Minimum();
+    info.maximum = entry.scale->Maximum();
+    info.choices = ChoicesOf(entry);
+}
+
+std::span<const std::string> ParameterCatalog::Implementation::ChoicesOf(const Entry& entry) {
+    if (entry.form.kind == ParameterKind::Switch)
+        return SwitchNames();
+    if (entry.form.kind != ParameterKind::Choice)
+        return {};
+    if (entry.form.choices != nullptr)
+        return entry.form.choices();
+    ChoiceList& names = numberedChoices.emplace_back();
+    for (uint32_t step = 0; step < entry.scale->StepCount(); ++step)
+        names.push_back(std::to_string(static_cast<int>(entry.scale->StepValue(step))));
+    return names;
+}
+
+std::optional<uint32_t> ParameterCatalog::Implementation::Find(std::string_view name) const {
+    const auto found = indices.find(Lower(Trim(name)));
+    return found == indices.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::vector<std::string> ParameterCatalog::Implementation::Nearest(std::string_view name,
+                                                                   size_t count) const {
+    const bool meansCell = Lower(Trim(name)).starts_with("modulations");
+    return NearestNames(name, meansCell ? cellNames : suggestions, count);
+}
+
+double ParameterCatalog::Implementation::Value(uint32_t index, float position,
+                                               const TextContext& context) const {
+    if (index == kPitchIndex && context.scale != 0)
+        return PitchScale(context.scale).SemitonesAt(position);
+    const auto& scale = entries[index].scale;
+    return scale ? scale->ValueOf(position) : 0.0;
+}
+
+float ParameterCatalog::Implementation::PositionOfValue(uint32_t index, double value,
+                                                        const TextContext& context) const {
+    if (index == kPitchIndex && context.scale != 0)
+        return PitchScale(context.scale).PositionOf(value);
+    const auto& scale = entries[index].scale;
+    return scale ? scale->PositionOf(value) : 0.0f;
+}
+
+std::string ParameterCatalog::Implementation::NumberText(uint32_t index, double value) const {
+    const ParameterForm& form = entries[index].form;
+    if (form.silentBottom && value <= infos[index].minimum)
+        value = -std::numeric_limits<double>::infinity();
+    return FormatNumber(value, form.unit);
+}
+
+std::string ParameterCatalog::Implementation::Text(uint32_t index, float position,
+                                                   const TextContext& context) const {
+    const ParameterInfo& info = infos[index];
+    if (info.kind == ParameterKind::Binary)
+        return {};
+    const double value = Value(index, position, context);
+    return info.choices.empty() ? NumberText(index, value)
+                                : info.choices[static_cast<size_t>(value)];
+}
+
+TextResult ParameterCatalog::Implementation::Position(uint32_t index, std::string_view text,
+                                                      const TextContext& context) const {
+    const ParameterInfo& info = infos[index];
+    const std::string_view trimmed = Trim(text);
+    if (info.kind == ParameterKind::Binary)
+        return {{}, Quoted(info.name) + " is no number but a piece of memory; leave it out."};
+    if (trimmed.starts_with(kPositionSign))
+        return BarePosition(index, trimmed.substr(1));
+    return info.choices.empty() ? NumberPosition(index, trimmed, context)
+                                : ChoicePosition(index, trimmed);
+}
+
+TextResult ParameterCatalog::Implementation::BarePosition(uint32_t index,
+                                                          std::string_view number) const {
+    const std::optional<double> position = ParseNumber(number, Unit::None);
+    if (!position || *position < 0.0 || *position > 1.0)
+        return {{},
+                Quoted(number) + " behind the @ is no position for " + Quoted(infos[index].name) +
+                    ". Write a number from 0 to 1 there."};
+    return {static_cast<float>(*position), {}};
+}
+
+TextResult ParameterCatalog::Implementation::ChoicePosition(uint32_t index,
+                                                            std::string_view text) const {
+    const ParameterInfo& info = infos[index];
+    std::optional<uint32_t> choice = FindChoice(info.choices, text);
+    if (info.kind == ParameterKind::Switch)
+        choice = FindSwitch(text);
+    if (!choice)
+        return {{},
+                Quoted(info.name) + " has no choice " + Quoted(text) + ". " +
+                    ChoiceAdvice(info.choices)};
+    return {entries[index].scale->PositionOf(*choice), {}};
+}
+
+TextResult ParameterCatalog::Implementation::NumberPosition(uint32_t index, std::string_view text,
+                                                            const TextContext& context) const {
+    const ParameterInfo& info = infos[index];
+    const ParameterForm& form = entries[index].form;
+    const std::optional<double> number = ParseNumber(text, form.unit);
+    if (!number)
+        return {{},
+                Quoted(text) + " is no value for " + Quoted(info.name) +
+                    ". Write a number such as " + Quoted(Text(index, 0.5f, context)) + "."};
+    // The ends as texts show them may lie a rounding outside the range.
+    const std::string lowest = FormatNumber(info.minimum, form.unit);
+    const std::string highest = FormatNumber(info.maximum, form.unit);
+    if (form.silentBottom && *number == -std::numeric_limits<double>::infinity())
+        return {0.0f, {}};
+    if (*number < std::min(info.minimum, *ParseNumber(lowest, form.unit)) ||
+        *number > std::max(info.maximum, *ParseNumber(highest, form.unit)))
+        return {{},
+                Quoted(text) + " is out of range for " + Quoted(info.name) + ". Use a value from " +
+                    lowest + " to " + highest + "."};
+    // Above silence, by less than a text shows: the bottom itself is silent.
+    constexpr double kAudible = 0.02;
+    const double held = form.silentBottom ? std::max(*number, info.minimum + kAudible) : *number;
+    return {PositionOfValue(index, held, context), {}};
+}
+
+ParameterCatalog::ParameterCatalog() : implementation(std::make_unique<Implementation>()) {}
+ParameterCatalog::~ParameterCatalog() = default;
+
+uint32_t ParameterCatalog::Count() const {
+    return static_cast<uint32_t>(implementation->infos.size());
+}
+const ParameterInfo& ParameterCatalog::operator[](uint32_t index) const {
+    return implementation->infos[index];
+}
+const std::vector<ParameterInfo>& ParameterCatalog::All() const { return implementation->infos; }
+
+std::optional<uint32_t> ParameterCatalog::Find(std::string_view name) const {
+    return implementation->Find(name);
+}
+std::vector<std::string> ParameterCatalog::Nearest(std::string_view name, size_t count) const {
+    return implementation->Nearest(name, count);
+}
+std::string ParameterCatalog::UnknownName(std::string_view name) const {
+    const std::string suggestion = DidYouMean(Nearest(name));
+    return "There is no parameter called " + Quoted(name) + ". " +
+           (suggestion.empty() ? "Use a name from the list of parameters." : suggestion);
+}
+
+std::string ParameterCatalog::Text(uint32_t index, float position,
+                                   const TextContext& context) const {
+    return implementation->Text(index, position, context);
+}
+TextResult ParameterCatalog::Position(uint32_t index, std::string_view text,
+                                      const TextContext& context) const {
+    return implementation->Position(index, text, context);
+}
+double ParameterCatalog::Value(uint32_t index, float position, const TextContext& context) const {
+    return implementation->Value(index, position, context);
+}
+float ParameterCatalog::PositionOfValue(uint32_t index, double value,
+                                        const TextContext& context) const {
+    return implementation->PositionOfValue(index, value, context);
+}
+
+}  // namespace Quorvan::Host

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "host/state/Issue.h"
+
+namespace Quorvan::Host {
+
+/// Reads one JSON object of a known format, and collects what is wrong with it.
+class JsonReader {
+public:
+    /// what is the word that sentences use: "preset".
+    JsonReader(std::string what, std::string formatName, int versionRead);
+
+    /// Parses and checks format and version; false, with an error, where the text is something
+    /// else.
+    bool Open(std::string_view text);
+    const nlohmann::json& Root() const { return root; }
+
+    bool Has(const char* member) const { return root.contains(member); }
+    /// A member of a type; null where it is missing and, with a warning, where it is of another
+    /// type.
+    const nlohmann::json* Member(const char* name, nlohmann::json::value_t type);
+    /// The text of a member; empty likewise.
+    std::string OptionalText(const char* name);
+    static std::string TextIn(const nlohmann::json& object, const char* name);
+    static std::optional<double> NumberIn(const nlohmann::json& object, const char* name);
+
+    void Warn(std::string sentence);
+    std::vector<Issue> TakeIssues() { return std::move(issues); }
+
+private:
+    bool Fail(std::string sentence);
+    bool CheckFormat();
+    bool CheckVersion();
+
+    std::string what;
+    std::string format;
+    int version;
+    nlohmann::json root;
+    std::vector<Issue> issues;
+};
+
+}  // namespace Quorvan::Host
