@@ -14,8 +14,8 @@ inline float RefinedSin(float a) {
     return (std::abs(y) * y - y) * 0.225f + y;
 }
 
-/// An angle of 0..2 pi as one that RefinedSin takes: less a turn above half a turn. Put as a product,
-/// so that the compiler makes no branch of it and loops become vector code.
+/// An angle of 0..2 pi as one that RefinedSin takes: less a turn above half a turn. Put as a
+/// product, so that the compiler makes no branch of it and loops become vector code.
 inline float HalfTurnAround(float a) {
     const auto over = static_cast<int32_t>(a > 3.1415927f);
     return a - static_cast<float>(over) * 6.2831855f;

@@ -19,10 +19,10 @@ struct GrainCloud {
         uint32_t grains = 257;
         int32_t shape = 0;
         bool frozen = false;
-        float octaves = 1.0f;      ///< pitches spread this far to both sides; 0 is unison
-        float scatter = 1.0f;      ///< starts lie in this fraction of the loop behind the head
+        float octaves = 1.0f;  ///< pitches spread this far to both sides; 0 is unison
+        float scatter = 1.0f;  ///< starts lie in this fraction of the loop behind the head
         float reversedShare = 0.3f;
-        bool onSamples = false;    ///< grains start on whole samples
+        bool onSamples = false;  ///< grains start on whole samples
         float rate = 48000.0f;
         float loopSeconds = 8.0f;
     };
@@ -92,11 +92,13 @@ private:
         const float v = Draw(0.0f, 1.0f);
         const float c = v * 0.999f + 0.001f;
         grain.shapeA = style.shape == 2 || style.shape >= 5 ? c : v;
-        grain.shapeB = style.shape == 0   ? v * 0.998f + 0.001f
-                       : style.shape <= 2 ? c * 0.5f
-                       : style.shape == 3 ? 16.0f / (c * c)
-                       : style.shape == 4 ? v * 0.9f + 0.1f
-                                          : 1.0f / (dsp::FastPow2(c * (style.shape == 5 ? 14.42695f : -14.42695f)) - 1.0f);
+        grain.shapeB =
+            style.shape == 0   ? v * 0.998f + 0.001f
+            : style.shape <= 2 ? c * 0.5f
+            : style.shape == 3 ? 16.0f / (c * c)
+            : style.shape == 4
+                ? v * 0.9f + 0.1f
+                : 1.0f / (dsp::FastPow2(c * (style.shape == 5 ? 14.42695f : -14.42695f)) - 1.0f);
         return grain;
     }
 

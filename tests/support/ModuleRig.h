@@ -47,6 +47,7 @@ public:
     void RunInPlace(Stereo& signal) { RunBlocks({signal[0].data(), signal[1].data()}, signal); }
 
     M module;
+    float tempo = 120.0f;
 
 private:
     void RunBlocks(std::array<const float*, 2> input, Stereo& output) {
@@ -66,7 +67,7 @@ private:
             block.numInputs = module.NumInputs();
             block.numOutputs = std::min(module.NumOutputs(), 2u);
             block.numFrames = std::min(blockSize, length - at);
-            block.tempo = 120.0f;
+            block.tempo = tempo;
             module.Process(block);
         }
     }

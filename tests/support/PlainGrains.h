@@ -13,8 +13,8 @@
 
 namespace Quorvan::test {
 
-/// Grain playback in its plainest form: one sample of one grain after the other, with every decision
-/// taken anew and both channels read. Slow; what the renderer is held against.
+/// Grain playback in its plainest form: one sample of one grain after the other, with every
+/// decision taken anew and both channels read. Slow; what the renderer is held against.
 class PlainGrains {
 public:
     struct Block {
@@ -109,10 +109,8 @@ private:
         const auto j0 = static_cast<int32_t>(grain.wrappedPosition);
         const int32_t j1 = (j0 + 1) % wrap;
         const bool slow = grain.increment != 1.0;
-        const float f =
-            i0 != wp || slow ? static_cast<float>(Frac(grain.readPosition)) : 0.0f;
-        const float g =
-            j0 != wp || slow ? static_cast<float>(Frac(grain.wrappedPosition)) : 0.0f;
+        const float f = i0 != wp || slow ? static_cast<float>(Frac(grain.readPosition)) : 0.0f;
+        const float g = j0 != wp || slow ? static_cast<float>(Frac(grain.wrappedPosition)) : 0.0f;
         const uint32_t p0 = i0 > wp ? 1u - pass : pass;
         const uint32_t p1 = i1 > wp ? 1u - pass : pass;
 
@@ -219,16 +217,14 @@ private:
                     return length / attack * x;
                 if (x >= 1.0f)
                     return 0.0f;
-                return 1.0f -
-                       (Exp((x - c) * a * (length * -10.0f) / (length - attack)) - 1.0f) * b;
+                return 1.0f - (Exp((x - c) * a * (length * -10.0f) / (length - attack)) - 1.0f) * b;
             default:
                 if (x >= 1.0f - c)
                     return length / attack * (1.0f - x);
                 if (x <= 0.0f)
                     return 0.0f;
                 return 1.0f -
-                       (Exp((1.0f - x - c) * a * (length * -10.0f) / (length - attack)) - 1.0f) *
-                           b;
+                       (Exp((1.0f - x - c) * a * (length * -10.0f) / (length - attack)) - 1.0f) * b;
         }
     }
 

@@ -15,15 +15,15 @@
 
 namespace Quorvan::test {
 
-/// The grain decision written down as one list of steps, with a vector for a pool. Keeps the draws in
-/// the order that the sound depends on.
+/// The grain decision written down as one list of steps, with a vector for a pool. Keeps the draws
+/// in the order that the sound depends on.
 struct PlainScheduler {
-    PlainScheduler(uint32_t seed, const dsp::GranularSettings& modes, const dsp::BlockCurves& values,
-                   dsp::CaptureBuffer& tape, const std::vector<int32_t>& onsets)
+    PlainScheduler(uint32_t seed, const dsp::GranularSettings& modes,
+                   const dsp::BlockCurves& values, dsp::CaptureBuffer& tape,
+                   const std::vector<int32_t>& onsets)
         : x(seed), set(modes), curve(values), capture(tape), markers(onsets) {}
 
-    void Step(uint32_t n, const dsp::GrainScheduler::Clocks& clocks, float stereoX,
-              float stereoY) {
+    void Step(uint32_t n, const dsp::GrainScheduler::Clocks& clocks, float stereoX, float stereoY) {
         using dsp::Curve;
         const auto at = [&](Curve which) { return curve[which][n]; };
         const bool texture = set.granularMode == 1;
@@ -85,8 +85,8 @@ struct PlainScheduler {
         if (set.spatializerEnabled)
             p = U() * at(Curve::RandomPan) - at(Curve::RandomPan) * 0.5f;
         const float pan = std::clamp((stereoX + 1.0f) * 0.5f + p, 0.0f, 1.0f);
-        const float away = ((U() * 0.5f - 0.25f) * set.randomDistance + stereoY) *
-                           set.distanceRange;
+        const float away =
+            ((U() * 0.5f - 0.25f) * set.randomDistance + stereoY) * set.distanceRange;
         const float gain = std::pow(std::max(away, 0.0f) + 1.0f, -1.15675f);
 
         // The right grain's, blended with them.
@@ -134,6 +134,46 @@ struct PlainScheduler {
         if (grains.size() == set.grainLimit)
             for (size_t i = 0; i < 2 && i < grains.size(); ++i)
                 grains[i].releasing = true;
+    }
+
+    /// The onset that position belongs to.
+    double Transient(int32_t position, double e) const {
+        // By age the positions ascend but for one fall; the neighbour before is the one recorded
+        // before.
+        size_t after = markers.size();
+        for (size_t i = 0; i < markers.size(); ++i)
+            if (markers[i] >= position && (after == markers.size() || markers[i] < markers[after]))
+                after = i;
+        if (after == markers.size())
+            after = static_cast<size_t>(std::min_element(markers.begin(), markers.end()) -
+                                        markers.begin());
+        const int32_t b = markers[after];
+        const int32_t a =
+            b == position ? b : markers[(after + markers.size() - 1) % markers.size()];
+        const int32_t first = markers.front();
+        const int32_t last = markers.back();
+        const auto w = static_cast<int32_t>(capture.writePosition);
+        if (a == last && b == first) {
+            if (a <= b)
+                return position <= w ? a : b;
+            int32_t r = position;
+            if (w >= last)
+                r = position <= w && position >= last ? a : b;
+            if (w < first)
+                r = r > w && r <= first ? b : a;
+            return r;
+        }
+        const auto around = [e](int32_t d) { return d < 0 ? d + static_cast<int32_t>(e) : d; };
+        return around(position - a) <= around(b - position) ? a : b;
+    }
+    double Grid(double start, double w, double e) const {
+        const double cell = e / set.gridSize;
+        const double x0 = start * set.gridSize / e;
+        const double below = std::floor(x0);
+        const bool tie = std::abs(x0 - below - 0.5) < 0.01;
+        if ((w - start < 0.0 ? w - start + e : w - start) >= cell)
+            return (tie ? below : std::round(x0)) * cell;
+        return tie ? below * cell : std::min(std::ceil(x0) * cell, w);
     }
 
     uint32_t x;  ///< xorshift state
@@ -191,8 +231,9 @@ private:
                                              1 / 4.0f,  1 / 2.0f,  1.0f};
         constexpr std::array<float, 7> ratios{1 / 16.0f, 1 / 8.0f, 1 / 4.0f, 1 / 2.0f,
                                               1.0f,      2.0f,     4.0f};
-        const float type =
-            set.grainSizeMode == 2 ? 0.6666667f : set.grainSizeMode == 3 ? 1.5f : 1.0f;
+        const float type = set.grainSizeMode == 2   ? 0.6666667f
+                           : set.grainSizeMode == 3 ? 1.5f
+                                                    : 1.0f;
         const auto synced = [&](Curve which) {
             return clocks.wholeNote * notes[static_cast<size_t>(curve[which][n])] * type * 1000.0f;
         };
@@ -222,50 +263,10 @@ private:
         const std::array<float, 8> a{v, v, c, v, v, c, c, c};
         const float rising = 1.0f / (PlainGrains::Pow2(c * 14.42695f) - 1.0f);
         const float falling = 1.0f / (PlainGrains::Pow2(c * -14.42695f) - 1.0f);
-        const std::array<float, 8> b{v * 0.998f + 0.001f, c * 0.5f,         c * 0.5f,
-                                     4.0f / c * (4.0f / c), v * 0.9f + 0.1f, rising,
-                                     falling,             falling};
+        const std::array<float, 8> b{v * 0.998f + 0.001f, c * 0.5f, c * 0.5f, 4.0f / c * (4.0f / c),
+                                     v * 0.9f + 0.1f,     rising,   falling,  falling};
         grain.shapeA = a[static_cast<size_t>(set.shape)];
         grain.shapeB = b[static_cast<size_t>(set.shape)];
-    }
-
-    /// The onset that position belongs to.
-    double Transient(int32_t position, double e) const {
-        // By age the positions ascend but for one fall; the neighbour before is the one recorded
-        // before.
-        size_t after = markers.size();
-        for (size_t i = 0; i < markers.size(); ++i)
-            if (markers[i] >= position && (after == markers.size() || markers[i] < markers[after]))
-                after = i;
-        if (after == markers.size())
-            after = static_cast<size_t>(std::min_element(markers.begin(), markers.end()) -
-                                        markers.begin());
-        const int32_t b = markers[after];
-        const int32_t a = b == position ? b : markers[(after + markers.size() - 1) % markers.size()];
-        const int32_t first = markers.front();
-        const int32_t last = markers.back();
-        const auto w = static_cast<int32_t>(capture.writePosition);
-        if (a == last && b == first) {
-            if (a <= b)
-                return position <= w ? a : b;
-            int32_t r = position;
-            if (w >= last)
-                r = position <= w && position >= last ? a : b;
-            if (w < first)
-                r = r > w && r <= first ? b : a;
-            return r;
-        }
-        const auto around = [e](int32_t d) { return d < 0 ? d + static_cast<int32_t>(e) : d; };
-        return around(position - a) <= around(b - position) ? a : b;
-    }
-    double Grid(double start, double w, double e) const {
-        const double cell = e / set.gridSize;
-        const double x0 = start * set.gridSize / e;
-        const double below = std::floor(x0);
-        const bool tie = std::abs(x0 - below - 0.5) < 0.01;
-        if ((w - start < 0.0 ? w - start + e : w - start) >= cell)
-            return (tie ? below : std::round(x0)) * cell;
-        return tie ? below * cell : std::min(std::ceil(x0) * cell, w);
     }
 
     void Write(dsp::Grain grain, double start, float semitones, float ms, float rate, double w,
@@ -280,14 +281,13 @@ private:
             const double room = start - w < 1.0 ? start - w + e : start - w;
             length = std::min({length, static_cast<float>(room) * (r / (r + 1.0f)), 5000.0f * k});
         } else if (r < 1.0f) {
-            length = std::min(length, d >= -1.0
-                                          ? r * static_cast<float>(e - d) / (1.0f - r)
-                                          : r * static_cast<float>(d) / (r - 1.0f));
+            length = std::min(length, d >= -1.0 ? r * static_cast<float>(e - d) / (1.0f - r)
+                                                : r * static_cast<float>(d) / (r - 1.0f));
         } else {
             length = std::min(length, 5.0f * rate);
             if (r > 1.0f)
-                length = std::min(length, beat ? capture.lengthMs * k
-                                               : r / (r - 1.0f) * capture.lengthMs * k);
+                length = std::min(
+                    length, beat ? capture.lengthMs * k : r / (r - 1.0f) * capture.lengthMs * k);
         }
         if (!(length > 0.0f))
             return;
