@@ -1,13 +1,23 @@
 #include "effects/DattorroCore.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "framework/ParameterTable.h"
+#include "primitives/BlockDelay.h"
 
 namespace Quorvan::dsp {
 
 namespace {
+
+constexpr float kTwoPi = 6.2831855f;
+constexpr float kLowestRate = 10000.0f;  // at or below it the reference rate stands in
+constexpr int32_t kSpareSamples = 10;    // of the predelay
+constexpr float kMilli = 0.001f;
+constexpr float kRightPhase = 1.0f;  // radians, ahead of the left oscillator
+constexpr float kSizeRowDepth = 0.1f;
+constexpr double kShortestGlide = 1e-12;  // seconds
 
 const ParameterTable& Table() {
     using P = ParameterSpec;
@@ -31,21 +41,217 @@ const ParameterTable& Table() {
     return table;
 }
 
+enum Row : uint32_t { kDecayRow = 1, kSizeRow, kPredelayRow, kDampingRow, kSizeOffsetRow };
+
+/// Smoother::FillBlock without a virtual call for each frame.
+void Fill(SmootherLPF& smoother, float* out, uint32_t count) {
+    if (smoother.IsAtRest()) {
+        std::fill_n(out, count, static_cast<float>(smoother.current));
+        return;
+    }
+    for (uint32_t n = 0; n < count; ++n)
+        out[n] = smoother.SmootherLPF::Tick();
+}
+
 }  // namespace
 
 DattorroCore::DattorroCore(std::string moduleName)
     : UnitModule(std::move(moduleName), 6, 2, Table()) {}
 
-void DattorroCore::OnSetup(float, uint32_t) {}
+void DattorroCore::OnSetup(float rate, uint32_t blockSize) {
+    blockFrames = blockSize;
+    sampleRate = rate > kLowestRate ? rate : TankLengths::kReferenceRate;
+    UpdateExcursion();
+    sizeMin = parameters[Size].minValue;
+    sizeMax = parameters[Size].maxValue;
+    tank.Setup(sampleRate, sizeMax, parameters[Excursion].maxValue * kMilli);
+    const float longest = std::max(rate, 0.0f) * parameters[Predelay].maxValue;
+    predelayLine.Resize(static_cast<int32_t>(longest) + kSpareSamples);
 
-void DattorroCore::OnReset(bool) {}
+    for (SmootherLPF* smoother : {&predelaySmoother, &decaySmoother, &sizeSmoother}) {
+        smoother->stepLength = 1;
+        smoother->sampleRate = static_cast<double>(sampleRate);
+        smoother->UpdateCoefficients();
+    }
+    for (AlignedVector* buffer :
+         {&decay, &predelay, &input, &predelayed, &sizes, &modulation[0], &modulation[1]})
+        buffer->assign(blockSize, 0.0f);
+}
 
-bool DattorroCore::UpdateParameters(ProcessBlock&) { return true; }
+void DattorroCore::OnReset(bool) {
+    tank.Clear();
+    predelayLine.Clear();
+    predelaySmoother.Reset(sampleRate * Value(Predelay));
+    decaySmoother.Reset(Value(Decay));
+    sizeSmoother.Reset(SizeWithin(Value(Size)));
+    phases = {0.0f, kRightPhase};
+    tank.UpdateLengths(sizeSmoother.Tick());
+    for (AlignedVector& side : modulation)
+        std::fill(side.begin(), side.end(), 0.0f);
+}
+
+bool DattorroCore::UpdateParameters(ProcessBlock&) {
+    if (IsChanged(Freeze))
+        frozen = Position(Freeze) > 0.5f;
+    if (IsChanged(Predelay))
+        predelaySmoother.SetTarget(sampleRate * Value(Predelay));
+    // The first half of the block's glide, which nobody hears.
+    Fill(predelaySmoother, predelay.data(), blockFrames);
+    if (IsChanged(Excursion))
+        UpdateExcursion();
+    if (IsChanged(OscillatorRate) || IsChanged(OscillatorSpread))
+        UpdateOscillators();
+    UpdateDiffusion();
+    if (IsChanged(SmoothTimeDelay))
+        UpdateGlideTimes();
+    return true;
+}
 
 bool DattorroCore::OnProcess(ProcessBlock& block) {
-    for (uint32_t c = 0; c < 2; ++c)
-        std::copy_n(block.inputs[0], block.numFrames, block.outputs[c]);
+    const uint32_t count = block.numFrames;
+    if (frozen)
+        HoldModulation(count);
+    else
+        Modulate(count);
+    TakeInput(block);
+    AimGlides(block);
+    RunPredelay(count);
+    RunTank(block);
     return true;
+}
+
+void DattorroCore::UpdateDiffusion() {
+    if (IsChanged(InputDiffusion1))
+        tank.SetInputDiffusion1(Value(InputDiffusion1));
+    if (IsChanged(InputDiffusion2))
+        tank.SetInputDiffusion2(Value(InputDiffusion2));
+    if (IsChanged(DecayDiffusion1))
+        tank.SetDecayDiffusion1(Value(DecayDiffusion1));
+    if (IsChanged(DecayDiffusion2))
+        tank.SetDecayDiffusion2(Value(DecayDiffusion2));
+}
+
+/// Held to what the rings have room for.
+void DattorroCore::UpdateExcursion() {
+    const Parameter& range = parameters[Excursion];
+    const float ms = std::clamp(Value(Excursion), range.minValue, range.maxValue);
+    excursionSamples = sampleRate * ms * kMilli;
+}
+
+void DattorroCore::UpdateOscillators() {
+    const float step = Value(OscillatorRate) * kTwoPi / sampleRate;
+    steps = {step, (1.0f - Value(OscillatorSpread)) * step};
+}
+
+void DattorroCore::UpdateGlideTimes() {
+    const double seconds = std::max(static_cast<double>(Value(SmoothTimeDelay)), kShortestGlide);
+    for (SmootherLPF* smoother : {&predelaySmoother, &sizeSmoother}) {
+        smoother->time = seconds;
+        smoother->UpdateCoefficients();
+    }
+}
+
+/// Held to the bounds that the rings are made for; what is no number becomes the smallest.
+float DattorroCore::SizeWithin(float wanted) const {
+    return std::min(std::max(sizeMin, wanted), sizeMax);
+}
+
+/// Keeps the corner of the low-passes over the rates; at the reference rate it is damping itself.
+float DattorroCore::DampingCoefficient(float damping) const {
+    return 1.0f - (1.0f - damping) / (damping * tank.Ratio() + 1.0f - damping);
+}
+
+void DattorroCore::Modulate(uint32_t count) {
+    float left = phases[0], right = phases[1];
+    for (uint32_t n = 0; n < count; ++n) {
+        left += steps[0];
+        right += steps[1];
+        // A step is less than a turn.
+        left = left < kTwoPi ? left : left - kTwoPi;
+        right = right < kTwoPi ? right : right - kTwoPi;
+        modulation[0][n] = left;
+        modulation[1][n] = right;
+    }
+    phases = {left, right};
+    for (AlignedVector& side : modulation)
+        for (uint32_t n = 0; n < count; ++n)
+            side[n] = std::sin(side[n]) * excursionSamples;
+}
+
+/// The oscillators stand, and what they give is held at a whole sample, so that the all-passes lose
+/// nothing to interpolation.
+void DattorroCore::HoldModulation(uint32_t count) {
+    for (AlignedVector& side : modulation)
+        if (count > 0)
+            std::fill_n(side.begin(), count, std::round(side[count - 1]));
+}
+
+void DattorroCore::TakeInput(const ProcessBlock& block) {
+    if (frozen)
+        std::fill_n(input.begin(), block.numFrames, 0.0f);
+    else
+        std::copy_n(block.inputs[0], block.numFrames, input.begin());
+    const float damping = parameters[Damping].GetBlockValue(block, kDampingRow);
+    damp = frozen ? 0.0f : DampingCoefficient(damping);
+}
+
+/// The glides run over the full block size however short the block is.
+void DattorroCore::AimGlides(const ProcessBlock& block) {
+    decaySmoother.SetTarget(frozen ? 1.0f : parameters[Decay].GetBlockValue(block, kDecayRow));
+    Fill(decaySmoother, decay.data(), blockFrames);
+    predelaySmoother.SetTarget(parameters[Predelay].GetBlockValue(block, kPredelayRow) *
+                               sampleRate);
+    Fill(predelaySmoother, predelay.data(), blockFrames);
+    float size = parameters[Size].GetBlockValue(block, kSizeRow);
+    if (IsRowActive(block, kSizeOffsetRow))
+        size += kSizeRowDepth * block.inputs[kSizeOffsetRow][0];
+    sizeSmoother.SetTarget(SizeWithin(size));
+}
+
+/// At rest by whole samples. Rates at or below 10 kHz may ask for more than the line holds: then it
+/// is read round and round.
+void DattorroCore::RunPredelay(uint32_t count) {
+    const auto size = static_cast<uint32_t>(predelayLine.size);
+    const bool rests = predelaySmoother.IsAtRest() && predelay[0] == predelay[blockFrames - 1];
+    const float delay = predelay[0];
+    if (rests && count <= size && delay < static_cast<float>(size)) {
+        const bool none = delay < 1.0f;
+        RunBlockDelay(predelayLine, none ? 1 : static_cast<uint32_t>(delay), input.data(),
+                      predelayed.data(), count);
+        if (none)
+            std::copy_n(input.begin(), count, predelayed.begin());
+        return;
+    }
+    for (uint32_t n = 0; n < count; ++n) {
+        const auto whole = static_cast<int32_t>(predelay[n]);
+        const float fraction = rests ? 0.0f : predelay[n] - static_cast<float>(whole);
+        predelayed[n] =
+            whole < 1 ? input[n] : predelayLine.Read(whole, fraction, DelayLine::kLinear);
+        predelayLine.Write(input[n]);
+    }
+}
+
+/// Frames in which the size is still on its way come first: a glide that arrives rests until the
+/// next target, with the next block.
+void DattorroCore::RunTank(const ProcessBlock& block) {
+    const uint32_t count = block.numFrames;
+    DattorroTank::Course course;
+    course.input = predelayed.data();
+    course.decay = decay.data();
+    course.damp = damp;
+    for (uint32_t side = 0; side < kSides; ++side) {
+        course.modulation[side] = modulation[side].data();
+        course.out[side] = block.outputs[side];
+    }
+    uint32_t moving = 0;
+    for (; moving < count && !sizeSmoother.IsAtRest(); ++moving)
+        sizes[moving] = sizeSmoother.Tick();
+    if (moving > 0) {
+        tank.RunGliding(course, sizes.data(), moving);
+        tank.UpdateLengths(sizes[moving - 1]);
+    }
+    if (moving < count)
+        tank.Run(course.From(moving), count - moving);
 }
 
 }  // namespace Quorvan::dsp

@@ -1,6 +1,5 @@
 #include "effects/Flanger.h"
 
-#include <algorithm>
 #include <tuple>
 #include <utility>
 
@@ -36,15 +35,20 @@ Flanger::Flanger(std::string moduleName)
 
 void Flanger::OnSetup(float, uint32_t) {}
 
-void Flanger::OnReset(bool) {}
+void Flanger::OnReset(bool) { PassSweepDown(); }
 
-bool Flanger::UpdateParameters(ProcessBlock&) { return true; }
-
-bool Flanger::OnProcess(ProcessBlock& block) {
-    for (uint32_t c = 0; c < 2; ++c)
-        if (block.inputs[c] != nullptr)
-            std::copy_n(block.inputs[c], block.numFrames, block.outputs[c]);
+bool Flanger::UpdateParameters(ProcessBlock&) {
+    if (IsChanged(MinDelay) || IsChanged(DepthFlanger))
+        PassSweepDown();
     return true;
+}
+
+bool Flanger::OnProcess(ProcessBlock& block) { return Child<0>().Process(block); }
+
+void Flanger::PassSweepDown() {
+    Chorus& chorus = Child<0>();
+    chorus.SetParameterValue(Chorus::Depth, Value(DepthFlanger));
+    chorus.SetParameterValue(Chorus::DelayMs, Value(MinDelay) + Value(DepthFlanger));
 }
 
 }  // namespace Quorvan::dsp

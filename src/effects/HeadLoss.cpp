@@ -49,7 +49,7 @@ float HeadLoss::Milliseconds(float samples) const {
 HeadLoss::Filters HeadLoss::FiltersAt(float ms) const {
     const HeadLossTable::Entry entry = table.At(ms);
     const auto lowPass = [this](float frequency, float q) {
-        const float w = 6.2831855f * frequency * inverseSampleRate;
+        const float w = BiquadCoefficients::StableCorner(frequency, inverseSampleRate);
         return BiquadCoefficients::LowPass(w, std::sin(w) * 0.5f / q);
     };
     return {lowPass(entry.headFrequency, entry.headQ), lowPass(entry.gapFrequency, entry.gapQ)};

@@ -45,8 +45,6 @@ const ParameterTable& Table() {
     return table;
 }
 
-float RadiansPerSample(float hertz, float inverseRate) { return 6.2831855f * hertz * inverseRate; }
-
 }  // namespace
 
 PitchShiftDelay::PitchShiftDelay(std::string moduleName)
@@ -170,8 +168,8 @@ void PitchShiftDelay::UpdateDelays() {
 }
 
 void PitchShiftDelay::UpdateFilters() {
-    const float high = RadiansPerSample(highPassHz, inverseSampleRate);
-    const float low = RadiansPerSample(lowPassHz, inverseSampleRate);
+    const float high = BiquadCoefficients::StableCorner(highPassHz, inverseSampleRate);
+    const float low = BiquadCoefficients::StableCorner(lowPassHz, inverseSampleRate);
     highPass.coefficients = BiquadCoefficients::HighPass(high, BiquadCoefficients::FlatAlpha(high));
     lowPass.coefficients = BiquadCoefficients::LowPass(low, BiquadCoefficients::FlatAlpha(low));
 }

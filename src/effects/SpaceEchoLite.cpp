@@ -183,11 +183,11 @@ void SpaceEchoLite::UpdateFilters(ProcessBlock& block) {
     const float lowBefore = std::exchange(lowPassHz, lowPassSmoother.Tick());
     using B = BiquadCoefficients;
     if (highPassHz != highBefore) {
-        const float w = 6.2831855f * highPassHz * inverseSampleRate;
+        const float w = B::StableCorner(highPassHz, inverseSampleRate);
         highPass.coefficients = B::HighPass(w, B::FlatAlpha(w));
     }
     if (lowPassHz != lowBefore) {
-        const float w = 6.2831855f * lowPassHz * inverseSampleRate;
+        const float w = B::StableCorner(lowPassHz, inverseSampleRate);
         lowPass.coefficients = B::LowPass(w, B::FlatAlpha(w));
     }
 }

@@ -6,9 +6,15 @@ namespace Quorvan::dsp {
 
 namespace {
 
-constexpr float kLongestLoop = 16.0f;      // seconds
+constexpr float kLongestLoop = 16.0f;       // seconds
 constexpr float kAllocatedSeconds = 16.1f;  // room behind the longest loop for read-ahead
 constexpr float kLongestLoopMs = 16000.0f;
+/// Head positions are held to this where they come from a time, ahead of the longest loop's wrap.
+constexpr float kFarthestSample = 2.0e9f;
+/// Recorded stretches up to this long are zeroed on the spot.
+constexpr uint32_t kZeroedAtOnce = 4096;
+/// Samples of the set-aside tape that are zeroed while one is recorded.
+constexpr uint32_t kZeroedPerSample = 256;
 
 }  // namespace
 
@@ -17,9 +23,11 @@ void CaptureBuffer::Setup(float rate) {
     allocatedLength = static_cast<int32_t>(rate * kAllocatedSeconds);
     maxLength = static_cast<uint32_t>(rate * kLongestLoop);
     const auto size = static_cast<size_t>(allocatedLength);
-    for (std::vector<float>* buffer : {&left[0], &left[1], &right[0], &right[1], &mono})
+    for (std::vector<float>* buffer : Tape())
         buffer->assign(size, 0.0f);
-    writtenLength = 0;
+    for (std::vector<float>& buffer : setAside)
+        buffer.assign(size, 0.0f);
+    written = asideWritten = {};
     length = std::clamp(length, 1u, maxLength);
 }
 
@@ -34,9 +42,27 @@ void CaptureBuffer::Reset() {
 }
 
 void CaptureBuffer::Clear() {
-    for (std::vector<float>* buffer : {&left[0], &left[1], &right[0], &right[1], &mono})
-        std::fill_n(buffer->begin(), writtenLength, 0.0f);
-    writtenLength = 0;
+    if (written.Length() == 0)
+        return;
+    const std::array<std::vector<float>*, kBuffers> tape = Tape();
+    if (asideWritten.Length() == 0 && written.Length() > kZeroedAtOnce) {
+        for (size_t i = 0; i < kBuffers; ++i)
+            tape[i]->swap(setAside[i]);
+        asideWritten = written;
+    } else {
+        for (std::vector<float>* buffer : tape)
+            std::fill_n(buffer->begin() + written.first, written.Length(), 0.0f);
+    }
+    written = {};
+}
+
+void CaptureBuffer::ZeroSetAside() {
+    const uint32_t count = std::min(asideWritten.Length(), kZeroedPerSample);
+    asideWritten.end -= count;
+    for (std::vector<float>& buffer : setAside)
+        std::fill_n(buffer.begin() + asideWritten.end, count, 0.0f);
+    if (asideWritten.Length() == 0)
+        asideWritten = {};
 }
 
 uint32_t CaptureBuffer::SamplesOf(float seconds) const {
@@ -64,8 +90,7 @@ void CaptureBuffer::SetTargetLength(float seconds) {
 }
 
 void CaptureBuffer::SetOffset(float seconds) {
-    offsetSamples =
-        std::clamp(seconds * sampleRate, 0.0f, static_cast<float>(EffectiveLength()));
+    offsetSamples = std::clamp(seconds * sampleRate, 0.0f, static_cast<float>(EffectiveLength()));
 }
 
 void CaptureBuffer::AdvanceLocked(float clock, const Transport& transport, bool firstSample,
@@ -105,7 +130,7 @@ void CaptureBuffer::AdvanceLocked(float clock, const Transport& transport, bool 
                               static_cast<float>(wrapped / static_cast<double>(lengthUnits)) *
                               transport.typeFactor;
         const float samples = seconds * sampleRate;
-        w = static_cast<uint32_t>(std::min(samples, static_cast<float>(maxLength)));
+        w = static_cast<uint32_t>(std::min(samples, kFarthestSample));
         length = targetLength;
         if (marking)
             markers.Clear();
@@ -132,8 +157,7 @@ bool CaptureBuffer::AdvancePlayHead(const Transport& transport, bool firstSample
     const double wrap = static_cast<double>(writePosition >= length ? writePosition + 1 : length);
     if (p <= 0.0)
         p += wrap;
-    if (p >= wrap || p < 0.0)
-        p = Wrap(p, wrap);
+    p = Wrap(p, wrap);
     const bool atStart = writePosition == 0;
     if (playbackMode == kScan) {
         if (retrigPlayHead && atStart)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -25,17 +27,18 @@ struct CaptureBuffer {
     /// What the heads need to know of one block.
     struct Transport {
         bool playing = false;
-        bool started = false;     ///< the transport has started with this block
+        bool started = false;       ///< the transport has started with this block
         float songPosition = 0.0f;  ///< quarter notes; negative in a pre-roll
-        float wholeNote = 2.0f;   ///< seconds
-        float typeFactor = 1.0f;  ///< triplet or dotted factor of the grain size mode
+        float wholeNote = 2.0f;     ///< seconds
+        float typeFactor = 1.0f;    ///< triplet or dotted factor of the grain size mode
     };
 
     /// Takes the memory for the longest loop at a rate in hertz.
     void Setup(float rate);
     /// Empties the tape and puts the heads at 0.
     void Reset();
-    /// Zeroes all five buffers.
+    /// Zeroes all five buffers. A long recording is exchanged for a zero one and zeroed bit by bit
+    /// while the next is made: at once it would take longer than a block may.
     void Clear();
 
     /// Loop of units whole notes, unitsOfClock song clock units long, from now on. Unless frozen,
@@ -60,8 +63,10 @@ struct CaptureBuffer {
         right[activePass][w] = r;
         const float mean = (l + r) * 0.5f;
         mono[w] = mean;
-        if (w >= writtenLength)
-            writtenLength = w + 1;
+        written.first = std::min(written.first, w);
+        written.end = std::max(written.end, w + 1);
+        if (asideWritten.end != 0)
+            ZeroSetAside();
         return mean;
     }
     /// One step of the write head by itself, while the transport stands.
@@ -91,19 +96,19 @@ struct CaptureBuffer {
     uint32_t maxLength = 0;                ///< longest loop, in samples
     uint32_t activePass = 0;               ///< the pass being written
     uint32_t length = 1;                   ///< loop length in samples
-    uint32_t previousLength = 1;  ///< wrap of the second read position of new grains
-    uint32_t targetLength = 1;    ///< what the present tempo asks for
-    float lengthMs = 0.0f;        ///< at most 16000
-    float lengthUnits = 1.0f;     ///< loop length in units of the song clock
-    float lastClock = 0.0f;       ///< song clock at the last sample
-    double lastWrapped = 0.0;     ///< the same, wrapped to lengthUnits
+    uint32_t previousLength = 1;           ///< wrap of the second read position of new grains
+    uint32_t targetLength = 1;             ///< what the present tempo asks for
+    float lengthMs = 0.0f;                 ///< at most 16000
+    float lengthUnits = 1.0f;              ///< loop length in units of the song clock
+    float lastClock = 0.0f;                ///< song clock at the last sample
+    double lastWrapped = 0.0;              ///< the same, wrapped to lengthUnits
     bool freeWrap = false;  ///< not yet aligned with the clock: the head wraps by itself at length
     bool resync = false;    ///< the next sample counts as a clock jump
     uint32_t writePosition = 0;
     bool frozen = false;
-    double playPosition = 0.0;    ///< samples
-    double speed = 0.0;           ///< samples per sample
-    float offsetSamples = 0.0f;   ///< follow mode: play head behind the write head
+    double playPosition = 0.0;   ///< samples
+    double speed = 0.0;          ///< samples per sample
+    float offsetSamples = 0.0f;  ///< follow mode: play head behind the write head
     int32_t playbackMode = kScan;
     int32_t quantizationMode = kFree;
     int32_t offsetType = 0;  ///< 0 absolute, 1 straight, 2 triplet, 3 dotted
@@ -111,6 +116,19 @@ struct CaptureBuffer {
     bool retrigSequencer = false;
 
 private:
+    static constexpr size_t kBuffers = 5;
+
+    /// Everything outside of it is zero.
+    struct Stretch {
+        uint32_t first = UINT32_MAX, end = 0;
+
+        uint32_t Length() const { return end > first ? end - first : 0; }
+    };
+
+    std::array<std::vector<float>*, kBuffers> Tape() {
+        return {&left[0], &left[1], &right[0], &right[1], &mono};
+    }
+    void ZeroSetAside();
     uint32_t SamplesOf(float seconds) const;
     /// Loops x into 0..wrap.
     static double Wrap(double x, double wrap) {
@@ -119,7 +137,9 @@ private:
     }
 
     float sampleRate = 44100.0f;
-    uint32_t writtenLength = 0;  ///< everything from here on is still zero
+    Stretch written;                                    ///< of the tape
+    std::array<std::vector<float>, kBuffers> setAside;  ///< the tape before the last clearing
+    Stretch asideWritten;                               ///< of that
 };
 
 }  // namespace Quorvan::dsp

@@ -3,8 +3,10 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "granular/GrainKernels.cpp"
-// A set that brings nothing over its neighbour here.
-#define HWY_DISABLED_TARGETS HWY_AVX3_DL
+// A set that brings nothing over its neighbour here, and those whose vectors have no fixed size and
+// so cannot be members.
+#define HWY_DISABLED_TARGETS \
+    (HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
 #include <hwy/foreach_target.h>  // NOLINT
 #include <hwy/highway.h>
 
@@ -12,40 +14,53 @@
 
 #if HWY_ONCE
 
+#include <array>
+
 namespace Quorvan::dsp {
 
-const GrainKernels& GrainKernels::Baseline() { return HWY_STATIC_DISPATCH(Table)(); }
+namespace {
+
+struct KernelList {
+    std::array<const GrainKernels*, 5> entries{};
+    size_t count = 0;
+
+    void Add(const GrainKernels& kernels) { entries[count++] = &kernels; }
+};
 
 // The library carries its own choice of the set, so that nothing needs to be linked for it.
-const GrainKernels& GrainKernels::Best() {
+KernelList FindSupported() {
+    KernelList list;
 #if HWY_ARCH_X86_64 && (defined(__GNUC__) || defined(__clang__))
-    static const GrainKernels& best = []() -> const GrainKernels& {
-        __builtin_cpu_init();
+    __builtin_cpu_init();
 #if HWY_TARGETS & HWY_AVX3
-        if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
-            __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512bw") &&
-            __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("bmi2"))
-            return N_AVX3::Table();
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512bw") &&
+        __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("bmi2"))
+        list.Add(N_AVX3::Table());
 #endif
 #if HWY_TARGETS & HWY_AVX2
-        if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
-            __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2"))
-            return N_AVX2::Table();
+    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+        __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2"))
+        list.Add(N_AVX2::Table());
 #endif
 #if HWY_TARGETS & HWY_SSE4
-        if (__builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"))
-            return N_SSE4::Table();
+    if (__builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"))
+        list.Add(N_SSE4::Table());
 #endif
 #if HWY_TARGETS & HWY_SSSE3
-        if (__builtin_cpu_supports("ssse3"))
-            return N_SSSE3::Table();
+    if (__builtin_cpu_supports("ssse3"))
+        list.Add(N_SSSE3::Table());
 #endif
-        return Baseline();
-    }();
-    return best;
-#else
-    return Baseline();
 #endif
+    list.Add(HWY_STATIC_DISPATCH(Table)());
+    return list;
+}
+
+}  // namespace
+
+std::span<const GrainKernels* const> GrainKernels::Supported() {
+    static const KernelList list = FindSupported();
+    return {list.entries.data(), list.count};
 }
 
 }  // namespace Quorvan::dsp

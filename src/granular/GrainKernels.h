@@ -1,40 +1,51 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 namespace Quorvan::dsp {
 
-/// Inner loops of the grain renderer, in the widest form that the running processor offers. All
-/// forms give the same results: none fuses a multiplication with an addition.
+/// Inner loops of the grain renderer, in the vectors of one instruction set. All sets give the same
+/// bits: none fuses a multiplication with an addition or puts an inverse for a division.
+///
+/// Loops work on whole vectors of up to kMaxLanes floats. What they write has room for count
+/// rounded up to that; what they read of the tape goes as far beyond the last sample in use.
 struct GrainKernels {
+    static constexpr uint32_t kMaxLanes = 16;
+
     /// What an envelope depends on besides the phase.
     struct Envelope {
-        int32_t shape;       ///< 0 to 7
+        int32_t shape;  ///< 0 to 7
         float shapeA, shapeB;
-        float length;        ///< source samples
-        float attackSamples; ///< fixed attack of shapes 6 and 7
+        float length;         ///< source samples
+        float attackSamples;  ///< fixed attack of shapes 6 and 7
     };
+    /// A read head: the samples around it are low[whole] and high[whole] of its whole part.
+    struct ReadHead {
+        const float* low;
+        const float* high;  ///< low + 1 but where the two lie in different rounds of the tape
+        double position;    ///< samples; it and all later ones are at or above 0
+        double increment;   ///< a sample
+    };
+
     /// Envelope at count steps: the source samples read so far start at elapsed and grow by step.
-    /// Buffers of all kernels have room for count rounded up to a multiple of 16.
     void (*envelope)(const Envelope& shape, double elapsed, double step, uint32_t count,
                      float* out);
-    /// Linear interpolation of tape at position, position + increment, ... All positions and their
-    /// right neighbours lie inside the tape.
-    void (*interpolate)(const float* tape, double position, double increment, uint32_t count,
-                        float* out);
-    /// The same without interpolation.
-    void (*pick)(const float* tape, double position, double increment, uint32_t count, float* out);
+    /// The tape at count places of the read head, by linear interpolation.
+    void (*interpolate)(const ReadHead& head, uint32_t count, float* out);
+    /// The same without interpolation: low[whole].
+    void (*pick)(const ReadHead& head, uint32_t count, float* out);
     /// x = x * c + (1 - c) * y, with c = start + i * slope held to 0..1.
     void (*crossfade)(float* x, const float* y, float start, float slope, uint32_t count);
-    /// out += gain * envelope * x.
+    /// out += gain * envelope * x; what lies behind count is left as it is.
     void (*mix)(const float* envelope, const float* x, float gain, uint32_t count, float* out);
     /// Name of the instruction set.
     const char* name;
 
-    /// The form for this machine, chosen once.
-    static const GrainKernels& Best();
-    /// The form for the baseline instruction set.
-    static const GrainKernels& Baseline();
+    /// All forms that this machine can run, the widest first and the baseline last.
+    static std::span<const GrainKernels* const> Supported();
+    static const GrainKernels& Best() { return *Supported().front(); }
+    static const GrainKernels& Baseline() { return *Supported().back(); }
 };
 
 }  // namespace Quorvan::dsp

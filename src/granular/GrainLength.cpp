@@ -10,13 +10,15 @@ constexpr float kShortestMs = 10.0f;
 constexpr float kLongestReversedMs = 5000.0f;
 constexpr float kLongestForwardSeconds = 5.0f;
 
-/// Tape samples of a grain's size at its ratio.
-float SizeInSamples(const GrainLength::Loop& loop, float ratio, float sizeMs) {
-    const float samples = sizeMs * loop.sampleRate * 0.001f;
-    return loop.beat && ratio >= 1.0f ? samples : ratio * samples;
-}
+/// Samples in one millisecond.
+float PerMs(const GrainLength::Loop& loop) { return loop.sampleRate * 0.001f; }
 
-float Shortest(const GrainLength::Loop& loop) { return kShortestMs * loop.sampleRate * 0.001f; }
+/// Tape samples of a grain's size at its ratio, at least the shortest and at most room.
+float Bounded(const GrainLength::Loop& loop, float ratio, float sizeMs, float room) {
+    const float k = PerMs(loop);
+    const float length = loop.beat && ratio >= 1.0f ? k * sizeMs : ratio * k * sizeMs;
+    return std::min(std::max(length, kShortestMs * k), room);
+}
 
 }  // namespace
 
@@ -24,23 +26,22 @@ float GrainLength::Reversed(const Loop& loop, double start, float ratio, float s
     double room = start - loop.writePosition;
     if (room < 1.0)
         room += loop.effectiveLength;
+    // The grain and the head share the way in proportion to their speeds.
     const float shared = static_cast<float>(room) * (ratio / (ratio + 1.0f));
-    const float cap = std::min(shared, kLongestReversedMs * loop.sampleRate * 0.001f);
-    return std::min(std::max(SizeInSamples(loop, ratio, sizeMs), Shortest(loop)), cap);
+    return Bounded(loop, ratio, sizeMs, std::min(shared, kLongestReversedMs * PerMs(loop)));
 }
 
 float GrainLength::Forward(const Loop& loop, double start, float ratio, float sizeMs) {
     float room = kLongestForwardSeconds * loop.sampleRate;
     if (ratio < 1.0f) {
         const double d = loop.writePosition - start;
-        room = d >= -1.0
-                   ? ratio * static_cast<float>(loop.effectiveLength - d) / (1.0f - ratio)
-                   : ratio * static_cast<float>(d) / (ratio - 1.0f);
+        room = d >= -1.0 ? ratio * static_cast<float>(loop.effectiveLength - d) / (1.0f - ratio)
+                         : ratio * static_cast<float>(d) / (ratio - 1.0f);
     } else if (ratio > 1.0f) {
-        const float loopSamples = loop.lengthMs * loop.sampleRate * 0.001f;
-        room = std::min(room, loop.beat ? loopSamples : (ratio / (ratio - 1.0f)) * loopSamples);
+        const float lap = loop.beat ? loop.lengthMs : ratio / (ratio - 1.0f) * loop.lengthMs;
+        room = std::min(room, lap * PerMs(loop));
     }
-    return std::min(std::max(SizeInSamples(loop, ratio, sizeMs), Shortest(loop)), room);
+    return Bounded(loop, ratio, sizeMs, room);
 }
 
 bool GrainLength::Crosses(const Loop& loop, double start, float ratio, float length) {

@@ -36,15 +36,16 @@ public:
     /// Oldest live slot and the next younger one, or kNone.
     uint16_t Oldest() const { return oldest; }
     uint16_t NextByAge(uint16_t slot) const { return age[slot].next; }
-    /// First free slot, or kNone.
+    /// First slots of the first and of the last run of free ones, or kNone.
     uint16_t FirstFree() const { return firstFree; }
+    uint16_t LastFree() const { return lastFree; }
 
     Grain& operator[](uint16_t slot) { return slots[slot]; }
     const Grain& operator[](uint16_t slot) const { return slots[slot]; }
 
 private:
-    /// What is known of a slot: the length of the free run that it ends, 0 while it is live, and the
-    /// first slots of the runs before and behind.
+    /// What is known of a slot: the length of the free run that it ends, 0 while it is live, and
+    /// the first slots of the runs before and behind.
     struct SkipNode {
         uint16_t run = 0;
         uint16_t next = kNone;

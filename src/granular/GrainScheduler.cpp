@@ -169,8 +169,9 @@ double GrainScheduler::BasePosition(uint32_t n) {
     const uint32_t loop = capture.EffectiveLength();
     // At either end of the knob a head about to wrap counts as being there already.
     if ((manual == 0.0f || manual == 1.0f) && loop < capture.writePosition + 5u)
-        return static_cast<double>(capture.writePosition);
-    capture.playPosition = static_cast<double>(loop - 1u) * static_cast<double>(manual);
+        capture.playPosition = static_cast<double>(capture.writePosition);
+    else
+        capture.playPosition = static_cast<double>(loop - 1u) * static_cast<double>(manual);
     return capture.playPosition;
 }
 
@@ -180,8 +181,7 @@ float GrainScheduler::GrainSizeMs(uint32_t n) const {
     if (settings.granularMode == GranularSettings::kTexture) {
         if (!settings.textureSizeMidiSync)
             return curves.At(Curve::TextureSizeAbsolute, n);
-        return noteMs * kSyncedSizes[IndexAt(curves, Curve::TextureSizeSynced, n)] * type *
-               1000.0f;
+        return noteMs * kSyncedSizes[IndexAt(curves, Curve::TextureSizeSynced, n)] * type * 1000.0f;
     }
     if (!settings.densitySizeLink) {
         if (settings.grainSizeMode == 0)
@@ -189,8 +189,7 @@ float GrainScheduler::GrainSizeMs(uint32_t n) const {
         return noteMs * kSyncedSizes[IndexAt(curves, Curve::GrainSizeSynced, n)] * type * 1000.0f;
     }
     const float rate = clocks.mainRate[n];
-    const float hz =
-        clocks.mainSynced ? kHertzPerWholeNoteBpm / rate * clocks.mainTempo : rate;
+    const float hz = clocks.mainSynced ? kHertzPerWholeNoteBpm / rate * clocks.mainTempo : rate;
     return kSizeRatios[IndexAt(curves, Curve::GrainSizeRatio, n)] * 1000.0f / hz;
 }
 
@@ -284,17 +283,15 @@ void GrainScheduler::PlaceStarts(Side& l, Side& r, const Pair& pair) const {
 }
 
 void GrainScheduler::AddGrain(const Side& side, const Pair& pair, uint32_t n, bool rightSide) {
-    const GrainLength::Loop loop{
-        .effectiveLength = pair.loop,
-        .writePosition = static_cast<double>(capture.writePosition),
-        .sampleRate = clocks.sampleRate,
-        .lengthMs = capture.lengthMs,
-        .beat = settings.granularMode == GranularSettings::kBeat};
+    const GrainLength::Loop loop{.effectiveLength = pair.loop,
+                                 .writePosition = static_cast<double>(capture.writePosition),
+                                 .sampleRate = clocks.sampleRate,
+                                 .lengthMs = capture.lengthMs,
+                                 .beat = settings.granularMode == GranularSettings::kBeat};
     const float ratio = std::pow(2.0f, (side.pitch + side.fine) * 0.083333336f);
     const float sizeMs = pair.sizeMs + side.sizeOffset;
-    const float length = pair.reversed
-                             ? GrainLength::Reversed(loop, side.start, ratio, sizeMs)
-                             : GrainLength::Forward(loop, side.start, ratio, sizeMs);
+    const float length = pair.reversed ? GrainLength::Reversed(loop, side.start, ratio, sizeMs)
+                                       : GrainLength::Forward(loop, side.start, ratio, sizeMs);
     if (!(length > 0.0f))
         return;
 
@@ -312,7 +309,8 @@ void GrainScheduler::AddGrain(const Side& side, const Pair& pair, uint32_t n, bo
     grain.displayed = !rightSide;
     grain.wrapLength = capture.previousLength;
     const double turns = side.start / static_cast<double>(capture.previousLength);
-    grain.wrappedPosition = (turns - std::floor(turns)) * static_cast<double>(capture.previousLength);
+    grain.wrappedPosition =
+        (turns - std::floor(turns)) * static_cast<double>(capture.previousLength);
     grain.reversed = pair.reversed;
     grain.shape = settings.shape;
     grain.shapeA = pair.shapeA;

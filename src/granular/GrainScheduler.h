@@ -23,8 +23,8 @@ class GrainScheduler {
 public:
     /// What one block of the clocks gives.
     struct Clocks {
-        const float* tick = nullptr;  ///< above 0.5: a trigger of the clock in force
-        float hz = 0.0f;              ///< its trigger rate at the block's first sample
+        const float* tick = nullptr;      ///< above 0.5: a trigger of the clock in force
+        float hz = 0.0f;                  ///< its trigger rate at the block's first sample
         const float* mainRate = nullptr;  ///< rate of the main clock: hertz, or a note length
         bool mainSynced = false;
         float mainTempo = 120.0f;
@@ -68,8 +68,8 @@ private:
         float pitchDraw = 0.0f;
         float pitch = 0.0f;  ///< semitones
         float fineDraw = 0.0f;
-        float fine = 0.0f;       ///< semitones
-        float sprayDraw = 0.0f;  ///< by the arrow
+        float fine = 0.0f;        ///< semitones
+        float sprayDraw = 0.0f;   ///< by the arrow
         float sizeOffset = 0.0f;  ///< milliseconds
         double start = 0.0;       ///< samples
         float spray = 0.0f;       ///< fraction of the loop

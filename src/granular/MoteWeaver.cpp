@@ -1,10 +1,12 @@
 #include "granular/MoteWeaver.h"
 
 #include <algorithm>
+#include <limits>
 #include <tuple>
 #include <utility>
 
 #include "granular/GranularTables.h"
+#include "primitives/BlockTests.h"
 
 namespace Quorvan::dsp {
 
@@ -14,6 +16,8 @@ namespace Row = MoteWeaverRow;
 namespace {
 
 constexpr float kGateSeconds = 0.02f;
+/// Equals no value, not even itself.
+constexpr float kMoving = std::numeric_limits<float>::quiet_NaN();
 constexpr uint32_t kCurveCount = static_cast<uint32_t>(Curve::Count);
 constexpr float kWholeNoteBeats = 240.0f;  // seconds of a whole note, times the tempo
 
@@ -72,6 +76,7 @@ void MoteWeaver::OnSetup(float rate, uint32_t frames) {
     float* buffer = storage.data();
     for (float*& row : curves.rows)
         row = std::exchange(buffer, buffer + stride);
+    restingAt.fill(kMoving);
     persistence = buffer;
     sequence = buffer + stride;
     rateInput = MakeRow(rateStorage, frames);
@@ -98,6 +103,21 @@ void MoteWeaver::OnReset(bool) {
     gate.Reset();
     scheduler.ClearStartedCount();
     endedCount = 0;
+}
+
+/// A curve that stands still is left as it was filled before.
+void MoteWeaver::Fill(const ProcessBlock& block, uint32_t id, uint32_t row, Curve curve) {
+    float& resting = restingAt[static_cast<size_t>(curve)];
+    if (IsRowActive(block, row)) {
+        ParameterAt(id).FillBlockValues(block, row, curves[curve]);
+        resting = kMoving;
+        return;
+    }
+    const float value = Value(id);
+    if (value == resting)
+        return;
+    std::fill_n(curves[curve], blockSize, value);
+    resting = value;
 }
 
 float MoteWeaver::WholeNote() const { return kWholeNoteBeats / tempo; }
@@ -414,16 +434,18 @@ void MoteWeaver::FillTextureRate(uint32_t frames) {
     const float* const size = curves[Curve::TextureSizeAbsolute];
     Parameter& knob = TextureClock().ParameterAt(IGenerator::RateUnSynced);
     const float now = knob.GetNormalized();
-    for (uint32_t n = 0; n < frames; ++n) {
-        // The curve's inverse is a logarithm: it is taken where something has moved.
-        if (n > 0 && size[n] == size[n - 1] && density[n] == density[n - 1]) {
-            textureRateInput[n] = textureRateInput[n - 1];
-            continue;
-        }
-        const float layers = kTextureLayers[static_cast<size_t>(
-            std::clamp(density[n] + offset, 0.0f, static_cast<float>(kTextureLayers.size() - 1)))];
-        textureRateInput[n] = knob.PositionOf(layers * 1000.0f / size[n]) - now;
+    const auto rateAt = [&](uint32_t n) {
+        const auto layer = static_cast<size_t>(
+            std::clamp(density[n] + offset, 0.0f, static_cast<float>(kTextureLayers.size() - 1)));
+        return knob.PositionOf(kTextureLayers[layer] * 1000.0f / size[n]) - now;
+    };
+    // The curve's inverse is a logarithm: it is taken where something has moved.
+    if (IsConstant(size, frames) && IsConstant(density, frames)) {
+        std::fill_n(textureRateInput, frames, rateAt(0));
+        return;
     }
+    for (uint32_t n = 0; n < frames; ++n)
+        textureRateInput[n] = rateAt(n);
 }
 
 void MoteWeaver::MovePosition(const ProcessBlock& block) {

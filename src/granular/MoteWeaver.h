@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -72,9 +73,7 @@ private:
     float BlockValue(const ProcessBlock& block, uint32_t id, uint32_t row) {
         return ParameterAt(id).GetBlockValue(block, row);
     }
-    void Fill(const ProcessBlock& block, uint32_t id, uint32_t row, Curve curve) {
-        ParameterAt(id).FillBlockValues(block, row, curves[curve]);
-    }
+    void Fill(const ProcessBlock& block, uint32_t id, uint32_t row, Curve curve);
     float WholeNote() const;
 
     // The control step, in its order.
@@ -127,6 +126,7 @@ private:
 
     // Block buffers.
     BlockCurves curves;
+    std::array<float, static_cast<size_t>(Curve::Count)> restingAt;  ///< what a curve is full of
     AlignedVector storage;          ///< backs the curves, the persistence and the sequence
     float* persistence = nullptr;   ///< smoothed "BufferPersistence"
     float* sequence = nullptr;      ///< output of the sequencer

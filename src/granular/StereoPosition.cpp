@@ -9,8 +9,8 @@ namespace Quorvan::dsp {
 
 StereoPosition::StereoPosition() : randomB(prims::SeedFromClock()) {}
 
-void StereoPosition::Follow(float center, float amountX, float rowX, float distance,
-                            float amountY, float rowY) {
+void StereoPosition::Follow(float center, float amountX, float rowX, float distance, float amountY,
+                            float rowY) {
     walkX = center + amountX * rowX;
     stereoX = std::clamp(walkX, -1.0f, 1.0f);
     walkY = distance + amountY * rowY;
@@ -18,14 +18,13 @@ void StereoPosition::Follow(float center, float amountX, float rowX, float dista
 }
 
 void StereoPosition::Walk(float rate, float amountX, float amountY) {
-    const float draw =
-        static_cast<float>(prims::XorshiftStep(randomB)) * prims::kXorshiftScale;
+    const float draw = static_cast<float>(prims::XorshiftStep(randomB)) * prims::kXorshiftScale;
     const float step = rate * 0.33333334f * 0.1f;
     if (draw >= 0.5f) {
         // A step down pulls a position beyond 1 back to 1; a step up may go on to 2.
         const float s = step * amountX;
-        walkX = draw <= 0.75f ? std::clamp(walkX - s, -1.0f, 1.0f)
-                              : std::clamp(walkX + s, -2.0f, 2.0f);
+        walkX =
+            draw <= 0.75f ? std::clamp(walkX - s, -1.0f, 1.0f) : std::clamp(walkX + s, -2.0f, 2.0f);
         stereoX = std::clamp(walkX, -1.0f, 1.0f);
     } else {
         const float s = step * amountY;

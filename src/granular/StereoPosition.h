@@ -12,8 +12,7 @@ public:
     StereoPosition();
 
     /// Follows the control: center and distance moved by the rows' values times the amounts.
-    void Follow(float center, float amountX, float rowX, float distance, float amountY,
-                float rowY);
+    void Follow(float center, float amountX, float rowX, float distance, float amountY, float rowY);
     /// One random step of at most rate / 30 on one axis, scaled by that axis' amount.
     void Walk(float rate, float amountX, float amountY);
     /// Draws a new place to walk from.

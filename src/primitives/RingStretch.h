@@ -27,18 +27,16 @@ inline int32_t PlaceInRing(const DelayLine& line, int32_t place) {
 
 /// Copies count samples from a place on, which may lie up to one round outside.
 inline void CopyFromRing(const DelayLine& line, int32_t place, int32_t count, float* out) {
-    ForEachStretch(line, PlaceInRing(line, place), count,
-                   [out](const float* from, int32_t at, int32_t n) {
-                       std::copy_n(from, n, out + at);
-                   });
+    ForEachStretch(
+        line, PlaceInRing(line, place), count,
+        [out](const float* from, int32_t at, int32_t n) { std::copy_n(from, n, out + at); });
 }
 
 /// Writes count samples, as so many calls of Write would. The line must have been cleared after
 /// Resize.
 inline void WriteToRing(DelayLine& line, const float* in, int32_t count) {
-    ForEachStretch(line, line.writeIndex, count, [in](float* to, int32_t at, int32_t n) {
-        std::copy_n(in + at, n, to);
-    });
+    ForEachStretch(line, line.writeIndex, count,
+                   [in](float* to, int32_t at, int32_t n) { std::copy_n(in + at, n, to); });
     line.writeIndex = PlaceInRing(line, line.writeIndex + count);
 }
 

@@ -41,6 +41,8 @@ struct ProcessorInfoV4 {
 
 /// Puts the interface on top of one effect T: maps the flat index space onto its tree, holds the
 /// queues between wrapper and tree, and turns ProcessData into a ProcessBlock. No audio logic.
+/// T is any module; what it lacks of latency, tool tips, binary parameters and change lists is
+/// answered with nothing.
 ///
 /// What a wrapper may get wrong is caught here: indices out of range and positions that are no
 /// number are refused, positions are held to 0..1, and a block that doesn't fit is answered with
@@ -60,15 +62,20 @@ public:
     bool SetParameter(uint32_t index, float value) override;
     bool GetParameterBlob(uint32_t index, uint8_t* buffer, uint32_t* size) override;
     bool IsBlobParameter(uint32_t index) override {
-        return index < kToolTipUpdateIndex ? effect.IsBlobParameter(index)
-                                           : index == kToolTipTextIndex;
+        if (index >= kToolTipUpdateIndex)
+            return index == kToolTipTextIndex;
+        if constexpr (requires { effect.IsBlobParameter(index); })
+            return effect.IsBlobParameter(index);
+        else
+            return false;
     }
     bool GetParameterDescription(uint32_t index, ParameterDescription* out) override;
     bool GetParameterDescriptionWithId(uint32_t index, uint32_t* id,
                                        ParameterDescription* out) override {
         if (index >= kParameterCount)
             return false;
-        *id = index;
+        if (id != nullptr)
+            *id = index;
         return GetParameterDescription(index, out);
     }
     ~DsplibProcessor() override { effect.Terminate(); }
@@ -86,7 +93,10 @@ public:
     }
     bool OptionalOperationH() override { return true; }
     bool GetParameterChanges(const ParameterChange** list, int32_t* count) override {
-        return effect.TakeParameterChanges(list, count);
+        if constexpr (requires { effect.TakeParameterChanges(list, count); })
+            return effect.TakeParameterChanges(list, count);
+        else
+            return Nothing(list, count);
     }
     bool GetBlobChanges(const BlobChange** list, int32_t* count) override;
     bool OptionalOperationI() override { return false; }
@@ -94,7 +104,12 @@ public:
     bool OptionalOperationJ() override { return false; }
     bool Process(ProcessData* data) override;
     uint32_t GetTotalLatency() override { return GetLatency() + infoV5.blockSize; }
-    uint32_t GetLatency() override { return effect.GetLatency(); }
+    uint32_t GetLatency() override {
+        if constexpr (requires { effect.GetLatency(); })
+            return effect.GetLatency();
+        else
+            return 0;
+    }
 
     /// The tree, for shells that are linked with it.
     T& Effect() { return effect; }
@@ -105,6 +120,31 @@ private:
     static constexpr uint32_t kAcceptedEvents = 254;
     static constexpr float kDefaultTempo = 120.0f;
 
+    /// Data of a binary parameter.
+    struct Blob {
+        uint64_t size = 0;  ///< bytes
+        const void* data = nullptr;
+    };
+    Blob BlobOf(uint32_t index) {
+        if constexpr (requires { effect.GetBlobParameter(index); }) {
+            const auto blob = effect.GetBlobParameter(index);
+            return {blob.size, blob.data};
+        } else {
+            return {};
+        }
+    }
+    void FillToolTip(uint32_t index) {
+        if constexpr (requires { effect.GetToolTip(index, kToolTipBytes, toolTipText); })
+            effect.GetToolTip(index, kToolTipBytes, toolTipText);
+        else
+            toolTipText[0] = '\0';
+    }
+    template <class Change>
+    static bool Nothing(const Change** list, int32_t* count) {
+        *list = nullptr;
+        *count = 0;
+        return false;
+    }
     static bool HasChannels(float** channels, uint32_t count) {
         if (count > 0 && channels == nullptr)
             return false;
@@ -168,9 +208,11 @@ bool DsplibProcessor<T>::SetParameter(uint32_t index, float value) {
                effect.SetParameterNormalized(index, std::clamp(value, 0.0f, 1.0f));
     if (index != kToolTipUpdateIndex)
         return false;
-    if (value >= 0.0f && value < static_cast<float>(kParameterCount)) {
+    if (value < static_cast<float>(kParameterCount)) {
         toolTipPending = true;
-        effect.GetToolTip(static_cast<uint32_t>(value), kToolTipBytes, toolTipText);
+        // An index below 0 is one out of range; anything far below would leave the integers.
+        const auto asked = static_cast<int32_t>(std::max(value, -1.0f));
+        FillToolTip(static_cast<uint32_t>(asked));
     }
     return true;
 }
@@ -181,7 +223,7 @@ bool DsplibProcessor<T>::GetParameterBlob(uint32_t index, uint8_t* buffer, uint3
         return index == kToolTipTextIndex;
     if (size == nullptr)
         return false;
-    const auto blob = effect.GetBlobParameter(index);
+    const Blob blob = BlobOf(index);
     const bool fits = blob.size != 0 && *size >= blob.size && buffer != nullptr;
     *size = static_cast<uint32_t>(blob.size);
     if (fits)
@@ -207,7 +249,7 @@ bool DsplibProcessor<T>::GetParameterDescription(uint32_t index, ParameterDescri
     if (sink.length == 0)
         return false;
     if (sink.required <= kRoom) {
-        if (const auto blob = effect.GetBlobParameter(index); blob.size != 0) {
+        if (const Blob blob = BlobOf(index); blob.size != 0) {
             out->blobKind = 0;
             out->blobSize = blob.size;
         }
@@ -231,8 +273,12 @@ bool DsplibProcessor<T>::PushMidiMessage(const uint8_t* bytes) {
 
 template <class T>
 bool DsplibProcessor<T>::GetBlobChanges(const BlobChange** list, int32_t* count) {
-    if (!toolTipPending)
-        return effect.TakeBlobChanges(list, count);
+    if (!toolTipPending) {
+        if constexpr (requires { effect.TakeBlobChanges(list, count); })
+            return effect.TakeBlobChanges(list, count);
+        else
+            return Nothing(list, count);
+    }
     toolTip = {kToolTipTextIndex, kToolTipBytes, toolTipText};
     toolTipPending = false;
     *list = &toolTip;

@@ -202,7 +202,7 @@ bool EffectProcessor<N, B, M...>::OnProcess(dsp::ProcessBlock& block) {
     if (block.numInputs == 0)
         return false;
     const uint32_t mode = ModeOf(block);
-    const uint32_t channelCount = mode == kMonoOut ? 1 : 2;
+    const uint32_t channelCount = std::min(mode == kMonoOut ? 1u : 2u, block.numOutputs);
     dsp::ProcessBlock inner = block;
     inner.outputs = wet;
     inner.numOutputs = 2;

@@ -6,6 +6,8 @@
 #include <string>
 #include <tuple>
 
+#include "primitives/BlockDelay.h"
+
 namespace Quorvan::Processor {
 
 namespace {
@@ -25,20 +27,9 @@ float SoftClip(float x) {
     return std::clamp(x * (square + 27.0f) / (9.0f * square + 27.0f), -1.0f, 1.0f);
 }
 
-/// Moves count samples through a ring: what was written delay samples ago comes out.
-void RunDelay(dsp::DelayLine& line, uint32_t delay, const float* in, float* out, uint32_t count) {
-    float* const data = line.data;
-    int32_t write = line.writeIndex;
-    int32_t read = write - static_cast<int32_t>(delay);
-    if (read < 0)
-        read += line.size;
-    for (uint32_t i = 0; i < count; ++i) {
-        out[i] = data[read];
-        data[write] = in[i];
-        write = write + 1 == line.size ? 0 : write + 1;
-        read = read + 1 == line.size ? 0 : read + 1;
-    }
-    line.writeIndex = write;
+/// Whole samples, and a block at least: at the lowest rates a block is longer than the delays.
+int32_t RingLength(float samples, uint32_t blockSize) {
+    return std::max(static_cast<int32_t>(std::ceil(samples)), static_cast<int32_t>(blockSize));
 }
 
 dsp::Parameter AmountMapping() {
@@ -128,8 +119,8 @@ void MoteWeaverProcessor::OnEffectSetup(float rate, uint32_t frames) {
     dcB1 = -dcB0;
     dcA1 = (t - 1.0f) * dcB0;
     for (uint32_t c = 0; c < 2; ++c) {
-        feedbackLines[c].Resize(static_cast<int32_t>(std::ceil(rate * kFeedbackRoom)));
-        dryLines[c].Resize(static_cast<int32_t>(std::ceil(rate * kDryRoom)));
+        feedbackLines[c].Resize(RingLength(rate * kFeedbackRoom, frames));
+        dryLines[c].Resize(RingLength(rate * kDryRoom, frames));
     }
     feedbackDelay = static_cast<uint32_t>(std::floor(rate * kFeedbackDelay));
 
@@ -248,7 +239,8 @@ void MoteWeaverProcessor::HighPass(uint32_t frames) {
 /// What comes out of the lines here goes into the grains with the next block.
 void MoteWeaverProcessor::RunFeedbackDelay(uint32_t frames) {
     for (uint32_t c = 0; c < 2; ++c)
-        RunDelay(feedbackLines[c], feedbackDelay, feedbackSend[c], feedbackReturn[c], frames);
+        dsp::RunBlockDelay(feedbackLines[c], feedbackDelay, feedbackSend[c], feedbackReturn[c],
+                           frames);
 }
 
 void MoteWeaverProcessor::ApplyGain(dsp::Smoother& gain, float** channels, uint32_t count,
@@ -265,9 +257,9 @@ void MoteWeaverProcessor::ApplyGain(dsp::Smoother& gain, float** channels, uint3
 void MoteWeaverProcessor::MixDry(const dsp::ProcessBlock& block, const Inputs& in, float** signal) {
     const uint32_t frames = block.numFrames;
     const auto delay = static_cast<uint32_t>(OutputLimiter().LookaheadSamples());
-    RunDelay(dryLines[0], delay, in.left, stage[0], frames);
+    dsp::RunBlockDelay(dryLines[0], delay, in.left, stage[0], frames);
     if (in.stereo)
-        RunDelay(dryLines[1], delay, in.right, stage[1], frames);
+        dsp::RunBlockDelay(dryLines[1], delay, in.right, stage[1], frames);
     else
         std::copy_n(stage[0], frames, stage[1]);
     if (dryWetMix.IsAtRestAt(1.0))

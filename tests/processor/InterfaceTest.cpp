@@ -208,6 +208,10 @@ TEST(InterfaceTest, ToolTipGoesAheadOfOtherBlobsOnce) {
     ProcessorRig rig;
     EXPECT_TRUE(rig.processor->SetParameter(3150, 3152.0f));
     EXPECT_TRUE(rig.TakeBlobChanges().empty());
+    for (const float odd : {-1.0f, -1e30f}) {  // below the limit, and of no parameter
+        EXPECT_TRUE(rig.processor->SetParameter(3150, odd));
+        EXPECT_EQ(rig.TakeBlobChanges().size(), 1u);
+    }
     EXPECT_TRUE(rig.processor->SetParameter(3150, 3151.5f));
     const auto changes = rig.TakeBlobChanges();
     ASSERT_EQ(changes.size(), 1u);
@@ -259,6 +263,11 @@ TEST(InterfaceTest, BlocksThatDoNotFitAreAnsweredWithSilence) {
     EXPECT_FALSE(rig.processor->Process(&data));
     data.outputs = outputs;
     EXPECT_TRUE(rig.processor->Process(&data));  // without auxiliary outputs
+    data.outputs = nullptr;
+    data.outputCount = 0;
+    EXPECT_TRUE(rig.processor->Process(&data));  // without any
+    data.outputs = outputs;
+    data.outputCount = 2;
     data.tempo = std::nanf("");
     data.songPosition = std::nanf("");
     EXPECT_TRUE(rig.processor->Process(&data));

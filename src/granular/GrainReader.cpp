@@ -1,0 +1,196 @@
+#include "granular/GrainReader.h"
+
+#include <hwy/cache_control.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quorvan::dsp {
+
+namespace {
+
+/// Runs shorter than this cost more to set up than single samples do.
+constexpr uint32_t kShortestRun = 4;
+
+/// Part of x above the whole number below it. The library's floor would be a call.
+double FractionOf(double x) {
+    const double part = x - static_cast<double>(static_cast<int64_t>(x));
+    return part < 0.0 ? part + 1.0 : part;
+}
+
+/// Loops x into 0..wrap.
+double WrapPosition(double x, double wrap) {
+    const double turns = (x <= 0.0 ? x + wrap : x) / wrap;
+    return (turns >= 0.0 && turns < 1.0 ? turns : FractionOf(turns)) * wrap;
+}
+
+}  // namespace
+
+void GrainReader::Setup(float sampleRate, uint32_t blockSize) {
+    runs.Setup(sampleRate);
+    inverseZone = 1.0f / static_cast<float>(runs.Zone());
+    faded.assign(blockSize + GrainKernels::kMaxLanes, 0.0f);
+}
+
+void GrainReader::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfade,
+                             bool interpolation) {
+    runs.BeginBlock(tape, frames, crossfade);
+    capture = &tape;
+    numFrames = frames;
+    interpolate = interpolation;
+}
+
+void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, float* out) {
+    const Channel channel = rightSide ? capture->right : capture->left;
+    // Without interpolation the last bit of a position can decide which sample is read.
+    const bool exact = !interpolate && GrainRuns::MeetsSamples(grain.readPosition, grain.increment);
+    uint32_t i = 0;
+    while (i < count) {
+        const uint32_t frame = grain.startFrame + i;
+        const Run run =
+            exact ? runs.PlanSteps(grain, frame, count - i) : runs.Plan(grain, frame, count - i);
+        if (run.count < kShortestRun) {
+            out[i++] = PlaySample(grain, channel, frame);
+            continue;
+        }
+        if (exact)
+            PlaySteps(grain, channel, run, out + i);
+        else
+            PlayRun(grain, channel, run, out + i);
+        i += run.count;
+    }
+}
+
+void GrainReader::Prefetch(const Grain& grain, bool rightSide) const {
+    constexpr uint32_t kCacheLine = 16;  // floats
+    const bool ahead = grain.readPosition > static_cast<double>(capture->writePosition);
+    const uint32_t pass = capture->activePass ^ (ahead ? 1u : 0u);
+    const double way = grain.increment * numFrames;
+    const double from = std::max(grain.readPosition + std::min(way, 0.0), 0.0);
+    const float* at =
+        (rightSide ? capture->right : capture->left)[pass].data() + static_cast<size_t>(from);
+    const auto floats = static_cast<uint32_t>(std::abs(way));
+    for (uint32_t i = 0; i <= floats; i += kCacheLine)
+        hwy::Prefetch(at + i);
+}
+
+void GrainReader::PlayRun(Grain& grain, Channel channel, const Run& run, float* out) {
+    TrackCrossfade(grain, run.nearHead);
+    // At unit speed exactly on the head the grain reads without interpolation.
+    const bool whole = grain.increment == 1.0 && run.side == Side::On;
+    const double read = whole ? std::floor(grain.readPosition) : grain.readPosition;
+    const double wrapped = grain.wrappedPosition;
+    const uint32_t low = PassOf(grain, run);
+    const uint32_t high = low ^ (run.side == Side::On ? 1u : 0u);
+    const auto kernel = interpolate ? kernels->interpolate : kernels->pick;
+    kernel({.low = channel[low].data(),
+            .high = channel[high].data() + 1,
+            .position = ReadsWrapped(grain) ? wrapped : read,
+            .increment = grain.increment},
+           run.count, out);
+    if (run.nearHead && runs.Fades(grain)) {
+        // The zone's far side lies in the other round, as long as both loops have the place.
+        const bool beyond = grain.readPosition >= static_cast<double>(grain.wrapLength);
+        const uint32_t pass =
+            run.head.pass ^ (run.side == Side::Ahead ? 0u : 1u) ^ (beyond ? 1u : 0u);
+        const float* const far = channel[pass].data();
+        kernel({far, far + 1, wrapped, grain.increment}, run.count, faded.data());
+        kernels->crossfade(out, faded.data(), static_cast<float>(run.distance) * inverseZone,
+                           static_cast<float>(run.slope) * inverseZone, run.count);
+    }
+    Advance(grain, run.count);
+}
+
+/// A run of PlanSteps, with positions that move one by one as PlaySample moves them.
+void GrainReader::PlaySteps(Grain& grain, Channel channel, const Run& run, float* out) const {
+    TrackCrossfade(grain, run.nearHead);
+    const float* const tape = channel[PassOf(grain, run)].data();
+    const bool second = ReadsWrapped(grain);
+    const double readEnd = static_cast<double>(runs.Loop());
+    const double wrappedEnd = static_cast<double>(grain.wrapLength);
+    double r = grain.readPosition;
+    double v = grain.wrappedPosition;
+    for (uint32_t i = 0; i < run.count; ++i) {
+        out[i] = tape[static_cast<size_t>(second ? v : r)];
+        r = WrapPosition(r + grain.increment, readEnd);
+        v = WrapPosition(v + grain.increment, wrappedEnd);
+    }
+    grain.readPosition = r;
+    grain.wrappedPosition = v;
+    grain.elapsed += run.count * std::abs(grain.increment);
+}
+
+/// One sample, with every decision taken for itself.
+float GrainReader::PlaySample(Grain& grain, Channel channel, uint32_t frame) const {
+    const Head head = runs.HeadAt(frame);
+    const int64_t size = runs.Loop();
+    const int64_t wrap = grain.wrapLength;
+    auto i0 = static_cast<int64_t>(grain.readPosition);
+    if (i0 >= size)  // where the loop has become shorter
+        i0 %= size;
+    const int64_t i1 = i0 + 1 < size ? i0 + 1 : 0;
+    const auto j0 = static_cast<int64_t>(grain.wrappedPosition);
+    const int64_t j1 = j0 + 1 < wrap ? j0 + 1 : 0;
+    const bool onHead = i0 == head.position;
+    // At unit speed exactly on the head the grain reads without interpolation.
+    const bool slow = grain.increment != 1.0;
+    const auto f = !onHead || slow ? static_cast<float>(FractionOf(grain.readPosition)) : 0.0f;
+    const auto g =
+        j0 != head.position || slow ? static_cast<float>(FractionOf(grain.wrappedPosition)) : 0.0f;
+    const uint32_t p0 = head.pass ^ (i0 > head.position ? 1u : 0u);
+    const uint32_t p1 = head.pass ^ (i1 > head.position ? 1u : 0u);
+
+    double d = static_cast<double>(head.position) - grain.readPosition;
+    if (std::abs(d) < GrainRuns::kTouching)
+        d = 0.0;
+    if (d < 0.0)
+        d += static_cast<double>(size);
+    const bool nearHead = d <= static_cast<double>(runs.Zone()) || onHead;
+    TrackCrossfade(grain, nearHead);
+
+    const auto readPair = [&](uint32_t pa, int64_t a, uint32_t pb, int64_t b, float fraction) {
+        return Between(channel[pa][static_cast<size_t>(a)], channel[pb][static_cast<size_t>(b)],
+                       fraction);
+    };
+    const bool second = ReadsWrapped(grain);
+    const int64_t a = second ? j0 : i0;
+    const int64_t b = second ? j1 : i1;
+    const uint32_t flipA = a >= size || (second && i0 >= wrap) ? 1u : 0u;
+    const uint32_t flipB = b >= size || (second && i1 >= wrap) ? 1u : 0u;
+    float x = readPair(p0 ^ flipA, a, p1 ^ flipB, b, second ? g : f);
+
+    if (nearHead && runs.Fades(grain)) {
+        const float c = onHead ? 0.0f : std::clamp(static_cast<float>(d) * inverseZone, 0.0f, 1.0f);
+        const bool across = !onHead && (head.position <= i0 || i1 <= head.position);
+        const uint32_t ra = p0 ^ 1u ^ (i0 >= wrap ? 1u : 0u);
+        const uint32_t rb = p1 ^ (across ? 1u : 0u) ^ (i1 >= wrap ? 1u : 0u);
+        x = x * c + (1.0f - c) * readPair(ra, j0, rb, j1, g);
+    }
+    Advance(grain, 1);
+    return x;
+}
+
+/// The pass that holds the older neighbour of what the grain reads.
+uint32_t GrainReader::PassOf(const Grain& grain, const Run& run) const {
+    const bool outside = grain.readPosition >= static_cast<double>(grain.wrapLength) ||
+                         grain.wrappedPosition >= static_cast<double>(runs.Loop());
+    return run.head.pass ^ (run.side == Side::Ahead ? 1u : 0u) ^
+           (ReadsWrapped(grain) && outside ? 1u : 0u);
+}
+
+void GrainReader::TrackCrossfade(Grain& grain, bool nearHead) const {
+    const bool active = nearHead && grain.crossing && runs.Crossfading();
+    if (grain.wasCrossfading && !active)
+        grain.swapped = true;
+    grain.wasCrossfading = active;
+}
+
+void GrainReader::Advance(Grain& grain, uint32_t count) const {
+    const double moved = grain.increment * count;
+    grain.readPosition = WrapPosition(grain.readPosition + moved, static_cast<double>(runs.Loop()));
+    grain.wrappedPosition =
+        WrapPosition(grain.wrappedPosition + moved, static_cast<double>(grain.wrapLength));
+    grain.elapsed += std::abs(moved);
+}
+
+}  // namespace Quorvan::dsp

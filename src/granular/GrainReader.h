@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "granular/CaptureBuffer.h"
+#include "granular/Grain.h"
+#include "granular/GrainKernels.h"
+#include "granular/GrainRuns.h"
+#include "primitives/AlignedVector.h"
+
+namespace Quorvan::dsp {
+
+/// Reads what one grain hears off the tape, and moves its read heads on.
+///
+/// The tape is being overwritten while grains read it: what lies behind the write head belongs to
+/// the round being written, what lies ahead of it to the one before. A grain that the write head
+/// meets fades to its second read position, which wraps at the loop length of the grain's start,
+/// and a forward grain stays with it from then on.
+///
+/// Runs go through the kernels; the few samples in between are read one by one.
+class GrainReader {
+public:
+    void Setup(float sampleRate, uint32_t blockSize);
+    void BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfade, bool interpolation);
+    /// Reads count samples from the grain's start frame on. out has room for whole vectors.
+    void Read(Grain& grain, bool rightSide, uint32_t count, float* out);
+    /// Asks for the tape that the grain is about to read: grains lie all over it.
+    void Prefetch(const Grain& grain, bool rightSide) const;
+
+    void UseKernels(const GrainKernels& other) { kernels = &other; }
+
+private:
+    using Head = GrainRuns::Head;
+    using Run = GrainRuns::Run;
+    using Side = GrainRuns::Side;
+    /// The two passes of one side.
+    using Channel = const std::vector<float>*;
+
+    void PlayRun(Grain& grain, Channel channel, const Run& run, float* out);
+    void PlaySteps(Grain& grain, Channel channel, const Run& run, float* out) const;
+    float PlaySample(Grain& grain, Channel channel, uint32_t frame) const;
+
+    /// A forward grain that has left the crossfade zone reads by its second position.
+    static bool ReadsWrapped(const Grain& grain) { return grain.swapped && !grain.reversed; }
+    uint32_t PassOf(const Grain& grain, const Run& run) const;
+    void TrackCrossfade(Grain& grain, bool nearHead) const;
+    void Advance(Grain& grain, uint32_t count) const;
+    float Between(float x, float next, float fraction) const {
+        return interpolate ? x + (next - x) * fraction : x;
+    }
+
+    const GrainKernels* kernels = &GrainKernels::Best();
+    GrainRuns runs;
+    float inverseZone = 0.0f;  ///< of the crossfade zone's length
+    AlignedVector faded;       ///< the crossfade's far side, over one run
+
+    // Of the block.
+    const CaptureBuffer* capture = nullptr;
+    uint32_t numFrames = 0;
+    bool interpolate = true;
+};
+
+}  // namespace Quorvan::dsp

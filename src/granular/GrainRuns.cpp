@@ -1,0 +1,152 @@
+#include "granular/GrainRuns.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace Quorvan::dsp {
+
+namespace {
+
+constexpr float kCrossfadeSeconds = 0.003f;
+/// Far more than a position gathers by rounding over a grain's life.
+constexpr double kRounding = 1.0e-6;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+}  // namespace
+
+uint32_t GrainRuns::Span::Steps(double x, double step, uint32_t most) const {
+    if (!Holds(x))
+        return 0;
+    if (Holds(x + step * (most - 1)))
+        return most;
+    const double room = step > 0.0 ? (high - x) / step : (x - low) / -step;
+    auto count = static_cast<uint32_t>(std::min(room, static_cast<double>(most - 1))) + 1;
+    while (!Holds(x + step * (count - 1)))
+        --count;
+    return count;
+}
+
+void GrainRuns::Setup(float sampleRate) {
+    crossfadeSamples = static_cast<int32_t>(std::floor(sampleRate * kCrossfadeSeconds));
+}
+
+void GrainRuns::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfadeOn) {
+    capture = &tape;
+    numFrames = frames;
+    crossfade = crossfadeOn;
+    loop = tape.EffectiveLength();
+    headSpeed = tape.frozen ? 0.0 : 1.0;
+}
+
+bool GrainRuns::MeetsSamples(double position, double increment) {
+    constexpr double kGrid = 8.0;
+    const double cells = position * kGrid;
+    return std::abs(cells - std::round(cells)) < kRounding &&
+           increment * kGrid == std::round(increment * kGrid);
+}
+
+GrainRuns::Head GrainRuns::HeadAt(uint32_t frame) const {
+    const auto end = static_cast<int64_t>(capture->writePosition);
+    int64_t position = end;
+    if (!capture->frozen) {
+        position += static_cast<int64_t>(frame) - static_cast<int64_t>(numFrames);
+        if (position < 0)
+            position += loop;
+    }
+    // Beyond its final place the head has wrapped since, and wrote the other pass.
+    return {position, position > end ? capture->activePass ^ 1u : capture->activePass};
+}
+
+GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most) const {
+    Run run;
+    run.head = HeadAt(frame);
+    most = WithinLoops(grain, UntilHeadWraps(frame, most), 0.0);
+    if (most == 0)
+        return run;
+
+    const double step = grain.increment - headSpeed;
+    const double head = static_cast<double>(run.head.position);
+    const double lead = grain.readPosition - head;
+    run.slope = -step;
+    run.count = PlaceByHead(grain, lead, run).Steps(lead, step, most);
+    if (grain.increment == 1.0 && (Fades(grain) || grain.swapped)) {
+        // Where the second position stands on the head it is read without its fraction.
+        const double second = grain.wrappedPosition - head;
+        const Span side = second < 0.0 ? Span{-kInfinity, 0.0} : Span{1.0, kInfinity};
+        run.count = side.Steps(second, step, run.count);
+    }
+    return run;
+}
+
+GrainRuns::Run GrainRuns::PlanSteps(const Grain& grain, uint32_t frame, uint32_t most) const {
+    Run run;
+    run.head = HeadAt(frame);
+    most = WithinLoops(grain, UntilHeadWraps(frame, most), kRounding);
+    if (most == 0)
+        return run;
+    const double lead = grain.readPosition - static_cast<double>(run.head.position);
+    Span span = PlaceByHead(grain, lead, run);
+    if (Fades(grain)) {
+        if (run.nearHead)
+            return run;
+    } else if (lead < 1.0) {
+        span = {-kInfinity, 1.0};  // what is read on the head is of the same round as behind it
+    }
+    run.count = span.Narrowed(kRounding).Steps(lead, grain.increment - headSpeed, most);
+    return run;
+}
+
+/// Samples from frame on, at most most, that the head goes without a wrap.
+uint32_t GrainRuns::UntilHeadWraps(uint32_t frame, uint32_t most) const {
+    if (capture->frozen || frame + capture->writePosition >= numFrames)
+        return most;
+    return std::min(most, numFrames - capture->writePosition - frame);
+}
+
+/// Samples in which neither position comes within margin of the end of its own loop or crosses the
+/// end of the other's.
+uint32_t GrainRuns::WithinLoops(const Grain& grain, uint32_t most, double margin) const {
+    if (loop <= numFrames)  // the head may pass any place twice
+        return 0;
+    const auto piece = [margin](double x, double own, double other) {
+        const Span whole =
+            x < other ? Span{0.0, std::min(own, other) - 1.0} : Span{other, own - 1.0};
+        return whole.Narrowed(margin);
+    };
+    const double readEnd = static_cast<double>(loop);
+    const double wrappedEnd = static_cast<double>(grain.wrapLength);
+    const double r = grain.readPosition;
+    const double v = grain.wrappedPosition;
+    most = piece(r, readEnd, wrappedEnd).Steps(r, grain.increment, most);
+    return most == 0 ? 0 : piece(v, wrappedEnd, readEnd).Steps(v, grain.increment, most);
+}
+
+/// What the read position's lead over the write head says of a run, and how far it holds.
+GrainRuns::Span GrainRuns::PlaceByHead(const Grain& grain, double lead, Run& run) const {
+    const double zone = static_cast<double>(crossfadeSamples);
+    const double far = static_cast<double>(loop) - zone;  // the zone begins there across the seam
+    if (lead >= 0.0 && lead < 1.0) {
+        run.side = Side::On;
+        run.nearHead = true;
+        run.slope = 0.0;
+        return {0.0, 1.0};
+    }
+    run.side = lead < 0.0 ? Side::Behind : Side::Ahead;
+    if (!Fades(grain))
+        return run.side == Side::Behind ? Span{-kInfinity, 0.0} : Span{1.0, kInfinity};
+    if (run.side == Side::Ahead) {
+        run.nearHead = lead >= far;
+        run.distance = static_cast<double>(loop) - lead;
+        return run.nearHead ? Span{std::max(far, 1.0), kInfinity} : Span{1.0, far};
+    }
+    run.nearHead = lead >= -zone;
+    if (lead > -kTouching) {
+        run.slope = 0.0;
+        return {-kTouching, 0.0};
+    }
+    run.distance = -lead;
+    return run.nearHead ? Span{-zone, -kTouching} : Span{-kInfinity, -zone};
+}
+
+}  // namespace Quorvan::dsp

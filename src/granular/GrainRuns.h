@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstdint>
+
+#include "granular/CaptureBuffer.h"
+#include "granular/Grain.h"
+
+namespace Quorvan::dsp {
+
+/// Cuts what a grain reads in one block into runs in which nothing but the positions changes: no
+/// wrap of a read head or of the write head, no change of round, no entry into or exit from the
+/// crossfade zone. Whatever changes does so where a position that moves in a straight line passes a
+/// bound, so that a run is as long as its positions stay between the bounds around its first
+/// sample. Most grains have one run a block.
+class GrainRuns {
+public:
+    /// A grain this close behind the write head, in samples, counts as standing on it in the
+    /// crossfade.
+    static constexpr double kTouching = 0.01;
+
+    /// The write head as it stood at one sample.
+    struct Head {
+        int64_t position;
+        uint32_t pass;  ///< that it wrote at that sample
+    };
+    /// Where a grain stands to the write head.
+    enum class Side { Behind, On, Ahead };
+    /// A stretch of samples in which the read heads and the write head move in straight lines.
+    struct Run {
+        uint32_t count = 0;  ///< 0 where the first sample is a case of its own
+        Head head{};         ///< at the first sample
+        Side side = Side::Behind;
+        bool nearHead = false;  ///< inside the crossfade zone
+        double distance = 0.0;  ///< behind the write head, at the first sample
+        double slope = 0.0;     ///< its change a sample
+    };
+
+    void Setup(float sampleRate);
+    /// Takes what holds for all grains of a block. The tape stays until the next call.
+    void BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfadeOn);
+
+    Head HeadAt(uint32_t frame) const;
+    /// The longest run from frame on, of at most most samples.
+    Run Plan(const Grain& grain, uint32_t frame, uint32_t most) const;
+    /// The same for a grain that isn't interpolated and meets samples exactly. Keeps clear of every
+    /// place where rounding could have a say in more than the sample read, and of crossfades.
+    Run PlanSteps(const Grain& grain, uint32_t frame, uint32_t most) const;
+
+    /// Whether a read head keeps meeting samples exactly: its speed is a multiple of 1/8, and its
+    /// place, but for rounding, one too.
+    static bool MeetsSamples(double position, double increment);
+    /// Whether the grain fades where it is near the write head.
+    bool Fades(const Grain& grain) const {
+        return crossfade && (grain.crossing || capture->frozen);
+    }
+    bool Crossfading() const { return crossfade; }
+    /// Loop length at which the read position wraps.
+    uint32_t Loop() const { return loop; }
+    /// Length of the crossfade zone behind the write head, in samples.
+    int32_t Zone() const { return crossfadeSamples; }
+
+private:
+    /// A range that a quantity may move in before something about the reading changes:
+    /// low <= x < high.
+    struct Span {
+        double low, high;
+
+        bool Holds(double x) const { return x >= low && x < high; }
+        Span Narrowed(double margin) const { return {low + margin, high - margin}; }
+        /// How many of most samples from x on, step apart, lie inside.
+        uint32_t Steps(double x, double step, uint32_t most) const;
+    };
+
+    uint32_t UntilHeadWraps(uint32_t frame, uint32_t most) const;
+    uint32_t WithinLoops(const Grain& grain, uint32_t most, double margin) const;
+    Span PlaceByHead(const Grain& grain, double lead, Run& run) const;
+
+    int32_t crossfadeSamples = 0;
+
+    // Of the block.
+    const CaptureBuffer* capture = nullptr;
+    uint32_t numFrames = 0;
+    bool crossfade = false;
+    uint32_t loop = 1;
+    double headSpeed = 1.0;  ///< 0 while frozen
+};
+
+}  // namespace Quorvan::dsp

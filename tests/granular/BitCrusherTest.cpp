@@ -1,0 +1,184 @@
+#include "granular/BitCrusher.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include "support/ModuleRig.h"
+#include "support/TestSignals.h"
+
+namespace Quorvan::dsp {
+namespace {
+
+using test::Stereo;
+using Rig = test::ModuleRig<BitCrusher>;
+
+constexpr float kRate = 48000.0f;
+
+struct FullyWet : Rig {
+    FullyWet(float bits, float divisor, uint32_t block = 48) : Rig(kRate, block, "BitCrusher") {
+        module.SetParameterValue(BitCrusher::Wet, 1.0f);
+        module.SetParameterValue(BitCrusher::Bitdepth, bits);
+        module.SetParameterValue(BitCrusher::Downsample, divisor);
+        module.Reset(true);
+    }
+};
+
+/// One run of the wet path, sample by sample in double precision.
+struct Model {
+    double bits, divisor, drive;
+    bool stereo;
+    double dc[2] = {}, held[2] = {}, slope[2] = {};
+    double phase = 0.0;
+
+    Stereo Run(const Stereo& input) {
+        const double rate = static_cast<double>(kRate);
+        const double corner = 10.0 * std::numbers::pi;
+        const double period = divisor > 1.0 ? std::max(1.0, rate / 44100.0 * divisor) : 1.0;
+        Stereo output = input;
+        for (size_t i = 0; i < input[0].size(); ++i) {
+            phase += 1.0;
+            const bool takes = phase > period;
+            while (phase > period)
+                phase -= period;
+            for (size_t c = 0; c < (stereo ? 2u : 1u); ++c) {
+                // y[n] = g (x[n] - x[n - 1]) + p y[n - 1], in the form with one state.
+                const double v = static_cast<double>(input[c][i]) * drive * rate / (rate + corner);
+                const double h = v + dc[c];
+                dc[c] = h * (rate - corner) / (rate + corner) - v;
+                if (takes)
+                    slope[c] = (h - held[c]) / period;
+                held[c] = std::clamp(held[c] + slope[c], -1.0, 1.0);
+                output[c][i] = static_cast<float>(Step(held[c]) / drive);
+            }
+        }
+        return output;
+    }
+    double Step(double y) const {
+        if (std::abs(y) < std::exp2(-std::max(bits, 8.0)))
+            return 0.0;
+        const double cell = std::exp2(1.0 - bits);
+        const double q = std::trunc(y / cell) * cell + (y <= 0.0 ? -0.5 : 0.5) * cell;
+        return std::clamp(q, -1.0, 1.0);
+    }
+};
+
+// Rounding may put a sample on the other side of a step or of the dead zone's edge, and may move
+// the taking of a sample by one, which bends a whole ramp: few samples only.
+TEST(BitCrusherTest, MatchesAPlainModelUnderRandomSettings) {
+    std::mt19937 random(3);
+    for (uint32_t round = 0; round < 24; ++round) {
+        const auto draw = [&random](float from, float to) {
+            return std::uniform_real_distribution<float>(from, to)(random);
+        };
+        const float bits = draw(1.5f, 16.0f);
+        const float divisor = round % 4 == 0 ? 1.0f : draw(1.0f, 40.0f);
+        const float driveDb = draw(-20.0f, 20.0f);
+        const bool stereo = round % 3 != 0;
+        FullyWet rig(bits, divisor);
+        rig.module.SetParameterValue(BitCrusher::InGainCompensated, driveDb);
+        rig.module.SetParameterValue(BitCrusher::StereoBC, stereo ? 1.0f : 0.0f);
+
+        const Stereo input{test::Noise(round, 9600, 0.5f), test::Sine(300.0, 48000.0, 9600, 0.9f)};
+        const Stereo output = rig.Run(input, 5.0f);
+        Model model{.bits = static_cast<double>(bits),
+                    .divisor = static_cast<double>(divisor),
+                    .drive = std::pow(10.0, static_cast<double>(driveDb) / 20.0),
+                    .stereo = stereo};
+        const Stereo wanted = model.Run(input);
+        uint32_t astray = 0;
+        for (size_t c = 0; c < (stereo ? 2u : 1u); ++c)
+            for (size_t i = 0; i < input[0].size(); ++i)
+                astray += std::abs(output[c][i] - wanted[c][i]) > 1.0e-4f ? 1u : 0u;
+        EXPECT_LT(astray, 100u) << bits << " bits, divisor " << divisor << ", " << driveDb << " dB";
+        if (!stereo) {
+            EXPECT_EQ(output[1], test::Channel(9600, 5.0f));  // left as it was
+        }
+    }
+}
+
+TEST(BitCrusherTest, OutputLiesOnTheGridOfTheBitDepth) {
+    FullyWet rig(4.0f, 3.0f);
+    // Loud, but so that the walk does not run into the clamp at 1.
+    const Stereo output = rig.Run({test::Noise(5, 4800, 0.6f), test::Noise(6, 4800, 0.6f)});
+    uint32_t nonZero = 0;
+    for (const float sample : output[0]) {
+        const float odd = sample * 16.0f;  // half steps: 16 levels of step 1/8
+        EXPECT_EQ(odd, std::round(odd));
+        if (sample != 0.0f) {
+            ++nonZero;
+            EXPECT_EQ(std::abs(std::fmod(odd, 2.0f)), 1.0f);
+        }
+    }
+    EXPECT_GT(nonZero, 4000u);
+}
+
+TEST(BitCrusherTest, RemovesDc) {
+    FullyWet rig(16.0f, 1.0f);
+    const Stereo output = rig.Run({test::Channel(48000, 0.5f), test::Channel(48000, -0.5f)});
+    EXPECT_NEAR(output[0][10], 0.5f, 0.01f);
+    EXPECT_EQ(output[0].back(), 0.0f);  // below the dead zone
+    EXPECT_EQ(output[1].back(), 0.0f);
+}
+
+// What is left is the phase of the high-pass, 5.7 degrees at 100 Hz, once its start has died away.
+TEST(BitCrusherTest, DivisorOneTracksTheInput) {
+    FullyWet rig(16.0f, 1.0f);
+    const Stereo input{test::Sine(100.0, 48000.0, 9600, 0.5f), test::Channel(9600)};
+    const Stereo output = rig.Run(input);
+    for (size_t i = 4800; i < 9600; ++i)
+        EXPECT_NEAR(output[0][i], input[0][i], 0.051f);
+}
+
+TEST(BitCrusherTest, HighPassTakesThreeDecibelsAtTenHertz) {
+    FullyWet rig(16.0f, 1.0f);
+    const Stereo input{test::Sine(10.0, 48000.0, 48000, 0.5f), test::Channel(48000)};
+    const Stereo output = rig.Run(input);
+    const float peak = *std::max_element(output[0].begin() + 24000, output[0].end());
+    EXPECT_NEAR(test::DecibelsOf(peak / 0.5f), -3.01f, 0.02f);
+}
+
+TEST(BitCrusherTest, DryIsTheInputItself) {
+    FullyWet rig(3.0f, 20.0f);
+    rig.module.SetParameterValue(BitCrusher::Wet, 0.0f);
+    rig.module.Reset(true);
+    const Stereo input{test::Noise(7, 480), test::Noise(8, 480)};
+    EXPECT_EQ(rig.Run(input), input);
+}
+
+TEST(BitCrusherTest, BlockCutsAndBuffersDoNotMatter) {
+    const Stereo input{test::Noise(9, 960), test::Noise(10, 960)};
+    const Stereo once = FullyWet(6.0f, 7.0f, 960).Run(input);
+    EXPECT_EQ(FullyWet(6.0f, 7.0f, 44).Run(input), once);
+    Stereo inPlace = input;
+    FullyWet(6.0f, 7.0f, 44).RunInPlace(inPlace);
+    EXPECT_EQ(inPlace, once);
+}
+
+TEST(BitCrusherTest, ResetStartsOver) {
+    FullyWet rig(6.0f, 7.0f);
+    const Stereo input{test::Noise(11, 960), test::Noise(12, 960)};
+    const Stereo first = rig.Run(input);
+    EXPECT_NE(rig.Run(input), first);
+    rig.module.Reset(false);
+    EXPECT_EQ(rig.Run(input), first);
+}
+
+TEST(BitCrusherTest, RowsMoveDepthAndDivisor) {
+    const Stereo input{test::Noise(13, 960), test::Noise(14, 960)};
+    FullyWet modulated(16.0f, 1.0f);
+    modulated.Modulate(3, 0.5f);  // Bitdepth falls with the position: 16 down to 8.75
+    modulated.Modulate(4, 0.25f);
+    const float divisor = modulated.module.ParameterAt(BitCrusher::Downsample).ValueOf(0.25f);
+    FullyWet still(16.0f, divisor);
+    still.Modulate(3, 0.5f);  // the dead zone stays that of the unmodulated depth
+    const Stereo moved = modulated.Run(input);
+    EXPECT_EQ(moved, still.Run(input));
+    EXPECT_NE(moved, FullyWet(16.0f, divisor).Run(input));
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

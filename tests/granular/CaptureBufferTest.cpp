@@ -1,0 +1,436 @@
+#include "granular/CaptureBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace Quorvan::dsp {
+namespace {
+
+constexpr float kRate = 2000.0f;
+constexpr uint32_t kFrames = 8;
+
+double Frac(double x) { return x - std::floor(x); }
+
+/// The tape as one list of rules, with everything zeroed outright.
+struct PlainTape {
+    explicit PlainTape(float sampleRate)
+        : rate(sampleRate), maxLength(static_cast<uint32_t>(rate * 16.0f)) {
+        ZeroAll();
+    }
+    void ZeroAll() {
+        for (auto* buffer : {&left[0], &left[1], &right[0], &right[1], &mono})
+            buffer->assign(static_cast<size_t>(rate * 16.1f), 0.0f);
+    }
+    uint32_t Effective() const { return writePosition == length ? length + 1 : length; }
+    uint32_t Samples(float seconds) const {
+        return static_cast<uint32_t>(
+            std::clamp(std::floor(seconds * rate), 0.0f, static_cast<float>(maxLength)));
+    }
+    void SetLength(float seconds, float units) {
+        length = previousLength = targetLength = Samples(seconds);
+        lengthUnits = units;
+        resync = true;
+        if (frozen)
+            return;
+        ZeroAll();
+        markers.clear();
+        writePosition = 0;
+        playPosition = 0.0;
+    }
+    void Reset() {
+        writePosition = 0;
+        playPosition = 0.0;
+        lastClock = 0.0f;
+        lastWrapped = 0.0;
+        freeWrap = false;
+        markers.clear();
+        ZeroAll();
+        previousLength = length;
+    }
+    void Write(float l, float r, float a) {
+        const uint32_t w = writePosition;
+        const float newLeft = (1.0f - a) * l + a * left[1 - pass][w];
+        const float newRight = (1.0f - a) * r + a * right[1 - pass][w];
+        left[pass][w] = newLeft;
+        right[pass][w] = newRight;
+        mono[w] = (newLeft + newRight) * 0.5f;
+    }
+    void Free() {
+        writePosition = (writePosition + 1) % length;
+        previousLength = length;
+        if (writePosition == 0)
+            pass = 1 - pass;
+    }
+    void Locked(float c, const CaptureBuffer::Transport& transport, bool firstSample) {
+        uint32_t w = writePosition;
+        if (transport.songPosition >= 0.0f)
+            ++w;
+        const auto units = static_cast<double>(lengthUnits);
+        const double wrapped = Frac(static_cast<double>(c) / units) * units;
+        const bool jump = std::abs(c - lastClock) > 1.0f || resync;
+        if (jump) {
+            resync = false;
+            freeWrap = true;
+        }
+        if (jump || lastWrapped <= wrapped || std::abs(wrapped - lastWrapped) <= 1.0) {
+            if (freeWrap && (w %= length) == 0) {
+                pass = 1 - pass;
+                if (marking)
+                    markers.clear();
+            }
+        } else {
+            if (marking && !markers.empty() && w < length)
+                std::erase_if(markers, [w](int32_t at) { return at >= static_cast<int32_t>(w); });
+            if (!freeWrap)
+                length = previousLength = std::max(w, 1u);  // a pre-roll may end a lap at once
+            w = 0;
+            freeWrap = resync = false;
+            pass = 1 - pass;
+        }
+        if (transport.started && firstSample) {
+            const float t =
+                transport.wholeNote * static_cast<float>(wrapped / units) * transport.typeFactor;
+            w = static_cast<uint32_t>(t * rate);
+            length = targetLength;
+            if (marking)
+                markers.clear();
+            freeWrap = false;
+        }
+        if (w >= length)
+            length = w;
+        if (w >= maxLength) {
+            length = maxLength;
+            w %= maxLength;
+            pass = 1 - pass;
+        }
+        writePosition = w;
+        lastClock = c;
+        lastWrapped = wrapped;
+    }
+    void PlayHead(const CaptureBuffer::Transport& transport, bool firstSample) {
+        double p = playPosition;
+        if (playbackMode == 1)
+            p = static_cast<double>(writePosition) - static_cast<double>(offsetSamples);
+        if (playbackMode == 0 && transport.songPosition >= 0.0f)
+            p += speed;
+        const double wrap = writePosition >= length ? writePosition + 1.0 : length;
+        if (p <= 0.0)
+            p += wrap;
+        p = Frac(p / wrap) * wrap;
+        if (playbackMode == 0 && retrig && writePosition == 0)
+            p = 0.0;
+        if (playbackMode == 0 && transport.started && firstSample)
+            p = writePosition;
+        playPosition = p;
+    }
+    void StartTransport(float manual) {
+        const auto size = static_cast<double>(length);
+        if (playbackMode == 0)
+            playPosition = 0.0;
+        if (playbackMode == 1)
+            playPosition = Frac((size - static_cast<double>(offsetSamples)) / size) * size;
+        if (playbackMode == 2)
+            playPosition = static_cast<double>(manual) * size;
+        if (!frozen)
+            writePosition = 0;
+    }
+
+    float rate;
+    std::vector<float> left[2], right[2], mono;
+    uint32_t maxLength;
+    uint32_t pass = 0, length = 1, previousLength = 1, targetLength = 1, writePosition = 0;
+    float lengthUnits = 1.0f, lastClock = 0.0f, offsetSamples = 0.0f;
+    double lastWrapped = 0.0, playPosition = 0.0, speed = 0.0;
+    bool freeWrap = false, resync = false, frozen = false, retrig = false, marking = false;
+    int32_t playbackMode = 0;
+    std::vector<int32_t> markers;
+};
+
+/// A host that plays, stops, jumps, changes tempo and turns every knob of the tape.
+class Session {
+public:
+    explicit Session(uint32_t seed) : plain(kRate), random(seed) {
+        tape.Setup(kRate);
+        SetLength();
+        tape.Reset();
+        plain.Reset();
+    }
+
+    void Block() {
+        if (Chance(0.03f))
+            Knob();
+        if (Chance(0.02f))
+            song = Draw(-1.0f, 40.0f);
+        started = Chance(0.02f) && !playing;
+        if (started || Chance(0.01f))
+            playing = started;
+        if (started)
+            StartTransport();
+        const CaptureBuffer::Transport transport{playing, started, static_cast<float>(song),
+                                                 240.0f / tempo, typeFactor};
+        for (uint32_t n = 0; n < kFrames; ++n)
+            Sample(n, transport);
+    }
+    void ExpectSame(bool content) {
+        EXPECT_EQ(tape.writePosition, plain.writePosition);
+        EXPECT_EQ(tape.length, plain.length);
+        EXPECT_EQ(tape.previousLength, plain.previousLength);
+        EXPECT_EQ(tape.targetLength, plain.targetLength);
+        EXPECT_EQ(tape.activePass, plain.pass);
+        EXPECT_EQ(tape.playPosition, plain.playPosition);
+        EXPECT_EQ(tape.freeWrap, plain.freeWrap);
+        EXPECT_EQ(tape.EffectiveLength(), plain.Effective());
+        ASSERT_EQ(ring.Count(), plain.markers.size());
+        for (uint32_t i = 0; i < ring.Count(); ++i)
+            EXPECT_EQ(ring[i], plain.markers[i]);
+        if (!content)
+            return;
+        EXPECT_TRUE(tape.mono == plain.mono);
+        for (uint32_t p = 0; p < 2; ++p)
+            EXPECT_TRUE(tape.left[p] == plain.left[p] && tape.right[p] == plain.right[p]);
+    }
+
+    CaptureBuffer tape;
+    MarkerRing ring;
+    PlainTape plain;
+    uint32_t laps = 0, clears = 0;
+
+private:
+    float Draw(float from, float to) {
+        return std::uniform_real_distribution<float>(from, to)(random);
+    }
+    bool Chance(float chance) { return Draw(0.0f, 1.0f) < chance; }
+
+    void Sample(uint32_t n, const CaptureBuffer::Transport& transport) {
+        const auto clock = static_cast<float>(song * 16.0);
+        if (!tape.frozen) {
+            const float l = Draw(-1.0f, 1.0f);
+            const float r = Draw(-1.0f, 1.0f);
+            tape.Write(l, r, persistence);
+            plain.Write(l, r, persistence);
+            const uint32_t before = tape.activePass;
+            if (playing) {
+                tape.AdvanceLocked(clock, transport, n == 0, ring);
+                plain.Locked(clock, transport, n == 0);
+            } else {
+                tape.AdvanceFree();
+                plain.Free();
+            }
+            laps += tape.activePass != before ? 1u : 0u;
+            if (plain.marking && plain.markers.size() < 150 && Chance(0.02f) &&
+                (plain.markers.empty() ||
+                 plain.markers.back() < static_cast<int32_t>(tape.writePosition))) {
+                ring.Push(static_cast<int32_t>(tape.writePosition));
+                plain.markers.push_back(static_cast<int32_t>(tape.writePosition));
+            }
+        }
+        EXPECT_EQ(tape.AdvancePlayHead(transport, n == 0), tape.writePosition == 0);
+        plain.PlayHead(transport, n == 0);
+        if (playing)
+            song += static_cast<double>(tempo) / 60.0 / static_cast<double>(kRate);
+    }
+    void StartTransport() {
+        const float manual = Draw(0.0f, 1.0f);
+        tape.StartTransport(manual);
+        plain.StartTransport(manual);
+    }
+    void SetLength() {
+        const float notes = std::exp2(std::floor(Draw(-3.0f, 3.0f)));
+        const float seconds = notes * (240.0f / tempo) * typeFactor;
+        if (!tape.frozen)
+            ring.Clear();
+        tape.SetLength(seconds, notes * 64.0f);
+        plain.SetLength(seconds, notes * 64.0f);
+        EXPECT_FLOAT_EQ(tape.lengthMs, std::min(seconds * 1000.0f, 16000.0f));
+    }
+    void SetTempo() {
+        tempo = std::exp2(Draw(3.9f, 8.2f));
+        typeFactor = Chance(0.5f) ? 1.5f : 1.0f;
+        const float seconds = plain.lengthUnits / 64.0f * (240.0f / tempo) * typeFactor;
+        tape.SetTargetLength(seconds);
+        plain.targetLength = plain.Samples(seconds);
+        EXPECT_FLOAT_EQ(tape.lengthMs, std::min(seconds * 1000.0f, 16000.0f));
+    }
+    void Knob() {
+        switch (random() % 9) {
+            case 0:
+                return SetLength();
+            case 1:
+                return SetTempo();
+            case 2:
+                tape.frozen = plain.frozen = Chance(0.3f);
+                return;
+            case 3:
+                tape.Clear();
+                plain.ZeroAll();
+                ring.Clear();
+                plain.markers.clear();
+                ++clears;
+                return;
+            case 4:
+                persistence = Draw(0.0f, 0.8f);
+                return;
+            case 5:
+                tape.playbackMode = plain.playbackMode = static_cast<int32_t>(random() % 3);
+                if (tape.playbackMode == CaptureBuffer::kFollow)
+                    Follow();
+                return;
+            case 6:
+                tape.speed = plain.speed = static_cast<double>(Draw(-2.0f, 2.0f));
+                tape.retrigPlayHead = plain.retrig = Chance(0.5f);
+                return;
+            case 7:
+                plain.marking = Chance(0.5f);
+                tape.quantizationMode =
+                    plain.marking ? CaptureBuffer::kTransients : CaptureBuffer::kFree;
+                return;
+            default:
+                const float seconds = Draw(0.0f, 2.0f);
+                tape.SetOffset(seconds);
+                plain.offsetSamples =
+                    std::min(seconds * kRate, static_cast<float>(plain.Effective()));
+                return;
+        }
+    }
+    void Follow() {
+        tape.PlaceFollower();
+        double d =
+            static_cast<double>(plain.writePosition) - static_cast<double>(plain.offsetSamples);
+        const auto size = static_cast<double>(plain.Effective());
+        if (d <= 0.0)
+            d += size;
+        plain.playPosition = Frac(d / size) * size;
+    }
+
+    std::mt19937 random;
+    double song = 0.0;  // quarter notes
+    float tempo = 120.0f;
+    float typeFactor = 1.0f;
+    float persistence = 0.0f;
+    bool playing = false, started = false;
+};
+
+TEST(CaptureBufferTest, FollowsThePlainRulesThroughWholeSessions) {
+    uint32_t laps = 0;
+    uint32_t clears = 0;
+    for (uint32_t seed = 0; seed < 40; ++seed) {
+        Session session(seed);
+        for (uint32_t block = 0; block < 3000; ++block) {
+            session.Block();
+            SCOPED_TRACE("seed " + std::to_string(seed) + " block " + std::to_string(block));
+            session.ExpectSame(block % 500 == 499);
+            if (HasFailure())
+                return;
+        }
+        laps += session.laps;
+        clears += session.clears;
+    }
+    EXPECT_GT(laps, 200u);
+    EXPECT_GT(clears, 100u);
+}
+
+/// Plays from song position 0 at a tempo, with a loop of a whole note, for a number of samples.
+struct LockedTape : CaptureBuffer {
+    explicit LockedTape(float tempo) {
+        Setup(kRate);
+        SetLength(240.0f / tempo, 64.0f);
+        Reset();
+    }
+    void Play(float tempo, uint32_t samples) {
+        Transport transport{.playing = true,
+                            .started = song == 0.0,
+                            .songPosition = 0.0f,
+                            .wholeNote = 240.0f / tempo};
+        for (uint32_t i = 0; i < samples; ++i) {
+            Write(1.0f, 1.0f, 0.0f);
+            AdvanceLocked(static_cast<float>(song * 16.0), transport, song == 0.0, ring);
+            song += static_cast<double>(tempo) / 60.0 / static_cast<double>(kRate);
+        }
+    }
+
+    MarkerRing ring;
+    double song = 0.0;  // quarter notes
+};
+
+TEST(CaptureBufferTest, TheLoopTakesTheLengthOfALapAtTheNewTempo) {
+    LockedTape tape(120.0f);
+    tape.Play(120.0f, 8100);
+    EXPECT_NEAR(tape.length, 4000u, 1u);
+    const uint32_t pass = tape.activePass;
+    tape.SetTargetLength(1.6f);
+    tape.Play(150.0f, 3200 - 80 + 10);  // the rest of the lap
+    EXPECT_NE(tape.activePass, pass);
+    tape.Play(150.0f, 3200);
+    EXPECT_NEAR(tape.length, 3200u, 1u);
+    EXPECT_EQ(tape.previousLength, tape.length);
+    EXPECT_LT(tape.writePosition, 12u);
+}
+
+TEST(CaptureBufferTest, AJumpBackwardLosesNoLap) {
+    LockedTape tape(120.0f);
+    tape.Play(120.0f, 5000);
+    EXPECT_FALSE(tape.freeWrap);
+    const uint32_t before = tape.writePosition;
+    tape.song -= 1.0;
+    tape.Play(120.0f, 100);
+    EXPECT_TRUE(tape.freeWrap);
+    EXPECT_EQ(tape.writePosition, before + 100);
+    tape.Play(120.0f, 4000);  // past the end of the clock's loop
+    EXPECT_FALSE(tape.freeWrap);
+    EXPECT_NEAR(tape.length, 4000u, 1u);
+}
+
+TEST(CaptureBufferTest, PersistenceKeepsItsShareOfTheRoundBefore) {
+    CaptureBuffer tape;
+    tape.Setup(kRate);
+    tape.SetLength(0.01f, 1.0f);
+    for (uint32_t i = 0; i < 20; ++i) {
+        tape.Write(1.0f, -1.0f, 0.0f);
+        tape.AdvanceFree();
+    }
+    float wanted = 1.0f;
+    for (uint32_t lap = 0; lap < 5; ++lap) {
+        const uint32_t pass = tape.activePass;
+        for (uint32_t i = 0; i < 20; ++i) {
+            tape.Write(0.0f, 0.0f, 0.8f);
+            tape.AdvanceFree();
+        }
+        EXPECT_NE(tape.activePass, pass);
+        wanted *= 0.8f;
+        EXPECT_FLOAT_EQ(tape.left[pass][7], wanted);
+        EXPECT_FLOAT_EQ(tape.right[pass][19], -wanted);
+    }
+}
+
+TEST(CaptureBufferTest, ClearingLeavesNothingHoweverSoonItIsRepeated) {
+    CaptureBuffer tape;
+    tape.Setup(kRate);
+    tape.SetLength(15.0f, 1.0f);
+    const auto record = [&tape](uint32_t samples) {
+        for (uint32_t i = 0; i < samples; ++i) {
+            tape.Write(1.0f, 1.0f, 0.0f);
+            tape.AdvanceFree();
+        }
+    };
+    const auto peak = [&tape] {
+        float most = 0.0f;
+        for (const auto* buffer :
+             {&tape.left[0], &tape.left[1], &tape.right[0], &tape.right[1], &tape.mono})
+            most = std::max(most, *std::max_element(buffer->begin(), buffer->end()));
+        return most;
+    };
+    for (const uint32_t samples : {20000u, 30u, 25000u, 5000u, 90000u, 8u, 8u, 60000u, 40u}) {
+        record(samples);
+        EXPECT_EQ(peak(), 1.0f);
+        tape.Clear();
+        EXPECT_EQ(peak(), 0.0f) << samples;
+    }
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp

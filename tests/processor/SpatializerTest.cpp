@@ -1,0 +1,231 @@
+// Figures and random walk of the spatialiser, as the auxiliary outputs show the position.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+#include "support/ProcessorRig.h"
+
+namespace Quorvan::Processor {
+namespace {
+
+using test::Channel;
+using test::ProcessorRig;
+
+/// The figures' own table: rate of Y against X, and the start phases of Y.
+struct Figure {
+    double ratio, phase, invertedPhase;
+};
+constexpr Figure kFigures[] = {{0.0, 0.75, 0.75}, {2.0, 0.125, 0.625}, {1.0, 0.25, 0.75},
+                               {2.0, 0.0, 0.5},   {0.5, 0.0, 0.25},    {0.6666667, 0.0, 0.0},
+                               {1.0, 0.0, 0.5},   {8.0, 0.0, 0.0}};
+constexpr uint32_t kWalk = 8;
+/// Lengths of the synced rates, in whole notes.
+constexpr double kNotes[] = {8.0,        4.0,        2.0,         1.0500549,  0.52502745,
+                             0.26251373, 0.13125686, 0.065628432, 0.032814216};
+
+float NinthOf(uint32_t index) { return (static_cast<float>(index) + 0.5f) / 9.0f; }
+
+/// Full depth on both axes; keeps the positions, 0..1, block by block.
+class SpaceRig : public ProcessorRig {
+public:
+    SpaceRig() : ProcessorRig(24000.0f) {
+        Set({{"Spatializer Enable", 1.0f},
+             {"Spatializer Amount", 1.0f},
+             {"Spatializer Distance", 1.0f}});
+    }
+    SpaceRig& Blocks(uint32_t count) {
+        Channel input(blockSize), output(blockSize);
+        std::array<Channel, 4> aux;
+        for (Channel& channel : aux)
+            channel.resize(blockSize);
+        for (uint32_t k = 0; k < count; ++k) {
+            RunBlock({input.data(), input.data()}, {output.data(), output.data()},
+                     {aux[0].data(), aux[1].data(), aux[2].data(), aux[3].data()});
+            x.push_back(aux[2][0]);
+            y.push_back(aux[3][0]);
+        }
+        return *this;
+    }
+    void Forget() {
+        x.clear();
+        y.clear();
+    }
+    double BlocksPerSecond() const { return static_cast<double>(rate) / blockSize; }
+
+    std::vector<float> x, y;
+};
+
+/// Rate in hertz of a run through the middle, by its upward crossings; 0 with fewer than two.
+double RateOf(const std::vector<float>& path, double perSecond) {
+    double first = -1.0, last = -1.0;
+    int count = -1;
+    for (size_t i = 1; i < path.size(); ++i) {
+        if (!(path[i - 1] < 0.5f && path[i] >= 0.5f))
+            continue;
+        const double step = static_cast<double>(path[i] - path[i - 1]);
+        last = static_cast<double>(i) - static_cast<double>(path[i] - 0.5f) / step;
+        first = first < 0.0 ? last : first;
+        ++count;
+    }
+    return count > 0 ? count * perSecond / (last - first) : 0.0;
+}
+
+double OnCircle(double phase) { return 0.5 + 0.5 * std::sin(2.0 * std::numbers::pi * phase); }
+
+/// Expects the axes at the rates that a figure makes of the knob's.
+void ExpectRates(SpaceRig& rig, const Figure& figure, double hertz, const std::string& what) {
+    const double slow = figure.ratio < 1.0 ? figure.ratio : 1.0 / figure.ratio;
+    const double rateX = figure.ratio < 1.0 ? hertz : hertz * slow;
+    const double rateY = figure.ratio < 1.0 ? hertz * slow : hertz;
+    EXPECT_NEAR(RateOf(rig.x, rig.BlocksPerSecond()), rateX, 0.003 * rateX) << what;
+    EXPECT_NEAR(RateOf(rig.y, rig.BlocksPerSecond()), rateY, 0.003 * rateY) << what;
+}
+
+TEST(SpatializerTest, FiguresRunTheirAxesInTheirRatiosFree) {
+    const double hertz = 0.1 + 19.9 * std::pow(0.875, 7.0);
+    for (uint32_t k = 0; k < kWalk; ++k) {
+        SpaceRig rig;
+        rig.Set("Spatializer Trajectory", NinthOf(k)).Set("Spatializer Rate UnSynced", 0.875f);
+        rig.Blocks(2).Forget();
+        rig.Blocks(3000);
+        ExpectRates(rig, kFigures[k], hertz, "figure " + std::to_string(k));
+    }
+}
+
+TEST(SpatializerTest, FiguresRunTheirAxesInTheirRatiosSynced) {
+    const double factors[] = {1.0, 2.0 / 3.0, 1.5};
+    for (uint32_t k = 0; k < kWalk; ++k)
+        for (uint32_t type = 1; type <= 3; ++type) {
+            SpaceRig rig;
+            rig.tempo = 150.0f;
+            const uint32_t note = type == 2 ? 7 : 6;
+            rig.Set("Spatializer Trajectory", NinthOf(k))
+                .Set("Spatializer Rate Type", (static_cast<float>(type) + 0.5f) / 4.0f)
+                .Set("Spatializer Rate Synced", NinthOf(note));
+            rig.Blocks(2).Forget();
+            const double hertz = 150.0 / 240.0 / (kNotes[note] * factors[type - 1]);
+            const double ratio = kFigures[k].ratio == 0.0 ? 1.0 : kFigures[k].ratio;
+            const double slower = std::max(ratio, 1.0 / ratio);
+            rig.Blocks(static_cast<uint32_t>(2200.0 * slower / hertz));  // two rounds and more
+            ExpectRates(rig, kFigures[k], hertz,
+                        "figure " + std::to_string(k) + " type " + std::to_string(type));
+        }
+}
+
+TEST(SpatializerTest, AFigureStartsAtItsPhaseAndInvertMovesY) {
+    for (uint32_t k = 0; k < kWalk; ++k) {
+        const Figure& figure = kFigures[k];
+        SpaceRig rig;
+        rig.Set("Spatializer Rate UnSynced", 0.5f).Set("Spatializer Trajectory", NinthOf(kWalk));
+        rig.Blocks(100).Set("Spatializer Trajectory", NinthOf(k));
+        rig.Blocks(1).Forget();  // the outputs are one block behind
+        rig.Blocks(1);
+        EXPECT_NEAR(rig.x[0], 0.5f, 1e-4f) << k;
+        EXPECT_NEAR(rig.y[0], OnCircle(figure.phase), 1e-4) << k;
+        // Y stands on by the jump of its phase, X as it was.
+        SpaceRig plain;
+        plain.Set("Spatializer Rate UnSynced", 0.5f).Set("Spatializer Trajectory", NinthOf(k));
+        SpaceRig inverted;
+        inverted.Set("Spatializer Rate UnSynced", 0.5f).Set("Spatializer Trajectory", NinthOf(k));
+        plain.Blocks(101);
+        inverted.Blocks(100).Set("Spatializer Invert", 1.0f);
+        plain.Blocks(5);
+        inverted.Blocks(6);
+        const double hertz = 0.1 + 19.9 * std::pow(0.5, 7.0);
+        const double rateY = figure.ratio < 1.0 ? hertz * figure.ratio : hertz;
+        const double time = 104.0 / plain.BlocksPerSecond();
+        EXPECT_NEAR(plain.y[105], OnCircle(figure.phase + rateY * time), 1e-3) << k;
+        EXPECT_NEAR(inverted.y[105], OnCircle(figure.invertedPhase + rateY * time), 1e-3) << k;
+        EXPECT_EQ(plain.x, inverted.x) << k;
+    }
+}
+
+TEST(SpatializerTest, EnablingRestartsTheFigureAndDisablingLetsItRunUnheard) {
+    SpaceRig rig;
+    rig.Set("Spatializer Trajectory", NinthOf(6)).Set("Spatializer Rate UnSynced", 0.7f);
+    rig.Blocks(150).Set("Spatializer Enable", 0.0f);
+    EXPECT_EQ(rig.Get("MoteWeaver_SpatializerEnabled"), 0.0f);
+    rig.Blocks(2).Forget();
+    const float phase = rig.Get("LFO_Stereo_X_CurrentPhaseFeedback");
+    rig.Blocks(50);
+    for (size_t i = 0; i < rig.x.size(); ++i) {
+        EXPECT_EQ(rig.x[i], 0.5f);
+        EXPECT_EQ(rig.y[i], 0.0f);
+    }
+    EXPECT_NE(rig.Get("LFO_Stereo_X_CurrentPhaseFeedback"), phase);
+    rig.Set("Spatializer Enable", 1.0f);
+    EXPECT_EQ(rig.Get("MoteWeaver_SpatializerEnabled"), 1.0f);
+    rig.Blocks(1).Forget();
+    rig.Blocks(1);
+    EXPECT_NEAR(rig.x[0], 0.5f, 1e-4f);
+    EXPECT_NEAR(rig.y[0], 0.5f, 1e-4f);
+}
+
+TEST(SpatializerTest, DepthsScaleTheAxes) {
+    SpaceRig rig;
+    rig.Set({{"Spatializer Trajectory", NinthOf(6)},
+             {"Spatializer Rate UnSynced", 0.9f},
+             {"Spatializer Amount", 0.25f},
+             {"Spatializer Distance", 0.5f}});
+    rig.Blocks(1000);
+    const auto range = [](const std::vector<float>& path) {
+        const auto [low, high] = std::minmax_element(path.begin() + 2, path.end());
+        return std::pair{*low, *high};
+    };
+    EXPECT_NEAR(range(rig.x).first, 0.375f, 1e-3f);
+    EXPECT_NEAR(range(rig.x).second, 0.625f, 1e-3f);
+    const float distance = (std::exp(1.5f) - 1.0f) / (std::exp(3.0f) - 1.0f);
+    EXPECT_NEAR(range(rig.y).first, 0.0f, 1e-3f);
+    EXPECT_NEAR(range(rig.y).second, distance, 1e-3f);
+}
+
+TEST(SpatializerTest, TheWalkTakesStepsOfItsRateOnOneAxisAtATimeAndStaysInside) {
+    SpaceRig rig;
+    rig.Set({{"Spatializer Trajectory", 1.0f}, {"Spatializer Rate UnSynced", 0.75f}});
+    rig.Blocks(2).Forget();
+    rig.Blocks(6000);
+    const float hertz = 0.1f + 19.9f * std::pow(0.75f, 7.0f);
+    const float step = hertz / 30.0f;  // of X in -1..1, that is half as much in positions
+    int moves[2] = {};
+    for (size_t i = 1; i < rig.x.size(); ++i) {
+        const float dx = 2.0f * std::abs(rig.x[i] - rig.x[i - 1]);
+        const float dy = std::abs(rig.y[i] - rig.y[i - 1]);
+        EXPECT_TRUE(dx == 0.0f || dy == 0.0f) << i;
+        EXPECT_LT(std::max(dx, dy), step * 1.001f) << i;
+        moves[0] += std::abs(dx - step) < 1e-5f ? 1 : 0;
+        moves[1] += std::abs(dy - step) < 1e-5f ? 1 : 0;
+        EXPECT_TRUE(rig.x[i] >= 0.0f && rig.x[i] <= 1.0f && rig.y[i] >= 0.0f && rig.y[i] <= 1.0f);
+    }
+    // Half of the blocks move X; at the ends steps are cut short or unseen.
+    EXPECT_GT(moves[0], 1500);
+    EXPECT_GT(moves[1], 500);
+    // The LFOs keep the rates that they had, at the figure that construction leaves.
+    EXPECT_EQ(rig.Get("LFO_Stereo_Y_RateUnSynced"), 0.0f);
+}
+
+TEST(SpatializerTest, TheWalksRateFollowsKnobTypeAndTempo) {
+    SpaceRig rig;
+    const auto rateNow = [&rig] { return 2000.0 * rig.Get("MoteWeaver_RandomWalkRate"); };
+    rig.Set("Spatializer Trajectory", 1.0f).Set("Spatializer Rate Synced", NinthOf(5));
+    const double factors[] = {1.0, 2.0 / 3.0, 1.5};
+    for (uint32_t type = 1; type <= 3; ++type)
+        for (const float tempo : {90.0f, 140.0f}) {
+            rig.Set("Spatializer Rate Type", (static_cast<float>(type) + 0.5f) / 4.0f);
+            rig.tempo = tempo;
+            rig.Blocks(1);
+            const double hertz = tempo / 240.0 / (kNotes[5] * factors[type - 1]);
+            EXPECT_NEAR(rateNow(), hertz, 1e-3 * hertz) << type << " " << tempo;
+        }
+    rig.Set("Spatializer Rate Type", 0.0f);
+    rig.Blocks(1);
+    EXPECT_NEAR(rateNow(), 0.1, 1e-4);
+    // One switch for walk and figures.
+    EXPECT_EQ(rig.Get("MoteWeaver_RandomWalk"), 1.0f);
+    rig.Set("Spatializer Trajectory", 0.5f);
+    rig.Blocks(1);
+    EXPECT_EQ(rig.Get("MoteWeaver_RandomWalk"), 0.0f);
+}
+
+}  // namespace
+}  // namespace Quorvan::Processor

@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include "support/TestSignals.h"
+#include "tools/ToolRig.h"
+
+namespace Quorvan::test {
+namespace {
+
+/// A sound to render, and an older output that nothing may touch.
+class FailureTest : public ::testing::Test {
+protected:
+    FailureTest() {
+        WriteWav(folder / "in.wav", {Noise(1, 4800, 0.3f)});
+        WriteFile(folder / "older.wav", kOlder);
+        before = folder.Content();
+    }
+
+    /// The run must end with code and a sentence that holds all of words, and leave everything as
+    /// it was.
+    void ExpectFailure(const Arguments& arguments, int code, const std::vector<std::string>& words,
+                       const std::function<void()>& inChild = {}) {
+        const Outcome outcome = RunTool(arguments, inChild);
+        EXPECT_EQ(outcome.exitCode, code) << outcome.err;
+        for (const std::string& word : words)
+            EXPECT_NE(outcome.err.find(word), std::string::npos)
+                << "\"" << word << "\" is not in: " << outcome.err;
+        ExpectUntouched();
+    }
+    void ExpectUntouched() const {
+        EXPECT_EQ(folder.Content(), before);
+        EXPECT_EQ(ReadFile(folder / "older.wav"), kOlder);
+    }
+    void Add(const std::string& name, const std::string& content) {
+        WriteFile(folder / name, content);
+        before = folder.Content();
+    }
+    Arguments Render(const Arguments& more = {}) const {
+        Arguments arguments{"render", folder / "in.wav", "-o", folder / "out.wav"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return arguments;
+    }
+
+    static constexpr const char* kOlder = "an older file";
+    Folder folder;
+    std::vector<std::string> before;
+};
+
+TEST_F(FailureTest, TyposGiveTheNearestNames) {
+    ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolut=0.5"}), 2,
+                  {"MoteWeaver_GrainSizeAbsolut", "MoteWeaver_GrainSizeAbsolute"});
+    ExpectFailure(Render({"--preset", "dense-clud"}), 2, {"\"dense-clud\"", "\"dense-cloud\""});
+    ExpectFailure(Render({"--set", "MoteWeaver_GranularMode=Textur3"}), 2, {"Classic", "Texture"});
+}
+
+TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
+    ExpectFailure(Render({"--set", "Dry / Wet"}), 2, {"NAME=POSITION"});
+    ExpectFailure(Render({"--set", "Dry / Wet=1.5"}), 2, {"\"Dry / Wet\"", "0 to 1"});
+    ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolute=9 parsec"}), 2,
+                  {"9 parsec", "ms"});
+    ExpectFailure(Render({"--set", "PresetLoading=1"}), 2, {"\"PresetLoading\"", "can't be set"});
+    ExpectFailure(Render({"--tempo", "0"}), 2, {"--tempo"});
+    ExpectFailure(Render({"--play", "--stop"}), 2, {"--stop"});
+    ExpectFailure(Render({"--format", "mp7"}), 2, {"\"mp7\"", "flac"});
+    ExpectFailure({"render", folder / "in.wav", "-o", folder / "out.xyz"}, 2, {"out.xyz", ".flac"});
+    ExpectFailure({"render", folder / "in.wav", "-o", folder / "out.flac", "--format", "float"}, 2,
+                  {"FLAC"});
+    ExpectFailure({"rendre"}, 2, {"rendre"});
+    ExpectFailure(Render({"--picture", folder / "out.wav"}), 2, {"two files"});
+    ExpectFailure({"params", "nothing-like-it"}, 2, {"nothing-like-it"});
+}
+
+TEST_F(FailureTest, InputsThatCannotBeUsedAreNamed) {
+    const auto expect = [this](const std::string& name, const std::vector<std::string>& words) {
+        std::vector<std::string> all{name};
+        all.insert(all.end(), words.begin(), words.end());
+        ExpectFailure({"render", folder / name, "-o", folder / "out.wav"}, 3, all);
+        ExpectFailure(Render({"--sidechain", folder / name}), 3, all);
+    };
+    Add("empty.wav", "");
+    Add("text.wav", "this is no sound at all, but it is long enough for a header");
+    WriteWav(folder / "three.wav", Channels(3, std::vector<float>(100, 0.1f)));
+    WriteWav(folder / "header.wav", {std::vector<float>{}});
+    before = folder.Content();
+    expect("missing.wav", {"does not exist"});
+    expect("empty.wav", {"empty"});
+    expect("text.wav", {"no sound file"});
+    expect("three.wav", {"3 channels"});
+    expect("header.wav", {"no sound"});
+    expect(".", {"folder"});
+}
+
+TEST_F(FailureTest, PresetAndAutomationFilesAreNamed) {
+    Add("p.json", "{\"format\": \"tesserae-preset\", ");
+    Add("later.json", R"({"format": "tesserae-preset", "version": 99, "parameters": {}})");
+    Add("a.csv", "seconds,parameter,position\n0.1,Feedback,0.5\n0.2,Fedback,0.5\n");
+    Add("b.json", R"([{"beats": 1, "parameter": "Feedback", "position": 7}])");
+    ExpectFailure(Render({"--preset", folder / "p.json"}), 3, {"p.json", "JSON"});
+    ExpectFailure(Render({"--preset", folder / "missing.json"}), 3, {"missing.json"});
+    ExpectFailure(Render({"--automation", folder / "a.csv"}), 3,
+                  {"a.csv", "line 3", "\"Fedback\"", "\"Feedback\""});
+    ExpectFailure(Render({"--automation", folder / "b.json"}), 3, {"b.json", "entry 1", "0 to 1"});
+}
+
+TEST_F(FailureTest, OtherPresetsAreMendedAndReported) {
+    WriteFile(folder / "p.json",
+              R"({"format": "tesserae-preset", "version": 1,
+                  "parameters": {"Dry / Wet": 0, "Master Volume": 1, "Sparkle": 0.5}})");
+    const Outcome outcome = RunTool(Render({"--preset", folder / "p.json"}));
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_NE(outcome.err.find("\"Sparkle\""), std::string::npos) << outcome.err;
+}
+
+TEST_F(FailureTest, OutputsThatExistNeedForce) {
+    Add("older.png", "an older picture");
+    ExpectFailure({"render", folder / "in.wav", "-o", folder / "older.wav"}, 4,
+                  {"older.wav", "exists", "--force"});
+    ExpectFailure(Render({"--picture", folder / "older.png"}), 4, {"older.png", "--force"});
+    EXPECT_EQ(
+        RunTool({"render", folder / "in.wav", "-o", folder / "older.wav", "--force"}).exitCode, 0);
+    EXPECT_EQ(ReadSound(folder / "older.wav").size(), 2u);
+}
+
+TEST_F(FailureTest, PlacesThatCannotBeWrittenAreNamed) {
+    const auto expect = [this](const std::string& out, const std::vector<std::string>& words) {
+        ExpectFailure({"render", folder / "in.wav", "-o", out, "--force", "--format", "wav"}, 4,
+                      words);
+    };
+    expect(folder / "nowhere/out.wav", {"nowhere/out.wav", "does not exist"});
+    expect(folder / ".", {"folder"});
+    expect("/dev/full", {"/dev/full", "device"});
+    expect(folder / (std::string(300, 'x') + ".wav"), {"too long"});
+    if (geteuid() != 0) {  // root may write anywhere
+        mkdir((folder / "locked").c_str(), 0500);
+        before = folder.Content();
+        expect(folder / "locked/out.wav", {"permission"});
+    }
+}
+
+TEST_F(FailureTest, FullDiskLeavesNothing) {
+    const auto limit = [](rlim_t bytes) {
+        return [bytes] {
+            const rlimit files{bytes, bytes};
+            setrlimit(RLIMIT_FSIZE, &files);
+        };
+    };
+    // Room for a header, for some of the sound, for the sound but not for the picture.
+    ExpectFailure(Render(), 4, {"out.wav", "could not be written"}, limit(400));
+    ExpectFailure(Render(), 4, {"out.wav", "could not be written"}, limit(20000));
+    ExpectFailure({"render", folder / "in.wav", "-o", folder / "o.ogg"}, 4, {"o.ogg"}, limit(1000));
+    ExpectFailure({"render", folder / "in.wav", "-o", folder / "o.flac"}, 4, {"o.flac"},
+                  limit(1000));
+    ExpectFailure(Render({"--tail", "0", "--picture", folder / "o.png"}), 4, {"o.png"},
+                  limit(32000));
+    ExpectFailure({"render", folder / "in.wav", "-o", folder / "older.wav", "--force"}, 4,
+                  {"older.wav"}, limit(20000));
+}
+
+TEST_F(FailureTest, InterruptedRunsLeaveNothing) {
+    for (const auto& [signal, code] : {std::pair(SIGINT, 130), std::pair(SIGTERM, 143)}) {
+        const Folder texts;
+        const int process = StartTool({"render", folder / "in.wav", "-o", folder / "older.wav",
+                                       "--force", "--picture", folder / "o.png", "--tail", "3600"},
+                                      texts / "out", texts / "err");
+        // The files under way are there as soon as the render has begun.
+        for (int i = 0; i < 2000 && folder.Content().size() < before.size() + 2; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_EQ(folder.Content().size(), before.size() + 2);
+        kill(process, signal);
+        EXPECT_EQ(AwaitTool(process), code);
+        EXPECT_NE(ReadFile(texts / "err").find("Interrupted"), std::string::npos);
+        ExpectUntouched();
+    }
+}
+
+}  // namespace
+}  // namespace Quorvan::test

@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+
+#include "support/TestSignals.h"
+#include "tools/ToolRig.h"
+#include "tools/render/Automation.h"
+#include "tools/render/AutomationTime.h"
+#include "tools/render/TailTrimmer.h"
+#include "tools/support/AtomicOutput.h"
+#include "tools/support/CsvLine.h"
+#include "tools/support/Failure.h"
+
+namespace Quorvan::Tools {
+namespace {
+
+using test::Folder;
+
+TEST(CsvLineTest, SplitsAsTablesAreWritten) {
+    using Fields = std::vector<std::string>;
+    EXPECT_EQ(SplitCsvLine("1, Dry / Wet ,0.5\r"), (Fields{"1", "Dry / Wet", "0.5"}));
+    EXPECT_EQ(SplitCsvLine("\"a,b\",\"say \"\"x\"\"\","), (Fields{"a,b", "say \"x\"", ""}));
+    EXPECT_EQ(SplitCsvLine("1;2,5;3"), (Fields{"1", "2,5", "3"}));
+    EXPECT_EQ(SplitCsvLine("\xef\xbb\xbfseconds\tb"), (Fields{"seconds", "b"}));
+    EXPECT_TRUE(SplitCsvLine("  # remark, with comma").empty());
+    EXPECT_TRUE(SplitCsvLine(" ").empty());
+}
+
+TEST(AutomationTest, TimesAreSecondsOrBeats) {
+    const auto read = [](const char* text, bool bareIsBeat) {
+        const auto time = AutomationTime::Read(text, bareIsBeat);
+        return time ? std::pair(time->time, time->isBeat) : std::pair(-999.0, false);
+    };
+    EXPECT_EQ(read("1.5", false), std::pair(1.5, false));
+    EXPECT_EQ(read("1.5", true), std::pair(1.5, true));
+    EXPECT_EQ(read("250 ms", true), std::pair(0.25, false));
+    EXPECT_EQ(read(" 2s ", false), std::pair(2.0, false));
+    EXPECT_EQ(read("-4 beats", false), std::pair(-4.0, true));
+    EXPECT_EQ(read("soon", false).first, -999.0);
+    EXPECT_EQ(read("-inf", false).first, -999.0);
+}
+
+TEST(AutomationTest, WritesComeInOrderOfTimeAndReadTheScaleOfTheirMoment) {
+    const Host::ParameterCatalog catalog;
+    const auto automation = Automation::ReadCsv("x.csv",
+                                                "beats,parameter,position\n"
+                                                "6,Feedback,0.25\n"
+                                                "2 s,MoteWeaver_Pitch,12 st\n"
+                                                "0.5,MoteWeaver_Scale,Octaves\n"
+                                                "# a remark\n"
+                                                "6,Feedback,0.75\n",
+                                                catalog);
+    // The song starts at beat 4 and runs at 120 BPM: beat 6 comes after a second.
+    const auto writes = automation.Resolve(1000.0, 120.0, 4.0, {}, catalog);
+    ASSERT_EQ(writes.size(), 4u);
+    EXPECT_EQ(writes[0].frame, 0u);
+    EXPECT_EQ(writes[1].frame, 1000u);
+    EXPECT_EQ(writes[1].position, 0.25f);
+    EXPECT_EQ(writes[2].position, 0.75f);
+    EXPECT_EQ(writes[3].frame, 2000u);
+    // In octaves from -36 to 36, +12 is the fifth of seven steps.
+    EXPECT_NEAR(writes[3].position, 4.5f / 7.0f, 0.5f / 7.0f);
+}
+
+TEST(AutomationTest, BrokenListsAreRefused) {
+    const Host::ParameterCatalog catalog;
+    for (const char* text : {"[1, 2", "{}", "[1]", "[[1, \"Feedback\"]]",
+                             R"([{"seconds": 1, "parameter": "Feedback"}])",
+                             R"([["then", "Feedback", 0.5]])", R"([[1, "MasterVuL", 0.5]])"})
+        EXPECT_THROW(Automation::ReadJson("x.json", text, catalog), Failure) << text;
+    EXPECT_THROW(Automation::ReadCsv("x.csv", "1,Feedback", catalog), Failure);
+}
+
+/// Keeps what a trimmer passes on.
+struct Keeper : RenderSink {
+    void OnOutput(const SoundPiece& piece) override {
+        EXPECT_EQ(piece.frame, sound.size());
+        sound.insert(sound.end(), piece.channels[0], piece.channels[0] + piece.frames);
+    }
+    std::vector<float> sound;
+};
+
+TEST(TailTrimmerTest, OnlyTheSilenceBehindTheTailGoes) {
+    // Input of 10 frames, silent itself at its end; an echo at 25; then nothing.
+    std::vector<float> sound(60, 1.0e-5f);
+    sound[3] = 0.5f;
+    sound[25] = -0.1f;
+    for (const size_t cut : {size_t{1}, size_t{7}, size_t{60}}) {
+        Keeper keeper;
+        TailTrimmer trimmer;
+        trimmer.AddSink(keeper);
+        trimmer.OnInputEnd(10);
+        for (size_t at = 0; at < sound.size(); at += cut) {
+            const float* const channel = sound.data() + at;
+            trimmer.OnOutput({at, std::min(cut, sound.size() - at), &channel, 1});
+        }
+        trimmer.OnEnd();
+        EXPECT_EQ(keeper.sound, std::vector<float>(sound.begin(), sound.begin() + 26));
+    }
+}
+
+TEST(TailTrimmerTest, InputIsKeptHoweverQuiet) {
+    const std::vector<float> silence(20, 0.0f);
+    Keeper keeper;
+    TailTrimmer trimmer;
+    trimmer.AddSink(keeper);
+    trimmer.OnInputEnd(10);
+    const float* const channel = silence.data();
+    trimmer.OnOutput({0, 20, &channel, 1});
+    EXPECT_EQ(keeper.sound.size(), 10u);
+}
+
+TEST(AtomicOutputTest, NothingIsThereUntilCommit) {
+    const Folder folder;
+    {
+        AtomicOutput output(folder / "a", false);
+        output.Write("half", 4);
+    }
+    EXPECT_TRUE(folder.Content().empty());
+    AtomicOutput output(folder / "a", false);
+    output.Write("whole", 5);
+    EXPECT_FALSE(std::filesystem::exists(folder / "a"));
+    output.Commit();
+    EXPECT_EQ(test::ReadFile(folder / "a"), "whole");
+    EXPECT_EQ(folder.Content().size(), 1u);
+}
+
+TEST(AtomicOutputTest, FileThatCameMeanwhileIsKept) {
+    const Folder folder;
+    AtomicOutput output(folder / "a", false);
+    output.Write("mine", 4);
+    test::WriteFile(folder / "a", "theirs");
+    EXPECT_THROW(output.Commit(), Failure);
+    EXPECT_EQ(test::ReadFile(folder / "a"), "theirs");
+}
+
+TEST(AtomicOutputTest, LinksAndPermissionsStay) {
+    const Folder folder;
+    test::WriteFile(folder / "real", "old");
+    chmod((folder / "real").c_str(), 0640);
+    std::filesystem::create_symlink("real", folder / "link");
+    AtomicOutput output(folder / "link", true);
+    output.Write("new", 3);
+    output.Commit();
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+    EXPECT_EQ(test::ReadFile(folder / "real"), "new");
+    struct stat there {};
+    stat((folder / "real").c_str(), &there);
+    EXPECT_EQ(there.st_mode & 0777u, 0640u);
+}
+
+}  // namespace
+}  // namespace Quorvan::Tools

@@ -1,0 +1,130 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "support/TestSignals.h"
+#include "tools/picture/Axis.h"
+#include "tools/picture/Colour.h"
+#include "tools/picture/GrainLog.h"
+#include "tools/picture/Spectrogram.h"
+#include "tools/picture/Waveform.h"
+
+namespace Quorvan::Tools {
+namespace {
+
+constexpr double kRate = 48000.0;
+
+template <class Meter>
+void Feed(Meter& meter, const std::vector<float>& sound, size_t cut = 1000) {
+    for (size_t at = 0; at < sound.size(); at += cut) {
+        const float* const channel = sound.data() + at;
+        meter.Add({at, std::min(cut, sound.size() - at), &channel, 1});
+    }
+}
+
+TEST(SpectrogramTest, SineShowsAtItsPitchAndLevel) {
+    for (const double hertz : {60.0, 440.0, 5000.0}) {
+        Spectrogram spectrogram(kRate);
+        Feed(spectrogram, test::Sine(hertz, kRate, 48000, 0.5f));
+        const size_t column = spectrogram.Columns() / 2;
+        size_t loudest = 0;
+        for (size_t row = 0; row < spectrogram.Rows(); ++row) {
+            if (spectrogram.Level(column, row) > spectrogram.Level(column, loudest))
+                loudest = row;
+        }
+        const double share = static_cast<double>(loudest) / static_cast<double>(spectrogram.Rows());
+        const double shown =
+            spectrogram.LowestHertz() *
+            std::pow(spectrogram.HighestHertz() / spectrogram.LowestHertz(), share);
+        // Between bins a Hann window reads up to 1.4 dB low, and low rows are narrower than a bin.
+        EXPECT_NEAR(shown / hertz, 1.0, hertz < 100.0 ? 0.12 : 0.03);
+        EXPECT_NEAR(spectrogram.Level(column, loudest), -6.0f, 1.5f);
+    }
+}
+
+TEST(SpectrogramTest, ClickShowsAtItsMoment) {
+    std::vector<float> click(48000, 0.0f);
+    click[20000] = 1.0f;
+    Spectrogram spectrogram(kRate);
+    Feed(spectrogram, click);
+    spectrogram.Finish();
+    size_t loudest = 0;
+    for (size_t column = 0; column < spectrogram.Columns(); ++column) {
+        if (spectrogram.Level(column, 200) > spectrogram.Level(loudest, 200))
+            loudest = column;
+    }
+    const double frame = static_cast<double>(loudest * spectrogram.FramesPerColumn());
+    EXPECT_NEAR(frame, 20000.0, static_cast<double>(spectrogram.FramesPerColumn()));
+    EXPECT_GE(spectrogram.Columns() * spectrogram.FramesPerColumn(), click.size());
+}
+
+TEST(WaveformTest, PeaksStayInTheirPlaceAsBinsGrow) {
+    Waveform waveform;
+    std::vector<float> sound(3000000, 0.0f);
+    sound[1234567] = 0.9f;
+    sound[2999999] = -0.8f;
+    Feed(waveform, sound, 4096);
+    const auto& bins = waveform.Bins();
+    const uint64_t size = waveform.FramesPerBin();
+    EXPECT_LE(bins.size(), 16384u);
+    EXPECT_EQ(bins[1234567 / size].highest, 0.9f);
+    EXPECT_EQ(bins[2999999 / size].lowest, -0.8f);
+    uint64_t samples = 0;
+    for (const Waveform::Bin& bin : bins)
+        samples += bin.samples;
+    EXPECT_EQ(samples, sound.size());
+    EXPECT_NEAR(bins[1234567 / size].Rms(), 0.9 / std::sqrt(static_cast<double>(size)), 1.0e-4);
+}
+
+TEST(GrainLogTest, ThinningKeepsWholePairs) {
+    GrainLog log;
+    for (uint64_t pair = 0; pair < 40000; ++pair) {
+        Host::GrainStart grain;
+        grain.frame = pair;
+        log.OnGrainStart(grain);
+        grain.right = true;
+        log.OnGrainStart(grain);
+    }
+    EXPECT_EQ(log.Count(), 80000u);
+    EXPECT_EQ(log.Stride(), 4u);
+    ASSERT_EQ(log.Kept().size(), 20000u);
+    for (size_t i = 0; i < log.Kept().size(); i += 2) {
+        EXPECT_EQ(log.Kept()[i].frame, log.Kept()[i + 1].frame);
+        EXPECT_NE(log.Kept()[i].right, log.Kept()[i + 1].right);
+    }
+    EXPECT_EQ(log.Kept()[2].frame - log.Kept()[0].frame, 4u);
+}
+
+TEST(AxisTest, TicksAreRound) {
+    const auto labels = [](const Axis& axis, size_t count) {
+        std::string text;
+        for (const Tick& tick : axis.Ticks(count))
+            text += (tick.label.empty() ? "." : tick.label) + " ";
+        return text;
+    };
+    EXPECT_EQ(labels(Axis(0.0, 8.0), 10), "0 1 2 3 4 5 6 7 8 ");
+    EXPECT_EQ(labels(Axis(0.0, 0.35), 4), "0.0 0.1 0.2 0.3 ");
+    EXPECT_EQ(labels(Axis(-1.0, 1.0), 4),
+              "\xe2\x88\x92"
+              "1.0 "
+              "\xe2\x88\x92"
+              "0.5 0.0 0.5 1.0 ");
+    EXPECT_EQ(labels(Axis(80.0, 2500.0, Axis::Scale::Logarithmic), 0),
+              ". . 100 200 . . 500 . . . . 1k 2k ");
+    const Axis octaves(100.0, 1600.0, Axis::Scale::Logarithmic);
+    EXPECT_NEAR(octaves.Place(400.0), 0.5, 1.0e-9);
+}
+
+TEST(ColourTest, HeatGetsLighterAllTheWay) {
+    const auto luminance = [](const Colour& colour) {
+        const auto linear = [](double share) { return std::pow(share, 2.2); };
+        return 0.2126 * linear(colour.red) + 0.7152 * linear(colour.green) +
+               0.0722 * linear(colour.blue);
+    };
+    for (int i = 1; i <= 100; ++i)
+        EXPECT_GT(luminance(HeatColour(i * 0.01)), luminance(HeatColour((i - 1) * 0.01))) << i;
+}
+
+}  // namespace
+}  // namespace Quorvan::Tools

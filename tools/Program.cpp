@@ -1,0 +1,130 @@
+#include "tools/Program.h"
+
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "host/parameters/NameDistance.h"
+#include "host/parameters/Sentence.h"
+#include "tools/commands/DemoSoundCommand.h"
+#include "tools/commands/DoctorCommand.h"
+#include "tools/commands/InfoCommand.h"
+#include "tools/commands/ParamsCommand.h"
+#include "tools/commands/PresetsCommand.h"
+#include "tools/commands/RenderCommand.h"
+#include "tools/support/Failure.h"
+#include "tools/support/TemporaryFiles.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+constexpr const char* kExitCodes =
+    "Exit codes:\n"
+    "  0    done\n"
+    "  1    the program or the machine failed, such as no memory\n"
+    "  2    the command line asks for something that does not exist\n"
+    "  3    a file that is to be read can't be used\n"
+    "  4    a file can't be written, or exists and --force is missing\n"
+    "  5    the doctor found something wrong\n"
+    "  130  interrupted (Ctrl-C); 129 and 143 after a hang-up or a terminate\n"
+    "A run that does not end with 0 leaves no file and changes none.";
+
+using Commands = std::vector<std::unique_ptr<Command>>;
+
+Commands MakeCommands(CLI::App& program) {
+    Commands commands;
+    commands.push_back(std::make_unique<RenderCommand>(program));
+    commands.push_back(std::make_unique<ParamsCommand>(program));
+    commands.push_back(std::make_unique<PresetsCommand>(program));
+    commands.push_back(std::make_unique<InfoCommand>(program));
+    commands.push_back(std::make_unique<DoctorCommand>(program));
+    commands.push_back(std::make_unique<DemoSoundCommand>(program));
+    return commands;
+}
+
+ExitCode RunAsked(const Commands& commands) {
+    for (const std::unique_ptr<Command>& command : commands) {
+        if (command->IsAsked())
+            return command->Run();
+    }
+    return ExitCode::Usage;
+}
+
+ExitCode Complain(ExitCode code, const std::string& sentence) {
+    std::cout.flush();
+    std::cerr << "tesserae: " << sentence << std::endl;
+    return code;
+}
+
+ExitCode RunGuarded(const Commands& commands) {
+    try {
+        return RunAsked(commands);
+    } catch (const Failure& failure) {
+        return Complain(failure.Code(), failure.what());
+    } catch (const std::bad_alloc&) {
+        return Complain(ExitCode::Internal,
+                        "There is not enough memory. Close other programs or "
+                        "render less.");
+    } catch (const std::exception& fault) {
+        return Complain(ExitCode::Internal, std::string("Something failed inside: ") +
+                                                fault.what() + ". Please report this.");
+    }
+}
+
+/// The library below would only say that a command is missing.
+std::optional<std::string> UnknownCommand(const CLI::App& program, std::string_view typed) {
+    if (typed.empty() || typed.front() == '-')
+        return std::nullopt;
+    std::vector<std::string> names;
+    for (const CLI::App* command : program.get_subcommands({})) {
+        names.push_back(command->get_name());
+        if (names.back() == typed)
+            return std::nullopt;
+    }
+    std::string sentence = "There is no command ";
+    sentence.append(Host::Quoted(typed)).append(". ");
+    sentence += Host::DidYouMean(Host::NearestNames(typed, names, 2));
+    return sentence.append(" Run \"tesserae --help\" for a list.");
+}
+
+void SetUp(CLI::App& program) {
+    program.set_version_flag("--version", TESSERAE_VERSION);
+    program.require_subcommand(1);
+    program.footer(kExitCodes);
+    program.failure_message([](const CLI::App*, const CLI::Error& wrong) {
+        std::string message = "tesserae: ";
+        message += wrong.what();
+        return message.append("\nAdd --help to see what there is.\n");
+    });
+}
+
+}  // namespace
+
+int RunProgram(int count, const char* const* arguments) {
+    TemporaryFiles::InstallHandlers();
+    CLI::App program("Tesserae renders sound through its live granular processor.", "tesserae");
+    SetUp(program);
+    const Commands commands = MakeCommands(program);
+    if (count < 2) {
+        std::cerr << program.help();
+        return static_cast<int>(ExitCode::Usage);
+    }
+    if (const auto sentence = UnknownCommand(program, arguments[1]))
+        return static_cast<int>(Complain(ExitCode::Usage, *sentence));
+    try {
+        program.parse(count, arguments);
+    } catch (const CLI::ParseError& wrong) {
+        return program.exit(wrong) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+    }
+    return static_cast<int>(RunGuarded(commands));
+}
+
+}  // namespace Quorvan::Tools

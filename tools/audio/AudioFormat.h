@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace Quorvan::Tools {
+
+/// How a sound file is written: its container, and the numbers in it.
+struct AudioFormat {
+    /// Numbers are rounded to so many bits; 0: they go in as floats.
+    uint32_t bits = 24;
+    int code = 0;  ///< as libsndfile counts formats
+    bool isOgg = false;
+    std::string text;  ///< for people: "WAV, 24 bit"
+
+    /// The format for a file of this name. wanted holds a container (wav, aiff, flac, ogg, caf), an
+    /// encoding (16, 24, 32, float, vorbis, opus), both with a "-" between, or nothing. The
+    /// container is then that of the name's ending; the encoding 24 bits, and Vorbis in OGG. Throws
+    /// Failure where there is no such format, or it can't hold that sound.
+    static AudioFormat Choose(const std::filesystem::path& name, const std::string& wanted,
+                              double rate, uint32_t channels);
+};
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,118 @@
+#include "tools/audio/AudioWriter.h"
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "host/parameters/Sentence.h"
+#include "tools/audio/OggSerial.h"
+#include "tools/support/Failure.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+// The length fields of WAV hold 32 bits; this leaves room for headers.
+constexpr uint64_t kLongestWav = 0xfff00000;
+constexpr uint64_t kWidestSample = 4;  // bytes
+
+AtomicOutput& Of(void* user) { return *static_cast<AtomicOutput*>(user); }
+
+sf_count_t LengthOf(void* user) { return Of(user).Length(); }
+sf_count_t SeekIn(sf_count_t offset, int whence, void* user) {
+    return Of(user).Seek(offset, whence);
+}
+sf_count_t ReadFrom(void* data, sf_count_t bytes, void* user) { return Of(user).Read(data, bytes); }
+sf_count_t WriteTo(const void* data, sf_count_t bytes, void* user) {
+    return Of(user).Write(data, bytes);
+}
+sf_count_t TellOf(void* user) { return Of(user).Tell(); }
+
+}  // namespace
+
+struct AudioWriter::File {
+    ~File() { Close(); }
+    int Close() {
+        const int error = handle != nullptr ? sf_close(handle) : 0;
+        handle = nullptr;
+        return error;
+    }
+    SNDFILE* handle = nullptr;
+    SF_VIRTUAL_IO operations{LengthOf, SeekIn, ReadFrom, WriteTo, TellOf};
+};
+
+AudioWriter::AudioWriter(AtomicOutput& target, const AudioFormat& format, double rate,
+                         uint32_t channels, uint64_t expectedFrames)
+    : output(target), form(format), channelCount(channels), file(std::make_unique<File>()) {
+    Open(rate, expectedFrames);
+}
+
+AudioWriter::~AudioWriter() = default;
+
+void AudioWriter::Open(double rate, uint64_t expectedFrames) {
+    SF_INFO info{};
+    info.samplerate = static_cast<int>(std::lround(rate));
+    info.channels = static_cast<int>(channelCount);
+    info.format = form.code;
+    const bool isWav = (form.code & SF_FORMAT_TYPEMASK) == SF_FORMAT_WAV;
+    if (isWav && expectedFrames * channelCount * kWidestSample > kLongestWav)
+        info.format = SF_FORMAT_RF64 | (form.code & SF_FORMAT_SUBMASK);
+    file->handle = sf_open_virtual(&file->operations, SFM_WRITE, &info, &output);
+    if (file->handle == nullptr) {
+        output.ThrowIfFailed();
+        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
+                                            " could not be begun: " + sf_strerror(nullptr));
+    }
+    // That chunk would hold the time of day.
+    sf_command(file->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    sf_command(file->handle, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+}
+
+void AudioWriter::Write(const float* const* channels, size_t frames) {
+    form.bits == 0 ? WriteFloats(channels, frames) : WriteIntegers(channels, frames);
+}
+
+void AudioWriter::WriteFloats(const float* const* channels, size_t frames) {
+    floats.resize(frames * channelCount);
+    for (size_t i = 0; i < floats.size(); ++i)
+        floats[i] = channels[i % channelCount][i / channelCount];
+    Check(sf_writef_float(file->handle, floats.data(), static_cast<sf_count_t>(frames)), frames);
+}
+
+void AudioWriter::WriteIntegers(const float* const* channels, size_t frames) {
+    const double scale = std::ldexp(1.0, static_cast<int>(form.bits) - 1);
+    const double shift = std::ldexp(1.0, 32 - static_cast<int>(form.bits));
+    integers.resize(frames * channelCount);
+    for (size_t i = 0; i < integers.size(); ++i) {
+        const double level = std::nearbyint(
+            static_cast<double>(channels[i % channelCount][i / channelCount]) * scale);
+        const double held = std::clamp(level, -scale, scale - 1.0);
+        // A full-scale 1.0 lands half a step outside: no clipping that anybody hears.
+        if (level < -scale || level > scale)
+            ++clipped;
+        integers[i] = static_cast<int32_t>(held * shift);
+    }
+    Check(sf_writef_int(file->handle, integers.data(), static_cast<sf_count_t>(frames)), frames);
+}
+
+void AudioWriter::Check(int64_t written, size_t wanted) const {
+    output.ThrowIfFailed();
+    if (written != static_cast<int64_t>(wanted))
+        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
+                                            " could not be written: " + sf_strerror(file->handle) +
+                                            ".");
+}
+
+void AudioWriter::Finish() {
+    const int error = file->Close();
+    output.ThrowIfFailed();
+    if (error != 0)
+        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
+                                            " could not be completed: " + sf_error_number(error));
+    if (form.isOgg)
+        FixOggSerial(output);
+}
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,47 @@
+#include "tools/audio/LevelMeter.h"
+
+#include <ebur128.h>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace Quorvan::Tools {
+
+struct LevelMeter::State {
+    State(double rate, uint32_t channels)
+        : handle(ebur128_init(channels, static_cast<unsigned long>(std::lround(rate)),
+                              EBUR128_MODE_I)) {
+        if (handle == nullptr)
+            throw std::bad_alloc();
+    }
+    ~State() { ebur128_destroy(&handle); }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+
+    ebur128_state* handle;
+};
+
+LevelMeter::LevelMeter(double rate, uint32_t channels)
+    : state(std::make_unique<State>(rate, channels)), channelCount(channels) {}
+LevelMeter::~LevelMeter() = default;
+
+void LevelMeter::Add(const float* const* channels, size_t frames) {
+    interleaved.resize(frames * channelCount);
+    for (size_t i = 0; i < interleaved.size(); ++i) {
+        interleaved[i] = channels[i % channelCount][i / channelCount];
+        peak = std::max(peak, std::abs(interleaved[i]));
+    }
+    if (ebur128_add_frames_float(state->handle, interleaved.data(), frames) != EBUR128_SUCCESS)
+        throw std::bad_alloc();
+}
+
+std::optional<double> LevelMeter::Loudness() const {
+    double loudness = 0.0;
+    if (ebur128_loudness_global(state->handle, &loudness) != EBUR128_SUCCESS ||
+        !std::isfinite(loudness))
+        return std::nullopt;
+    return loudness;
+}
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,103 @@
+#include "tools/commands/RenderCommand.h"
+
+#include <iostream>
+
+#include "host/parameters/ParameterCatalog.h"
+#include "tools/render/RenderJob.h"
+
+namespace Quorvan::Tools {
+
+RenderCommand::RenderCommand(CLI::App& program)
+    : Command(program, "render", "Run a sound file through the processor") {
+    AddFiles();
+    AddSound();
+    AddTime();
+    AddForm();
+    Options().footer(
+        "Example:\n"
+        "  tesserae render in.wav -o out.wav --preset dense-cloud --set \"Feedback=-6 dB\" "
+        "--seed 7 --picture out.png");
+}
+
+void RenderCommand::AddFiles() {
+    CLI::App& app = Options();
+    app.add_option("input", settings.input, "Sound file to read, mono or stereo")
+        ->required()
+        ->type_name("IN");
+    app.add_option("-o,--output", settings.output, "Sound file to write")
+        ->required()
+        ->type_name("OUT");
+    app.add_option("--sidechain", settings.sideChain,
+                   "Sound file that the envelope follower can listen to")
+        ->type_name("FILE");
+    app.add_option("--picture", settings.picture, "Also draw the render")->type_name("FILE.png");
+    app.add_flag("--force", settings.force, "Replace files that exist");
+}
+
+void RenderCommand::AddSound() {
+    CLI::App& app = Options();
+    app.add_option("--preset", settings.preset,
+                   "Factory preset or preset file (default: init). \"tesserae presets\" lists them")
+        ->type_name("FILE|NAME");
+    app.add_option("--set", settings.assignments,
+                   "Put a parameter elsewhere: a number is a position 0..1, anything else a value "
+                   "such as \"120 ms\" or \"Texture\". \"tesserae params\" lists the names. May be "
+                   "repeated")
+        ->type_name("NAME=POSITION")
+        ->allow_extra_args(false);
+    app.add_option("--automation", settings.automation,
+                   "CSV or JSON list of time, parameter name, position")
+        ->type_name("FILE");
+    app.add_option("--seed", settings.seed,
+                   "Start of all chance: the same seed gives the same file. Without it chance "
+                   "chooses, and the summary tells")
+        ->type_name("N");
+}
+
+void RenderCommand::AddTime() {
+    CLI::App& app = Options();
+    app.add_option("--tempo", settings.tempo, "Tempo (default: the preset's, else 120)")
+        ->check(CLI::Range(1.0, 999.0))
+        ->type_name("BPM");
+    CLI::Option* const play = app.add_flag("--play", playing, "The song plays (default)");
+    app.add_flag("--stop", stopped, "The song stands still")->excludes(play);
+    app.add_option("--start-beat", settings.startBeat,
+                   "Song position at the start, in quarter notes; negative in a pre-roll")
+        ->check(CLI::Range(-1.0e6, 1.0e6))
+        ->type_name("B");
+    app.add_option("--tail", settings.tail,
+                   "Sound behind the end of the input (default: as long as it lasts, at most 30)")
+        ->check(CLI::Range(0.0, 3600.0))
+        ->type_name("SECONDS");
+}
+
+void RenderCommand::AddForm() {
+    CLI::App& app = Options();
+    app.add_option("--rate", settings.rate, "Resample the input first (default: its own rate)")
+        ->check(CLI::Range(1000, 768000))
+        ->type_name("HZ");
+    app.add_option("--format", settings.format,
+                   "wav, aiff, flac, ogg, caf; 16, 24, 32, float, vorbis, opus; or both: wav-float "
+                   "(default: by the ending, 24 bit, Vorbis in .ogg)")
+        ->type_name("FORMAT");
+    app.add_flag("--mono", settings.mono, "Write one channel");
+    app.add_flag("--json", asJson, "Print the summary as JSON");
+    app.add_flag("-q,--quiet", quiet, "No progress bar and no summary");
+}
+
+ExitCode RenderCommand::Run() {
+    settings.playing = !stopped;
+    settings.progress = !quiet;
+    const Host::ParameterCatalog catalog;
+    RenderJob job(settings, catalog);
+    const Summary summary = job.Run();
+    for (const std::string& warning : summary.warnings)
+        std::cerr << "tesserae: " << warning << "\n";
+    if (asJson)
+        std::cout << summary.Json() << "\n";
+    else if (!quiet)
+        std::cout << summary.Line() << "\n";
+    return ExitCode::Success;
+}
+
+}  // namespace Quorvan::Tools

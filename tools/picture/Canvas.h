@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cairo.h>
+
+#include <memory>
+#include <string>
+
+#include "tools/picture/Colour.h"
+#include "tools/support/AtomicOutput.h"
+
+namespace Quorvan::Tools {
+
+/// A rectangle in pixels of the page.
+struct Box {
+    double x = 0.0, y = 0.0, width = 0.0, height = 0.0;
+
+    double Right() const { return x + width; }
+    double Bottom() const { return y + height; }
+};
+
+/// A page to draw on, with the few operations that the panels need. Pixels count from the upper
+/// left.
+class Canvas {
+public:
+    enum class Align { Left, Centre, Right };
+    struct Type {
+        double size = 14.0;  ///< pixels
+        bool bold = false;
+        Colour colour = Palette::kInk;
+    };
+
+    Canvas(int width, int height);
+    ~Canvas();
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    void Fill(const Box& box, const Colour& colour);
+    void Outline(const Box& box, const Colour& colour);
+    void Line(double x0, double y0, double x1, double y1, const Colour& colour, double width = 1.0);
+    void DashedLine(double x0, double y0, double x1, double y1, const Colour& colour);
+    /// Half of a disc: the side left or right of x.
+    void HalfDisc(double x, double y, double radius, bool right, const Colour& colour);
+    /// y is the base line.
+    void Text(double x, double y, const std::string& text, const Type& type,
+              Align align = Align::Left);
+    /// Reading upward, centred at y.
+    void UpwardText(double x, double y, const std::string& text, const Type& type);
+    double TextWidth(const std::string& text, const Type& type);
+
+    /// Nothing is drawn outside box until ClipNothing.
+    void ClipTo(const Box& box);
+    void ClipNothing();
+
+    /// For drawing that the operations above don't cover.
+    cairo_t* Context() { return context; }
+
+    /// Writes the page as PNG; the output's Commit is still to come.
+    void Save(AtomicOutput& output) const;
+
+private:
+    void Use(const Colour& colour);
+    void Use(const Type& type);
+
+    cairo_surface_t* surface;
+    cairo_t* context;
+};
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,35 @@
+#include "tools/picture/GrainLog.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+constexpr size_t kMost = 24000;  // more would only blacken the picture
+}
+
+void GrainLog::OnGrainStart(const Host::GrainStart& grain) {
+    ++count;
+    // The left grain of a pair comes first.
+    if (!grain.right)
+        ++pair;
+    if (pair % stride != 0)
+        return;
+    if (kept.size() >= kMost)
+        Thin();
+    kept.push_back(grain);
+    pairs.push_back(pair);
+}
+
+void GrainLog::Thin() {
+    stride *= 2;
+    size_t to = 0;
+    for (size_t from = 0; from < kept.size(); ++from) {
+        if (pairs[from] % stride != 0)
+            continue;
+        kept[to] = kept[from];
+        pairs[to++] = pairs[from];
+    }
+    kept.resize(to);
+    pairs.resize(to);
+}
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/engine/EngineListener.h"
+
+namespace Quorvan::Tools {
+
+/// The grains of a render for its picture. Counts all of them and keeps as many as can be drawn:
+/// every pair at first, every second where they become too many, every fourth ...
+class GrainLog final : public Host::EngineListener {
+public:
+    void OnGrainStart(const Host::GrainStart& grain) override;
+
+    const std::vector<Host::GrainStart>& Kept() const { return kept; }
+    /// One pair of so many is kept.
+    uint64_t Stride() const { return stride; }
+    uint64_t Count() const { return count; }
+
+private:
+    void Thin();
+
+    std::vector<Host::GrainStart> kept;
+    std::vector<uint64_t> pairs;  ///< number of the pair of each kept grain
+    uint64_t count = 0;
+    uint64_t pair = 0;  ///< number of the present pair
+    uint64_t stride = 1;
+};
+
+}  // namespace Quorvan::Tools

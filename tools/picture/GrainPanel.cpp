@@ -1,0 +1,183 @@
+#include "tools/picture/GrainPanel.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "tools/support/Numbers.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+constexpr size_t kTapeTicks = 6;
+constexpr double kFewGrains = 300.0;  // up to so many are drawn at full strength
+constexpr double kThickest = 2.6;     // pixels, of a grain at full level
+constexpr double kThinnest = 0.6;
+constexpr Canvas::Type kNumbers{13.0, false, Palette::kQuietInk};
+constexpr Canvas::Type kNames{13.0, false, Palette::kInk};
+
+/// The smallest of a few round ranges that holds every pitch.
+double PitchRange(const std::vector<Host::GrainStart>& grains) {
+    double widest = 0.0;
+    for (const Host::GrainStart& grain : grains)
+        widest = std::max(widest, std::abs(static_cast<double>(grain.semitones)));
+    constexpr double kTolerance = 0.02;  // a share of the range: detuned octaves are octaves
+    for (const double range : {0.3, 1.5, 3.0, 6.0, 12.0, 24.0}) {
+        if (widest <= range * (1.0 + kTolerance))
+            return range;
+    }
+    return 36.0;
+}
+
+/// "+12", "0", with a true minus sign "-12". Narrow ranges have a decimal.
+std::string PitchLabel(double semitones, double range) {
+    if (std::abs(semitones) < 1.0e-6)
+        return "0";
+    const std::string sign = semitones > 0.0 ? "+" : "\xe2\x88\x92";
+    return sign + Fixed(std::abs(semitones), range < 3.0 ? 1 : 0);
+}
+
+/// How loud a grain is on its side, 0..1.
+double SideLevel(const Host::GrainStart& grain) {
+    const double pan = static_cast<double>(grain.pan);
+    const double share = std::min(1.0, 2.0 * (grain.right ? pan : 1.0 - pan));
+    return share * std::min(1.0, static_cast<double>(grain.gain));
+}
+
+}  // namespace
+
+double GrainPanel::TapeSeconds(const PictureData& data) {
+    uint64_t longest = 0;
+    for (const PictureData::Head& head : data.heads)
+        longest = std::max(longest, head.tapeLength);
+    return longest == 0 ? 1.0 : static_cast<double>(longest) / data.rate;
+}
+
+GrainPanel::GrainPanel(const Panel& frame, const PictureData& gathered)
+    : panel(frame), data(gathered), pitchRange(PitchRange(gathered.grains.Kept())) {
+    const auto count = static_cast<double>(data.grains.Kept().size());
+    const double crowd = std::max(1.0, count / kFewGrains);
+    opacity = std::max(0.18, 0.9 / std::pow(crowd, 0.4));
+    markSize = std::max(1.6, 4.5 / std::pow(crowd, 0.3));
+}
+
+void GrainPanel::DrawHead() const {
+    // One piece of a course: place on the tape against time, both in frames.
+    const auto stroke = [this](double frame0, double place0, double frame1, double place1) {
+        panel.Page().Line(panel.X(frame0 / data.rate), panel.Y(place0 / data.rate),
+                          panel.X(frame1 / data.rate), panel.Y(place1 / data.rate),
+                          Palette::kHead.Faded(0.8), 1.6);
+    };
+    for (size_t i = 1; i < data.heads.size(); ++i) {
+        const auto frame0 = static_cast<double>(data.heads[i - 1].frame);
+        const auto frame1 = static_cast<double>(data.heads[i].frame);
+        const auto place0 = static_cast<double>(data.heads[i - 1].writePosition);
+        const auto place1 = static_cast<double>(data.heads[i].writePosition);
+        const auto tape = static_cast<double>(data.heads[i].tapeLength);
+        if (place1 >= place0) {
+            stroke(frame0, place0, frame1, place1);
+        } else if (tape - place0 < frame1 - frame0) {
+            // Over the end of the tape and on from its start. Other ways back are jumps.
+            stroke(frame0, place0, frame0 + tape - place0, tape);
+            stroke(frame1 - place1, 0.0, frame1, place1);
+        }
+    }
+}
+
+void GrainPanel::DrawPath(const Host::GrainStart& grain, const Colour& colour, double width) const {
+    const double tape = static_cast<double>(grain.tapeLength) / data.rate;
+    double from = static_cast<double>(grain.tapePosition) / data.rate;
+    double seconds = static_cast<double>(grain.frame) / data.rate;
+    const double duration = static_cast<double>(grain.durationFrames) / data.rate;
+    double rest = static_cast<double>(grain.sourceFrames) / data.rate;
+    const double speed = duration > 0.0 ? rest / duration : 1.0;
+    const double direction = grain.reversed ? -1.0 : 1.0;
+    // A grain that runs over an end of the tape goes on at the other one.
+    for (int lap = 0; lap < 16 && rest > 0.0; ++lap) {
+        const double room = grain.reversed ? from : tape - from;
+        const double length = tape > 0.0 ? std::min(rest, std::max(room, 0.0)) : rest;
+        const double end = seconds + length / speed;
+        panel.Page().Line(panel.X(seconds), panel.Y(from), panel.X(end),
+                          panel.Y(from + direction * length), colour, width);
+        seconds = end;
+        rest -= length;
+        from = grain.reversed ? tape : 0.0;
+    }
+}
+
+double GrainPanel::MarkRadius(const Host::GrainStart& grain) const {
+    return markSize * std::sqrt(SideLevel(grain));
+}
+
+void GrainPanel::DrawGrain(const Host::GrainStart& grain) const {
+    const Colour colour =
+        PitchColour(static_cast<double>(grain.semitones), pitchRange).Faded(opacity);
+    const double level = SideLevel(grain);
+    DrawPath(grain, colour, kThinnest + level * (kThickest - kThinnest));
+    panel.Page().HalfDisc(panel.X(static_cast<double>(grain.frame) / data.rate),
+                          panel.Y(static_cast<double>(grain.tapePosition) / data.rate),
+                          MarkRadius(grain), grain.right, colour);
+}
+
+void GrainPanel::Draw(const std::string& title) const {
+    panel.DrawGrid(kTapeTicks);
+    panel.Page().ClipTo(panel.Area());
+    for (const Host::GrainStart& grain : data.grains.Kept())
+        DrawGrain(grain);
+    DrawHead();
+    panel.Page().ClipNothing();
+    panel.DrawFrame(title, "Place on the tape (s)", kTapeTicks, true);
+}
+
+double GrainPanel::DrawPitchBar(double x, double y, double height) const {
+    Canvas& page = panel.Page();
+    page.Text(x, y, "Pitch (semitones)", kNames);
+    const Box bar{x, y + 14.0, 18.0, height};
+    for (double row = 0.0; row < height; row += 1.0)
+        page.Fill({bar.x, bar.y + row, bar.width, 1.0},
+                  PitchColour(pitchRange * (1.0 - 2.0 * (row + 0.5) / height), pitchRange));
+    page.Outline(bar, Palette::kFrame);
+    for (const double share : {-1.0, -2.0 / 3.0, -1.0 / 3.0, 0.0, 1.0 / 3.0, 2.0 / 3.0, 1.0}) {
+        const double at = bar.y + 0.5 * bar.height * (1.0 - share);
+        page.Line(bar.Right(), at, bar.Right() + 5.0, at, Palette::kFrame);
+        page.Text(bar.Right() + 10.0, at + 4.5, PitchLabel(share * pitchRange, pitchRange),
+                  kNumbers);
+    }
+    return bar.Bottom() + 30.0;
+}
+
+void GrainPanel::DrawMarkLegend(double x, double y) const {
+    Canvas& page = panel.Page();
+    constexpr double kRadius = 7.0;
+    const auto row = [&](int number) { return y + 23.0 * number; };
+    const auto name = [&](int number, const std::string& text) {
+        page.Text(x + 62.0, row(number) + 4.5, text, kNames);
+    };
+    page.Line(x + 6.0, row(0) + 5.0, x + 44.0, row(0) - 5.0, Palette::kInk, 1.8);
+    name(0, "grain, start to end");
+    page.Line(x + 6.0, row(1), x + 24.0, row(1), Palette::kInk, kThinnest);
+    page.Line(x + 26.0, row(1), x + 44.0, row(1), Palette::kInk, kThickest);
+    name(1, "quiet, loud");
+    const auto pan = [&](double at, double left, double right) {
+        page.HalfDisc(at, row(2), kRadius * std::sqrt(left), false, Palette::kInk);
+        page.HalfDisc(at, row(2), kRadius * std::sqrt(right), true, Palette::kInk);
+    };
+    pan(x + 7.0, 1.0, 0.12);
+    pan(x + 26.0, 1.0, 1.0);
+    pan(x + 44.0, 0.12, 1.0);
+    name(2, "pan left, centre, right");
+    page.Line(x + 6.0, row(3), x + 44.0, row(3), Palette::kHead, 1.6);
+    name(3, "write head");
+    if (data.grains.Stride() > 1)
+        page.Text(x, row(4) + 4.5, "1 pair in " + std::to_string(data.grains.Stride()) + " drawn",
+                  kNumbers);
+}
+
+void GrainPanel::DrawLegend(double x) const {
+    const double y = panel.Area().y + 10.0;
+    const double marks = DrawPitchBar(x, y, panel.Area().height - 165.0);
+    DrawMarkLegend(x, marks);
+}
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "tools/picture/PictureData.h"
+#include "tools/support/AtomicOutput.h"
+
+namespace Quorvan::Tools {
+
+/// Draws a render on one page of 1600 x 1200 pixels: input and output as outlines, the output as a
+/// spectrogram, and the grains on the tape, all over the same time axis.
+void DrawPicture(const PictureData& data, AtomicOutput& output);
+
+}  // namespace Quorvan::Tools

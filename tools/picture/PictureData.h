@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/engine/DisplaySnapshot.h"
+#include "host/engine/Engine.h"
+#include "tools/picture/GrainLog.h"
+#include "tools/picture/Spectrogram.h"
+#include "tools/picture/Waveform.h"
+#include "tools/render/RenderSink.h"
+
+namespace Quorvan::Tools {
+
+/// All that the picture of a render shows, gathered while it runs.
+class PictureData final : public RenderSink {
+public:
+    /// Where the write head was at a moment. In frames.
+    struct Head {
+        uint64_t frame = 0;
+        uint64_t writePosition = 0;
+        uint64_t tapeLength = 0;
+    };
+
+    /// Listens to the engine, which must outlive it.
+    explicit PictureData(Host::Engine& source);
+    ~PictureData() override;
+    PictureData(const PictureData&) = delete;
+    PictureData& operator=(const PictureData&) = delete;
+
+    void OnInput(const SoundPiece& piece) override;
+    void OnOutput(const SoundPiece& piece) override;
+    void OnInputEnd(uint64_t frame) override { inputFrames = frame; }
+    void OnEnd() override { spectrogram.Finish(); }
+
+    std::string title;     ///< what was rendered
+    std::string subtitle;  ///< and how it came out
+
+    double rate = 0.0;
+    uint64_t inputFrames = 0;
+    uint64_t outputFrames = 0;
+    Waveform input, output;
+    Spectrogram spectrogram;
+    GrainLog grains;
+    std::vector<Head> heads;
+
+private:
+    void ThinHeads();
+
+    Host::Engine& engine;
+    Host::DisplaySnapshot snapshot;
+    uint64_t headStride = 1;  ///< pieces from one kept head to the next
+    uint64_t pieces = 0;
+};
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,83 @@
+#include "tools/picture/WaveformPanel.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace Quorvan::Tools {
+
+namespace {
+
+constexpr size_t kValueTicks = 4;
+constexpr double kPeakOpacity = 0.45;
+constexpr Canvas::Type kLegend{13.0, false, Palette::kInk};
+
+double PeakOf(const Waveform& waveform) {
+    float peak = 0.0f;
+    for (const Waveform::Bin& bin : waveform.Bins())
+        peak = std::max({peak, -bin.lowest, bin.highest});
+    return static_cast<double>(peak);
+}
+
+}  // namespace
+
+double WaveformPanel::ReachFor(const Waveform& a, const Waveform& b) {
+    const double peak = std::max(PeakOf(a), PeakOf(b));
+    constexpr std::array kReaches{0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1.0, 2.0, 5.0};
+    for (const double reach : kReaches) {
+        if (peak <= reach)
+            return reach;
+    }
+    return std::max(10.0, std::ceil(peak));
+}
+
+Waveform::Bin WaveformPanel::Under(double fromSeconds, double toSeconds) const {
+    const std::vector<Waveform::Bin>& bins = waveform.Bins();
+    const double binsPerSecond = sampleRate / static_cast<double>(waveform.FramesPerBin());
+    const auto first = static_cast<size_t>(std::max(0.0, fromSeconds * binsPerSecond));
+    const auto last = static_cast<size_t>(std::max(0.0, toSeconds * binsPerSecond));
+    Waveform::Bin joined;
+    for (size_t i = first; i < bins.size() && (i == first || i < last); ++i)
+        joined.Join(bins[i]);
+    return joined;
+}
+
+void WaveformPanel::DrawOutline() const {
+    const Box& box = panel.Area();
+    const double secondsPerPixel = (panel.Time().High() - panel.Time().Low()) / box.width;
+    for (double x = 0.0; x < box.width; x += 1.0) {
+        const Waveform::Bin bin = Under(x * secondsPerPixel, (x + 1.0) * secondsPerPixel);
+        if (bin.samples == 0)
+            continue;
+        const auto bar = [&](double low, double high, const Colour& shade) {
+            const double top = panel.Y(high);
+            panel.Page().Fill({box.x + x, top, 1.0, std::max(0.7, panel.Y(low) - top)}, shade);
+        };
+        const auto lowest = static_cast<double>(bin.lowest);
+        const auto highest = static_cast<double>(bin.highest);
+        const auto rms = static_cast<double>(bin.Rms());
+        bar(lowest, highest, colour.Faded(kPeakOpacity));
+        bar(std::max(-rms, lowest), std::min(rms, highest), colour);
+    }
+}
+
+void WaveformPanel::Draw(const std::string& title) const {
+    panel.DrawGrid(kValueTicks);
+    panel.Page().ClipTo(panel.Area());
+    DrawOutline();
+    panel.Page().ClipNothing();
+    panel.DrawFrame(title, "Amplitude", kValueTicks, false);
+}
+
+void WaveformPanel::DrawLegend(double x) const {
+    Canvas& page = panel.Page();
+    const double y = panel.Area().y + 14.0;
+    const auto entry = [&](double at, const Colour& shade, const char* text) {
+        page.Fill({x, at - 10.0, 18.0, 12.0}, shade);
+        page.Text(x + 28.0, at, text, kLegend);
+    };
+    entry(y, colour.Faded(kPeakOpacity), "peak");
+    entry(y + 22.0, colour, "effective (RMS)");
+}
+
+}  // namespace Quorvan::Tools

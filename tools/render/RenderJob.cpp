@@ -1,0 +1,199 @@
+#include "tools/render/RenderJob.h"
+
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+#include "host/engine/TailEstimator.h"
+#include "host/parameters/Sentence.h"
+#include "host/state/StateTransfer.h"
+#include "primitives/Clock.h"
+#include "tools/audio/Resampler.h"
+#include "tools/picture/Picture.h"
+#include "tools/render/FileSink.h"
+#include "tools/render/GrainCounter.h"
+#include "tools/render/Renderer.h"
+#include "tools/render/TailTrimmer.h"
+#include "tools/support/Failure.h"
+#include "tools/support/Numbers.h"
+#include "tools/support/Progress.h"
+#include "tools/support/TemporaryFiles.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+constexpr double kUsualTempo = 120.0;
+/// The longest tail that comes without being asked for, in seconds.
+constexpr double kLongestTail = 30.0;
+
+std::string SampleRateText(double rate) { return Fixed(rate / 1000.0, 1) + " kHz"; }
+
+}  // namespace
+
+RenderJob::RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parameters)
+    : settings(std::move(wanted)), catalog(parameters) {
+    std::vector<std::string> warnings;
+    sound = SoundChoice::Make(LoadPreset(settings.preset, catalog, warnings), settings.assignments,
+                              catalog);
+    summary.warnings = std::move(warnings);
+    summary.preset = sound.preset.name;
+    summary.seed = settings.seed.value_or(prims::SeedFromClock());
+    tempo = settings.tempo.value_or(sound.preset.tempo.value_or(kUsualTempo));
+    if (settings.automation)
+        automation = Automation::Load(*settings.automation, catalog);
+}
+
+RenderJob::~RenderJob() = default;
+
+Summary RenderJob::Run() {
+    const auto start = std::chrono::steady_clock::now();
+    OpenSources();
+    OpenOutputs();
+    PrepareEngine();
+    Render();
+    WritePicture();
+    Account();
+    Commit();
+    summary.elapsed =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return summary;
+}
+
+std::unique_ptr<AudioSource> RenderJob::OpenSource(const std::filesystem::path& path,
+                                                   double wantedRate, AudioReader*& reader) const {
+    auto opened = std::make_unique<AudioReader>(path);
+    reader = opened.get();
+    const double target = wantedRate > 0.0 ? wantedRate : reader->Rate();
+    return Resampler::At(target, std::move(opened));
+}
+
+void RenderJob::OpenSources() {
+    main = OpenSource(settings.input, settings.rate.value_or(0), mainReader);
+    rate = main->Rate();
+    if (settings.sideChain)
+        side = OpenSource(*settings.sideChain, rate, sideReader);
+}
+
+void RenderJob::OpenOutputs() {
+    summary.channels = settings.mono ? 1 : 2;
+    format = AudioFormat::Choose(settings.output, settings.format, rate, summary.channels);
+    soundFile.emplace(settings.output, settings.force);
+    if (!settings.picture)
+        return;
+    if (*settings.picture == settings.output)
+        throw Failure(ExitCode::Usage, "Sound and picture can't both go to " +
+                                           Host::Quoted(settings.output.string()) +
+                                           ". Name two files.");
+    pictureFile.emplace(*settings.picture, settings.force);
+}
+
+void RenderJob::PrepareEngine() {
+    engine.emplace(summary.seed);
+    // Set ahead of Prepare, so that the loop takes its length from the tempo at once.
+    engine->SetTransport({tempo, settings.startBeat, settings.playing});
+    engine->Prepare({.sampleRate = rate,
+                     .inputs = main->Channels(),
+                     .outputs = summary.channels,
+                     .sideChainInputs = side != nullptr ? side->Channels() : 0,
+                     .sendsFeedback = false});
+    Host::ApplyPreset(sound.preset, *engine, catalog);
+    for (const Host::ParameterValue& lever : sound.levers)
+        engine->Write(lever.index, lever.position);
+    // The first block after a preset clears what sounds; only then can a start of the song be seen.
+    engine->Idle(1);
+    if (settings.picture)
+        picture.emplace(*engine);
+}
+
+double RenderJob::TailSeconds() {
+    if (settings.tail)
+        return *settings.tail;
+    return std::min(kLongestTail, Host::EstimateTail(*engine, catalog).seconds);
+}
+
+void RenderJob::Render() {
+    const auto tail = static_cast<uint64_t>(std::llround(TailSeconds() * rate));
+    const std::optional<uint64_t> inputFrames = main->Frames();
+    AudioWriter writer(*soundFile, format, rate, summary.channels, inputFrames.value_or(0) + tail);
+    FileSink file(writer, rate, summary.channels);
+    GrainCounter grains;
+    engine->AddListener(grains);
+
+    Renderer renderer(*engine, *main, side.get());
+    renderer.SetWrites(automation.Resolve(rate, tempo, settings.startBeat, sound.context, catalog));
+    renderer.SetTail(tail);
+    TailTrimmer trimmer;
+    const auto connect = [&](RenderSink& sink) {
+        settings.tail ? renderer.AddSink(sink) : trimmer.AddSink(sink);
+    };
+    connect(file);
+    if (picture)
+        connect(*picture);
+    if (!settings.tail)
+        renderer.AddSink(trimmer);
+
+    const std::optional<uint64_t> total =
+        inputFrames ? std::optional(*inputFrames + tail) : std::nullopt;
+    Progress progress(rate, total, settings.progress);
+    renderer.Run([&](uint64_t frames) { progress.Show(frames); });
+    progress.Clear();
+    engine->RemoveListener(grains);
+    writer.Finish();
+
+    file.Report(summary);
+    summary.clipped = writer.ClippedSamples();
+    summary.grains = grains.Count();
+    summary.inputSeconds = static_cast<double>(renderer.InputFrames()) / rate;
+    summary.cpuShare = renderer.CpuSeconds() * rate / static_cast<double>(engine->FramesIn());
+}
+
+void RenderJob::WritePicture() {
+    if (!picture)
+        return;
+    picture->title = settings.input.filename().string() + "  \xe2\x86\x92  " +
+                     settings.output.filename().string();
+    picture->subtitle = "Preset \xe2\x80\x9c" + summary.preset + "\xe2\x80\x9d   \xc2\xb7   " +
+                        Fixed(tempo, 0) + " BPM, song " +
+                        (settings.playing ? "playing" : "stopped") + "   \xc2\xb7   " +
+                        SampleRateText(rate) + "   \xc2\xb7   " + Fixed(summary.seconds, 2) +
+                        " s   \xc2\xb7   peak " + summary.PeakText() + "   \xc2\xb7   loudness " +
+                        summary.LoudnessText() + "   \xc2\xb7   " + Grouped(summary.grains) +
+                        " grains   \xc2\xb7   seed " + std::to_string(summary.seed);
+    DrawPicture(*picture, *pictureFile);
+    summary.picture = *settings.picture;
+}
+
+void RenderJob::WarnOfBadSamples(const std::filesystem::path& path, uint64_t count) {
+    if (count > 0)
+        summary.warnings.push_back(Host::Quoted(path.string()) + " holds " + Grouped(count) +
+                                   " samples that are no numbers (NaN or infinity). They were " +
+                                   "taken as 0; export the file again if it should hold sound.");
+}
+
+/// What is known of the whole only behind its end.
+void RenderJob::Account() {
+    summary.output = settings.output;
+    summary.format = format.text;
+    summary.rate = rate;
+    summary.tempo = tempo;
+    summary.latencyFrames = engine->LatencyFrames();
+    summary.badInputs = mainReader->BadSamples();
+    summary.badSideChain = sideReader != nullptr ? sideReader->BadSamples() : 0;
+    summary.badOutputs = engine->Counts().badOutputs;
+    WarnOfBadSamples(settings.input, summary.badInputs);
+    if (settings.sideChain)
+        WarnOfBadSamples(*settings.sideChain, summary.badSideChain);
+    if (const uint64_t lost = engine->Counts().refusedWrites; lost > 0)
+        summary.warnings.push_back(Grouped(lost) + " writes of the automation were left out: too " +
+                                   "many fall on one moment. Thin them out.");
+}
+
+void RenderJob::Commit() {
+    const SignalPause pause;
+    if (pictureFile)
+        pictureFile->Commit();
+    soundFile->Commit();
+}
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/engine/Engine.h"
+#include "host/parameters/ParameterCatalog.h"
+#include "tools/audio/AudioFormat.h"
+#include "tools/audio/AudioReader.h"
+#include "tools/picture/PictureData.h"
+#include "tools/render/Automation.h"
+#include "tools/render/RenderSettings.h"
+#include "tools/render/SoundChoice.h"
+#include "tools/render/Summary.h"
+#include "tools/support/AtomicOutput.h"
+
+namespace Quorvan::Tools {
+
+/// One render from files to files. Everything that can be wrong with the command line or the files
+/// is found before the first sample is processed.
+class RenderJob {
+public:
+    RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parameters);
+    ~RenderJob();
+
+    /// Throws Failure; then no file has been made or touched.
+    Summary Run();
+
+private:
+    void OpenSources();
+    void OpenOutputs();
+    void PrepareEngine();
+    double TailSeconds();
+    void Render();
+    void WritePicture();
+    void Account();
+    void WarnOfBadSamples(const std::filesystem::path& path, uint64_t count);
+    void Commit();
+    std::unique_ptr<AudioSource> OpenSource(const std::filesystem::path& path, double rate,
+                                            AudioReader*& reader) const;
+
+    RenderSettings settings;
+    const Host::ParameterCatalog& catalog;
+    Summary summary;
+    SoundChoice sound;
+    Automation automation;
+
+    AudioReader* mainReader = nullptr;  ///< inside main
+    AudioReader* sideReader = nullptr;  ///< inside side
+    std::unique_ptr<AudioSource> main, side;
+    std::optional<AtomicOutput> soundFile, pictureFile;
+    AudioFormat format;
+    double rate = 0.0;
+    double tempo = 0.0;
+
+    std::optional<Host::Engine> engine;
+    std::optional<PictureData> picture;
+};
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Quorvan::Tools {
+
+/// What a render is asked for: the command line in order.
+struct RenderSettings {
+    std::filesystem::path input;
+    std::filesystem::path output;
+    std::optional<std::filesystem::path> sideChain;
+    std::optional<std::filesystem::path> automation;
+    std::optional<std::filesystem::path> picture;
+
+    std::string preset = "init";           ///< a factory preset's name, or a file
+    std::vector<std::string> assignments;  ///< NAME=POSITION
+
+    std::optional<double> tempo;  ///< beats per minute; else the preset's, else 120
+    bool playing = true;
+    double startBeat = 0.0;        ///< quarter notes
+    std::optional<double> tail;    ///< seconds; else as long as the sound lasts
+    std::optional<uint64_t> seed;  ///< else one of chance, which the summary tells
+    std::optional<uint32_t> rate;  ///< hertz; else the input's
+    std::string format;            ///< as AudioFormat::Choose takes it
+    bool mono = false;             ///< one output channel
+
+    bool force = false;    ///< replace files that exist
+    bool progress = true;  ///< show a bar where there is a terminal
+};
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,104 @@
+#include "tools/render/Renderer.h"
+
+#include <time.h>
+
+#include <algorithm>
+#include <array>
+
+namespace Quorvan::Tools {
+
+namespace {
+
+constexpr size_t kPiece = 1024;  // frames at a time
+
+double ProcessorSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1.0e-9 * static_cast<double>(now.tv_nsec);
+}
+
+}  // namespace
+
+Renderer::Renderer(Host::Engine& target, AudioSource& mainSource, AudioSource* sideChainSource)
+    : engine(target),
+      main(mainSource),
+      side(sideChainSource),
+      input(mainSource.Channels(), kPiece),
+      sideChain(sideChainSource != nullptr ? sideChainSource->Channels() : 0, kPiece),
+      output(target.Format().outputs, kPiece) {}
+
+void Renderer::Run(const std::function<void(uint64_t)>& progress) {
+    while (given < end) {
+        ReadPiece();
+        QueueWrites();
+        ProcessPiece();
+        GiveInput();
+        fed += kPiece;
+        GiveOutput();
+        progress(given);
+    }
+    for (RenderSink* sink : sinks)
+        sink->OnEnd();
+}
+
+void Renderer::ReadPiece() {
+    size_t got = 0;
+    if (end == kUnknown) {
+        got = main.Read(input.Pointers(), kPiece);
+        inputFrames += got;
+        if (got < kPiece)
+            EndInput();
+    }
+    input.ClearFrom(got);
+    if (side != nullptr)
+        sideChain.ClearFrom(side->Read(sideChain.Pointers(), kPiece));
+}
+
+void Renderer::EndInput() {
+    end = inputFrames + tail;
+    for (RenderSink* sink : sinks)
+        sink->OnInputEnd(inputFrames);
+}
+
+void Renderer::QueueWrites() {
+    for (; nextWrite < writes.size() && writes[nextWrite].frame < fed + kPiece; ++nextWrite) {
+        const TimedWrite& write = writes[nextWrite];
+        engine.WriteAt(write.frame, write.index, write.position);
+    }
+}
+
+void Renderer::ProcessPiece() {
+    Host::AudioBuffers buffers;
+    buffers.inputs = input.Pointers();
+    buffers.outputs = output.Pointers();
+    buffers.sideChain = side != nullptr ? sideChain.Pointers() : nullptr;
+    buffers.frames = kPiece;
+    const double before = ProcessorSeconds();
+    engine.Process(buffers);
+    cpuSeconds += ProcessorSeconds() - before;
+}
+
+void Renderer::GiveInput() {
+    const SoundPiece piece{fed, kPiece, input.Pointers(), input.Channels()};
+    for (RenderSink* sink : sinks)
+        sink->OnInput(piece);
+}
+
+void Renderer::GiveOutput() {
+    const uint64_t latency = engine.LatencyFrames();
+    const uint64_t ready = std::min(fed > latency ? fed - latency : 0, end);
+    if (ready <= given)
+        return;
+    // The piece just processed holds the output frames from fed - kPiece - latency on.
+    const auto from = static_cast<size_t>(given + latency + kPiece - fed);
+    std::array<const float*, 2> channels{};
+    for (uint32_t c = 0; c < output.Channels(); ++c)
+        channels[c] = output[c].data() + from;
+    const SoundPiece piece{given, static_cast<size_t>(ready - given), channels.data(),
+                           output.Channels()};
+    for (RenderSink* sink : sinks)
+        sink->OnOutput(piece);
+    given = ready;
+}
+
+}  // namespace Quorvan::Tools

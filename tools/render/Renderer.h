@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <span>
+#include <vector>
+
+#include "host/engine/Engine.h"
+#include "tools/audio/AudioSource.h"
+#include "tools/audio/Planes.h"
+#include "tools/render/Automation.h"
+#include "tools/render/RenderSink.h"
+
+namespace Quorvan::Tools {
+
+/// Runs sound through a prepared engine from start to end, with the latency taken off the front of
+/// the output.
+class Renderer {
+public:
+    /// The engine must be prepared for the rate and the channels of input and sideChain, which may
+    /// be null.
+    Renderer(Host::Engine& target, AudioSource& input, AudioSource* sideChain);
+
+    /// In order of their frames.
+    void SetWrites(std::vector<TimedWrite> timed) { writes = std::move(timed); }
+    void SetTail(uint64_t frames) { tail = frames; }
+    void AddSink(RenderSink& sink) { sinks.push_back(&sink); }
+
+    /// progress hears the frames that are done.
+    void Run(const std::function<void(uint64_t)>& progress);
+
+    /// Frames of input that there were, known after Run.
+    uint64_t InputFrames() const { return inputFrames; }
+    /// Processor time that the engine took, in seconds.
+    double CpuSeconds() const { return cpuSeconds; }
+
+private:
+    static constexpr uint64_t kUnknown = std::numeric_limits<uint64_t>::max();
+
+    void ReadPiece();
+    void EndInput();
+    void QueueWrites();
+    void ProcessPiece();
+    void GiveInput();
+    void GiveOutput();
+
+    Host::Engine& engine;
+    AudioSource& main;
+    AudioSource* side;
+    std::vector<RenderSink*> sinks;
+    std::vector<TimedWrite> writes;
+    size_t nextWrite = 0;
+    uint64_t tail = 0;
+
+    Planes input, sideChain, output;
+    uint64_t fed = 0;    ///< frames that the engine has taken
+    uint64_t given = 0;  ///< frames of output that the sinks have
+    uint64_t inputFrames = 0;
+    uint64_t end = kUnknown;  ///< length of the output; known when the input has ended
+    double cpuSeconds = 0.0;
+};
+
+}  // namespace Quorvan::Tools

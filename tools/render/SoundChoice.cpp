@@ -1,0 +1,94 @@
+#include "tools/render/SoundChoice.h"
+
+#include <algorithm>
+
+#include "host/parameters/NumberText.h"
+#include "host/parameters/Sentence.h"
+#include "host/state/PresetFormat.h"
+#include "presets/FactoryPresets.h"
+#include "tools/render/PositionText.h"
+#include "tools/support/Failure.h"
+#include "tools/support/TextFile.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+bool LooksLikeFile(const std::string& name) {
+    return name.find('/') != std::string::npos ||
+           Host::Lower(std::filesystem::path(name).extension().string()) == ".json";
+}
+
+Host::Preset Understand(std::string_view json, const std::string& name,
+                        const Host::ParameterCatalog& catalog, std::vector<std::string>& warnings) {
+    Host::Parsed<Host::Preset> parsed = Host::ReadPreset(json, catalog);
+    for (const Host::Issue& issue : parsed.issues) {
+        const std::string sentence = "Preset " + Host::Quoted(name) + ": " + issue.text;
+        if (!parsed.value && issue.severity == Host::Issue::Severity::Error)
+            throw Failure(ExitCode::Input, sentence);
+        warnings.push_back(sentence);
+    }
+    if (!parsed.value)
+        throw Failure(ExitCode::Input, "Preset " + Host::Quoted(name) + " can't be read.");
+    if (parsed.value->name.empty())
+        parsed.value->name = name;
+    return std::move(*parsed.value);
+}
+
+void Put(std::vector<Host::ParameterValue>& values, Host::ParameterValue value) {
+    const auto place = std::find_if(values.begin(), values.end(),
+                                    [&](const auto& other) { return other.index == value.index; });
+    if (place == values.end())
+        values.push_back(value);
+    else
+        *place = value;
+}
+
+[[noreturn]] void Refuse(const std::string& assignment, const std::string& problem) {
+    throw Failure(ExitCode::Usage, "--set " + Host::Quoted(assignment) + ": " + problem);
+}
+
+void Assign(SoundChoice& sound, const std::string& assignment,
+            const Host::ParameterCatalog& catalog) {
+    const size_t sign = assignment.find('=');
+    if (sign == std::string::npos)
+        Refuse(assignment, "Write NAME=POSITION, such as \"Dry / Wet=0.5\".");
+    const NamedParameter named = FindWritable(catalog, assignment.substr(0, sign));
+    if (!named.index)
+        Refuse(assignment, named.problem);
+    const Host::TextResult result =
+        ReadPosition(catalog, *named.index, assignment.substr(sign + 1), sound.context);
+    if (!result.position)
+        Refuse(assignment, result.problem);
+    const Host::ParameterValue value{*named.index, *result.position};
+    const bool isLever = catalog[value.index].role == Host::ParameterRole::Control;
+    Put(isLever ? sound.levers : sound.preset.parameters, value);
+    FollowScale(sound.context, catalog, value.index, value.position);
+}
+
+}  // namespace
+
+Host::Preset LoadPreset(const std::string& nameOrFile, const Host::ParameterCatalog& catalog,
+                        std::vector<std::string>& warnings) {
+    if (!LooksLikeFile(nameOrFile)) {
+        if (const Host::FactoryPreset* preset = Host::FindFactoryPreset(nameOrFile))
+            return Understand(preset->json, nameOrFile, catalog, warnings);
+        if (!std::filesystem::exists(nameOrFile))
+            throw Failure(ExitCode::Usage, Host::UnknownFactoryPreset(nameOrFile) +
+                                               " \"tesserae presets\" lists them all; a file of "
+                                               "your own goes by its path.");
+    }
+    return Understand(ReadTextFile(nameOrFile), nameOrFile, catalog, warnings);
+}
+
+SoundChoice SoundChoice::Make(Host::Preset preset, const std::vector<std::string>& assignments,
+                              const Host::ParameterCatalog& catalog) {
+    SoundChoice sound{std::move(preset), {}, {}};
+    for (const Host::ParameterValue& value : sound.preset.parameters)
+        FollowScale(sound.context, catalog, value.index, value.position);
+    for (const std::string& assignment : assignments)
+        Assign(sound, assignment, catalog);
+    return sound;
+}
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,72 @@
+#include "tools/render/Summary.h"
+
+#include <cmath>
+#include <limits>
+
+#include <nlohmann/json.hpp>
+
+#include "host/parameters/NumberText.h"
+#include "tools/support/Numbers.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+double Decibels(float level) {
+    return level > 0.0f ? 20.0 * std::log10(static_cast<double>(level))
+                        : -std::numeric_limits<double>::infinity();
+}
+
+}  // namespace
+
+std::string Summary::PeakText() const {
+    return Host::FormatNumber(Decibels(peak), Host::Unit::Decibels);
+}
+
+std::string Summary::LoudnessText() const {
+    return loudness ? Fixed(*loudness, 1) + " LUFS" : "not measurable (too short or too quiet)";
+}
+
+std::string Summary::Line() const {
+    std::string line = output.string() + ": " + Fixed(seconds, 2) + " s, peak " + PeakText() +
+                       ", loudness " + LoudnessText() + ", " + Grouped(grains) + " grains, CPU " +
+                       Fixed(100.0 * cpuShare, 1) + " % of real time, seed " + std::to_string(seed);
+    const auto add = [&line](uint64_t count, const std::string& what) {
+        if (count > 0)
+            line += ", " + Grouped(count) + " " + what;
+    };
+    add(badInputs, "NaN or infinite input samples taken as 0");
+    add(badSideChain, "NaN or infinite side-chain samples taken as 0");
+    add(badOutputs, "NaN or infinite output samples taken as 0");
+    add(clipped, "samples clipped");
+    return line;
+}
+
+std::string Summary::Json() const {
+    nlohmann::ordered_json json;
+    json["output"] = output.string();
+    json["format"] = format;
+    json["preset"] = preset;
+    if (!picture.empty())
+        json["picture"] = picture.string();
+    json["seed"] = seed;
+    json["rate"] = rate;
+    json["channels"] = channels;
+    json["seconds"] = seconds;
+    json["inputSeconds"] = inputSeconds;
+    json["tempo"] = tempo;
+    json["latencyFrames"] = latencyFrames;
+    json["peakDb"] = peak > 0.0f ? nlohmann::ordered_json(Decibels(peak)) : nullptr;
+    json["loudnessLufs"] = loudness ? nlohmann::ordered_json(*loudness) : nullptr;
+    json["grains"] = grains;
+    json["cpuShare"] = cpuShare;
+    json["elapsedSeconds"] = elapsed;
+    json["badInputSamples"] = badInputs;
+    json["badSideChainSamples"] = badSideChain;
+    json["badOutputSamples"] = badOutputs;
+    json["clippedSamples"] = clipped;
+    json["warnings"] = warnings;
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+}  // namespace Quorvan::Tools

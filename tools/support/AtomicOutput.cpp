@@ -1,0 +1,188 @@
+#include "tools/support/AtomicOutput.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "host/parameters/Sentence.h"
+#include "tools/support/Failure.h"
+#include "tools/support/TemporaryFiles.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kPermissions = 0666;  // the user's mask takes off what shall not be
+
+/// Follows links, so that the file behind a link is replaced and not the link.
+fs::path PlaceOf(const fs::path& name) {
+    std::error_code error;
+    const fs::path resolved = fs::weakly_canonical(fs::absolute(name, error), error);
+    return error ? name : resolved;
+}
+
+std::string Reason(int error) {
+    switch (error) {
+        case ENOSPC:
+        case EDQUOT:
+            return "the disk is full. Free some space or write to another disk.";
+        case EFBIG:
+            return "it would be larger than the system allows. Write to another disk, render "
+                   "less, or choose a smaller format.";
+        case EACCES:
+        case EPERM:
+            return "you have no permission to write in that folder. Choose another one.";
+        case EROFS:
+            return "that disk can only be read. Choose another one.";
+        case ENOENT:
+        case ENOTDIR:
+            return "that folder does not exist. Make it first, or choose another one.";
+        case ENAMETOOLONG:
+            return "the name is too long. Choose a shorter one.";
+        default:
+            return std::string(std::strerror(error)) + ".";
+    }
+}
+
+}  // namespace
+
+AtomicOutput::AtomicOutput(const fs::path& target, bool replace)
+    : name(target), place(PlaceOf(target)), replaces(replace) {
+    CheckPlace();
+    OpenTemporary();
+}
+
+AtomicOutput::~AtomicOutput() {
+    if (file < 0)
+        return;
+    const SignalPause pause;
+    close(file);
+    unlink(temporary.c_str());
+    TemporaryFiles::Forget(registration);
+}
+
+void AtomicOutput::CheckPlace() const {
+    const auto refuse = [this](const std::string& rest) {
+        throw Failure(ExitCode::Output, Host::Quoted(name.string()) + " " + rest);
+    };
+    struct stat there {};
+    if (name.filename().empty())
+        refuse("names a folder. Name a file in it.");
+    if (stat(place.c_str(), &there) != 0)
+        return;
+    if (S_ISDIR(there.st_mode))
+        refuse("is a folder. Name a file in it.");
+    if (!S_ISREG(there.st_mode))
+        refuse("is a device or a pipe. Name an ordinary file.");
+    if (!replaces)
+        refuse("exists already. Choose another name, or replace it with --force.");
+}
+
+void AtomicOutput::OpenTemporary() {
+    // The process number keeps two runs apart that write to one place.
+    std::string leaf(".");
+    leaf.append(place.filename()).append(".").append(std::to_string(getpid())).append(".part");
+    temporary = place.parent_path() / leaf;
+    const SignalPause pause;
+    unlink(temporary.c_str());  // of a process that had this number and lost its power
+    file = open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kPermissions);
+    if (file < 0)
+        Fail(errno);
+    try {
+        registration = TemporaryFiles::Add(temporary);
+    } catch (...) {
+        close(file);
+        unlink(temporary.c_str());
+        throw;
+    }
+}
+
+int64_t AtomicOutput::Write(const void* data, int64_t bytes) {
+    const auto* from = static_cast<const char*>(data);
+    int64_t done = 0;
+    while (done < bytes) {
+        const ssize_t count = write(file, from + done, static_cast<size_t>(bytes - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (!Keep(count > 0))
+            break;
+        done += count;
+    }
+    return done;
+}
+
+int64_t AtomicOutput::Read(void* data, int64_t bytes) {
+    const ssize_t count = read(file, data, static_cast<size_t>(bytes));
+    Keep(count >= 0);
+    return count < 0 ? 0 : count;
+}
+
+int64_t AtomicOutput::Seek(int64_t offset, int whence) {
+    const off_t at = lseek(file, offset, whence);
+    Keep(at >= 0);
+    return at;
+}
+
+int64_t AtomicOutput::Length() {
+    struct stat there {};
+    return Keep(fstat(file, &there) == 0) ? there.st_size : -1;
+}
+
+bool AtomicOutput::Keep(bool succeeded) {
+    if (!succeeded && firstError == 0)
+        firstError = errno != 0 ? errno : EIO;
+    return succeeded;
+}
+
+void AtomicOutput::Fail(int error) const {
+    throw Failure(ExitCode::Output,
+                  Host::Quoted(name.string()) + " could not be written: " + Reason(error));
+}
+
+void AtomicOutput::ThrowIfFailed() const {
+    if (firstError != 0)
+        Fail(firstError);
+}
+
+void AtomicOutput::Commit() {
+    ThrowIfFailed();
+    KeepPermissions();
+    // Some disks tell that they are full only here. Those that know no such call have nothing to
+    // tell.
+    if (fsync(file) != 0 && errno != EINVAL && errno != ENOTSUP)
+        Fail(errno);
+    const SignalPause pause;
+    MoveToPlace();
+    TemporaryFiles::Forget(registration);
+    close(file);
+    file = -1;
+}
+
+void AtomicOutput::KeepPermissions() const {
+    struct stat older {};
+    if (stat(place.c_str(), &older) == 0)
+        fchmod(file, older.st_mode & 07777);
+}
+
+void AtomicOutput::MoveToPlace() {
+    if (!replaces) {
+        // Also refuses a file that has come into being while this one was written.
+        if (renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, place.c_str(), RENAME_NOREPLACE) == 0)
+            return;
+        if (errno == EEXIST)
+            CheckPlace();
+        if (errno != EINVAL && errno != ENOSYS)
+            Fail(errno);
+        CheckPlace();
+    }
+    if (rename(temporary.c_str(), place.c_str()) != 0)
+        Fail(errno);
+}
+
+}  // namespace Quorvan::Tools

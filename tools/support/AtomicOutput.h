@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace Quorvan::Tools {
+
+/// A file that appears whole or not at all: written under a name of its own beside its place, and
+/// renamed to its place by Commit. Without Commit, or when a signal ends the process, nothing is
+/// left of it, and an older file stays as it was.
+class AtomicOutput {
+public:
+    /// Opens the file for target. Throws Failure where it can't be written, or where something is
+    /// there already and replace is false.
+    AtomicOutput(const std::filesystem::path& target, bool replace);
+    ~AtomicOutput();
+    AtomicOutput(const AtomicOutput&) = delete;
+    AtomicOutput& operator=(const AtomicOutput&) = delete;
+
+    /// Plain file operations, for libraries that write through callbacks. They answer as those of C
+    /// do; the first error is kept for Commit.
+    int64_t Write(const void* data, int64_t bytes);
+    int64_t Read(void* data, int64_t bytes);
+    int64_t Seek(int64_t offset, int whence);
+    int64_t Tell() { return Seek(0, 1); }
+    int64_t Length();
+
+    /// Throws Failure where one of the operations has failed.
+    void ThrowIfFailed() const;
+    /// Brings everything to the disk and the file to its place. Throws Failure where that can't be.
+    void Commit();
+
+    /// The name as the user gave it.
+    const std::filesystem::path& Name() const { return name; }
+
+private:
+    void OpenTemporary();
+    void CheckPlace() const;
+    void MoveToPlace();
+    void KeepPermissions() const;
+    bool Keep(bool succeeded);
+    [[noreturn]] void Fail(int error) const;
+
+    std::filesystem::path name;   ///< as given
+    std::filesystem::path place;  ///< where it goes, links followed
+    std::string temporary;        ///< where it is written
+    bool replaces;
+    int file = -1;
+    size_t registration = 0;  ///< with TemporaryFiles, while file is open
+    int firstError = 0;       ///< errno of the first failed operation
+};
+
+}  // namespace Quorvan::Tools

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <csignal>
+#include <cstddef>
+#include <string>
+
+namespace Quorvan::Tools {
+
+/// The unfinished files of this process, known to its signal handlers, which remove them when the
+/// process is told to end.
+///
+/// Threads  calls come from one thread; handlers may interrupt it anywhere but inside a
+/// SignalPause.
+namespace TemporaryFiles {
+
+/// From now on SIGINT, SIGTERM and SIGHUP remove what is registered, say so, and end the process
+/// with ExitCode::Signal plus the signal's number. Signals that would end it in the middle of a
+/// write, for a broken pipe or the limit of a file's size, are left to the writes, which then fail.
+void InstallHandlers();
+
+/// Registers a path, and answers the place to forget it by. Throws Failure where too many are open.
+size_t Add(const std::string& path);
+void Forget(size_t place);
+
+}  // namespace TemporaryFiles
+
+/// Holds back the signals that end the process for as long as it lives.
+class SignalPause {
+public:
+    SignalPause();
+    ~SignalPause();
+    SignalPause(const SignalPause&) = delete;
+    SignalPause& operator=(const SignalPause&) = delete;
+
+private:
+    sigset_t before;
+};
+
+}  // namespace Quorvan::Tools
