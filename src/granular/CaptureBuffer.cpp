@@ -11,10 +11,6 @@ constexpr float kAllocatedSeconds = 16.1f;  // room behind the longest loop for 
 constexpr float kLongestLoopMs = 16000.0f;
 /// Head positions are held to this where they come from a time, ahead of the longest loop's wrap.
 constexpr float kFarthestSample = 2.0e9f;
-/// Recorded stretches up to this long are zeroed on the spot.
-constexpr uint32_t kZeroedAtOnce = 4096;
-/// Samples of the set-aside tape that are zeroed while one is recorded.
-constexpr uint32_t kZeroedPerSample = 256;
 
 }  // namespace
 
@@ -25,9 +21,7 @@ void CaptureBuffer::Setup(float rate) {
     const auto size = static_cast<size_t>(allocatedLength);
     for (std::vector<float>* buffer : Tape())
         buffer->assign(size, 0.0f);
-    for (std::vector<float>& buffer : setAside)
-        buffer.assign(size, 0.0f);
-    written = asideWritten = {};
+    written = {};
     length = std::clamp(length, 1u, maxLength);
 }
 
@@ -44,25 +38,44 @@ void CaptureBuffer::Reset() {
 void CaptureBuffer::Clear() {
     if (written.Length() == 0)
         return;
-    const std::array<std::vector<float>*, kBuffers> tape = Tape();
-    if (asideWritten.Length() == 0 && written.Length() > kZeroedAtOnce) {
-        for (size_t i = 0; i < kBuffers; ++i)
-            tape[i]->swap(setAside[i]);
-        asideWritten = written;
-    } else {
-        for (std::vector<float>* buffer : tape)
-            std::fill_n(buffer->begin() + written.first, written.Length(), 0.0f);
-    }
+    for (std::vector<float>* buffer : Tape())
+        std::fill_n(buffer->begin() + written.first, written.Length(), 0.0f);
     written = {};
 }
 
-void CaptureBuffer::ZeroSetAside() {
-    const uint32_t count = std::min(asideWritten.Length(), kZeroedPerSample);
-    asideWritten.end -= count;
-    for (std::vector<float>& buffer : setAside)
-        std::fill_n(buffer.begin() + asideWritten.end, count, 0.0f);
-    if (asideWritten.Length() == 0)
-        asideWritten = {};
+void CaptureBuffer::RunFree(const float* inLeft, const float* inRight, const float* persistence,
+                            uint32_t count, const Transport& transport) {
+    uint32_t done = 0;
+    while (done < count) {
+        // A loop that has just become shorter is left by one sample.
+        const uint32_t room = writePosition < length ? length - writePosition : 1;
+        const uint32_t n = std::min(count - done, room);
+        WriteStretch(inLeft + done, inRight + done, persistence + done, n);
+        writePosition += n - 1;
+        AdvanceFree();
+        done += n;
+    }
+    // While it scans, the play head goes its own way; else only its last place counts.
+    const uint32_t steps = playbackMode == kScan ? count : 1;
+    for (uint32_t i = 0; i < steps; ++i)
+        AdvancePlayHead(transport, false);
+}
+
+void CaptureBuffer::WriteStretch(const float* inLeft, const float* inRight,
+                                 const float* persistence, uint32_t count) {
+    const uint32_t w = writePosition;
+    const auto record = [=](const float* in, const float* old, float* out) {
+        for (uint32_t i = 0; i < count; ++i)
+            out[i] = (1.0f - persistence[i]) * in[i] + persistence[i] * old[i];
+    };
+    float* const l = left[activePass].data() + w;
+    float* const r = right[activePass].data() + w;
+    record(inLeft, left[activePass ^ 1u].data() + w, l);
+    record(inRight, right[activePass ^ 1u].data() + w, r);
+    float* const m = mono.data() + w;
+    for (uint32_t i = 0; i < count; ++i)
+        m[i] = (l[i] + r[i]) * 0.5f;
+    written.Include(w, w + count);
 }
 
 uint32_t CaptureBuffer::SamplesOf(float seconds) const {
@@ -157,7 +170,8 @@ bool CaptureBuffer::AdvancePlayHead(const Transport& transport, bool firstSample
     const double wrap = static_cast<double>(writePosition >= length ? writePosition + 1 : length);
     if (p <= 0.0)
         p += wrap;
-    p = Wrap(p, wrap);
+    if (p >= wrap || p < 0.0)
+        p = Wrap(p, wrap);
     const bool atStart = writePosition == 0;
     if (playbackMode == kScan) {
         if (retrigPlayHead && atStart)

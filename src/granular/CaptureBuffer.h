@@ -37,8 +37,7 @@ struct CaptureBuffer {
     void Setup(float rate);
     /// Empties the tape and puts the heads at 0.
     void Reset();
-    /// Zeroes all five buffers. A long recording is exchanged for a zero one and zeroed bit by bit
-    /// while the next is made: at once it would take longer than a block may.
+    /// Zeroes all five buffers, as far as anything has been recorded.
     void Clear();
 
     /// Loop of units whole notes, unitsOfClock song clock units long, from now on. Unless frozen,
@@ -63,10 +62,7 @@ struct CaptureBuffer {
         right[activePass][w] = r;
         const float mean = (l + r) * 0.5f;
         mono[w] = mean;
-        written.first = std::min(written.first, w);
-        written.end = std::max(written.end, w + 1);
-        if (asideWritten.end != 0)
-            ZeroSetAside();
+        written.Include(w, w + 1);
         return mean;
     }
     /// One step of the write head by itself, while the transport stands.
@@ -78,6 +74,10 @@ struct CaptureBuffer {
         if (writePosition == 0)
             activePass ^= 1u;
     }
+    /// count samples of Write, AdvanceFree and AdvancePlayHead at once, while the transport stands and
+    /// no head is watched for passing the loop's start.
+    void RunFree(const float* inLeft, const float* inRight, const float* persistence,
+                 uint32_t count, const Transport& transport);
     /// One step of the write head locked to the song clock, in units of sixty-fourth notes.
     void AdvanceLocked(float clock, const Transport& transport, bool firstSample,
                        MarkerRing& markers);
@@ -123,12 +123,17 @@ private:
         uint32_t first = UINT32_MAX, end = 0;
 
         uint32_t Length() const { return end > first ? end - first : 0; }
+        void Include(uint32_t from, uint32_t to) {
+            first = std::min(first, from);
+            end = std::max(end, to);
+        }
     };
 
     std::array<std::vector<float>*, kBuffers> Tape() {
         return {&left[0], &left[1], &right[0], &right[1], &mono};
     }
-    void ZeroSetAside();
+    void WriteStretch(const float* inLeft, const float* inRight, const float* persistence,
+                      uint32_t count);
     uint32_t SamplesOf(float seconds) const;
     /// Loops x into 0..wrap.
     static double Wrap(double x, double wrap) {
@@ -137,9 +142,7 @@ private:
     }
 
     float sampleRate = 44100.0f;
-    Stretch written;                                    ///< of the tape
-    std::array<std::vector<float>, kBuffers> setAside;  ///< the tape before the last clearing
-    Stretch asideWritten;                               ///< of that
+    Stretch written;
 };
 
 }  // namespace Quorvan::dsp

@@ -6,7 +6,6 @@
 #include "granular/GranularTables.h"
 #include "granular/StartQuantizer.h"
 #include "primitives/Clock.h"
-#include "primitives/FastMath.h"
 
 namespace Quorvan::dsp {
 
@@ -219,33 +218,7 @@ void GrainScheduler::DrawShared(Pair& pair, uint32_t n) {
     const float scatter = (Uniform() * 0.5f - 0.25f) * settings.randomDistance;
     const float distance = (scatter + position.Y()) * settings.distanceRange;
     pair.distanceGain = std::pow(std::max(distance, 0.0f) + 1.0f, kDistanceExponent);
-    ShapeTerms(pair, curves.At(Curve::ShapeParam, n));
-}
-
-void GrainScheduler::ShapeTerms(Pair& pair, float v) const {
-    const float c = v * 0.999f + 0.001f;
-    pair.shapeA = settings.shape == 2 || settings.shape >= 5 ? c : v;
-    switch (settings.shape) {
-        case 0:
-            pair.shapeB = v * 0.998f + 0.001f;
-            break;
-        case 1:
-        case 2:
-            pair.shapeB = c * 0.5f;
-            break;
-        case 3:
-            pair.shapeB = (4.0f / c) * (4.0f / c);
-            break;
-        case 4:
-            pair.shapeB = v * 0.9f + 0.1f;
-            break;
-        case 5:
-            pair.shapeB = 1.0f / (FastPow2(c * 14.42695f) - 1.0f);
-            break;
-        default:
-            pair.shapeB = 1.0f / (FastPow2(c * -14.42695f) - 1.0f);
-            break;
-    }
+    pair.shape = GrainShape::Of(settings.shape, curves.At(Curve::ShapeParam, n));
 }
 
 void GrainScheduler::DrawRight(const Side& l, Side& r, const Pair& pair, uint32_t n) {
@@ -313,8 +286,8 @@ void GrainScheduler::AddGrain(const Side& side, const Pair& pair, uint32_t n, bo
         (turns - std::floor(turns)) * static_cast<double>(capture.previousLength);
     grain.reversed = pair.reversed;
     grain.shape = settings.shape;
-    grain.shapeA = pair.shapeA;
-    grain.shapeB = pair.shapeB;
+    grain.shapeA = pair.shape.a;
+    grain.shapeB = pair.shape.b;
     grains.Add(grain);
     if (listener != nullptr)
         listener->OnGrainStart(grain);

@@ -8,6 +8,7 @@
 #include "granular/GrainLength.h"
 #include "granular/GrainListener.h"
 #include "granular/GrainPool.h"
+#include "granular/GrainShape.h"
 #include "granular/GranularSettings.h"
 #include "granular/MarkerRing.h"
 #include "granular/StereoPosition.h"
@@ -43,10 +44,17 @@ public:
         clocks = blockClocks;
         startedCount = 0;
     }
-    /// The decision of sample n, ahead of its recording.
+    /// The decision of sample n, ahead of its recording. Where a grain starts, catchUp is called
+    /// first: from then on the heads have to stand where they are at n.
+    template <class CatchUp>
+    void Step(uint32_t n, CatchUp&& catchUp) {
+        if (!Decide(n))
+            return;
+        catchUp();
+        Start(n);
+    }
     void Step(uint32_t n) {
-        if (Decide(n))
-            Start(n);
+        Step(n, [] {});
     }
     /// Lets the oldest count grains fade out.
     void ReleaseOldest(uint32_t count);
@@ -82,7 +90,7 @@ private:
         bool reversed = false;
         float pan = 0.5f;
         float distanceGain = 1.0f;
-        float shapeA = 0.0f, shapeB = 0.0f;
+        GrainShape shape;
     };
 
     bool Decide(uint32_t n);
@@ -95,7 +103,6 @@ private:
     float DrawSizeOffset(float sizeMs, uint32_t n);
     void DrawShared(Pair& pair, uint32_t n);
     void DrawRight(const Side& leftSide, Side& rightSide, const Pair& pair, uint32_t n);
-    void ShapeTerms(Pair& pair, float parameter) const;
     void PlaceStarts(Side& leftSide, Side& rightSide, const Pair& pair) const;
     void AddGrain(const Side& side, const Pair& pair, uint32_t n, bool rightSide);
 

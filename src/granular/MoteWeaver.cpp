@@ -479,12 +479,35 @@ void MoteWeaver::RunSamples(const ProcessBlock& block, bool transportStarted) {
                                              .songPosition = block.songPosition,
                                              .wholeNote = WholeNote(),
                                              .typeFactor = TimeTypeFactor(settings.grainSizeMode)};
-    const float* const cycles = SongClock().CycleBuffer();
-    const float* const phases = SongClock().PhaseBuffer();
+    // The heads matter where a grain starts; in between they are moved on in one go.
+    const bool marking = capture.quantizationMode == CaptureBuffer::kTransients;
+    uint32_t done = 0;
+    const auto catchUp = [&](uint32_t n) {
+        RunHeads(block, transport, done, n);
+        done = n;
+    };
+    for (uint32_t n = 0; n < block.numFrames; ++n) {
+        if (marking)
+            catchUp(n);
+        scheduler.Step(n, [&catchUp, n] { catchUp(n); });
+    }
+    catchUp(block.numFrames);
+}
+
+/// Records the samples from first to ahead of end, and moves the heads over them.
+void MoteWeaver::RunHeads(const ProcessBlock& block, const CaptureBuffer::Transport& transport,
+                          uint32_t first, uint32_t end) {
     const float* const left = block.inputs[Row::AudioLeft];
     const float* const right = block.inputs[Row::AudioRight];
-    for (uint32_t n = 0; n < block.numFrames; ++n) {
-        scheduler.Step(n);
+    const bool watched = capture.retrigPlayHead || capture.retrigSequencer ||
+                         capture.quantizationMode == CaptureBuffer::kTransients;
+    if (!capture.frozen && !transport.playing && !watched && first < end) {
+        capture.RunFree(left + first, right + first, persistence + first, end - first, transport);
+        return;
+    }
+    const float* const cycles = SongClock().CycleBuffer();
+    const float* const phases = SongClock().PhaseBuffer();
+    for (uint32_t n = first; n < end; ++n) {
         if (!capture.frozen) {
             RecordSample(n, left[n], right[n]);
             if (transport.playing)

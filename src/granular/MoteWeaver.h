@@ -97,6 +97,8 @@ private:
     void FillTextureRate(uint32_t frames);
     void MovePosition(const ProcessBlock& block);
     void RunSamples(const ProcessBlock& block, bool transportStarted);
+    void RunHeads(const ProcessBlock& block, const CaptureBuffer::Transport& transport,
+                  uint32_t first, uint32_t end);
     void RecordSample(uint32_t n, float left, float right);
     void FindTransients();
     void RenderGrains(const ProcessBlock& block);

@@ -8,7 +8,7 @@
 #include <random>
 #include <string>
 
-#include "primitives/FastMath.h"
+#include "granular/GrainShape.h"
 #include "support/PlainGrains.h"
 
 namespace Quorvan::dsp {
@@ -101,16 +101,6 @@ private:
     std::unique_ptr<test::PlainGrains> plain;
 };
 
-void SetShape(Grain& grain, int32_t shape, float v) {
-    const float c = v * 0.999f + 0.001f;
-    grain.shape = shape;
-    grain.shapeA = shape == 2 || shape >= 5 ? c : v;
-    const float falling = 1.0f / (FastPow2(c * (shape == 5 ? 14.42695f : -14.42695f)) - 1.0f);
-    const std::array<float, 8> b{v * 0.998f + 0.001f, c * 0.5f, c * 0.5f, 16.0f / (c * c),
-                                 v * 0.9f + 0.1f,     falling,  falling,  falling};
-    grain.shapeB = b[static_cast<size_t>(shape)];
-}
-
 Grain Scene::RandomGrain() {
     Grain grain;
     const std::array<float, 8> special{1.0f, 1.0f, 2.0f, 0.5f, 1.0003f, 0.9998f, 1.01f, 0.99f};
@@ -147,7 +137,10 @@ Grain Scene::RandomGrain() {
     grain.panGainRight = 2.0f - grain.panGainLeft;
     (Chance(0.5f) ? grain.outGainLeft : grain.outGainRight) = Draw(0.1f, 1.0f);
     const float v = Chance(0.2f) ? 0.0f : Chance(0.2f) ? 1.0f : Draw(0.0f, 1.0f);
-    SetShape(grain, static_cast<int32_t>(Index(8)), v);
+    grain.shape = static_cast<int32_t>(Index(8));
+    const GrainShape bent = GrainShape::Of(grain.shape, v);
+    grain.shapeA = bent.a;
+    grain.shapeB = bent.b;
     return grain;
 }
 

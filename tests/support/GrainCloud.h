@@ -8,7 +8,7 @@
 #include "granular/CaptureBuffer.h"
 #include "granular/GrainLength.h"
 #include "granular/GrainPool.h"
-#include "primitives/FastMath.h"
+#include "granular/GrainShape.h"
 
 namespace Quorvan::test {
 
@@ -89,16 +89,9 @@ private:
         grain.panGainLeft = grain.panGainRight = 1.0f;
         (rightSide ? grain.outGainRight : grain.outGainLeft) = 1.0f;
         grain.shape = style.shape;
-        const float v = Draw(0.0f, 1.0f);
-        const float c = v * 0.999f + 0.001f;
-        grain.shapeA = style.shape == 2 || style.shape >= 5 ? c : v;
-        grain.shapeB =
-            style.shape == 0   ? v * 0.998f + 0.001f
-            : style.shape <= 2 ? c * 0.5f
-            : style.shape == 3 ? 16.0f / (c * c)
-            : style.shape == 4
-                ? v * 0.9f + 0.1f
-                : 1.0f / (dsp::FastPow2(c * (style.shape == 5 ? 14.42695f : -14.42695f)) - 1.0f);
+        const auto shape = dsp::GrainShape::Of(style.shape, Draw(0.0f, 1.0f));
+        grain.shapeA = shape.a;
+        grain.shapeB = shape.b;
         return grain;
     }
 

@@ -63,8 +63,10 @@ std::vector<Tick> Axis::LinearTicks(size_t count) const {
 
 std::vector<Tick> Axis::LogarithmicTicks() const {
     std::vector<Tick> ticks;
-    const double lowest = std::pow(10.0, std::floor(std::log10(low)));
-    for (double decade = lowest; decade <= high; decade *= 10.0) {
+    const int first = static_cast<int>(std::floor(std::log10(low)));
+    const int last = static_cast<int>(std::floor(std::log10(high)));
+    for (int exponent = first; exponent <= last; ++exponent) {
+        const double decade = std::pow(10.0, exponent);
         for (int factor = 1; factor <= 9; ++factor) {
             const double value = factor * decade;
             if (value < low || value > high * 1.000001)

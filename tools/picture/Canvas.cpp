@@ -60,6 +60,13 @@ void Canvas::Outline(const Box& box, const Colour& colour) {
     cairo_stroke(context);
 }
 
+void Canvas::ColourBar(const Box& box, const std::function<Colour(double)>& colourOf) {
+    const int rows = static_cast<int>(box.height);
+    for (int row = 0; row < rows; ++row)
+        Fill({box.x, box.y + row, box.width, 1.0}, colourOf(1.0 - (row + 0.5) / rows));
+    Outline(box, Palette::kFrame);
+}
+
 void Canvas::Line(double x0, double y0, double x1, double y1, const Colour& colour, double width) {
     Use(colour);
     cairo_set_line_width(context, width);

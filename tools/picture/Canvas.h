@@ -2,7 +2,7 @@
 
 #include <cairo.h>
 
-#include <memory>
+#include <functional>
 #include <string>
 
 #include "tools/picture/Colour.h"
@@ -36,6 +36,8 @@ public:
 
     void Fill(const Box& box, const Colour& colour);
     void Outline(const Box& box, const Colour& colour);
+    /// An upright bar of the colours of 0, at its foot, to 1, with a border.
+    void ColourBar(const Box& box, const std::function<Colour(double)>& colourOf);
     void Line(double x0, double y0, double x1, double y1, const Colour& colour, double width = 1.0);
     void DashedLine(double x0, double y0, double x1, double y1, const Colour& colour);
     /// Half of a disc: the side left or right of x.

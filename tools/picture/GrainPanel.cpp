@@ -134,10 +134,7 @@ double GrainPanel::DrawPitchBar(double x, double y, double height) const {
     Canvas& page = panel.Page();
     page.Text(x, y, "Pitch (semitones)", kNames);
     const Box bar{x, y + 14.0, 18.0, height};
-    for (double row = 0.0; row < height; row += 1.0)
-        page.Fill({bar.x, bar.y + row, bar.width, 1.0},
-                  PitchColour(pitchRange * (1.0 - 2.0 * (row + 0.5) / height), pitchRange));
-    page.Outline(bar, Palette::kFrame);
+    page.ColourBar(bar, [](double share) { return PitchColour(2.0 * share - 1.0, 1.0); });
     for (const double share : {-1.0, -2.0 / 3.0, -1.0 / 3.0, 0.0, 1.0 / 3.0, 2.0 / 3.0, 1.0}) {
         const double at = bar.y + 0.5 * bar.height * (1.0 - share);
         page.Line(bar.Right(), at, bar.Right() + 5.0, at, Palette::kFrame);

@@ -103,9 +103,7 @@ void SpectrogramPanel::DrawLegend(double x) const {
     Canvas& page = panel.Page();
     const Box bar{x, panel.Area().y + 26.0, 18.0, panel.Area().height - 32.0};
     page.Text(x, panel.Area().y + 10.0, "Level (dB)", kNames);
-    for (double y = 0.0; y < bar.height; y += 1.0)
-        page.Fill({bar.x, bar.y + y, bar.width, 1.0}, HeatColour(1.0 - (y + 0.5) / bar.height));
-    page.Outline(bar, Palette::kFrame);
+    page.ColourBar(bar, HeatColour);
     const Axis levels(floorDb, topDb);
     for (const Tick& tick : levels.Ticks(kLegendTicks)) {
         const double y = bar.Bottom() - bar.height * levels.Place(tick.value);

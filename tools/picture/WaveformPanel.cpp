@@ -45,8 +45,9 @@ Waveform::Bin WaveformPanel::Under(double fromSeconds, double toSeconds) const {
 void WaveformPanel::DrawOutline() const {
     const Box& box = panel.Area();
     const double secondsPerPixel = (panel.Time().High() - panel.Time().Low()) / box.width;
-    for (double x = 0.0; x < box.width; x += 1.0) {
-        const Waveform::Bin bin = Under(x * secondsPerPixel, (x + 1.0) * secondsPerPixel);
+    const int width = static_cast<int>(box.width);
+    for (int x = 0; x < width; ++x) {
+        const Waveform::Bin bin = Under(x * secondsPerPixel, (x + 1) * secondsPerPixel);
         if (bin.samples == 0)
             continue;
         const auto bar = [&](double low, double high, const Colour& shade) {
