@@ -14,6 +14,7 @@
 #include "host/parameters/NameDistance.h"
 #include "host/parameters/Sentence.h"
 #include "tools/commands/DemoSoundCommand.h"
+#include "tools/commands/DestinationsCommand.h"
 #include "tools/commands/DoctorCommand.h"
 #include "tools/commands/InfoCommand.h"
 #include "tools/commands/ParamsCommand.h"
@@ -43,6 +44,7 @@ Commands MakeCommands(CLI::App& program) {
     Commands commands;
     commands.push_back(std::make_unique<RenderCommand>(program));
     commands.push_back(std::make_unique<ParamsCommand>(program));
+    commands.push_back(std::make_unique<DestinationsCommand>(program));
     commands.push_back(std::make_unique<PresetsCommand>(program));
     commands.push_back(std::make_unique<InfoCommand>(program));
     commands.push_back(std::make_unique<DoctorCommand>(program));

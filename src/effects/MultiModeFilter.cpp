@@ -12,10 +12,13 @@ namespace Quorvan::dsp {
 namespace {
 
 constexpr float kPi = 3.1415927f;
-constexpr float kLowestComb = 20.0f;     // hertz, sets the length of the rings
-constexpr float kHighestComb = 2000.0f;  // hertz
-constexpr float kSpareSamples = 10.0f;   // of the rings
-constexpr float kDeepestComb = 0.99f;    // feedback at full Q
+/// Half a corner in radians a sample stays below a quarter turn, behind which the sections are
+/// unstable. Corners up to 20 kHz never get there at rates from 41 kHz on.
+constexpr float kHighestHalfCorner = 1.5393804f;  // 0.49 of half a turn
+constexpr float kLowestComb = 20.0f;              // hertz, sets the length of the rings
+constexpr float kHighestComb = 2000.0f;           // hertz
+constexpr float kSpareSamples = 10.0f;            // of the rings
+constexpr float kDeepestComb = 0.99f;             // feedback at full Q
 
 const ParameterTable& Table() {
     using P = ParameterSpec;
@@ -161,7 +164,7 @@ void MultiModeFilter::UpdateCoefficients() {
         combFeedback = resonancePosition * kDeepestComb;
         return;
     }
-    const float g = std::tan(frequency * kPi * inverseSampleRate);
+    const float g = std::tan(std::min(frequency * kPi * inverseSampleRate, kHighestHalfCorner));
     a1 = 1.0f / ((g + inverseResonance) * g + 1.0f);
     a2 = a1 * g;
     a3 = a2 * g;

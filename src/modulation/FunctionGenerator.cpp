@@ -128,8 +128,8 @@ float FunctionGenerator<Points>::Slewed(float from, float towards) const {
     return distance <= -slew.maxStep ? static_cast<float>(start - slew.maxStep) : towards;
 }
 
-/// The block in which the phase stays on one straight segment and the slew has nothing to hold back;
-/// false for any other.
+/// The block in which the phase stays on one straight segment and the slew has nothing to hold
+/// back; false for any other.
 template <uint32_t Points>
 bool FunctionGenerator<Points>::FillLine(float* out, uint32_t steps) {
     // No two values of a curve lie further apart.

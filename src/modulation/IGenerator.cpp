@@ -387,9 +387,10 @@ void IGenerator::RunSynced(const Run& run) {
     syncedPhase = phase;
 }
 
-/// The block of a free run in which nothing happens but that the phase goes on; false where something
-/// else does. Behind the first step phases are whole multiples of the last place of a number between
-/// 1 and 2, and so is each step: the product gives the very sums that adding step by step would.
+/// The block of a free run in which nothing happens but that the phase goes on; false where
+/// something else does. Behind the first step phases are whole multiples of the last place of a
+/// number between 1 and 2, and so is each step: the product gives the very sums that adding step by
+/// step would.
 bool IGenerator::RunFreeStraight(const Run& run) {
     if (swingOn || rateBuffer[0] != previousRate || !IsConstant(rateBuffer, run.steps))
         return false;
@@ -402,7 +403,8 @@ bool IGenerator::RunFreeStraight(const Run& run) {
     if (!(first >= 0.0 && last < 1.0) || Crosses(from - start, last + 1.0 - start))
         return false;
     for (uint32_t i = 0; i < run.steps; ++i)
-        phaseBuffer[i] = static_cast<float>(first + static_cast<double>(static_cast<int32_t>(i)) * advance);
+        phaseBuffer[i] =
+            static_cast<float>(first + static_cast<double>(static_cast<int32_t>(i)) * advance);
     std::fill_n(cycleBuffer, run.steps, cycleCount);
     freePhase = last;
     previousClock = run.clock + static_cast<double>(run.steps - 1) * beatsPerSample;

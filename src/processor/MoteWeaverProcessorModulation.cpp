@@ -24,6 +24,13 @@ constexpr std::array<int8_t, 48> kSlotRows{
 /// Rows of "FX2" against those of "FX1".
 constexpr uint32_t kSlotRowStep = 30;
 
+/// A generator that makes one step a block holds it over the block: the row's other samples would
+/// be those of blocks before, and what works on the row in place would run away with them.
+void HoldSingleStep(dsp::IGenerator& generator, float* row, uint32_t frames) {
+    if (generator.Value(dsp::IGenerator::ControlRate) >= 0.5f)
+        std::fill_n(row, frames, row[0]);
+}
+
 }  // namespace
 
 void MoteWeaverProcessor::RunModulation(dsp::ProcessBlock& block, const Inputs& in) {
@@ -64,6 +71,7 @@ void MoteWeaverProcessor::RunFunctions(const dsp::ProcessBlock& block) {
         float* rows[] = {Row(27 + k), Row(30 + k)};
         float* source[] = {Matrix().GetSourceRow(kFunctionSource + k)};
         RunChild(Function(k), block, rows, 2, source, 1);
+        HoldSingleStep(Function(k), source[0], block.numFrames);
         Matrix().SourceUpdated(kFunctionSource + k, block.numFrames);
     }
 }
@@ -74,6 +82,7 @@ void MoteWeaverProcessor::RunSequencer(const dsp::ProcessBlock& block) {
     float* const source = Matrix().GetSourceRow(kSequencerSource);
     float* outputs[] = {source};
     RunChild(Sequencer(), block, rate, 1, outputs, 1);
+    HoldSingleStep(Sequencer(), source, frames);
     if (Position(kStepSeqBipolar) > 0.5f)
         for (uint32_t i = 0; i < frames; ++i)
             source[i] = 2.0f * source[i] - 1.0f;
@@ -99,6 +108,9 @@ void MoteWeaverProcessor::RunSlot(const dsp::ProcessBlock& block, float** inputs
     for (uint32_t k = 0; k < kSlotRows.size(); ++k)
         channels[k + 2] =
             kSlotRows[k] < 0 ? nullptr : Row(static_cast<uint32_t>(kSlotRows[k]) + kShift);
+    // A distortion of one channel leaves the other as it finds it, scaled: what the last block left
+    // here would grow from block to block.
+    std::fill_n(outputs[1], block.numFrames, 0.0f);
     RunChild(slot, block, channels.data(), kSlotChannels, outputs, 2);
 }
 

@@ -25,7 +25,6 @@ constexpr uint32_t kBlock = 24;
 constexpr uint32_t kFirstStep = 39 + StepSequencerGranular::StepVal1;
 constexpr uint32_t kFirstSwitch = 39 + StepSequencerGranular::StepOnOff1;
 constexpr uint32_t kMainRate = IGenerator::RateSynced;
-constexpr float kTempo = 120.0f;
 
 /// One module under a standing transport: its starts are counted, its grains kept.
 class Engine : private GrainListener {

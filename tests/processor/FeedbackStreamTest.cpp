@@ -52,7 +52,7 @@ std::string CellName(uint32_t row, uint32_t source) {
 TEST(FeedbackStreamTest, OneChunkOfEachKindComesInThirtyTwoBlocksFromThreeBuffersInTurn) {
     StreamRig rig;
     std::vector<const void*> big, fx;
-    for (int k = 0; k < 8; ++k) {
+    for (size_t k = 0; k < 8; ++k) {
         for (int block = 0; block < 32; ++block) {
             const uint8_t* filling = nullptr;
             uint8_t copy[816];

@@ -68,17 +68,42 @@ private:
             case 8:
                 amplitude = std::pow(10.0f, -5.0f * Unit());
                 break;
+            case 9:
+            case 10:
+                ChooseEffect();
+                break;
             default:
                 for (uint32_t i = Draw(4); i > 0; --i)
                     WriteOne();
                 RunBlock();
         }
     }
+    /// Puts an effect into a slot, somewhere in the signal, so that all of them have their turn.
+    void ChooseEffect() {
+        const std::string slot = Draw(2) == 0 ? "FX1_" : "FX2_";
+        rig.Set({{slot + "ModuleType", static_cast<float>(Draw(10)) / 9.0f},
+                 {slot + "Position", static_cast<float>(Draw(3)) / 2.0f},
+                 {slot + "Dry / Wet", Unit()},
+                 {"Feedback", Unit()}});
+    }
     void WriteOne() {
-        // Half of the writes go to the grains, and a third of all to the ends of the travel.
-        const uint32_t index = Draw(2) == 0 ? Draw(158) : Draw(3150);
+        // Most of the writes go to the grains and the slots, and a third of all to the ends of the
+        // travel.
+        constexpr uint32_t kFirstSlot = 1195, kSlotParameters = 340;
+        const uint32_t choice = Draw(4);
+        const uint32_t index = choice < 2    ? Draw(158)
+                               : choice == 2 ? kFirstSlot + Draw(kSlotParameters)
+                                             : Draw(3150);
         const uint32_t kind = Draw(6);
         rig.processor->SetParameter(index, kind == 0 ? 0.0f : kind == 1 ? 1.0f : Unit());
+    }
+    /// What a failure is likely to depend on.
+    std::string Situation() {
+        std::string text = " at " + std::to_string(rig.rate) + " Hz";
+        for (const char* name : {"FX1_ModuleType", "FX1_Position", "FX1_Dry / Wet",
+                                 "FX2_ModuleType", "FX2_Position", "FX2_Dry / Wet", "Feedback"})
+            text.append(", ").append(name).append(" ").append(std::to_string(rig.Get(name)));
+        return text;
     }
     void WriteOdd() {
         for (const float odd : {-1.0f, 2.0f, 1e30f, std::nanf(""), -INFINITY})
@@ -102,7 +127,8 @@ private:
         ASSERT_TRUE(rig.RunBlock(inputs, outputs));
         for (const Channel& channel : {outLeft, outRight})
             for (const float sample : channel)
-                ASSERT_TRUE(std::isfinite(sample) && std::abs(sample) < kBound) << sample;
+                ASSERT_TRUE(std::isfinite(sample) && std::abs(sample) < kBound)
+                    << sample << Situation();
         for (const Channel& channel : rig.scratch)
             for (const float sample : channel)
                 ASSERT_TRUE(std::isfinite(sample));

@@ -352,6 +352,63 @@ TEST(ModulationTest, TheSequenceIsMadeBipolarAndThenScaled) {
     EXPECT_EQ(SourceByte(rig, kSequence), byteOf(0.5f));
 }
 
+TEST(ModulationTest, ASyncedFunctionIsLockedToTheSongWhereverPlaybackStarts) {
+    constexpr uint32_t kFunction = 1, kBlocks = 32, kSlice = 4;
+    ProcessorRig rig(24000.0f);
+    rig.Set({{"GUI Visible", 1.0f},
+             {"Function1_Mode", 1.0f},               // free
+             {"Function1_RateType", 0.375f},         // straight
+             {"Function1_RateSynced", 5.5f / 9.0f},  // quarter notes
+             {"Function1_PointX2", 0.5f},            // a triangle from 0 to 1
+             {"Function1_PointY2", 1.0f},
+             {"Function1_Tension1", 0.5f},
+             {"Function1_Tension2", 0.5f},
+             {"MoteWeaver_Pitch", 0.25f}});
+    Route(rig, kFunction, kPitchRow, 0.5f);
+    rig.EndPresetLoad();
+    rig.RunSilence(kBlocks - 1);  // to the start of a chunk
+    for (const double start : {0.0, 0.3, 7.77, 1000.125, 12.5}) {
+        rig.TakeBlobChanges();
+        rig.songPosition = start;
+        rig.playing = true;
+        std::vector<double> beats;
+        const Channel zeros(kBlocks * rig.blockSize, 0.0f);
+        rig.Run({zeros, zeros}, [&] { beats.push_back(rig.songPosition); });
+        rig.playing = false;
+        const uint8_t* chunk = nullptr;
+        for (const BlobChange& change : rig.TakeBlobChanges())
+            if (change.index == ProcessorRig::IndexOf("Feedback_BigChunk"))
+                chunk = static_cast<const uint8_t*>(change.data);
+        ASSERT_NE(chunk, nullptr);
+        for (uint32_t slice = 0; slice < kBlocks / kSlice; ++slice) {
+            const double phase = std::fmod(beats[slice * kSlice], 1.0);
+            const double height = 1.0 - std::abs(2.0 * phase - 1.0);
+            // A step of the bytes, and what single precision leaves of the position.
+            EXPECT_NEAR(chunk[kFunction * 8 + slice], 127.5 * (height + 1.0), 1.5) << start;
+            EXPECT_NEAR(chunk[(7 + kPitchRow) * 8 + slice], 255.0 * (0.25 + 0.5 * height), 1.5)
+                << start;
+        }
+        rig.RunSilence(kBlocks);
+    }
+}
+
+TEST(ModulationTest, OneStepABlockIsHeldOverTheBlock) {
+    const auto render = [](float controlRate) {
+        ProcessorRig rig(24000.0f);
+        ShowScale(rig);
+        rig.MakeAudible().Set({{"StepSeq_StepVal1", 0.75f},
+                               {"StepSeq_Bipolar", 1.0f},
+                               {"StepSeq_Scale", 0.5f},
+                               {"Function3_Scale", 0.75f},
+                               {"StepSeq_ControlRate", controlRate},
+                               {"Function3_ControlRate", controlRate}});
+        Route(rig, kSequence, kPitchRow, 0.3f);
+        Route(rig, 3, 2, -0.5f);
+        return rig.Run({Hits(1, 12000), Hits(7, 12000)});
+    };
+    EXPECT_EQ(render(0.0f), render(1.0f));
+}
+
 TEST(ModulationTest, RateTypesSetTheSyncOfTheirGenerators) {
     ProcessorRig rig(24000.0f);
     for (const std::string name : {"Function1", "Function2", "Function3", "StepSeq"})

@@ -46,6 +46,19 @@ void* operator new(size_t size, std::align_val_t alignment) {
 void* operator new[](size_t size, std::align_val_t alignment) {
     return Allocate(size, static_cast<size_t>(alignment));
 }
+// Under a sanitizer the forms that don't throw would come from elsewhere and not fit these deletes.
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size, alignof(std::max_align_t));
+}
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size, alignof(std::max_align_t));
+}
+void* operator new(size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return Allocate(size, static_cast<size_t>(alignment));
+}
+void* operator new[](size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return Allocate(size, static_cast<size_t>(alignment));
+}
 void operator delete(void* memory) noexcept { Release(memory); }
 void operator delete[](void* memory) noexcept { Release(memory); }
 void operator delete(void* memory, size_t) noexcept { Release(memory); }

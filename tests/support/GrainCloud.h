@@ -9,6 +9,7 @@
 #include "granular/GrainLength.h"
 #include "granular/GrainPool.h"
 #include "granular/GrainShape.h"
+#include "primitives/Xorshift.h"
 
 namespace Quorvan::test {
 
@@ -30,9 +31,10 @@ struct GrainCloud {
     explicit GrainCloud(const Style& wanted) : style(wanted), random(5) {
         tape.Setup(style.rate);
         tape.SetLength(style.loopSeconds, 1.0f);
-        std::uniform_real_distribution<float> noise(-0.1f, 0.1f);
+        uint32_t noise = 1;
+        const auto sample = [&noise] { return 0.2f * prims::XorshiftUniform(noise) - 0.1f; };
         for (uint32_t i = 0; i < 2 * tape.length + tape.length / 3; ++i) {
-            tape.Write(noise(random), noise(random), 0.0f);
+            tape.Write(sample(), sample(), 0.0f);
             tape.AdvanceFree();
         }
         tape.frozen = style.frozen;

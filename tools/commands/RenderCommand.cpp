@@ -31,6 +31,19 @@ void RenderCommand::AddFiles() {
                    "Sound file that the envelope follower can listen to")
         ->type_name("FILE");
     app.add_option("--picture", settings.picture, "Also draw the render")->type_name("FILE.png");
+    app.add_flag("--picture-modulation", settings.pictureModulation,
+                 "With modulation in the picture also where nothing is routed");
+    CLI::Option* const csv =
+        app.add_option("--modulation-csv", settings.modulationCsv,
+                       "Also write the seven modulation sources over time, as a display gets them")
+            ->type_name("FILE");
+    app.add_option("--modulation-destinations", settings.modulationDestinations,
+                   "Columns more for that file: positions of these destinations. \"tesserae "
+                   "destinations\" lists the names")
+        ->type_name("NAME,...")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->needs(csv);
     app.add_flag("--force", settings.force, "Replace files that exist");
 }
 

@@ -73,7 +73,7 @@ std::string Examination::Try(const Check& check) {
 
 std::string Examination::WriteTone(const std::string& name, double rate,
                                    const std::string& format) {
-    const std::string path = folder.File(name);
+    std::string path = folder.File(name);
     Planes tone(2, static_cast<size_t>(kToneSeconds * rate));
     for (size_t i = 0; i < tone.Frames(); ++i) {
         const auto sample = static_cast<float>(Tone(static_cast<double>(i) / rate));

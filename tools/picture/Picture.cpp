@@ -4,6 +4,7 @@
 
 #include "tools/picture/Canvas.h"
 #include "tools/picture/GrainPanel.h"
+#include "tools/picture/ModulationPanel.h"
 #include "tools/picture/SpectrogramPanel.h"
 #include "tools/picture/WaveformPanel.h"
 
@@ -13,8 +14,10 @@ namespace {
 
 constexpr int kWidth = 1600;  // pixels
 constexpr int kHeight = 1200;
-constexpr double kLeft = 96.0;      // of the diagrams
-constexpr double kAcross = 1250.0;  // their width
+constexpr double kModulationHeight = 196.0;  // that its panel adds to the page
+constexpr double kLeft = 96.0;               // of the diagrams
+constexpr double kAcross = 1250.0;           // their width
+constexpr double kRightMargin = 32.0;
 constexpr double kLegends = kLeft + kAcross + 32.0;
 
 Box Place(double y, double height) { return {kLeft, y, kAcross, height}; }
@@ -22,6 +25,8 @@ Box Place(double y, double height) { return {kLeft, y, kAcross, height}; }
 void DrawHead(Canvas& page, const PictureData& data) {
     page.Text(kLeft, 44.0, data.title, {25.0, true, Palette::kInk});
     page.Text(kLeft, 72.0, data.subtitle, {15.0, false, Palette::kQuietInk});
+    page.Text(kWidth - kRightMargin, 44.0, data.effects, {15.0, false, Palette::kInk},
+              Canvas::Align::Right);
 }
 
 void DrawWaveforms(Canvas& page, const PictureData& data, const Axis& time) {
@@ -49,9 +54,17 @@ void DrawSpectrogram(Canvas& page, const PictureData& data, const Axis& time) {
     levels.DrawLegend(kLegends);
 }
 
-void DrawGrains(Canvas& page, const PictureData& data, const Axis& time) {
+void DrawModulation(Canvas& page, const PictureData& data, const Axis& time) {
+    const Axis reach = ModulationPanel::Reach(*data.modulation, data.sources);
+    const Panel frame(page, Place(788.0, 154.0), time, reach);
+    const ModulationPanel sources(frame, *data.modulation, data.sources, data.rate);
+    sources.Draw("Modulation sources");
+    sources.DrawLegend(kLegends);
+}
+
+void DrawGrains(Canvas& page, const PictureData& data, const Axis& time, double top) {
     const Axis tape(0.0, GrainPanel::TapeSeconds(data));
-    const Panel frame(page, Place(788.0, 350.0), time, tape);
+    const Panel frame(page, Place(top, 350.0), time, tape);
     const GrainPanel grains(frame, data);
     grains.Draw("Grains");
     grains.DrawLegend(kLegends);
@@ -60,13 +73,17 @@ void DrawGrains(Canvas& page, const PictureData& data, const Axis& time) {
 }  // namespace
 
 void DrawPicture(const PictureData& data, AtomicOutput& output) {
-    Canvas page(kWidth, kHeight);
+    const bool hasModulation = data.modulation != nullptr && !data.sources.empty();
+    const double extra = hasModulation ? kModulationHeight : 0.0;
+    Canvas page(kWidth, kHeight + static_cast<int>(extra));
     const auto frames = static_cast<double>(std::max<uint64_t>(data.outputFrames, 1));
     const Axis time(0.0, frames / data.rate);
     DrawHead(page, data);
     DrawWaveforms(page, data, time);
     DrawSpectrogram(page, data, time);
-    DrawGrains(page, data, time);
+    if (hasModulation)
+        DrawModulation(page, data, time);
+    DrawGrains(page, data, time, 788.0 + extra);
     page.Save(output);
 }
 

@@ -9,6 +9,7 @@
 #include "tools/picture/GrainLog.h"
 #include "tools/picture/Spectrogram.h"
 #include "tools/picture/Waveform.h"
+#include "tools/render/ModulationLog.h"
 #include "tools/render/RenderSink.h"
 
 namespace Quorvan::Tools {
@@ -36,6 +37,7 @@ public:
 
     std::string title;     ///< what was rendered
     std::string subtitle;  ///< and how it came out
+    std::string effects;   ///< those of the slots, with their places; empty for none
 
     double rate = 0.0;
     uint64_t inputFrames = 0;
@@ -44,6 +46,8 @@ public:
     Spectrogram spectrogram;
     GrainLog grains;
     std::vector<Head> heads;
+    const ModulationLog* modulation = nullptr;  ///< of the render, or null
+    std::vector<uint32_t> sources;              ///< those of it to show
 
 private:
     void ThinHeads();

@@ -1,11 +1,16 @@
 #include "tools/render/RenderJob.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <iterator>
+#include <numeric>
 #include <utility>
 
 #include "host/engine/TailEstimator.h"
+#include "host/parameters/ModulationNames.h"
 #include "host/parameters/Sentence.h"
+#include "host/parameters/ShellIndex.h"
 #include "host/state/StateTransfer.h"
 #include "primitives/Clock.h"
 #include "tools/audio/Resampler.h"
@@ -13,6 +18,7 @@
 #include "tools/render/FileSink.h"
 #include "tools/render/GrainCounter.h"
 #include "tools/render/Renderer.h"
+#include "tools/render/SlotText.h"
 #include "tools/render/TailTrimmer.h"
 #include "tools/support/Failure.h"
 #include "tools/support/Numbers.h"
@@ -40,6 +46,8 @@ RenderJob::RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parame
     summary.preset = sound.preset.name;
     summary.seed = settings.seed.value_or(prims::SeedFromClock());
     tempo = settings.tempo.value_or(sound.preset.tempo.value_or(kUsualTempo));
+    if (WantsModulation())
+        modulation.emplace(FindDestinations(settings.modulationDestinations));
     if (settings.automation)
         automation = Automation::Load(*settings.automation, catalog);
 }
@@ -53,6 +61,7 @@ Summary RenderJob::Run() {
     PrepareEngine();
     Render();
     WritePicture();
+    WriteModulation();
     Account();
     Commit();
     summary.elapsed =
@@ -78,14 +87,25 @@ void RenderJob::OpenSources() {
 void RenderJob::OpenOutputs() {
     summary.channels = settings.mono ? 1 : 2;
     format = AudioFormat::Choose(settings.output, settings.format, rate, summary.channels);
+    RefuseEqualOutputs();
     soundFile.emplace(settings.output, settings.force);
-    if (!settings.picture)
-        return;
-    if (*settings.picture == settings.output)
-        throw Failure(ExitCode::Usage, "Sound and picture can't both go to " +
-                                           Host::Quoted(settings.output.string()) +
+    if (settings.picture)
+        pictureFile.emplace(*settings.picture, settings.force);
+    if (settings.modulationCsv)
+        modulationFile.emplace(*settings.modulationCsv, settings.force);
+}
+
+void RenderJob::RefuseEqualOutputs() const {
+    const auto refuse = [](const std::string& what, const std::filesystem::path& file) {
+        throw Failure(ExitCode::Usage, what + " can't both go to " + Host::Quoted(file.string()) +
                                            ". Name two files.");
-    pictureFile.emplace(*settings.picture, settings.force);
+    };
+    if (settings.picture == settings.output)
+        refuse("Sound and picture", settings.output);
+    if (settings.modulationCsv == settings.output)
+        refuse("Sound and modulation", settings.output);
+    if (settings.picture && settings.picture == settings.modulationCsv)
+        refuse("Picture and modulation", *settings.picture);
 }
 
 void RenderJob::PrepareEngine() {
@@ -96,14 +116,28 @@ void RenderJob::PrepareEngine() {
                      .inputs = main->Channels(),
                      .outputs = summary.channels,
                      .sideChainInputs = side != nullptr ? side->Channels() : 0,
-                     .sendsFeedback = false});
+                     .sendsFeedback = WantsModulation()});
     Host::ApplyPreset(sound.preset, *engine, catalog);
     for (const Host::ParameterValue& lever : sound.levers)
         engine->Write(lever.index, lever.position);
+    if (WantsModulation())
+        engine->Write(Host::kGuiVisibleIndex, 1.0f);
     // The first block after a preset clears what sounds; only then can a start of the song be seen.
     engine->Idle(1);
     if (settings.picture)
         picture.emplace(*engine);
+    NoteSources();
+}
+
+/// Sources that are routed now join those that the picture shows.
+void RenderJob::NoteSources() {
+    if (!picture)
+        return;
+    std::vector<uint32_t> routed = RoutedSources(*engine);
+    std::vector<uint32_t> both;
+    std::set_union(routed.begin(), routed.end(), picture->sources.begin(), picture->sources.end(),
+                   std::back_inserter(both));
+    picture->sources = std::move(both);
 }
 
 double RenderJob::TailSeconds() {
@@ -119,6 +153,8 @@ void RenderJob::Render() {
     FileSink file(writer, rate, summary.channels);
     GrainCounter grains;
     engine->AddListener(grains);
+    if (modulation)
+        engine->AddListener(*modulation);
 
     Renderer renderer(*engine, *main, side.get());
     renderer.SetWrites(automation.Resolve(rate, tempo, settings.startBeat, sound.context, catalog));
@@ -139,6 +175,8 @@ void RenderJob::Render() {
     renderer.Run([&](uint64_t frames) { progress.Show(frames); });
     progress.Clear();
     engine->RemoveListener(grains);
+    if (modulation)
+        engine->RemoveListener(*modulation);
     writer.Finish();
 
     file.Report(summary);
@@ -160,8 +198,25 @@ void RenderJob::WritePicture() {
                         " s   \xc2\xb7   peak " + summary.PeakText() + "   \xc2\xb7   loudness " +
                         summary.LoudnessText() + "   \xc2\xb7   " + Grouped(summary.grains) +
                         " grains   \xc2\xb7   seed " + std::to_string(summary.seed);
+    // Automation may have routed more on the way.
+    NoteSources();
+    picture->modulation = &*modulation;
+    if (settings.pictureModulation && picture->sources.empty()) {
+        picture->sources.resize(Host::kModulationSources);
+        std::iota(picture->sources.begin(), picture->sources.end(), 0u);
+    }
+    picture->effects = SlotText(*engine, catalog);
     DrawPicture(*picture, *pictureFile);
     summary.picture = *settings.picture;
+}
+
+void RenderJob::WriteModulation() {
+    if (!modulationFile)
+        return;
+    const auto end = static_cast<uint64_t>(std::llround(summary.seconds * rate));
+    const std::string text = modulation->Csv(rate, end);
+    modulationFile->Write(text.data(), static_cast<int64_t>(text.size()));
+    summary.modulationCsv = *settings.modulationCsv;
 }
 
 void RenderJob::WarnOfBadSamples(const std::filesystem::path& path, uint64_t count) {
@@ -193,6 +248,8 @@ void RenderJob::Commit() {
     const SignalPause pause;
     if (pictureFile)
         pictureFile->Commit();
+    if (modulationFile)
+        modulationFile->Commit();
     soundFile->Commit();
 }
 

@@ -10,6 +10,7 @@
 #include "tools/audio/AudioReader.h"
 #include "tools/picture/PictureData.h"
 #include "tools/render/Automation.h"
+#include "tools/render/ModulationLog.h"
 #include "tools/render/RenderSettings.h"
 #include "tools/render/SoundChoice.h"
 #include "tools/render/Summary.h"
@@ -30,10 +31,14 @@ public:
 private:
     void OpenSources();
     void OpenOutputs();
+    void RefuseEqualOutputs() const;
     void PrepareEngine();
     double TailSeconds();
     void Render();
     void WritePicture();
+    void WriteModulation();
+    void NoteSources();
+    bool WantsModulation() const { return settings.picture || settings.modulationCsv; }
     void Account();
     void WarnOfBadSamples(const std::filesystem::path& path, uint64_t count);
     void Commit();
@@ -49,13 +54,14 @@ private:
     AudioReader* mainReader = nullptr;  ///< inside main
     AudioReader* sideReader = nullptr;  ///< inside side
     std::unique_ptr<AudioSource> main, side;
-    std::optional<AtomicOutput> soundFile, pictureFile;
+    std::optional<AtomicOutput> soundFile, pictureFile, modulationFile;
     AudioFormat format;
     double rate = 0.0;
     double tempo = 0.0;
 
     std::optional<Host::Engine> engine;
     std::optional<PictureData> picture;
+    std::optional<ModulationLog> modulation;
 };
 
 }  // namespace Quorvan::Tools

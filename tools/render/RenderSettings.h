@@ -15,6 +15,9 @@ struct RenderSettings {
     std::optional<std::filesystem::path> sideChain;
     std::optional<std::filesystem::path> automation;
     std::optional<std::filesystem::path> picture;
+    bool pictureModulation = false;  ///< show modulation also where nothing is routed
+    std::optional<std::filesystem::path> modulationCsv;
+    std::vector<std::string> modulationDestinations;  ///< readable names, for the CSV
 
     std::string preset = "init";           ///< a factory preset's name, or a file
     std::vector<std::string> assignments;  ///< NAME=POSITION

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/parameters/ModulationNames.h"
 #include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
 #include "host/state/PresetFormat.h"
@@ -44,6 +45,16 @@ void Put(std::vector<Host::ParameterValue>& values, Host::ParameterValue value) 
         *place = value;
 }
 
+/// Turns the routings of a preset into writes to the matrix, so that --set can change those too.
+void SpellRoutingsOut(Host::Preset& preset) {
+    for (const Host::Routing& routing : preset.routings) {
+        Put(preset.parameters, {Host::AmountIndex(routing.source, routing.destination),
+                                Host::AmountPosition(routing.amount)});
+        Put(preset.parameters, {Host::ActivatedIndex(routing.source, routing.destination), 1.0f});
+    }
+    preset.routings.clear();
+}
+
 [[noreturn]] void Refuse(const std::string& assignment, const std::string& problem) {
     throw Failure(ExitCode::Usage, "--set " + Host::Quoted(assignment) + ": " + problem);
 }
@@ -84,6 +95,7 @@ Host::Preset LoadPreset(const std::string& nameOrFile, const Host::ParameterCata
 SoundChoice SoundChoice::Make(Host::Preset preset, const std::vector<std::string>& assignments,
                               const Host::ParameterCatalog& catalog) {
     SoundChoice sound{std::move(preset), {}, {}};
+    SpellRoutingsOut(sound.preset);
     for (const Host::ParameterValue& value : sound.preset.parameters)
         FollowScale(sound.context, catalog, value.index, value.position);
     for (const std::string& assignment : assignments)

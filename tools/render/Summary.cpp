@@ -49,6 +49,8 @@ std::string Summary::Json() const {
     json["preset"] = preset;
     if (!picture.empty())
         json["picture"] = picture.string();
+    if (!modulationCsv.empty())
+        json["modulationCsv"] = modulationCsv.string();
     json["seed"] = seed;
     json["rate"] = rate;
     json["channels"] = channels;

@@ -11,9 +11,10 @@ namespace Quorvan::Tools {
 /// What came of a render.
 struct Summary {
     std::filesystem::path output;
-    std::string format;             ///< for people: "WAV, 24 bit"
-    std::string preset;             ///< its name
-    std::filesystem::path picture;  ///< empty where there is none
+    std::string format;                   ///< for people: "WAV, 24 bit"
+    std::string preset;                   ///< its name
+    std::filesystem::path picture;        ///< empty where there is none
+    std::filesystem::path modulationCsv;  ///< likewise
     uint64_t seed = 0;
 
     double rate = 0.0;  ///< hertz

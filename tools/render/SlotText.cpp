@@ -1,0 +1,59 @@
+#include "tools/render/SlotText.h"
+
+#include <array>
+#include <string_view>
+
+#include "host/engine/ParameterReach.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+/// Choices of the position of a slot, in words that go behind the name of an effect.
+constexpr std::array<std::string_view, 3> kPlaces{"behind the mix", "on the wet signal",
+                                                  "in the loop"};
+constexpr uint32_t kLoop = 2;
+/// Destinations that move the dry/wet of the slots.
+constexpr std::array<uint32_t, 2> kDryWetRows{35, 65};
+
+class SlotReader {
+public:
+    SlotReader(const Host::Engine& readEngine, const Host::ParameterCatalog& readCatalog)
+        : engine(readEngine), catalog(readCatalog), reach(readEngine, readCatalog) {}
+
+    /// slot counts from 0.
+    std::string Text(uint32_t slot) const {
+        const std::string prefix = Prefix(slot);
+        if (!IsHeard(slot))
+            return "";
+        const uint32_t index = catalog.Find(prefix + "ModuleType").value();
+        return "FX" + std::to_string(slot + 1) + " " + catalog.Text(index, engine.Position(index)) +
+               " " + std::string(kPlaces[Place(slot)]);
+    }
+
+private:
+    static std::string Prefix(uint32_t slot) { return "FX" + std::to_string(slot + 1) + "_"; }
+    uint32_t Place(uint32_t slot) const { return reach.Choice(Prefix(slot) + "Position"); }
+    bool IsHeard(uint32_t slot) const {
+        const std::string prefix = Prefix(slot);
+        // In the loop the second slot stands behind the first, and runs only if that is there too.
+        const bool isLeftOut = slot == 1 && Place(1) == kLoop && Place(0) != kLoop;
+        return reach.Choice(prefix + "ModuleType") != 0 && !reach.IsOn(prefix + "Bypass") &&
+               reach.Highest(prefix + "Dry / Wet", kDryWetRows[slot]) > 0.0 && !isLeftOut;
+    }
+
+    const Host::Engine& engine;
+    const Host::ParameterCatalog& catalog;
+    Host::ParameterReach reach;
+};
+
+}  // namespace
+
+std::string SlotText(const Host::Engine& engine, const Host::ParameterCatalog& catalog) {
+    const SlotReader reader(engine, catalog);
+    const std::string first = reader.Text(0);
+    const std::string second = reader.Text(1);
+    return first + (first.empty() || second.empty() ? "" : ", ") + second;
+}
+
+}  // namespace Quorvan::Tools
