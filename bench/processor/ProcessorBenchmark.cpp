@@ -34,8 +34,7 @@ void RunScenario(benchmark::State& state, const Positions& positions) {
     const double frames = static_cast<double>(state.iterations()) * rig.blockSize;
     state.SetItemsProcessed(static_cast<int64_t>(frames));
     using benchmark::Counter;
-    state.counters["ns_per_frame"] =
-        Counter(frames * 1e-9, Counter::kIsRate | Counter::kInvert);
+    state.counters["ns_per_frame"] = Counter(frames * 1e-9, Counter::kIsRate | Counter::kInvert);
     state.counters["core_percent"] =
         Counter(frames / static_cast<double>(rate) / 100.0, Counter::kIsRate | Counter::kInvert);
 }

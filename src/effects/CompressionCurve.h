@@ -36,7 +36,7 @@ private:
     float slopeMinusOne = 0.0f;
     float knee = 0.0f;
     bool kneeIsZero = true;
-    float kneeScale = 0.0f;   ///< 0.5 / knee
+    float kneeScale = 0.0f;  ///< 0.5 / knee
     /// A level that is below the knee beyond all rounding of the logarithm: no need to take it.
     float quietLevel = 0.0f;
 };

@@ -216,8 +216,8 @@ void Compressor::FollowLevel(uint32_t pass, uint32_t count) {
     detectorLevel[pass] = level;
 }
 
-/// Turns levels into linear gains ahead of the look-ahead. The power of ten is an exponential of the
-/// decibels, which differs in the last digit only.
+/// Turns levels into linear gains ahead of the look-ahead. The power of ten is an exponential of
+/// the decibels, which differs in the last digit only.
 void Compressor::FillGains(uint32_t pass, uint32_t count) {
     float* const gains = gainBuffer.data();
     const CompressionCurve law = curve;
@@ -228,8 +228,7 @@ void Compressor::FillGains(uint32_t pass, uint32_t count) {
         const float wanted = law.GainDb(gains[i]);
         const float coefficient = std::abs(wanted) > std::abs(smoothed) ? attack : release;
         smoothed += (wanted - smoothed) * coefficient;
-        gains[i] =
-            std::abs(smoothed) < kUnityBound ? 1.0f : std::exp(smoothed * kNepersPerDecibel);
+        gains[i] = std::abs(smoothed) < kUnityBound ? 1.0f : std::exp(smoothed * kNepersPerDecibel);
     }
     gainReduction[pass] = smoothed;
 }

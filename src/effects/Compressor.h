@@ -112,13 +112,13 @@ private:
     std::array<float, kChannels> gainReduction{};  ///< smoothed gain in dB, at or below 0
     std::array<DelayLine, kChannels> inputRings;
     std::array<LookaheadGain, kChannels> gainRings;
-    SmootherLPF inGainSmoother{0.05}, outGainSmoother{0.05};      // linear, one tick a block
-    SmootherLPF ratioSmoother{0.05}, thresholdSmoother{0.05};     // one tick a block
-    SmootherInterpLPF wetSmoother{0.01};                          // one tick a sample
+    SmootherLPF inGainSmoother{0.05}, outGainSmoother{0.05};   // linear, one tick a block
+    SmootherLPF ratioSmoother{0.05}, thresholdSmoother{0.05};  // one tick a block
+    SmootherInterpLPF wetSmoother{0.01};                       // one tick a sample
 
     // Block buffers.
-    AlignedVector wetBuffer;   ///< wet share of each sample
-    AlignedVector gainBuffer;  ///< of one pass: detector input, level, then gain
+    AlignedVector wetBuffer;      ///< wet share of each sample
+    AlignedVector gainBuffer;     ///< of one pass: detector input, level, then gain
     AlignedVector drivenSignal;   ///< one channel behind the input gain
     AlignedVector delayedSignal;  ///< the same behind the look-ahead
 };

@@ -19,8 +19,7 @@ const ParameterTable& Table() {
 
 }  // namespace
 
-DigitalPPM::DigitalPPM(std::string moduleName)
-    : UnitModule(std::move(moduleName), 1, 0, Table()) {}
+DigitalPPM::DigitalPPM(std::string moduleName) : UnitModule(std::move(moduleName), 1, 0, Table()) {}
 
 void DigitalPPM::OnSetup(float sampleRate, uint32_t) {
     inputGain = 1.0f / (sampleRate * kFallTime);

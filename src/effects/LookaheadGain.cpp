@@ -19,8 +19,7 @@ void LookaheadGain::SetLength(int32_t samples) {
         return;
     length = samples;
     for (int32_t k = 0; k < length; ++k)
-        weights[static_cast<size_t>(k)] =
-            1.0f - static_cast<float>(k) / static_cast<float>(length);
+        weights[static_cast<size_t>(k)] = 1.0f - static_cast<float>(k) / static_cast<float>(length);
 }
 
 void LookaheadGain::Process(float* gains, uint32_t count) {

@@ -74,8 +74,8 @@ struct CaptureBuffer {
         if (writePosition == 0)
             activePass ^= 1u;
     }
-    /// count samples of Write, AdvanceFree and AdvancePlayHead at once, while the transport stands and
-    /// no head is watched for passing the loop's start.
+    /// count samples of Write, AdvanceFree and AdvancePlayHead at once, while the transport stands
+    /// and no head is watched for passing the loop's start.
     void RunFree(const float* inLeft, const float* inRight, const float* persistence,
                  uint32_t count, const Transport& transport);
     /// One step of the write head locked to the song clock, in units of sixty-fourth notes.

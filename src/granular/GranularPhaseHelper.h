@@ -6,9 +6,11 @@
 
 namespace Quorvan::dsp {
 
-/// A bare clock of the granular engine: a generator without an output, whose buffers the owner reads.
+/// A bare clock of the granular engine: a generator without an output, whose buffers the owner
+/// reads.
 ///
-/// Inputs      0 added to the position of the rate in force, sample by sample, where FollowRateInput
+/// Inputs      0 added to the position of the rate in force, sample by sample, where
+/// FollowRateInput
 ///             has been called
 class GranularPhaseHelper final : public IGenerator {
 public:

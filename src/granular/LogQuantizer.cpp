@@ -32,8 +32,8 @@ inline float QuantizeOne(float sample) {
         step = reached ? kSegmentStep[s] : step;
         perStep = reached ? 1.0f / kSegmentStep[s] : perStep;
     }
-    const float level = std::min(static_cast<float>(static_cast<int32_t>((a - base) * perStep)),
-                                 kTopLevel);
+    const float level =
+        std::min(static_cast<float>(static_cast<int32_t>((a - base) * perStep)), kTopLevel);
     const float value = (level * step + base) * kInverseScale;
     return x < 0.0f ? -value : value;
 }

@@ -4,8 +4,9 @@
 
 namespace Quorvan::dsp {
 
-/// Eight-bit logarithmic quantiser: a sign, eight segments of sixteen levels, the step doubling from
-/// segment to segment. Segments as in the mu-law of ITU-T G.711, in its 14-bit scale of 8031 levels.
+/// Eight-bit logarithmic quantiser: a sign, eight segments of sixteen levels, the step doubling
+/// from segment to segment. Segments as in the mu-law of ITU-T G.711, in its 14-bit scale of 8031
+/// levels.
 namespace LogQuantizer {
 
 /// The level at or below a sample, in 0..1 with the sample's sign. What is beyond 1 counts as 1.

@@ -28,8 +28,8 @@ public:
     /// Oldest and newest entry of a ring that isn't empty.
     int32_t Front() const { return entries[front]; }
     int32_t Back() const { return entries[Slot(count - 1)]; }
-    /// The entries before and after position around the loop, in this order; both are the same where
-    /// one stands on it. The ring isn't empty.
+    /// The entries before and after position around the loop, in this order; both are the same
+    /// where one stands on it. The ring isn't empty.
     std::pair<int32_t, int32_t> Neighbours(int32_t position) const;
 
 private:
@@ -44,7 +44,7 @@ private:
     void FindPivot();
 
     std::array<int32_t, kCapacity> entries{};
-    uint32_t front = 0;      ///< slot of the oldest entry
+    uint32_t front = 0;  ///< slot of the oldest entry
     uint32_t count = 0;
     uint32_t pivot = kNone;  ///< index by age of the smallest entry
 };

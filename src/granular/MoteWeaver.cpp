@@ -37,8 +37,7 @@ float* MakeRow(AlignedVector& storage, uint32_t frames) {
 MoteWeaver::MoteWeaver(std::string moduleName)
     : ModuleContainer(std::move(moduleName), Row::Count, 2, MoteWeaverTable(),
                       Named("GranularPhaseHelper"), Named("GranularPhaseHelperTexture"),
-                      Named("SPPPhaseHelper"), Named("StepSequencerGranular"),
-                      Named("BitCrusher")),
+                      Named("SPPPhaseHelper"), Named("StepSequencerGranular"), Named("BitCrusher")),
       scheduler(grains, capture, markers, settings, curves, position, gate) {
     grains.Resize(kMaxGrains);
     ended.reserve(kMaxGrains);
@@ -47,9 +46,9 @@ MoteWeaver::MoteWeaver(std::string moduleName)
 
 void MoteWeaver::ConfigureChildren() {
     using G = IGenerator;
-    for (IGenerator* clock : {static_cast<IGenerator*>(&MainClock()),
-                              static_cast<IGenerator*>(&SongClock()),
-                              static_cast<IGenerator*>(&Sequencer())})
+    for (IGenerator* clock :
+         {static_cast<IGenerator*>(&MainClock()), static_cast<IGenerator*>(&SongClock()),
+          static_cast<IGenerator*>(&Sequencer())})
         clock->SetSyncedRates(kMainRates.data(), kMainRates.size());
     TextureClock().SetSyncedRates(kTextureRates.data(), kTextureRates.size());
     for (GranularPhaseHelper* clock : {&MainClock(), &TextureClock(), &SongClock()})

@@ -24,18 +24,18 @@
 
 namespace Quorvan::dsp {
 
-/// The granular engine: turns a stereo signal into a cloud of grains. Records the input into a loop,
-/// decides sample by sample whether grains start, plays all running grains over the block, and
-/// passes their sum through an optional lo-fi stage.
+/// The granular engine: turns a stereo signal into a cloud of grains. Records the input into a
+/// loop, decides sample by sample whether grains start, plays all running grains over the block,
+/// and passes their sum through an optional lo-fi stage.
 ///
-/// Inputs      as MoteWeaverRow lists them: audio, then modulation rows in fractions of a knob's travel
-/// Outputs     0, 1 audio, not in place
-/// Parameters  0 to 91 of the clocks, the sequencer and the crusher; from 92 as MoteWeaverTable lists
+/// Inputs      as MoteWeaverRow lists them: audio, then modulation rows in fractions of a knob's
+/// travel Outputs     0, 1 audio, not in place Parameters  0 to 91 of the clocks, the sequencer and
+/// the crusher; from 92 as MoteWeaverTable lists
 ///             them. LfoStereoX_Out, LfoStereoY_Out and GateOut are written by the module.
 /// Latency     none
-class MoteWeaver final : public ModuleContainer<GranularPhaseHelper, GranularPhaseHelper,
-                                                GranularPhaseHelper, StepSequencerGranular,
-                                                BitCrusher> {
+class MoteWeaver final
+    : public ModuleContainer<GranularPhaseHelper, GranularPhaseHelper, GranularPhaseHelper,
+                             StepSequencerGranular, BitCrusher> {
 public:
     static constexpr uint32_t kParameterCount = MoteWeaverId::End;
     /// 256 grains and a pair of room.
@@ -129,9 +129,9 @@ private:
     // Block buffers.
     BlockCurves curves;
     std::array<float, static_cast<size_t>(Curve::Count)> restingAt;  ///< what a curve is full of
-    AlignedVector storage;          ///< backs the curves, the persistence and the sequence
-    float* persistence = nullptr;   ///< smoothed "BufferPersistence"
-    float* sequence = nullptr;      ///< output of the sequencer
+    AlignedVector storage;         ///< backs the curves, the persistence and the sequence
+    float* persistence = nullptr;  ///< smoothed "BufferPersistence"
+    float* sequence = nullptr;     ///< output of the sequencer
     AlignedVector rateStorage, textureRateStorage;  ///< rows with their heads
     float* rateInput = nullptr;
     float* textureRateInput = nullptr;

@@ -42,7 +42,7 @@ ParameterTable BuildTable() {
         P::Stepped("PlaybackMode", 3),
         P::Stepped("PlaybackQuantizationMode", 3),
         P::Raw("ManualScanPosition"),
-        P::Linear("Speed", -2.0f, 2.0f),       // samples per sample
+        P::Linear("Speed", -2.0f, 2.0f),     // samples per sample
         P::Linear("Offset", 0.0f, 1000.0f),  // milliseconds
         choiceOf("OffsetSynced", kSyncedOffsets),
         P::Stepped("OffsetType", 4),

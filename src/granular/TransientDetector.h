@@ -12,7 +12,8 @@ namespace Quorvan::dsp {
 ///
 /// The detection function is the high-frequency content of the last 11.6 ms, squared and set
 /// against the energy; an onset is a frame that stands out above the mean and the median of 23
-/// frames, the next one among them. Nothing is found below -50 dB, nor within 50 blocks of an onset.
+/// frames, the next one among them. Nothing is found below -50 dB, nor within 50 blocks of an
+/// onset.
 ///
 /// A block runs BeginBlock, PushSample for each recorded sample, EndBlock. Delay: one block.
 class TransientDetector {
@@ -41,8 +42,8 @@ public:
 
 private:
     static constexpr uint32_t kHistory = 23;
-    /// Square of the level above which the gate opens, 10^-2.5: comparing squares saves a root and a
-    /// logarithm for each sample.
+    /// Square of the level above which the gate opens, 10^-2.5: comparing squares saves a root and
+    /// a logarithm for each sample.
     static constexpr float kGateLevelSquared = 9.999999e-06f;
 
     /// At most one of the two coefficients acts, since no attack step overshoots. A sample that is
@@ -69,11 +70,11 @@ private:
     float attack = 0.0f, release = 0.0f;    ///< of the level, 1 ms and 20 ms
 
     // State.
-    AlignedVector frame;     ///< the last N recorded samples
-    AlignedVector windowed;  ///< scratch
-    AlignedVector spectrum;  ///< interleaved complex bins 0..N/2
-    std::array<float, kHistory> history{};  ///< smoothed detection values, oldest first
-    std::array<float, kHistory> sorted{};   ///< scratch
+    AlignedVector frame;                        ///< the last N recorded samples
+    AlignedVector windowed;                     ///< scratch
+    AlignedVector spectrum;                     ///< interleaved complex bins 0..N/2
+    std::array<float, kHistory> history{};      ///< smoothed detection values, oldest first
+    std::array<float, kHistory> sorted{};       ///< scratch
     float lastInput = 0.0f, lastOutput = 0.0f;  ///< of the low-pass
     float previousValue = 0.0f;                 ///< newest smoothed detection value
     float thresholded = 0.0f;                   ///< above 0 at a candidate

@@ -4,8 +4,8 @@
 
 namespace Quorvan::dsp {
 
-/// Whether all of count values, at least one, are equal. Without a jump in the loop, so that it runs
-/// in vectors.
+/// Whether all of count values, at least one, are equal. Without a jump in the loop, so that it
+/// runs in vectors.
 inline bool IsConstant(const float* values, uint32_t count) {
     uint32_t different = 0;
     for (uint32_t i = 1; i < count; ++i)

@@ -22,7 +22,8 @@ inline constexpr uint32_t kToolTipTextIndex = 3151;
 inline constexpr uint32_t kToolTipBytes = 256;
 const std::string& PseudoParameterName(uint32_t index);
 
-/// Longest block at a rate: about a millisecond, a multiple of 4; also the control rate of the tree.
+/// Longest block at a rate: about a millisecond, a multiple of 4; also the control rate of the
+/// tree.
 uint32_t BlockSizeAt(float sampleRate);
 /// The rate itself, or 44100 for one that isn't above 0.
 float ValidSampleRate(float sampleRate);

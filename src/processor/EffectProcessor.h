@@ -139,14 +139,14 @@ private:
 
     bool feedbackReady = false;  ///< a preset load has ended
     bool presetLoading = false;
-    bool presetRaised = false;   ///< a preset load has begun whose end is still to come
+    bool presetRaised = false;  ///< a preset load has begun whose end is still to come
     uint64_t parameterChangeCount = 0;
     ParameterChange parameterChanges[N] = {};
     uint64_t blobChangeCount = 0;
     BlobChange blobChanges[B] = {};
-    dsp::AlignedVector scratch;              ///< backs the four buffers below
-    float* wet[2] = {};                      ///< the effect's stereo result
-    dsp::SmootherSRL bypassSmoother{0.01};   // 0 the effect, 1 the bypass
+    dsp::AlignedVector scratch;                ///< backs the four buffers below
+    float* wet[2] = {};                        ///< the effect's stereo result
+    dsp::SmootherSRL bypassSmoother{0.01};     // 0 the effect, 1 the bypass
     dsp::SmootherLPF outputGainSmoother{0.1};  // linear
     float* bypassRamp = nullptr;
     float* gainRamp = nullptr;
@@ -159,9 +159,8 @@ void EffectProcessor<N, B, M...>::OnSetup(float sampleRate, uint32_t blockSize) 
     wet[1] = wet[0] + blockSize;
     bypassRamp = wet[1] + blockSize;
     gainRamp = bypassRamp + blockSize;
-    for (dsp::Smoother* smoother :
-         {static_cast<dsp::Smoother*>(&bypassSmoother),
-          static_cast<dsp::Smoother*>(&outputGainSmoother)}) {
+    for (dsp::Smoother* smoother : {static_cast<dsp::Smoother*>(&bypassSmoother),
+                                    static_cast<dsp::Smoother*>(&outputGainSmoother)}) {
         smoother->sampleRate = static_cast<double>(sampleRate);
         smoother->stepLength = 1;
         smoother->UpdateCoefficients();

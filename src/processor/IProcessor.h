@@ -63,7 +63,7 @@ struct ProcessData {
     uint32_t outputCount;  ///< main output channels
     uint32_t frameCount;   ///< samples: a multiple of 4, at most GetBlockSize
     uint8_t wrapperData1[84];
-    uint32_t outEventCount;    ///< out: number of output events
+    uint32_t outEventCount;  ///< out: number of output events
     uint8_t wrapperData2[4];
     MidiOutRecord* outEvents;  ///< out: valid until the next Process
     float** auxOutputs;        ///< four auxiliary outputs, written

@@ -39,12 +39,12 @@ dsp::Parameter AmountMapping() {
 }  // namespace
 
 MoteWeaverProcessor::MoteWeaverProcessor()
-    : MoteWeaverProcessorBase(
-          "", ProcessorTable(), Named("MoteWeaver"), Named("EnvFollower"), Named("Function1"),
-          Named("Function2"), Named("Function3"), Named("FX1"), Named("FX2"),
-          std::tuple(0x7fu, AmountMapping(), std::string("Modulations")), Named("LFO_Stereo_X"),
-          Named("LFO_Stereo_Y"), Named("Limiter"), Named("StepSeq"), Named("MasterVuL"),
-          Named("MasterVuR")) {
+    : MoteWeaverProcessorBase("", ProcessorTable(), Named("MoteWeaver"), Named("EnvFollower"),
+                              Named("Function1"), Named("Function2"), Named("Function3"),
+                              Named("FX1"), Named("FX2"),
+                              std::tuple(0x7fu, AmountMapping(), std::string("Modulations")),
+                              Named("LFO_Stereo_X"), Named("LFO_Stereo_Y"), Named("Limiter"),
+                              Named("StepSeq"), Named("MasterVuL"), Named("MasterVuR")) {
     Granular().SetParameterNormalized(dsp::MoteWeaverId::Crossfade, 1.0f);
     Granular().SetParameterNormalized(dsp::MoteWeaverId::BufferPersistence, 0.0f);
     Granular().SetParameterValue(dsp::MoteWeaverId::TriggerMode, 0.0f);
@@ -125,9 +125,9 @@ void MoteWeaverProcessor::OnEffectSetup(float rate, uint32_t frames) {
     feedbackDelay = static_cast<uint32_t>(std::floor(rate * kFeedbackDelay));
 
     transportGain.range = 1.0;
-    for (dsp::Smoother* smoother : std::initializer_list<dsp::Smoother*>{
-             &feedbackGain, &dryWetMix, &granularVolume, &masterVolume, &envelopeGain,
-             &transportGain}) {
+    for (dsp::Smoother* smoother :
+         std::initializer_list<dsp::Smoother*>{&feedbackGain, &dryWetMix, &granularVolume,
+                                               &masterVolume, &envelopeGain, &transportGain}) {
         smoother->sampleRate = static_cast<double>(rate);
         smoother->stepLength = 1;
         smoother->UpdateCoefficients();
@@ -210,8 +210,8 @@ void MoteWeaverProcessor::RunGranular(const dsp::ProcessBlock& block, const Inpu
         for (uint32_t i = 0; i < frames; ++i)
             feedbackReturn[c][i] = SoftClip(feedbackReturn[c][i] * ramp[i]) + sides[c][i];
     HighPass(frames);
-    RunChild(Granular(), block, granularInputs.data(),
-             static_cast<uint32_t>(granularInputs.size()), stage, 2);
+    RunChild(Granular(), block, granularInputs.data(), static_cast<uint32_t>(granularInputs.size()),
+             stage, 2);
     display.Fill(Granular());
 }
 

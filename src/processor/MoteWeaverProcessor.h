@@ -35,11 +35,12 @@ using MoteWeaverProcessorBase =
 ///
 /// One block, about a millisecond: modulation sources and matrix; spatialiser; feedback return and
 /// input into the granular engine; limiter; effect slots of the loop and feedback delay; volume,
-/// transport mute; slots of the wet signal; mix with the delayed input; slots behind the mix; master
-/// volume, meters, and what a user interface draws.
+/// transport mute; slots of the wet signal; mix with the delayed input; slots behind the mix;
+/// master volume, meters, and what a user interface draws.
 ///
-/// Inputs      0, 1 audio; one channel stands for both.  Outputs  0, 1 audio, or one with their mean
-/// Aux         in: 0, 1 side-chain of the envelope follower; out: 0 the follower's input, 1 its
+/// Inputs      0, 1 audio; one channel stands for both.  Outputs  0, 1 audio, or one with their
+/// mean Aux         in: 0, 1 side-chain of the envelope follower; out: 0 the follower's input, 1
+/// its
 ///             envelope, 2 and 3 the position in the stereo field
 /// Parameters  ProcessorTables.h lists those behind the modules' and the effect's
 /// Latency     3 ms, the limiter's look-ahead
@@ -159,7 +160,7 @@ private:
     float* limited[2] = {};         ///< the wet signal
     float* slotOutA[2] = {};
     float* slotOutB[2] = {};
-    float* ramp = nullptr;  ///< gain curve of the stage at work
+    float* ramp = nullptr;                      ///< gain curve of the stage at work
     dsp::AlignedVector lfoXOutput, lfoYOutput;  ///< rows with their heads
 
     LoopDisplay display;

@@ -165,8 +165,8 @@ void MoteWeaverProcessor::UpdateGains(const dsp::ProcessBlock& block) {
     aim(envelopeGain, gainOf(kEnvelopeFollowerGain, 26));
     const float feedback = LiveValue(kFeedback, 1, block);
     // The bottom of the knob is silence.
-    aim(feedbackGain, feedback > ParameterAt(kFeedback).minValue ? dsp::DecibelsToGain(feedback)
-                                                                 : 0.0f);
+    aim(feedbackGain,
+        feedback > ParameterAt(kFeedback).minValue ? dsp::DecibelsToGain(feedback) : 0.0f);
     aim(granularVolume, gainOf(kGranularVolume, 2));
     aim(dryWetMix, LiveValue(kDryWet, 0, block));
     if (needsFullUpdate || IsChanged(kMasterVolume))

@@ -46,7 +46,9 @@ constexpr std::array<uint32_t, kFirstFxRow> kPlainTargets{
     Id::RandomFine,
     Id::RandomLayers,
     kEnvelopeFollowerGain,
-    kByMode, kByMode, kByMode,  // 27 to 29 rates of the functions
+    kByMode,
+    kByMode,
+    kByMode,  // 27 to 29 rates of the functions
     ModuleIndex::kFunction1 + dsp::FunctionGenerator<64>::Scale,
     ModuleIndex::kFunction2 + dsp::FunctionGenerator<64>::Scale,
     ModuleIndex::kFunction3 + dsp::FunctionGenerator<64>::Scale,
@@ -58,10 +60,10 @@ constexpr std::array<uint32_t, kFirstFxRow> kPlainTargets{
 struct SlotTarget {
     enum Rule : uint8_t { kAlways, kIfSwitchOn, kIfNotZero, kIfComb, kIfPingPong };
 
-    uint32_t index;          ///< in "FX1"
+    uint32_t index;  ///< in "FX1"
     Rule rule = kAlways;
-    uint32_t other = 0;      ///< in force where the rule holds
-    uint32_t selector = 0;   ///< what the rule looks at
+    uint32_t other = 0;     ///< in force where the rule holds
+    uint32_t selector = 0;  ///< what the rule looks at
 };
 
 constexpr std::array<SlotTarget, kFxRowStep> kSlotTargets{{
@@ -141,9 +143,8 @@ uint32_t MoteWeaverProcessor::TargetOfRow(uint32_t row) {
     if (row >= kFirstFxRow) {
         const uint32_t shift = row >= kFirstFxRow + kFxRowStep ? kFxIndexStep : 0;
         const SlotTarget& target = kSlotTargets[(row - kFirstFxRow) % kFxRowStep];
-        const bool moved =
-            target.rule != SlotTarget::kAlways &&
-            Holds(target.rule, *FindRecord(target.selector + shift));
+        const bool moved = target.rule != SlotTarget::kAlways &&
+                           Holds(target.rule, *FindRecord(target.selector + shift));
         return (moved ? target.other : target.index) + shift;
     }
     if (kPlainTargets[row] != kByMode)
@@ -198,8 +199,7 @@ float MoteWeaverProcessor::DestDisplayValue(uint32_t row) {
 }
 
 bool MoteWeaverProcessor::IsBlobParameter(uint32_t index) {
-    return index == Id::VisualizedBuffer || index == kFeedbackBigChunk ||
-           index == kFXFeedbackChunk;
+    return index == Id::VisualizedBuffer || index == kFeedbackBigChunk || index == kFXFeedbackChunk;
 }
 
 BlobData MoteWeaverProcessor::GetBlobParameter(uint32_t index) {

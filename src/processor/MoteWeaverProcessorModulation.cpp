@@ -11,15 +11,15 @@ enum Source : uint32_t { kFollowerSource, kFunctionSource, kSequencerSource = 4,
 
 /// Destination rows behind the two audio channels of "FX1", effect by effect; -1 is no modulation.
 constexpr std::array<int8_t, 48> kSlotRows{
-    -1, 36, 37,                              // filter
-    38, -1,                                  // distortion
-    -1, 39, 40, 41,                          // compressor
-    -1, 42, 43, -1, -1, 44, 45, -1,          // delay
-    -1, 46, 47, -1, -1, 48, 49, 50, 51,      // octaver delay
-    -1, 52, 53, 54, 55, 56, -1, -1,          // tape echo
-    -1, 57, 58,                              // chorus
-    -1, 59, 60,                              // flanger
-    -1, -1, -1, 61, 62, 63, 64, -1           // reverb
+    -1, 36, 37,                          // filter
+    38, -1,                              // distortion
+    -1, 39, 40, 41,                      // compressor
+    -1, 42, 43, -1, -1, 44, 45, -1,      // delay
+    -1, 46, 47, -1, -1, 48, 49, 50, 51,  // octaver delay
+    -1, 52, 53, 54, 55, 56, -1, -1,      // tape echo
+    -1, 57, 58,                          // chorus
+    -1, 59, 60,                          // flanger
+    -1, -1, -1, 61, 62, 63, 64, -1       // reverb
 };
 /// Rows of "FX2" against those of "FX1".
 constexpr uint32_t kSlotRowStep = 30;

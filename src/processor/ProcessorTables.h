@@ -13,9 +13,9 @@ const dsp::ParameterTable& AssignedTable();
 
 /// Note lengths of the spatialiser's synced rates, in whole notes. From the fourth on they are 1.05
 /// times the powers of two, so that the figure drifts slowly against the beat.
-inline constexpr std::array<float, 9> kSpatializerNotes{
-    8.0f,        4.0f,        2.0f,         1.0500549f,  0.52502745f,
-    0.26251373f, 0.13125686f, 0.065628432f, 0.032814216f};
+inline constexpr std::array<float, 9> kSpatializerNotes{8.0f,        4.0f,         2.0f,
+                                                        1.0500549f,  0.52502745f,  0.26251373f,
+                                                        0.13125686f, 0.065628432f, 0.032814216f};
 
 /// A figure that the spatialiser draws.
 struct Trajectory {

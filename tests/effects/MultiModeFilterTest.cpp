@@ -376,6 +376,20 @@ TEST(MultiModeFilterTest, DryIsTheInputInEveryMode) {
     }
 }
 
+TEST(MultiModeFilterTest, CornersBeyondHalfTheRateAreHeldBelowIt) {
+    constexpr float rate = 11025.0f;
+    const Stereo input{test::Noise(9, 11025, 0.5f), test::Noise(10, 11025, 0.5f)};
+    for (int32_t mode = 0; mode < 3; ++mode) {
+        Still filter(rate, mode, 36.0f, 20000.0f, 0.7f),
+            held(rate, mode, 36.0f, 0.49f * rate, 0.7f);
+        const Stereo output = filter.Run(input), wanted = held.Run(input);
+        for (size_t i = 0; i < input[0].size(); ++i) {
+            ASSERT_LT(std::abs(output[0][i]), 4.0f) << mode << " " << i;
+            ASSERT_NEAR(output[0][i], wanted[0][i], 1.0e-3f) << mode << " " << i;
+        }
+    }
+}
+
 TEST(MultiModeFilterTest, RunsInPlace) {
     const Stereo input{test::Noise(5, 960), test::Noise(6, 960)};
     for (int32_t mode = 0; mode < 5; ++mode) {

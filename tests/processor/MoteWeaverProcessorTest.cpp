@@ -188,7 +188,7 @@ TEST(MoteWeaverProcessorTest, TheDisplayRecordShowsTheLoop) {
     EXPECT_NEAR(product / power, 1.0, 0.02);
 
     rig.Set("MoteWeaver_PlaybackQuantizationMode", 1.0f);  // the grid
-    *shown.lock = 1;                                        // a reader is at it
+    *shown.lock = 1;                                       // a reader is at it
     const std::vector<uint32_t> before = *shown.grains;
     rig.RunSilence(100);
     EXPECT_EQ(*shown.grains, before);

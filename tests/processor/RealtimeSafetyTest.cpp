@@ -1,4 +1,5 @@
-// What the audio path must not do: allocate, lock, call the system, leave the caller's mode changed.
+// What the audio path must not do: allocate, lock, call the system, leave the caller's mode
+// changed.
 #include <gtest/gtest.h>
 #include <linux/seccomp.h>
 #include <pthread.h>
@@ -24,7 +25,8 @@ thread_local uint64_t trapped = 0;
 
 void* Allocate(size_t size, size_t alignment) {
     trapped += trapping ? 1 : 0;
-    void* const memory = std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+    void* const memory =
+        std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;

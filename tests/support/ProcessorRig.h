@@ -16,8 +16,8 @@
 
 namespace Quorvan::test {
 
-/// A processor made through the factory, driven block by block as a wrapper drives it. All chance in
-/// it follows from the seed.
+/// A processor made through the factory, driven block by block as a wrapper drives it. All chance
+/// in it follows from the seed.
 class ProcessorRig {
 public:
     explicit ProcessorRig(float sampleRate = 48000.0f, uint64_t seed = 1) : rate(sampleRate) {

@@ -23,9 +23,8 @@ inline std::vector<float> Sine(double frequency, double rate, size_t length,
                                float amplitude = 1.0f) {
     std::vector<float> signal(length);
     for (size_t i = 0; i < length; ++i)
-        signal[i] = amplitude * static_cast<float>(std::sin(
-                                    2.0 * std::numbers::pi * frequency / rate *
-                                    static_cast<double>(i)));
+        signal[i] = amplitude * static_cast<float>(std::sin(2.0 * std::numbers::pi * frequency /
+                                                            rate * static_cast<double>(i)));
     return signal;
 }
 
@@ -35,7 +34,8 @@ inline std::vector<float> Bursts(uint32_t seed, size_t length, float peak) {
     std::uniform_real_distribution<float> draw(0.0f, 1.0f);
     std::vector<float> signal = Noise(seed + 1, length);
     for (size_t at = 0; at < length;) {
-        const float gain = draw(random) < 0.2f ? 0.0f : peak * std::pow(10.0f, -2.0f * draw(random));
+        const float gain =
+            draw(random) < 0.2f ? 0.0f : peak * std::pow(10.0f, -2.0f * draw(random));
         const auto end = std::min(length, at + 20 + static_cast<size_t>(draw(random) * 400.0f));
         for (; at < end; ++at)
             signal[at] *= gain;

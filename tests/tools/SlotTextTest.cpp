@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <string>
+
+#include "host/state/StateTransfer.h"
 
 namespace Quorvan::Tools {
 namespace {
@@ -10,13 +13,14 @@ namespace {
 /// What the picture of a sound with these settings says of its effects.
 std::string TextOf(const std::map<std::string, std::string>& settings) {
     static const Host::ParameterCatalog catalog;
-    Host::Engine engine(1);
-    engine.Prepare({.sampleRate = 48000.0});
+    Host::Preset preset;
     for (const auto& [name, text] : settings) {
         const uint32_t index = catalog.Find(name).value();
-        engine.Write(index, catalog.Position(index, text).position.value());
+        preset.parameters.push_back({index, catalog.Position(index, text).position.value()});
     }
-    engine.Idle(1);
+    Host::Engine engine(1);
+    engine.Prepare({.sampleRate = 48000.0});
+    Host::ApplyPreset(preset, engine, catalog);
     return SlotText(engine, catalog);
 }
 
@@ -36,10 +40,10 @@ TEST(SlotTextTest, EffectsAreToldWithTheirPlaces) {
     EXPECT_EQ(TextOf(sound), "");
 }
 
-TEST(SlotTextTest, SecondSlotIsInTheLoopBehindTheFirstOnly) {
+TEST(SlotTextTest, SecondSlotStandsWhereTheProcessorLetsItStand) {
     std::map<std::string, std::string> sound{
         {"FX2_ModuleType", "Chorus"}, {"FX2_Position", "Feedback Loop"}, {"FX2_Dry / Wet", "50 %"}};
-    EXPECT_EQ(TextOf(sound), "");
+    EXPECT_EQ(TextOf(sound), "FX2 Chorus behind the mix");  // never ahead of the first
     sound["FX1_Position"] = "Feedback Loop";
     EXPECT_EQ(TextOf(sound), "FX2 Chorus in the loop");
 }

@@ -12,7 +12,6 @@ namespace {
 /// Choices of the position of a slot, in words that go behind the name of an effect.
 constexpr std::array<std::string_view, 3> kPlaces{"behind the mix", "on the wet signal",
                                                   "in the loop"};
-constexpr uint32_t kLoop = 2;
 /// Destinations that move the dry/wet of the slots.
 constexpr std::array<uint32_t, 2> kDryWetRows{35, 65};
 
@@ -36,10 +35,8 @@ private:
     uint32_t Place(uint32_t slot) const { return reach.Choice(Prefix(slot) + "Position"); }
     bool IsHeard(uint32_t slot) const {
         const std::string prefix = Prefix(slot);
-        // In the loop the second slot stands behind the first, and runs only if that is there too.
-        const bool isLeftOut = slot == 1 && Place(1) == kLoop && Place(0) != kLoop;
         return reach.Choice(prefix + "ModuleType") != 0 && !reach.IsOn(prefix + "Bypass") &&
-               reach.Highest(prefix + "Dry / Wet", kDryWetRows[slot]) > 0.0 && !isLeftOut;
+               reach.Highest(prefix + "Dry / Wet", kDryWetRows[slot]) > 0.0;
     }
 
     const Host::Engine& engine;

@@ -38,9 +38,10 @@ int main(int argc, char** argv) {
     const auto quantile = [&shares](double q) {
         return shares[static_cast<size_t>(q * static_cast<double>(shares.size() - 1))];
     };
-    std::printf("blocks %zu, share of their own duration in %%: mean %.2f, median %.2f, "
-                "99.9th percentile %.2f, maximum %.2f\n",
-                shares.size(), sum / static_cast<double>(shares.size()), quantile(0.5),
-                quantile(0.999), shares.back());
+    std::printf(
+        "blocks %zu, share of their own duration in %%: mean %.2f, median %.2f, "
+        "99.9th percentile %.2f, maximum %.2f\n",
+        shares.size(), sum / static_cast<double>(shares.size()), quantile(0.5), quantile(0.999),
+        shares.back());
     return 0;
 }
