@@ -4,13 +4,15 @@ import sys
 
 UNITS = {
     "ns_per_frame": "ns/frame",
-    "ns_per_grain_sample": "ns/grain-sample",
     "core_percent": "% of a core",
     "resident_MB": "MB",
     "object_kB": "kB object",
     "speedup": "x plain",
 }
+# Counters in seconds, shown in nanoseconds.
+SECONDS = {"grain_sample": "ns/grain-sample", "frame": "ns/frame", "start": "ns/start"}
 SKIPPED = {"items_per_second", "bytes_per_second"}
+PLAIN = ("BM_Grains/", "BM_GrainsPlain/")
 
 
 def counters(run):
@@ -19,8 +21,20 @@ def counters(run):
              "repetitions", "repetition_index", "threads", "iterations", "real_time", "cpu_time",
              "time_unit", "label"}
     for key, value in run.items():
-        if key not in known and key not in SKIPPED and isinstance(value, (int, float)):
+        if key in known or key in SKIPPED or not isinstance(value, (int, float)):
+            continue
+        if key in SECONDS:
+            yield f"{value * 1e9:.4g} {SECONDS[key]}"
+        else:
             yield f"{value:.4g} {UNITS.get(key, key)}"
+
+
+def against_plain(run, runs):
+    """How many times as fast the grain loop is as its plain form, where both were measured."""
+    plain = runs.get(run["name"].replace(*PLAIN, 1))
+    if plain is None or not run["name"].startswith(PLAIN[0]):
+        return []
+    return [f"{plain['cpu_time'] / run['cpu_time']:.1f} x the plain form"]
 
 
 rows = []
@@ -29,8 +43,9 @@ for path in sys.argv[1:]:
         text = report.read()
     if not text.strip():
         continue
-    for run in json.loads(text)["benchmarks"]:
-        figures = list(counters(run)) or [f"{run['cpu_time']:.4g} {run['time_unit']}"]
+    runs = {run["name"]: run for run in json.loads(text)["benchmarks"]}
+    for run in runs.values():
+        figures = list(counters(run)) + against_plain(run, runs) or [f"{run['cpu_time']:.4g} {run['time_unit']}"]
         rows.append((run["name"].removeprefix("BM_"), ", ".join(figures), run.get("label", "")))
 
 width = max((len(row[0]) for row in rows), default=0)

@@ -82,6 +82,19 @@ BENCHMARK(BM_ProcessorResidentSize)->Arg(44100)->Arg(48000)->Arg(192000)->Iterat
 void BM_ProcessorIdle(benchmark::State& state) { RunScenario(state, kIdle); }
 void BM_ProcessorMedium(benchmark::State& state) { RunScenario(state, kMedium); }
 void BM_ProcessorWorst(benchmark::State& state) { RunScenario(state, kWorst); }
+/// The worst case with the two dearest effects in the slots, both in the loop.
+void BM_ProcessorWorstWithSlots(benchmark::State& state) {
+    Positions positions = kWorst;
+    positions.insert({{"FX1_Position", 1.0f},
+                      {"FX1_Dry / Wet", 0.5f},
+                      {"FX1_ModuleType", 0.65f},  // tape echo
+                      {"FX2_Position", 1.0f},
+                      {"FX2_Dry / Wet", 0.5f},
+                      {"FX2_ModuleType", 0.55f},  // octaver delay
+                      {"FX2_OctaverDelay_Mode", 0.5f}});
+    RunScenario(state, positions);
+}
+BENCHMARK(BM_ProcessorWorstWithSlots)->Arg(48000);
 BENCHMARK(BM_ProcessorIdle)->Arg(48000);
 BENCHMARK(BM_ProcessorMedium)->Arg(48000);
 BENCHMARK(BM_ProcessorWorst)->Arg(48000)->Arg(192000);

@@ -154,9 +154,9 @@ struct PlainTape {
 };
 
 /// A host that plays, stops, jumps, changes tempo and turns every knob of the tape.
-class Session {
+class Take {
 public:
-    explicit Session(uint32_t seed) : plain(kRate), random(seed) {
+    explicit Take(uint32_t seed) : plain(kRate), random(seed) {
         tape.Setup(kRate);
         SetLength();
         tape.Reset();
@@ -318,20 +318,20 @@ private:
     bool playing = false, started = false;
 };
 
-TEST(CaptureBufferTest, FollowsThePlainRulesThroughWholeSessions) {
+TEST(CaptureBufferTest, FollowsThePlainRulesThroughWholeTakes) {
     uint32_t laps = 0;
     uint32_t clears = 0;
     for (uint32_t seed = 0; seed < 40; ++seed) {
-        Session session(seed);
+        Take take(seed);
         for (uint32_t block = 0; block < 3000; ++block) {
-            session.Block();
+            take.Block();
             SCOPED_TRACE("seed " + std::to_string(seed) + " block " + std::to_string(block));
-            session.ExpectSame(block % 500 == 499);
+            take.ExpectSame(block % 500 == 499);
             if (HasFailure())
                 return;
         }
-        laps += session.laps;
-        clears += session.clears;
+        laps += take.laps;
+        clears += take.clears;
     }
     EXPECT_GT(laps, 200u);
     EXPECT_GT(clears, 100u);
