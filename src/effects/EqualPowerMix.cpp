@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "primitives/PolynomialSine.h"
+#include "primitives/UnpairedSine.h"
 
 namespace Quorvan::dsp {
 
@@ -35,7 +36,7 @@ void EqualPowerMix::Fill(uint32_t count) {
         // For the full size, since a longer block may come next.
         const float angle = static_cast<float>(smoother.current) * kQuarterTurn;
         std::fill(dryGain.begin(), dryGain.end(), std::cos(angle));
-        std::fill(wetGain.begin(), wetGain.end(), std::sin(angle));
+        std::fill(wetGain.begin(), wetGain.end(), UnpairedSine(angle));
     }
     gainsValid = atRest;
 }

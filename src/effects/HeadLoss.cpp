@@ -1,4 +1,5 @@
 #include "effects/HeadLoss.h"
+#include "primitives/UnpairedSine.h"
 
 #include <algorithm>
 #include <cmath>
@@ -50,7 +51,7 @@ HeadLoss::Filters HeadLoss::FiltersAt(float ms) const {
     const HeadLossTable::Entry entry = table.At(ms);
     const auto lowPass = [this](float frequency, float q) {
         const float w = BiquadCoefficients::StableCorner(frequency, inverseSampleRate);
-        return BiquadCoefficients::LowPass(w, std::sin(w) * 0.5f / q);
+        return BiquadCoefficients::LowPass(w, UnpairedSine(w) * 0.5f / q);
     };
     return {lowPass(entry.headFrequency, entry.headQ), lowPass(entry.gapFrequency, entry.gapQ)};
 }

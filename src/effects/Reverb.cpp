@@ -9,6 +9,7 @@
 #include "framework/ParameterTable.h"
 #include "primitives/BlockTests.h"
 #include "primitives/Decibels.h"
+#include "primitives/UnpairedSine.h"
 
 namespace Quorvan::dsp {
 
@@ -146,13 +147,13 @@ void Reverb::FillMix(const ProcessBlock& block) {
         return;
     if (IsConstant(wetGain.data(), count)) {
         const float angle = wetGain[0] * kQuarterTurn;
-        std::fill_n(wetGain.begin(), count, std::sin(angle));
+        std::fill_n(wetGain.begin(), count, UnpairedSine(angle));
         std::fill_n(dryGain.begin(), count, std::cos(angle));
         return;
     }
     for (uint32_t n = 0; n < count; ++n) {
         const float angle = wetGain[n] * kQuarterTurn;
-        wetGain[n] = std::sin(angle);
+        wetGain[n] = UnpairedSine(angle);
         dryGain[n] = std::cos(angle);
     }
 }

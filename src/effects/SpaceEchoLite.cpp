@@ -8,6 +8,7 @@
 #include "effects/StereoInputs.h"
 #include "framework/ParameterTable.h"
 #include "primitives/Decibels.h"
+#include "primitives/UnpairedSine.h"
 
 namespace Quorvan::dsp {
 
@@ -107,7 +108,7 @@ void SpaceEchoLite::OnSetup(float rate, uint32_t blockSize) {
     const float bumpW = kBumpCorner * inverseSampleRate;
     const float shelfW = kShelfCorner * inverseSampleRate;
     using B = BiquadCoefficients;
-    bump.coefficients = B::HighPass(bumpW, std::sin(bumpW));
+    bump.coefficients = B::HighPass(bumpW, UnpairedSine(bumpW));
     recordShelf.coefficients = B::HighShelf(shelfW, kRecordAmplitude, kRecordSlope);
     playbackShelf.coefficients = B::HighShelf(shelfW, kPlaybackAmplitude, kPlaybackSlope);
 }

@@ -34,7 +34,10 @@ constexpr DepthLine kDepthLines[] = {
 constexpr float kFrequencyKneeMs = 174.0f;
 
 float Overtone(float levelDb, float fallDb, size_t i) {
-    return std::pow(10.0f, (levelDb - fallDb * std::log10(static_cast<float>(i + 1))) * 0.05f);
+    // Volatile, so that the level is worked out by the running system's library in every build: a
+    // compiler that does it ahead may round otherwise.
+    const volatile float partial = static_cast<float>(i + 1);
+    return std::pow(10.0f, (levelDb - fallDb * std::log10(partial)) * 0.05f);
 }
 
 }  // namespace

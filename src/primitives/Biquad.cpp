@@ -1,5 +1,7 @@
 #include "primitives/Biquad.h"
 
+#include "primitives/UnpairedSine.h"
+
 namespace Quorvan::dsp {
 
 BiquadCoefficients BiquadCoefficients::HighPass(float w, float alpha) {
@@ -12,7 +14,7 @@ BiquadCoefficients BiquadCoefficients::HighPass(float w, float alpha) {
 
 BiquadCoefficients BiquadCoefficients::HighShelf(float w, float amplitude, float slope) {
     const float cosine = std::cos(w);
-    const float k = std::sin(w) * slope;
+    const float k = UnpairedSine(w) * slope;
     const float more = amplitude + 1.0f;
     const float less = amplitude - 1.0f;
     const float a0 = more - less * cosine + k;

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "primitives/UnpairedSine.h"
+
 namespace Quorvan::dsp {
 
 /// Coefficients of a second-order section, divided by a0. The designs are those of R.
@@ -25,7 +27,7 @@ struct BiquadCoefficients {
         return std::min(6.2831855f * hertz * inverseSampleRate, kHighest);
     }
     /// alpha of a Q of 0.7071, by which the passband ends without a peak.
-    static float FlatAlpha(float w) { return std::sin(w) * 0.70710355f; }
+    static float FlatAlpha(float w) { return UnpairedSine(w) * 0.70710355f; }
 
     /// The low-pass from the cosine of its corner and 1 / (1 + alpha), for callers with cheaper
     /// ways to those.

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "primitives/BlockDelay.h"
+#include "primitives/UnpairedSine.h"
 
 namespace Quorvan::Processor {
 
@@ -267,11 +268,11 @@ void MoteWeaverProcessor::MixDry(const dsp::ProcessBlock& block, const Inputs& i
     constexpr float kQuarterTurn = std::numbers::pi_v<float> * 0.5f;
     const bool resting = dryWetMix.IsAtRest();
     dryWetMix.FillBlock(ramp, frames);
-    float wetGain = std::sin(ramp[0] * kQuarterTurn);
+    float wetGain = dsp::UnpairedSine(ramp[0] * kQuarterTurn);
     float dryGain = std::cos(ramp[0] * kQuarterTurn);
     for (uint32_t i = 0; i < frames; ++i) {
         if (!resting) {
-            wetGain = std::sin(ramp[i] * kQuarterTurn);
+            wetGain = dsp::UnpairedSine(ramp[i] * kQuarterTurn);
             dryGain = std::cos(ramp[i] * kQuarterTurn);
         }
         for (uint32_t c = 0; c < 2; ++c)

@@ -49,6 +49,8 @@ int StartTool(const Arguments& arguments, const std::string& outFile, const std:
     };
     redirect(outFile, STDOUT_FILENO);
     redirect(errFile, STDERR_FILENO);
+    // Of use to a program that is built with the address sanitizer only.
+    setenv("LSAN_OPTIONS", "print_suppressions=0:suppressions=" LEAK_SUPPRESSIONS, 0);
     if (inChild)
         inChild();
     execv(TESSERAE_BINARY, pointers.data());
