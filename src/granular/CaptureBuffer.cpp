@@ -170,8 +170,9 @@ bool CaptureBuffer::AdvancePlayHead(const Transport& transport, bool firstSample
     const double wrap = static_cast<double>(writePosition >= length ? writePosition + 1 : length);
     if (p <= 0.0)
         p += wrap;
-    if (p >= wrap || p < 0.0)
-        p = Wrap(p, wrap);
+    // Also where it lies in the loop: at whole speeds the rounding decides on which side of the
+    // write head or of a grid line the play head counts as standing.
+    p = Wrap(p, wrap);
     const bool atStart = writePosition == 0;
     if (playbackMode == kScan) {
         if (retrigPlayHead && atStart)

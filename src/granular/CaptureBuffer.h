@@ -138,7 +138,8 @@ private:
     /// Loops x into 0..wrap.
     static double Wrap(double x, double wrap) {
         const double turns = x / wrap;
-        return (turns - std::floor(turns)) * wrap;
+        // Within the loop there is nothing to take off, and the library's floor would be a call.
+        return (turns >= 0.0 && turns < 1.0 ? turns : turns - std::floor(turns)) * wrap;
     }
 
     float sampleRate = 44100.0f;
