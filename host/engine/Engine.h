@@ -43,8 +43,7 @@ struct EngineCounts {
 /// Latency   LatencyFrames: one block for the queue and the processor's own. Output frame n belongs
 ///           to input frame n - LatencyFrames.
 /// Threads   none of its own and no locks: calls come in turn. Process, Write, WriteAt,
-/// SetTransport
-///           and SetTempo neither allocate nor wait.
+///           SetTransport and SetTempo neither allocate nor wait.
 class Engine {
 public:
     /// With a seed, all chance in the processor repeats from run to run; each random source gets a

@@ -31,8 +31,7 @@ namespace Quorvan::dsp {
 ///             8 LFOShape 0 sine, 1 triangle
 ///             9 MidiSync, 10 RateSyncedType, 11 RateSynced: as the oscillators have them
 ///             12 LPFfc 20..20000 Hz, 13 HPFfc 20..10000 Hz: filters of the wet signal, in the
-///             loop;
-///               slewed while on, the whole range in 0.1 s
+///               loop; slewed while on, the whole range in 0.1 s
 ///             14 LPFOn, 15 HPFOn: above 0.5
 /// Latency     none
 /// Method      Lines are read through a first-order all-pass, flat at every fraction.

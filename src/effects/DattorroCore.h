@@ -15,10 +15,9 @@ namespace Quorvan::dsp {
 /// Plate reverberator: a predelay and a tank in the shape of an eight, with slowly moving
 /// all-passes against metallic tails.
 ///
-/// Inputs      0 audio, mono; 1 to 4 modulation rows of Decay, E_Size, Predelay and Damping; 5 a
-/// row
-///             that moves the size itself by a tenth of its first sample. All are read once a
-///             block.
+/// Inputs      0 audio, mono; 1 to 4 modulation rows of Decay, E_Size, Predelay and Damping;
+///             5 a row that moves the size itself by a tenth of its first sample. All are read once
+///             a block.
 /// Outputs     0, 1 audio, wet alone, in place allowed
 /// Parameters  0 Predelay 0..0.2 s: glides, below one sample none
 ///             1 E_Id1, 2 E_Id2 0..1: gains of the input diffusers

@@ -7,6 +7,7 @@
 #include "effects/NoteValues.h"
 #include "effects/StereoInputs.h"
 #include "framework/ParameterTable.h"
+#include "primitives/DryWetGains.h"
 
 namespace Quorvan::dsp {
 
@@ -178,10 +179,7 @@ void OctaverDelay::UpdateGains(ProcessBlock& block) {
     }
     wetSmoother.SetTarget(wet);
     wetSmoother.FillBlock(wetGain.data(), blockFrames);
-    for (uint32_t i = 0; i < block.numFrames; ++i) {
-        dryGain[i] = std::clamp(2.0f - wetGain[i], 0.0f, 1.0f);
-        wetGain[i] = std::clamp(wetGain[i], 0.0f, 1.0f);
-    }
+    SplitDryWet(wetGain.data(), dryGain.data(), block.numFrames);
 }
 
 void OctaverDelay::RunStage(PitchShiftDelay& stage, const ProcessBlock& block, Buffers& in,

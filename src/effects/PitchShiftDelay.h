@@ -23,8 +23,7 @@ namespace Quorvan::dsp {
 /// Outputs     0, 1 audio, fully wet, in place allowed; with Stereo off only 0 is written
 /// Parameters  0 Stereo one channel, two (default)
 ///             1 DelayTimeMs 1..2000, 2 DelayTimeSynced index into the note values: the delay
-///             glides
-///               in 0.5 s
+///               glides in 0.5 s
 ///             3 Feedback 0..1: read once a block, jumps
 ///             4 PitchShift -24..24 semitones: glides in 0.5 s
 ///             5 Window 0 raised cosine, 1 quarter sine, 2 linear: fades of the shifter's taps

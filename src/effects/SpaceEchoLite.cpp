@@ -8,6 +8,7 @@
 #include "effects/StereoInputs.h"
 #include "framework/ParameterTable.h"
 #include "primitives/Decibels.h"
+#include "primitives/DryWetGains.h"
 #include "primitives/UnpairedSine.h"
 
 namespace Quorvan::dsp {
@@ -223,10 +224,7 @@ void SpaceEchoLite::FillGains(uint32_t count) {
     pingPongSmoother.FillBlock(pingPongWidth.data(), blockFrames);
     inputSmoother.FillBlock(inputGain.data(), blockFrames);
     wetSmoother.FillBlock(wetGain.data(), blockFrames);
-    for (uint32_t i = 0; i < count; ++i) {
-        dryGain[i] = std::clamp(2.0f - wetGain[i], 0.0f, 1.0f);
-        wetGain[i] = std::clamp(wetGain[i], 0.0f, 1.0f);
-    }
+    SplitDryWet(wetGain.data(), dryGain.data(), count);
 }
 
 /// Measures what was recorded. The meter goes by the first sample of the block.

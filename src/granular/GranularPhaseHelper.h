@@ -10,8 +10,7 @@ namespace Quorvan::dsp {
 /// reads.
 ///
 /// Inputs      0 added to the position of the rate in force, sample by sample, where
-/// FollowRateInput
-///             has been called
+///             FollowRateInput has been called
 class GranularPhaseHelper final : public IGenerator {
 public:
     static constexpr uint32_t kParameterCount = kBaseParameterCount;

@@ -1,12 +1,10 @@
 #include "granular/StepSequencerGranular.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "framework/ParameterTable.h"
 #include "granular/GranularTables.h"
 #include "primitives/Clock.h"
-#include "primitives/Xorshift.h"
 
 namespace Quorvan::dsp {
 
@@ -71,7 +69,7 @@ bool StepSequencerGranular::Generate(ProcessBlock& block) {
             const auto cycle = static_cast<int32_t>(cycleBuffer[n]);
             if (cycle != lastCycle) {
                 lastCycle = cycle;
-                Advance(stepCount);
+                AdvanceStep(loopMode, stepCount, randomState, currentStep, goingDown);
                 playing = StepOutput();
             }
         }
@@ -90,42 +88,7 @@ void StepSequencerGranular::Align(int32_t stepCount) {
     needsAlign = false;
     const auto cycle = static_cast<int32_t>(cycleBuffer[0]);
     lastCycle = tickBuffer[0] > 0.5f ? cycle : cycle - 1;
-    // A clock that runs ahead of its origin counts below 0; the pattern is periodic there too.
-    const auto modulo = [](int32_t x, int32_t n) { return (x % n + n) % n; };
-    if (loopMode == kForward) {
-        currentStep = modulo(cycle, stepCount);
-    } else if (loopMode == kBackward) {
-        currentStep = stepCount - modulo(cycle, stepCount) - 1;
-    } else if (loopMode == kBackAndForth) {
-        const int32_t m = modulo(cycle, 2 * stepCount);
-        goingDown = m < stepCount ? 0 : 1;
-        currentStep = m < stepCount ? m : 2 * stepCount - m - 1;
-    }
-}
-
-void StepSequencerGranular::Advance(int32_t stepCount) {
-    currentStep = std::min(currentStep, stepCount - 1);
-    switch (loopMode) {
-        case kForward:
-            currentStep = (currentStep + 1) % stepCount;
-            break;
-        case kBackward:
-            currentStep = (stepCount - 1 + currentStep) % stepCount;
-            break;
-        case kBackAndForth:
-            if (goingDown == 0 && currentStep < stepCount - 1)
-                ++currentStep;
-            else if (goingDown != 0 && currentStep > 0)
-                --currentStep;
-            else
-                goingDown ^= 1;
-            break;
-        default: {
-            const float draw = prims::XorshiftUniform(randomState);
-            currentStep = static_cast<int32_t>(draw * static_cast<float>(stepCount)) % stepCount;
-            break;
-        }
-    }
+    PlaceStep(loopMode, stepCount, cycle, currentStep, goingDown);
 }
 
 }  // namespace Quorvan::dsp

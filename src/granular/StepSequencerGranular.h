@@ -5,6 +5,7 @@
 #include <string>
 
 #include "modulation/IGenerator.h"
+#include "modulation/StepOrder.h"
 
 namespace Quorvan::dsp {
 
@@ -36,18 +37,15 @@ public:
     bool Generate(ProcessBlock& block) override;
 
 private:
-    enum Loop : int32_t { kForward = 0, kBackward = 1, kBackAndForth = 2, kRandom = 3 };
-
     bool IsOn(uint32_t step) { return Value(StepOnOff1 + step) >= 0.5f; }
     float StepOutput();
     void Align(int32_t stepCount);
-    void Advance(int32_t stepCount);
 
     std::array<float, kMaxSteps> stepValues;
     int32_t currentStep = 0;
     int32_t lastCycle = 0;  ///< clock cycle of the last advance
     int32_t loopMode = kForward;
-    int32_t goingDown = 0;  ///< direction of the back and forth mode
+    uint32_t goingDown = 0;  ///< direction of the back and forth mode
     uint32_t randomState;
     bool needsAlign = true;  ///< the next block sets the step from the clock
 };

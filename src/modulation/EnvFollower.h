@@ -15,8 +15,7 @@ namespace Quorvan::dsp {
 /// Outputs     0 the level, one value a sample, at or above 0; comes to rest at exactly 0
 /// Parameters  0 Attack, 1 Release 0.001..5 s: five time constants; 0 jumps
 ///             2 RMSWindowDurationMs 0..100 ms, default 10: up to one sample the rectifier
-///             measures;
-///               a change starts the follower over
+///               measures; a change starts the follower over
 ///             3 FixedLinearGain 0..100, on the measured level
 ///             4 StereoInput above 0.5: mean of both rectified inputs
 /// Latency     none, beyond the averaging of the window

@@ -28,12 +28,6 @@ const ParameterTable& Table() {
     return table;
 }
 
-/// Remainder that is never negative: the clock may stand in a cycle before the first.
-int32_t Modulo(int32_t x, int32_t n) {
-    const int32_t remainder = x % n;
-    return remainder < 0 ? remainder + n : remainder;
-}
-
 }  // namespace
 
 StepSequencer::StepSequencer(std::string moduleName)
@@ -120,7 +114,7 @@ void StepSequencer::Place(int32_t stepCount, bool locked) {
     if (Position(SppHardFollow) > 0.5f) {
         const auto cycle = static_cast<int32_t>(cycleBuffer[0]);
         lastCycle = tickBuffer[0] > 0.5f ? cycle : cycle - 1;
-        PlaceByCycle(stepCount, cycle);
+        PlaceStep(loopMode, stepCount, cycle, currentStep, pingPongDown);
     } else {
         lastCycle = 0;
         PlaceBeforeStart(stepCount, locked);
@@ -141,46 +135,24 @@ void StepSequencer::PlaceBeforeStart(int32_t stepCount, bool locked) {
     }
 }
 
-void StepSequencer::PlaceByCycle(int32_t stepCount, int32_t cycle) {
-    if (loopMode == kForward) {
-        currentStep = Modulo(cycle, stepCount);
-    } else if (loopMode == kBackward) {
-        currentStep = stepCount - Modulo(cycle, stepCount) - 1;
-    } else if (loopMode == kBackAndForth) {
-        const int32_t way = Modulo(cycle, 2 * stepCount);
-        pingPongDown = way < stepCount ? 0 : 1;
-        currentStep = way < stepCount ? way : 2 * stepCount - way - 1;
-    }
-}
-
 void StepSequencer::Advance(int32_t stepCount) {
-    currentStep = std::min(currentStep, stepCount - 1);
-    bool passBegins = true;
-    if (loopMode == kForward) {
-        currentStep = (currentStep + 1) % stepCount;
-        passBegins = currentStep == 0;
-    } else if (loopMode == kBackward) {
-        currentStep = (currentStep - 1 + stepCount) % stepCount;
-        passBegins = currentStep == stepCount - 1;
-    } else if (loopMode == kBackAndForth) {
-        TurnOrMove(stepCount);
-        passBegins = currentStep == 0 && pingPongDown == 0;
-    } else {
-        // The draw may round up to 1, and the step then to the count.
-        const float drawn = prims::XorshiftUniform(randomState) * static_cast<float>(stepCount);
-        currentStep = static_cast<int32_t>(drawn) % stepCount;
-    }
-    if (passBegins)
+    AdvanceStep(loopMode, stepCount, randomState, currentStep, pingPongDown);
+    if (IsPassStart(stepCount))
         DrawDeviations();
 }
 
-/// At an end, only the direction changes: the end is played twice.
-void StepSequencer::TurnOrMove(int32_t stepCount) {
-    const bool down = pingPongDown != 0;
-    if (currentStep == (down ? 0 : stepCount - 1))
-        pingPongDown = down ? 0 : 1;
-    else
-        currentStep += down ? -1 : 1;
+/// In random order every step begins a pass.
+bool StepSequencer::IsPassStart(int32_t stepCount) const {
+    switch (loopMode) {
+        case kForward:
+            return currentStep == 0;
+        case kBackward:
+            return currentStep == stepCount - 1;
+        case kBackAndForth:
+            return currentStep == 0 && pingPongDown == 0;
+        default:
+            return true;
+    }
 }
 
 /// The product of two draws peaks at 0: small deviations are the likeliest.

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "modulation/IGenerator.h"
+#include "modulation/StepOrder.h"
 #include "primitives/SmootherLPF.h"
 
 namespace Quorvan::dsp {
@@ -34,7 +35,6 @@ public:
         StepVal1,
         StepDev1 = StepVal1 + kMaxSteps
     };
-    enum Loop : int32_t { kForward = 0, kBackward = 1, kBackAndForth = 2, kRandom = 3 };
     static constexpr uint32_t kParameterCount = 82;
 
     explicit StepSequencer(std::string moduleName);
@@ -50,9 +50,8 @@ private:
     int32_t StepCount(const ProcessBlock& block);
     void Place(int32_t stepCount, bool locked);
     void PlaceBeforeStart(int32_t stepCount, bool locked);
-    void PlaceByCycle(int32_t stepCount, int32_t cycle);
     void Advance(int32_t stepCount);
-    void TurnOrMove(int32_t stepCount);
+    bool IsPassStart(int32_t stepCount) const;
     void DrawDeviations();
     float StepOutput();
     void Write(float* out, uint32_t count, float value);

@@ -31,9 +31,8 @@ static_assert(sizeof(std::atomic<int32_t>) == 4, "readers take the lock as a pla
 /// Keeps the record and what it points at.
 ///
 /// Threads  Fill runs on the audio thread; a reader takes the lock by exchanging it with 1, reads
-/// the
-///          vectors, and stores 0. Fill only tries the lock: while the reader holds it, the vectors
-///          keep the last block's content.
+///          the vectors, and stores 0. Fill only tries the lock: while the reader holds it, the
+///          vectors keep the last block's content.
 class LoopDisplay {
 public:
     /// Takes the memory and points the record at it.

@@ -38,9 +38,9 @@ using MoteWeaverProcessorBase =
 /// transport mute; slots of the wet signal; mix with the delayed input; slots behind the mix;
 /// master volume, meters, and what a user interface draws.
 ///
-/// Inputs      0, 1 audio; one channel stands for both.  Outputs  0, 1 audio, or one with their
-/// mean Aux         in: 0, 1 side-chain of the envelope follower; out: 0 the follower's input, 1
-/// its
+/// Inputs      0, 1 audio; one channel stands for both
+/// Outputs     0, 1 audio, or one with their mean
+/// Aux         in: 0, 1 side-chain of the envelope follower; out: 0 the follower's input, 1 its
 ///             envelope, 2 and 3 the position in the stereo field
 /// Parameters  ProcessorTables.h lists those behind the modules' and the effect's
 /// Latency     3 ms, the limiter's look-ahead

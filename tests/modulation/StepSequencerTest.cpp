@@ -20,7 +20,7 @@ using Steps = std::vector<int>;
 
 /// A step a block, with the value of step i at i / 32.
 struct Sequence : Rig {
-    Sequence(StepSequencer::Loop loop, uint32_t steps) : Rig(kRate, kBlock, "StepSeq") {
+    Sequence(StepLoop loop, uint32_t steps) : Rig(kRate, kBlock, "StepSeq") {
         module.Configure(StepSequencer::RateUnSynced, PotardKind::kLinear, 0.0f, 2000.0f);
         for (uint32_t i = 0; i < StepSequencer::kMaxSteps; ++i) {
             module.Configure(StepSequencer::StepVal1 + i, PotardKind::kLinear, 0.0f, 1.0f);
@@ -66,24 +66,23 @@ struct Sequence : Rig {
 };
 
 TEST(StepSequencerTest, OrdersStartAtTheirFirstStepAndTurnWhereTheyShould) {
-    EXPECT_EQ(Sequence(StepSequencer::kForward, 4).Play(6), (Steps{0, 1, 2, 3, 0, 1}));
-    EXPECT_EQ(Sequence(StepSequencer::kBackward, 4).Play(6), (Steps{3, 2, 1, 0, 3, 2}));
-    EXPECT_EQ(Sequence(StepSequencer::kBackAndForth, 3).Play(9),
-              (Steps{0, 1, 2, 2, 1, 0, 0, 1, 2}));
-    EXPECT_EQ(Sequence(StepSequencer::kBackAndForth, 1).Play(4), (Steps{0, 0, 0, 0}));
-    const Steps random = Sequence(StepSequencer::kRandom, 5).Play(400);
+    EXPECT_EQ(Sequence(kForward, 4).Play(6), (Steps{0, 1, 2, 3, 0, 1}));
+    EXPECT_EQ(Sequence(kBackward, 4).Play(6), (Steps{3, 2, 1, 0, 3, 2}));
+    EXPECT_EQ(Sequence(kBackAndForth, 3).Play(9), (Steps{0, 1, 2, 2, 1, 0, 0, 1, 2}));
+    EXPECT_EQ(Sequence(kBackAndForth, 1).Play(4), (Steps{0, 0, 0, 0}));
+    const Steps random = Sequence(kRandom, 5).Play(400);
     EXPECT_EQ(std::set<int>(random.begin(), random.end()), (std::set<int>{0, 1, 2, 3, 4}));
 }
 
 TEST(StepSequencerTest, DeviationsChangeWhereAPassBegins) {
-    EXPECT_EQ(Sequence(StepSequencer::kForward, 4).BlocksThatDraw(10), (Steps{0, 4, 8}));
-    EXPECT_EQ(Sequence(StepSequencer::kBackward, 4).BlocksThatDraw(10), (Steps{0, 4, 8}));
-    EXPECT_EQ(Sequence(StepSequencer::kBackAndForth, 3).BlocksThatDraw(10), (Steps{0, 6}));
-    EXPECT_EQ(Sequence(StepSequencer::kRandom, 4).BlocksThatDraw(3), (Steps{0, 1, 2}));
+    EXPECT_EQ(Sequence(kForward, 4).BlocksThatDraw(10), (Steps{0, 4, 8}));
+    EXPECT_EQ(Sequence(kBackward, 4).BlocksThatDraw(10), (Steps{0, 4, 8}));
+    EXPECT_EQ(Sequence(kBackAndForth, 3).BlocksThatDraw(10), (Steps{0, 6}));
+    EXPECT_EQ(Sequence(kRandom, 4).BlocksThatDraw(3), (Steps{0, 1, 2}));
 }
 
 TEST(StepSequencerTest, SmallDeviationsAreTheLikeliest) {
-    Sequence sequence(StepSequencer::kRandom, 4);
+    Sequence sequence(kRandom, 4);
     uint32_t count = 0, small = 0;
     double sum = 0.0;
     for (uint32_t b = 0; b < 300; ++b) {
@@ -101,7 +100,7 @@ TEST(StepSequencerTest, SmallDeviationsAreTheLikeliest) {
 }
 
 TEST(StepSequencerTest, FewerStepsPullTheSequenceInAtTheNextTick) {
-    Sequence sequence(StepSequencer::kForward, 8);
+    Sequence sequence(kForward, 8);
     sequence.Set(StepSequencer::RateUnSynced, 375.0f);  // two blocks a step
     EXPECT_EQ(sequence.Play(13).back(), 6);
     sequence.Set(StepSequencer::NbSteps, 3.0f);
@@ -109,13 +108,13 @@ TEST(StepSequencerTest, FewerStepsPullTheSequenceInAtTheNextTick) {
 }
 
 TEST(StepSequencerTest, StepCountFollowsItsRow) {
-    Sequence sequence(StepSequencer::kForward, 1);
+    Sequence sequence(kForward, 1);
     sequence.Modulate(1, 0.1f);  // 1 + floor(32 * 0.1)
     EXPECT_EQ(sequence.Play(6), (Steps{0, 1, 2, 3, 0, 1}));
 }
 
 TEST(StepSequencerTest, OutputIsTheStepsValueMovedByItsDeviationAheadOfTheCurve) {
-    Sequence sequence(StepSequencer::kForward, 16);
+    Sequence sequence(kForward, 16);
     for (const float amount : {0.0f, 1.0f}) {
         sequence.Set(StepSequencer::RandomAmount, amount);
         sequence.Forget();
@@ -138,7 +137,7 @@ TEST(StepSequencerTest, OutputIsTheStepsValueMovedByItsDeviationAheadOfTheCurve)
 }
 
 TEST(StepSequencerTest, SmoothJumpsToTheFirstValueAndGlidesFromThere) {
-    Sequence sequence(StepSequencer::kForward, 2);
+    Sequence sequence(kForward, 2);
     sequence.Set(StepSequencer::StepVal1, 0.25f);
     sequence.Set(StepSequencer::StepVal1 + 1, 0.75f);
     sequence.Play(2);
@@ -162,14 +161,13 @@ TEST(StepSequencerTest, SmoothJumpsToTheFirstValueAndGlidesFromThere) {
 
 // Wherever the song is when it starts, step and song agree, and stay so.
 TEST(StepSequencerTest, HardFollowPlacesTheSequenceByTheSong) {
-    const auto expected = [](StepSequencer::Loop loop, int cycle) {
+    const auto expected = [](StepLoop loop, int cycle) {
         const int way = cycle % 10;
-        return loop == StepSequencer::kForward    ? cycle % 5
-               : loop == StepSequencer::kBackward ? 4 - cycle % 5
-                                                  : (way < 5 ? way : 9 - way);
+        return loop == kForward    ? cycle % 5
+               : loop == kBackward ? 4 - cycle % 5
+                                   : (way < 5 ? way : 9 - way);
     };
-    for (const StepSequencer::Loop loop :
-         {StepSequencer::kForward, StepSequencer::kBackward, StepSequencer::kBackAndForth}) {
+    for (const StepLoop loop : {kForward, kBackward, kBackAndForth}) {
         for (const double from : {0.0, 2.5, 7.0, 38.999, 1203.7}) {
             Sequence sequence(loop, 5);
             sequence.LockToSong(1.0f);
@@ -189,7 +187,7 @@ TEST(StepSequencerTest, HardFollowPlacesTheSequenceByTheSong) {
 }
 
 TEST(StepSequencerTest, LockedTicksOfTheSameCycleCountOnce) {
-    Sequence sequence(StepSequencer::kForward, 8);
+    Sequence sequence(kForward, 8);
     sequence.LockToSong(1.0f);
     sequence.position = 2.999;
     EXPECT_EQ(sequence.Play(2), (Steps{3, 3}));
@@ -204,7 +202,7 @@ TEST(StepSequencerTest, LockedTicksOfTheSameCycleCountOnce) {
 }
 
 TEST(StepSequencerTest, StartsBeforeTheFirstCycleStayInTheSequence) {
-    Sequence sequence(StepSequencer::kForward, 4);
+    Sequence sequence(kForward, 4);
     sequence.playing = true;  // a free rate goes on through a restart: no tick for a while
     sequence.Set(StepSequencer::RateUnSynced, 1.0f);
     sequence.Set(StepSequencer::SppHardFollow, 1.0f);

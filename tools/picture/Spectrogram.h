@@ -12,9 +12,8 @@ namespace Quorvan::Tools {
 /// columns are joined in pairs as soon as there are too many of them.
 ///
 /// Method  FFT of Hann windows of about 85 ms, several a window; the mean power of the channels; a
-/// row
-///         takes the loudest bin in its band, or reads between two bins where it is narrower than
-///         one. A full-scale sine shows as 0 dB.
+///         row takes the loudest bin in its band, or reads between two bins where it is narrower
+///         than one. A full-scale sine shows as 0 dB.
 class Spectrogram {
 public:
     explicit Spectrogram(double rate);
