@@ -25,6 +25,9 @@ void CopyPlainFields(Parameter& to, const Parameter& from) {
     to.freshness = from.freshness;
 }
 
+/// x held to 0..1. What is not a number counts as 0: a step found from it would be a wild index.
+float HoldPosition(float x) { return std::min(std::max(0.0f, x), 1.0f); }
+
 }  // namespace
 
 Parameter& Parameter::operator=(const Parameter& other) {
@@ -123,7 +126,7 @@ float Parameter::PositionOf(float physical) const {
 }
 
 float Parameter::GetModulatedValue(float rowValue) {
-    return ValueOf(std::clamp(GetNormalized() + rowValue, 0.0f, 1.0f));
+    return ValueOf(HoldPosition(GetNormalized() + rowValue));
 }
 
 float Parameter::GetBlockValue(const ProcessBlock& block, uint32_t channel) {
@@ -132,7 +135,7 @@ float Parameter::GetBlockValue(const ProcessBlock& block, uint32_t channel) {
 
 float Parameter::GetBlockNormalized(const ProcessBlock& block, uint32_t channel) {
     const float position = GetNormalized();
-    return IsRowActive(block, channel) ? std::clamp(position + block.inputs[channel][0], 0.0f, 1.0f)
+    return IsRowActive(block, channel) ? HoldPosition(position + block.inputs[channel][0])
                                        : position;
 }
 
@@ -144,7 +147,7 @@ void Parameter::FillBlockValues(const ProcessBlock& block, uint32_t channel, flo
     const float* row = block.inputs[channel];
     const float position = GetNormalized();
     for (uint32_t i = 0; i < block.numFrames; ++i)
-        out[i] = std::clamp(row[i] + position, 0.0f, 1.0f);
+        out[i] = HoldPosition(row[i] + position);
     MapPositions(out, block.numFrames);
 }
 

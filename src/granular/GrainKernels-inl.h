@@ -163,21 +163,62 @@ void Interpolate(const GrainKernels::ReadHead& readHead, uint32_t count, float* 
     InterpolateByGather(head, count, out);
 }
 
-void Pick(const GrainKernels::ReadHead& readHead, uint32_t count, float* out) {
-    if (readHead.increment == 1.0) {
-        std::memcpy(out, readHead.low + static_cast<size_t>(readHead.position),
-                    count * sizeof(float));
-        return;
+/// One step of a read head. Its three roundings are the grain's own, so that no step may be left
+/// out or put together with the next.
+template <bool kLoops>
+HWY_INLINE Doubles Step(Doubles position, Doubles increment, Doubles wrap) {
+    const Doubles moved = hn::Add(position, increment);
+    if constexpr (!kLoops)
+        return hn::Mul(hn::Div(moved, wrap), wrap);
+    const Doubles zero = hn::Zero(DoubleTag());
+    const Doubles ahead = hn::Add(moved, hn::IfThenElseZero(hn::Le(moved, zero), wrap));
+    const Doubles turns = hn::Div(ahead, wrap);
+    const Doubles part = hn::Sub(turns, hn::Trunc(turns));
+    const Doubles one = hn::Set(DoubleTag(), 1.0);
+    return hn::Mul(hn::Add(part, hn::IfThenElseZero(hn::Lt(part, zero), one)), wrap);
+}
+
+/// Vectors of heads that hide the time of each other's divisions.
+constexpr size_t kDoubles = hn::MaxLanes(DoubleTag());
+constexpr size_t kBeside = std::min<size_t>(4, GrainKernels::kHeads / kDoubles);
+
+template <bool kLoops>
+HWY_INLINE void WalkBeside(const GrainKernels::Heads& heads, uint32_t steps, double* out) {
+    const DoubleTag d;
+    Doubles at[kBeside], step[kBeside], wrap[kBeside];
+    for (size_t v = 0; v < kBeside; ++v) {
+        at[v] = hn::LoadU(d, heads.position + v * kDoubles);
+        step[v] = hn::LoadU(d, heads.increment + v * kDoubles);
+        wrap[v] = hn::LoadU(d, heads.wrap + v * kDoubles);
+        hn::Store(at[v], d, out + v * kDoubles);
     }
-    HWY_ALIGN int32_t whole[kChunk];
-    const LocalHead head(readHead, count);
-    Line positions(head.start, head.increment);
-    for (uint32_t done = 0; done < count; done += kChunk) {
-        const uint32_t chunk = std::min(kChunk, count - done);
-        for (uint32_t i = 0; i < chunk; i += LaneCount())
-            hn::Store(NextPlaces(positions).whole, IntTag(), whole + i);
-        for (uint32_t i = 0; i < chunk; ++i)
-            out[done + i] = head.low[whole[i]];
+    for (uint32_t i = 0; i < steps; ++i) {
+        out += GrainKernels::kHeads;
+        for (size_t v = 0; v < kBeside; ++v) {
+            at[v] = Step<kLoops>(at[v], step[v], wrap[v]);
+            hn::Store(at[v], d, out + v * kDoubles);
+        }
+    }
+}
+
+/// Whether none of the first heads comes near the end of its loop.
+HWY_INLINE bool StayInside(const GrainKernels::Heads& heads, uint32_t steps) {
+    for (size_t h = 0; h < kBeside * kDoubles; ++h) {
+        const double from = heads.position[h];
+        const double to = from + heads.increment[h] * steps;
+        if (!(std::min(from, to) > 0.25 && std::max(from, to) < heads.wrap[h] - 0.25))
+            return false;
+    }
+    return true;
+}
+
+void Walk(const GrainKernels::Heads& heads, uint32_t steps, double* out) {
+    for (size_t h = 0; h < GrainKernels::kHeads; h += kBeside * kDoubles) {
+        const GrainKernels::Heads some{heads.position + h, heads.increment + h, heads.wrap + h};
+        if (StayInside(some, steps))
+            WalkBeside<false>(some, steps, out + h);
+        else
+            WalkBeside<true>(some, steps, out + h);
     }
 }
 
@@ -212,7 +253,7 @@ void Mix(const float* envelope, const float* x, float gain, uint32_t count, floa
 }
 
 const GrainKernels& Table() {
-    static const GrainKernels table{&FillEnvelope, &Interpolate, &Pick,
+    static const GrainKernels table{&FillEnvelope, &Interpolate, &Walk,
                                     &Crossfade,    &Mix,         hwy::TargetName(HWY_TARGET)};
     return table;
 }

@@ -12,6 +12,8 @@ namespace Quorvan::dsp {
 /// rounded up to that; what they read of the tape goes as far beyond the last sample in use.
 struct GrainKernels {
     static constexpr uint32_t kMaxLanes = 16;
+    /// Heads that walk side by side.
+    static constexpr uint32_t kHeads = 16;
 
     /// What an envelope depends on besides the phase.
     struct Envelope {
@@ -27,14 +29,21 @@ struct GrainKernels {
         double position;    ///< samples; it and all later ones are at or above 0
         double increment;   ///< a sample
     };
+    /// kHeads read heads with the ends of their loops.
+    struct Heads {
+        const double* position;
+        const double* increment;
+        const double* wrap;
+    };
 
     /// Envelope at count steps: the source samples read so far start at elapsed and grow by step.
     void (*envelope)(const Envelope& shape, double elapsed, double step, uint32_t count,
                      float* out);
     /// The tape at count places of the read head, by linear interpolation.
     void (*interpolate)(const ReadHead& head, uint32_t count, float* out);
-    /// The same without interpolation: low[whole].
-    void (*pick)(const ReadHead& head, uint32_t count, float* out);
+    /// The heads' positions, looped into their wraps and rounded step by step, in steps + 1 rows of
+    /// kHeads; the first holds where they stand now.
+    void (*walk)(const Heads& heads, uint32_t steps, double* out);
     /// x = x * c + (1 - c) * y, with c = start + i * slope held to 0..1.
     void (*crossfade)(float* x, const float* y, float start, float slope, uint32_t count);
     /// out += gain * envelope * x; what lies behind count is left as it is.

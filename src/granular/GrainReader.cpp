@@ -28,36 +28,40 @@ double WrapPosition(double x, double wrap) {
 
 void GrainReader::Setup(float sampleRate, uint32_t blockSize) {
     runs.Setup(sampleRate);
+    walk.Setup(blockSize);
     inverseZone = 1.0f / static_cast<float>(runs.Zone());
     faded.assign(blockSize + GrainKernels::kMaxLanes, 0.0f);
 }
 
 void GrainReader::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfade,
                              bool interpolation) {
-    runs.BeginBlock(tape, frames, crossfade);
+    runs.BeginBlock(tape, frames, crossfade, interpolation);
+    walk.BeginBlock(frames);
     capture = &tape;
     numFrames = frames;
     interpolate = interpolation;
 }
 
-void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, float* out) {
+void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
+                       float* out) {
     const Channel channel = rightSide ? capture->right : capture->left;
-    // Without interpolation the last bit of a position can decide which sample is read.
-    const bool exact = !interpolate && GrainRuns::MeetsSamples(grain.readPosition, grain.increment);
     uint32_t i = 0;
     while (i < count) {
         const uint32_t frame = grain.startFrame + i;
-        const Run run =
-            exact ? runs.PlanSteps(grain, frame, count - i) : runs.Plan(grain, frame, count - i);
+        const Run run = runs.Plan(grain, frame, count - i, path != nullptr);
         if (run.count < kShortestRun) {
             out[i++] = PlaySample(grain, channel, frame);
             continue;
         }
-        if (exact)
-            PlaySteps(grain, channel, run, out + i);
-        else
+        if (interpolate)
             PlayRun(grain, channel, run, out + i);
+        else
+            PickRun(grain, channel, run, *path, i, out + i);
         i += run.count;
+        if (path != nullptr) {
+            grain.readPosition = path->Read(i);
+            grain.wrappedPosition = path->Wrapped(i);
+        }
     }
 }
 
@@ -82,42 +86,41 @@ void GrainReader::PlayRun(Grain& grain, Channel channel, const Run& run, float* 
     const double wrapped = grain.wrappedPosition;
     const uint32_t low = PassOf(grain, run);
     const uint32_t high = low ^ (run.side == Side::On ? 1u : 0u);
-    const auto kernel = interpolate ? kernels->interpolate : kernels->pick;
-    kernel({.low = channel[low].data(),
-            .high = channel[high].data() + 1,
-            .position = ReadsWrapped(grain) ? wrapped : read,
-            .increment = grain.increment},
-           run.count, out);
+    kernels->interpolate({.low = channel[low].data(),
+                          .high = channel[high].data() + 1,
+                          .position = ReadsWrapped(grain) ? wrapped : read,
+                          .increment = grain.increment},
+                         run.count, out);
     if (run.nearHead && runs.Fades(grain)) {
-        // The zone's far side lies in the other round, as long as both loops have the place.
-        const bool beyond = grain.readPosition >= static_cast<double>(grain.wrapLength);
-        const uint32_t pass =
-            run.head.pass ^ (run.side == Side::Ahead ? 0u : 1u) ^ (beyond ? 1u : 0u);
-        const float* const far = channel[pass].data();
-        kernel({far, far + 1, wrapped, grain.increment}, run.count, faded.data());
-        kernels->crossfade(out, faded.data(), static_cast<float>(run.distance) * inverseZone,
-                           static_cast<float>(run.slope) * inverseZone, run.count);
+        const float* const far = channel[FarPassOf(grain, run)].data();
+        kernels->interpolate({far, far + 1, wrapped, grain.increment}, run.count, faded.data());
+        Fade(run, out);
     }
     Advance(grain, run.count);
 }
 
-/// A run of PlanSteps, with positions that move one by one as PlaySample moves them.
-void GrainReader::PlaySteps(Grain& grain, Channel channel, const Run& run, float* out) const {
+/// The same without interpolation, from that step of the grain's path on.
+void GrainReader::PickRun(Grain& grain, Channel channel, const Run& run,
+                          const GrainWalk::Path& path, uint32_t step, float* out) {
+    const auto pick = [&run](const float* tape, const double* at, float* to) {
+        for (uint32_t i = 0; i < run.count; ++i)
+            to[i] = tape[static_cast<int32_t>(at[i * GrainWalk::kHeads])];
+    };
+    const double* const read = &path.Read(step);
+    const double* const wrapped = &path.Wrapped(step);
     TrackCrossfade(grain, run.nearHead);
-    const float* const tape = channel[PassOf(grain, run)].data();
-    const bool second = ReadsWrapped(grain);
-    const double readEnd = static_cast<double>(runs.Loop());
-    const double wrappedEnd = static_cast<double>(grain.wrapLength);
-    double r = grain.readPosition;
-    double v = grain.wrappedPosition;
-    for (uint32_t i = 0; i < run.count; ++i) {
-        out[i] = tape[static_cast<size_t>(second ? v : r)];
-        r = WrapPosition(r + grain.increment, readEnd);
-        v = WrapPosition(v + grain.increment, wrappedEnd);
+    pick(channel[PassOf(grain, run)].data(), ReadsWrapped(grain) ? wrapped : read, out);
+    if (run.nearHead && runs.Fades(grain)) {
+        pick(channel[FarPassOf(grain, run)].data(), wrapped, faded.data());
+        Fade(run, out);
     }
-    grain.readPosition = r;
-    grain.wrappedPosition = v;
     grain.elapsed += run.count * std::abs(grain.increment);
+}
+
+/// Mixes the crossfade's far side into a run.
+void GrainReader::Fade(const Run& run, float* out) const {
+    kernels->crossfade(out, faded.data(), static_cast<float>(run.distance) * inverseZone,
+                       static_cast<float>(run.slope) * inverseZone, run.count);
 }
 
 /// One sample, with every decision taken for itself.
@@ -176,6 +179,13 @@ uint32_t GrainReader::PassOf(const Grain& grain, const Run& run) const {
                          grain.wrappedPosition >= static_cast<double>(runs.Loop());
     return run.head.pass ^ (run.side == Side::Ahead ? 1u : 0u) ^
            (ReadsWrapped(grain) && outside ? 1u : 0u);
+}
+
+/// The pass that holds the crossfade's far side: the other round, as long as both loops have the
+/// place.
+uint32_t GrainReader::FarPassOf(const Grain& grain, const Run& run) const {
+    const bool beyond = grain.readPosition >= static_cast<double>(grain.wrapLength);
+    return run.head.pass ^ (run.side == Side::Ahead ? 0u : 1u) ^ (beyond ? 1u : 0u);
 }
 
 void GrainReader::TrackCrossfade(Grain& grain, bool nearHead) const {

@@ -7,6 +7,7 @@
 #include "granular/Grain.h"
 #include "granular/GrainKernels.h"
 #include "granular/GrainRuns.h"
+#include "granular/GrainWalk.h"
 #include "primitives/AlignedVector.h"
 
 namespace Quorvan::dsp {
@@ -23,12 +24,21 @@ class GrainReader {
 public:
     void Setup(float sampleRate, uint32_t blockSize);
     void BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfade, bool interpolation);
+    /// The way of a grain that needs one in this block, else null. Grains come in the pool's order,
+    /// before they are read.
+    const GrainWalk::Path* PathOf(const GrainPool& pool, uint16_t slot) {
+        return runs.NeedsPath(pool[slot]) ? &walk.Next(pool, slot, runs) : nullptr;
+    }
     /// Reads count samples from the grain's start frame on. out has room for whole vectors.
-    void Read(Grain& grain, bool rightSide, uint32_t count, float* out);
+    void Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
+              float* out);
     /// Asks for the tape that the grain is about to read: grains lie all over it.
     void Prefetch(const Grain& grain, bool rightSide) const;
 
-    void UseKernels(const GrainKernels& other) { kernels = &other; }
+    void UseKernels(const GrainKernels& other) {
+        kernels = &other;
+        walk.UseKernels(other);
+    }
 
 private:
     using Head = GrainRuns::Head;
@@ -38,12 +48,15 @@ private:
     using Channel = const std::vector<float>*;
 
     void PlayRun(Grain& grain, Channel channel, const Run& run, float* out);
-    void PlaySteps(Grain& grain, Channel channel, const Run& run, float* out) const;
+    void PickRun(Grain& grain, Channel channel, const Run& run, const GrainWalk::Path& path,
+                 uint32_t step, float* out);
+    void Fade(const Run& run, float* out) const;
     float PlaySample(Grain& grain, Channel channel, uint32_t frame) const;
 
     /// A forward grain that has left the crossfade zone reads by its second position.
     static bool ReadsWrapped(const Grain& grain) { return grain.swapped && !grain.reversed; }
     uint32_t PassOf(const Grain& grain, const Run& run) const;
+    uint32_t FarPassOf(const Grain& grain, const Run& run) const;
     void TrackCrossfade(Grain& grain, bool nearHead) const;
     void Advance(Grain& grain, uint32_t count) const;
     float Between(float x, float next, float fraction) const {
@@ -52,6 +65,7 @@ private:
 
     const GrainKernels* kernels = &GrainKernels::Best();
     GrainRuns runs;
+    GrainWalk walk;
     float inverseZone = 0.0f;  ///< of the crossfade zone's length
     AlignedVector faded;       ///< the crossfade's far side, over one run
 

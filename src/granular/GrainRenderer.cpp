@@ -45,7 +45,7 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
         const uint16_t next = pool.Next(slot);
         if (next < pool.Capacity())
             reader.Prefetch(pool[next], IsRightSide(pool[next]));
-        if (RenderGrain(pool[slot], block.numFrames))
+        if (RenderGrain(pool[slot], block.numFrames, reader.PathOf(pool, slot)))
             ended.push_back(slot);
         slot = next;
     }
@@ -54,12 +54,12 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
 }
 
 /// Answers whether the grain ends in this block.
-bool GrainRenderer::RenderGrain(Grain& grain, uint32_t numFrames) {
+bool GrainRenderer::RenderGrain(Grain& grain, uint32_t numFrames, const GrainWalk::Path* path) {
     const uint32_t start = grain.startFrame;
     const uint32_t wanted = numFrames - start;
     const uint32_t count = FillEnvelope(grain, wanted);
     const bool rightSide = IsRightSide(grain);
-    reader.Read(grain, rightSide, count, samples);
+    reader.Read(grain, rightSide, count, path, samples);
     if (rightSide)
         kernels->mix(envelope, samples, grain.outGainRight * grain.panGainRight, count,
                      sumRight + start);

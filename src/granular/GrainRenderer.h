@@ -36,7 +36,7 @@ public:
     void UseKernels(const GrainKernels& other);
 
 private:
-    bool RenderGrain(Grain& grain, uint32_t numFrames);
+    bool RenderGrain(Grain& grain, uint32_t numFrames, const GrainWalk::Path* path);
     uint32_t FillEnvelope(Grain& grain, uint32_t count);
     uint32_t FillRelease(Grain& grain, uint32_t count);
     static uint32_t FramesToEnd(const Grain& grain, uint32_t count);

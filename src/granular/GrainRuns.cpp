@@ -9,7 +9,7 @@ namespace Quorvan::dsp {
 namespace {
 
 constexpr float kCrossfadeSeconds = 0.003f;
-/// Far more than a position gathers by rounding over a grain's life.
+/// Far more than a position gathers by rounding over a block.
 constexpr double kRounding = 1.0e-6;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
@@ -31,19 +31,14 @@ void GrainRuns::Setup(float sampleRate) {
     crossfadeSamples = static_cast<int32_t>(std::floor(sampleRate * kCrossfadeSeconds));
 }
 
-void GrainRuns::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfadeOn) {
+void GrainRuns::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfadeOn,
+                           bool interpolation) {
     capture = &tape;
     numFrames = frames;
     crossfade = crossfadeOn;
+    interpolate = interpolation;
     loop = tape.EffectiveLength();
     headSpeed = tape.frozen ? 0.0 : 1.0;
-}
-
-bool GrainRuns::MeetsSamples(double position, double increment) {
-    constexpr double kGrid = 8.0;
-    const double cells = position * kGrid;
-    return std::abs(cells - std::round(cells)) < kRounding &&
-           increment * kGrid == std::round(increment * kGrid);
 }
 
 GrainRuns::Head GrainRuns::HeadAt(uint32_t frame) const {
@@ -58,10 +53,12 @@ GrainRuns::Head GrainRuns::HeadAt(uint32_t frame) const {
     return {position, position > end ? capture->activePass ^ 1u : capture->activePass};
 }
 
-GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most) const {
+GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most,
+                               bool onPath) const {
+    const double margin = onPath ? kRounding : 0.0;
     Run run;
     run.head = HeadAt(frame);
-    most = WithinLoops(grain, UntilHeadWraps(frame, most), 0.0);
+    most = WithinLoops(grain, UntilHeadWraps(frame, most), margin);
     if (most == 0)
         return run;
 
@@ -69,32 +66,34 @@ GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most
     const double head = static_cast<double>(run.head.position);
     const double lead = grain.readPosition - head;
     run.slope = -step;
-    run.count = PlaceByHead(grain, lead, run).Steps(lead, step, most);
-    if (grain.increment == 1.0 && (Fades(grain) || grain.swapped)) {
+    Span span = PlaceByHead(grain, lead, run);
+    if (!interpolate && !Fades(grain) && lead < 1.0)
+        span = {-kInfinity, 1.0};  // what is read on the head is of the same round as behind it
+    run.count = span.Narrowed(margin).Steps(lead, step, most);
+    if (run.count > 0 && interpolate && grain.increment == 1.0 && (Fades(grain) || grain.swapped)) {
         // Where the second position stands on the head it is read without its fraction.
         const double second = grain.wrappedPosition - head;
         const Span side = second < 0.0 ? Span{-kInfinity, 0.0} : Span{1.0, kInfinity};
-        run.count = side.Steps(second, step, run.count);
+        run.count = side.Narrowed(margin).Steps(second, step, run.count);
     }
     return run;
 }
 
-GrainRuns::Run GrainRuns::PlanSteps(const Grain& grain, uint32_t frame, uint32_t most) const {
-    Run run;
-    run.head = HeadAt(frame);
-    most = WithinLoops(grain, UntilHeadWraps(frame, most), kRounding);
-    if (most == 0)
-        return run;
-    const double lead = grain.readPosition - static_cast<double>(run.head.position);
-    Span span = PlaceByHead(grain, lead, run);
-    if (Fades(grain)) {
-        if (run.nearHead)
-            return run;
-    } else if (lead < 1.0) {
-        span = {-kInfinity, 1.0};  // what is read on the head is of the same round as behind it
-    }
-    run.count = span.Narrowed(kRounding).Steps(lead, grain.increment - headSpeed, most);
-    return run;
+/// At unit speed interpolation stops on the head, so that a grain on a whole sample repeats one or
+/// not as it comes to stand a little below that sample or above it. Others sound the same on both
+/// sides.
+bool GrainRuns::MeetsHeadOnSample(const Grain& grain) const {
+    constexpr double kWhole = 1.0e-4;  // rounding takes no grain that far off its sample
+    if (std::abs(grain.readPosition - std::nearbyint(grain.readPosition)) > kWhole)
+        return false;
+    const double lead = grain.readPosition - static_cast<double>(HeadAt(grain.startFrame).position);
+    const double turn = static_cast<double>(loop);
+    if (!capture->frozen)  // one sample ahead, also across the seam
+        return std::abs((lead < 0.0 ? lead + turn : lead) - 1.0) < 0.5;
+    constexpr double kBeyond = 2.0;  // samples in which it has left the head for good
+    const double way = kBeyond - lead;
+    const double left = static_cast<double>(grain.length) - grain.elapsed;
+    return (way < 0.0 ? way + turn : way) <= left + 2.0 * kBeyond;
 }
 
 /// Samples from frame on, at most most, that the head goes without a wrap.

@@ -37,18 +37,18 @@ public:
 
     void Setup(float sampleRate);
     /// Takes what holds for all grains of a block. The tape stays until the next call.
-    void BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfadeOn);
+    void BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfadeOn,
+                    bool interpolation);
 
     Head HeadAt(uint32_t frame) const;
-    /// The longest run from frame on, of at most most samples.
-    Run Plan(const Grain& grain, uint32_t frame, uint32_t most) const;
-    /// The same for a grain that isn't interpolated and meets samples exactly. Keeps clear of every
-    /// place where rounding could have a say in more than the sample read, and of crossfades.
-    Run PlanSteps(const Grain& grain, uint32_t frame, uint32_t most) const;
+    /// The longest run from frame on, of at most most samples. One of a grain on a path keeps clear
+    /// of every place where rounding could have a say in more than the sample read.
+    Run Plan(const Grain& grain, uint32_t frame, uint32_t most, bool onPath) const;
+    /// Whether the last bit of the grain's position can be heard.
+    bool NeedsPath(const Grain& grain) const {
+        return !interpolate || (grain.increment == 1.0 && MeetsHeadOnSample(grain));
+    }
 
-    /// Whether a read head keeps meeting samples exactly: its speed is a multiple of 1/8, and its
-    /// place, but for rounding, one too.
-    static bool MeetsSamples(double position, double increment);
     /// Whether the grain fades where it is near the write head.
     bool Fades(const Grain& grain) const {
         return crossfade && (grain.crossing || capture->frozen);
@@ -71,6 +71,7 @@ private:
         uint32_t Steps(double x, double step, uint32_t most) const;
     };
 
+    bool MeetsHeadOnSample(const Grain& grain) const;
     uint32_t UntilHeadWraps(uint32_t frame, uint32_t most) const;
     uint32_t WithinLoops(const Grain& grain, uint32_t most, double margin) const;
     Span PlaceByHead(const Grain& grain, double lead, Run& run) const;
@@ -81,6 +82,7 @@ private:
     const CaptureBuffer* capture = nullptr;
     uint32_t numFrames = 0;
     bool crossfade = false;
+    bool interpolate = true;
     uint32_t loop = 1;
     double headSpeed = 1.0;  ///< 0 while frozen
 };

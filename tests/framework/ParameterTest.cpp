@@ -167,6 +167,19 @@ TEST(ParameterTest, FilledBlocksAgreeWithSingleReadsForAllKinds) {
     }
 }
 
+TEST(ParameterTest, ARowThatIsNotANumberLeadsToTheBottom) {
+    RowBlock rig({NAN, NAN});
+    for (Parameter& p : AllKinds()) {
+        p.WriteNormalized(0.45f, false);
+        const float bottom = p.ValueOf(0.0f);
+        float out[2];
+        p.FillBlockValues(rig.block, 1, out);
+        EXPECT_NEAR(out[1], bottom, 1e-6f * std::fmax(120.0f, std::fabs(bottom))) << p.kind;
+        EXPECT_EQ(p.GetBlockValue(rig.block, 1), bottom) << p.kind;
+        EXPECT_EQ(p.GetBlockNormalized(rig.block, 1), 0.0f);
+    }
+}
+
 TEST(ParameterTest, TablesMakeTheirRows) {
     const ParameterTable table =
         Join({ParameterSpec::Raw("A").AtPosition(0.25f)},
