@@ -9,8 +9,8 @@
 // them. Any vector form must take the same steps.
 namespace Quorvan::dsp {
 
-/// 2^x for x from -126 on; smaller x counts as -126. Relative error below 6e-5: the fractional part
-/// is a rational curve, written straight into the bits of a float.
+/// 2^x for x from -126 on; smaller x counts as -126. Relative error below 7.5e-5: the fractional
+/// part is a rational curve, written straight into the bits of a float.
 inline float FastPow2(float x) {
     const float v = std::max(x, -126.0f);
     const float up = x < 0.0f ? 1.0f : 0.0f;
