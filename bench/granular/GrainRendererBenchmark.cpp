@@ -6,7 +6,7 @@
 #include <array>
 #include <string>
 
-#include "support/GrainCloud.h"
+#include "granular/GrainCloud.h"
 #include "support/PlainGrains.h"
 
 // Each benchmark plays a cloud of grains over one block of a millisecond, at 48 kHz, from a loop of

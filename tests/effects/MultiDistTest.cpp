@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <random>
 #include <utility>
 #include <vector>
 
@@ -13,14 +12,14 @@
 #include "effects/DistortionLevel.h"
 #include "support/ModuleRig.h"
 #include "support/RampedPole.h"
-#include "support/TestSignals.h"
+#include "support/SideBySide.h"
 
 namespace Quorvan::dsp {
 namespace {
 
 using test::Channel;
 using test::Stereo;
-using Rig = test::ModuleRig<MultiDist>;
+using Rig = test::EffectRig<MultiDist>;
 
 constexpr int32_t kTypes = 13;
 constexpr int32_t kFold = 7, kStaircase = 8;
@@ -150,17 +149,12 @@ double CompensationDb(int32_t type, double d) {
 
 double Gain(double decibels) { return std::pow(10.0, decibels / 20.0); }
 
-float ShapeOne(int32_t type, float x) {
-    DistortionCurves::Instance().Apply(type, &x, 1);
-    return x;
-}
-
 TEST(DistortionCurvesTest, FollowTheirFormulas) {
     for (int32_t type = 0; type < kTypes; ++type) {
         std::vector<float> x;
         for (int32_t k = -40000; k <= 40000; ++k)
             x.push_back(static_cast<float>(k) * 1.0e-4f / 3.0f);  // past 1 on both sides
-        for (const float far : {-2000.0f, -3.7f, 2.9f, 1000.1f})
+        for (const float far : {-2000.0f, -3.7f, 2.9f, 1000.1f, 1.0e30f})
             x.push_back(far);
         std::vector<float> y = x;
         DistortionCurves::Instance().Apply(type, y.data(), static_cast<uint32_t>(y.size()));
@@ -173,24 +167,11 @@ TEST(DistortionCurvesTest, FollowTheirFormulas) {
     }
 }
 
-TEST(DistortionCurvesTest, KnownPoints) {
-    EXPECT_FLOAT_EQ(ShapeOne(3, 2.0f), 1.0f);
-    EXPECT_NEAR(ShapeOne(3, -2.0f), -1.0103f, 1.0e-4f);
-    EXPECT_FLOAT_EQ(ShapeOne(4, 5.0f), 0.9052924f);
-    EXPECT_FLOAT_EQ(ShapeOne(4, -5.0f), -0.5821325f);
-    EXPECT_FLOAT_EQ(ShapeOne(7, 0.25f), 1.0f);
-    EXPECT_FLOAT_EQ(ShapeOne(7, -0.75f), -1.0f);
-    EXPECT_FLOAT_EQ(ShapeOne(7, 0.5f), 0.0f);
-    EXPECT_EQ(ShapeOne(7, 1.0e30f), 0.0f);
-    EXPECT_NEAR(ShapeOne(0, 1.0e6f), 1.198f, 1.0e-3f);
-    for (int32_t type = 0; type < kTypes; ++type)
-        EXPECT_EQ(ShapeOne(type, 0.0f), 0.0f) << type;
-}
-
 TEST(DistortionCurvesTest, StaircaseHasSixteenLevelsAndFullScale) {
     std::vector<float> seen;
     for (int32_t k = 0; k <= 10000; ++k) {
-        const float y = ShapeOne(kStaircase, static_cast<float>(k) * 1.0e-4f);
+        float y = static_cast<float>(k) * 1.0e-4f;
+        DistortionCurves::Instance().Apply(kStaircase, &y, 1);
         if (seen.empty() || y != seen.back())
             seen.push_back(y);
     }
@@ -214,41 +195,53 @@ TEST(DistortionLevelTest, FollowsItsFits) {
 }
 
 /// The distortion with its parameters read block by block, on the class's own resamplers.
-class Model {
+class Plain {
 public:
-    Model(float sampleRate, uint32_t blockFrames, int32_t curve)
-        : type(curve),
+    Plain(MultiDist& distortion, float sampleRate, uint32_t blockFrames)
+        : knobs(distortion),
           steps(blockFrames),
-          drive{.rate = static_cast<double>(sampleRate), .time = 0.002} {
-        output = drive;
+          drive{.rate = double{sampleRate}, .time = 0.002},
+          output(drive) {
         output.Put(1.0);
     }
 
-    Stereo Run(const Stereo& input, double driveDb, double outputDb, bool compensated) {
+    void Reset(bool) {
+        for (prims::UpDownsampler& one : resamplers)
+            one = prims::UpDownsampler(2, 1);
+        output.Put(Gain(double{knobs.Get(MultiDist::OutputGain)}));
+        first = true;
+    }
+
+    Stereo Run(const Stereo& input, bool) {
         const auto count = static_cast<uint32_t>(input[0].size());
+        const auto type = static_cast<int32_t>(knobs.Get(MultiDist::DistType));
+        const double driveDb{knobs.Get(MultiDist::Drive, 2)};
         if (std::exchange(first, false))
             drive.Put(driveDb);
         const std::vector<double> d = drive.Run(driveDb, count, steps);
-        const std::vector<double> level = output.Run(Gain(outputDb), count, steps);
-        Stereo result = input;
-        for (size_t c = 0; c < 2; ++c) {
+        const std::vector<double> level =
+            output.Run(Gain(double{knobs.Get(MultiDist::OutputGain)}), count, steps);
+        Stereo result{Channel(count, test::kStale), Channel(count, test::kStale)};
+        for (size_t c = 0; c < (knobs.IsOn(MultiDist::Stereo) ? 2 : 1); ++c) {
             Channel driven, fast(2 * count);
             for (uint32_t i = 0; i < count; ++i)
-                driven.push_back(static_cast<float>(static_cast<double>(input[c][i]) * Gain(d[i])));
+                driven.push_back(static_cast<float>(double{input[c][i]} * Gain(d[i])));
             resamplers[c].Upsample(driven.data(), fast.data(), count);
             for (float& x : fast)
-                x = static_cast<float>(Curve(type, static_cast<double>(x)));
+                x = static_cast<float>(Curve(type, double{x}));
             resamplers[c].Downsample(fast.data(), result[c].data(), count);
             for (uint32_t i = 0; i < count; ++i) {
-                const double g = level[i] * (compensated ? Gain(CompensationDb(type, d[i])) : 1.0);
-                result[c][i] = static_cast<float>(static_cast<double>(result[c][i]) * g);
+                const double compensation =
+                    knobs.IsOn(MultiDist::AutoComp) ? Gain(CompensationDb(type, d[i])) : 1.0;
+                result[c][i] = static_cast<float>(double{result[c][i]} * level[i] * compensation);
             }
         }
         return result;
     }
 
+    test::PlainKnobs<MultiDist> knobs;
+
 private:
-    int32_t type;
     uint32_t steps;
     bool first = true;
     test::RampedPole drive, output;
@@ -259,40 +252,27 @@ private:
 // zero. The fold is steep throughout. The staircase would flip a step here and there and stays at 0
 // dB, where the drive is exact.
 TEST(MultiDistTest, MatchesAPlainModelWhileEverythingMoves) {
-    for (const float rate : {44100.0f, 48000.0f, 96000.0f}) {
-        const uint32_t block = rate == 44100.0f ? 44 : static_cast<uint32_t>(rate / 1000.0f);
+    for (const float rate : test::kRates) {
         for (int32_t type = 0; type < kTypes; ++type) {
-            Rig rig(rate, block, "");
-            rig.module.SetParameterValue(MultiDist::DistType, static_cast<float>(type));
-            Model model(rate, block, type);
-            std::mt19937 random(static_cast<uint32_t>(type));
-            std::uniform_real_distribution<float> unit(0.0f, 1.0f);
-            float row = 0.0f, worst = 0.0f;
-            for (uint32_t number = 0; number < 120; ++number) {
-                if (type != kStaircase && unit(random) < 0.15f)
-                    rig.module.SetParameterNormalized(MultiDist::Drive, 0.4f * unit(random));
-                if (type != kStaircase && unit(random) < 0.1f)
-                    rig.Modulate(2, row = 0.2f * unit(random) - 0.1f);
-                if (unit(random) < 0.15f)
-                    rig.module.SetParameterNormalized(MultiDist::OutputGain, unit(random));
-                const bool compensated = number / 30 % 2 == 0;
-                rig.module.SetParameterNormalized(MultiDist::AutoComp, compensated ? 1.0f : 0.0f);
-                const uint32_t length = number % 7 == 3 ? block - 12 : block;
-                Stereo input{test::Noise(number, length, 0.7f),
-                             test::Sine(997.0, static_cast<double>(rate), length, 0.8f)};
-                if (number % 20 == 9) {
-                    input = {Channel(length), Channel(length)};
-                    input[0][7] = input[1][2] = -1.0f;
-                }
-                const Stereo got = rig.Run(input, 9.0f);
-                const float drive = rig.module.ParameterAt(MultiDist::Drive).GetModulatedValue(row);
-                const Stereo wanted = model.Run(
-                    input, static_cast<double>(drive),
-                    static_cast<double>(rig.module.Value(MultiDist::OutputGain)), compensated);
-                for (size_t c = 0; c < 2; ++c)
-                    for (uint32_t i = 0; i < length; ++i)
-                        worst = std::max(worst, std::abs(got[c][i] - wanted[c][i]));
-            }
+            Rig rig(rate);
+            rig.Set(MultiDist::DistType, static_cast<float>(type));
+            rig.Set(MultiDist::Stereo, 1.0f);
+            Plain model(rig.module, rate, test::BlockOf(rate));
+            test::SideBySide pair(rig, model, rate);
+            pair.mayLackRight = false;
+            const float worst = pair.WorstError(400, [&](uint32_t number) {
+                if (type != kStaircase && pair.dice.Chance(0.15f))
+                    rig.SetPosition(MultiDist::Drive, pair.dice.Between(0.0f, 0.4f));
+                if (type != kStaircase && pair.dice.Chance(0.1f))
+                    pair.Modulate(2, pair.dice.Between(-0.1f, 0.1f));
+                for (const uint32_t id : {MultiDist::OutputGain, MultiDist::AutoComp})
+                    if (pair.dice.Chance(0.1f))
+                        rig.SetPosition(id, pair.dice.Unit());
+                if (number % 100 == 70)
+                    rig.Set(MultiDist::Stereo, number == 270 ? 1.0f : 0.0f);
+                if (number % 200 == 150)
+                    pair.Reset(number == 150);
+            });
             EXPECT_LT(worst, type == kFold ? 1.0e-4f : 2.0e-5f) << type << " at " << rate;
         }
     }
@@ -313,49 +293,22 @@ float LevelOf(test::ModuleRig<M>& rig, float amplitude) {
 
 TEST(MultiDistTest, SmallSignalsDoubleAndTheCompensationTakesItsShare) {
     for (const int32_t type : {1, 2, 12}) {
-        Rig rig(48000.0f, 48, "");
-        rig.module.SetParameterValue(MultiDist::DistType, static_cast<float>(type));
-        rig.module.SetParameterNormalized(MultiDist::AutoComp, 0.0f);
+        Rig rig;
+        rig.Set(MultiDist::DistType, static_cast<float>(type));
+        rig.SetPosition(MultiDist::AutoComp, 0.0f);
         EXPECT_NEAR(LevelOf(rig, 0.05f), 2.0f, 0.01f);
-        rig.module.SetParameterNormalized(MultiDist::AutoComp, 1.0f);
+        rig.SetPosition(MultiDist::AutoComp, 1.0f);
         const float compensation = type == 12 ? -6.42352f : -4.927435f;
         EXPECT_NEAR(test::DecibelsOf(LevelOf(rig, 0.05f)), 6.0206f + compensation, 0.05f);
     }
 }
 
-TEST(MultiDistTest, MonoLeavesTheRightOutputAlone) {
-    Rig rig(48000.0f, 48, "");
-    rig.module.SetParameterNormalized(MultiDist::Stereo, 0.0f);
-    const Stereo output = rig.Run({test::Noise(1, 480), test::Noise(2, 480)}, 3.0f);
-    EXPECT_EQ(output[1], Channel(480, 3.0f));
-    EXPECT_NE(output[0], Channel(480, 3.0f));
-}
-
-TEST(MultiDistTest, ResetSilencesTheFiltersAndJumpsToTheDrive) {
-    for (int32_t type = 0; type < kTypes; ++type) {
-        Rig used(48000.0f, 48, ""), fresh(48000.0f, 48, "");
-        for (Rig* rig : {&used, &fresh})
-            rig->module.SetParameterValue(MultiDist::DistType, static_cast<float>(type));
-        const Stereo noise{test::Noise(3, 480), test::Noise(4, 480)};
-        used.Run(noise);
-        for (Rig* rig : {&used, &fresh}) {
-            rig->module.SetParameterValue(MultiDist::Drive, 20.0f);
-            rig->module.SetParameterValue(MultiDist::OutputGain, -9.0f);
-            rig->module.Reset(false);
-        }
-        EXPECT_EQ(used.Run(noise), fresh.Run(noise)) << type;
-        const Stereo silence{Channel(480), Channel(480)};
-        fresh.module.Reset(false);
-        EXPECT_EQ(fresh.Run(silence), silence) << type;
-    }
-}
-
 TEST(CompensatedMultiDistTest, InputGainMovesAlongTheCurveAndNotTheLevel) {
     using Module = Processor::CompensatedMultiDist;
-    test::ModuleRig<Module> rig(48000.0f, 48, "");
-    rig.module.SetParameterValue(MultiDist::DistType, 2.0f);
+    test::EffectRig<Module> rig;
+    rig.Set(MultiDist::DistType, 2.0f);
     const auto levels = [&rig](float inputDb) {
-        rig.module.SetParameterValue(Module::InGainCompensated, inputDb);
+        rig.Set(Module::InGainCompensated, inputDb);
         return std::pair{LevelOf(rig, 0.1f), LevelOf(rig, 0.9f)};
     };
     const auto [small, loud] = levels(0.0f);

@@ -4,14 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <random>
 
 #include "support/EchoMeters.h"
 #include "support/ModuleRig.h"
-#include "support/PlainPitchShift.h"
-#include "support/SeededClock.h"
-#include "support/TestSignals.h"
+#include "support/SideBySide.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -24,12 +20,9 @@ using test::PeakOf;
 using test::Stereo;
 using P = PitchShiftDelay;
 
-constexpr float kRate = 48000.0f;
-constexpr uint32_t kBlock = 48;
+// Sample by sample it is compared as a stage of the octaver.
 
-struct Rig : test::ModuleRig<P> {
-    explicit Rig(float rate = kRate, uint32_t block = kBlock) : ModuleRig(rate, block, "Delay") {}
-    void Set(uint32_t id, float value) { module.SetParameterValue(id, value); }
+struct Rig : test::EffectRig<P> {
     /// Filters wide open, no spread, no shift, and at rest there.
     void Open(float delayMs, float pitch = 0.0f) {
         Set(P::DelayTimeMs, delayMs);
@@ -43,93 +36,11 @@ struct Rig : test::ModuleRig<P> {
     /// One block tells the module that it isn't synced; then it jumps to all of its settings, but
     /// for the offset, which has its time.
     void Rest() {
-        Run({Channel(kBlock), Channel(kBlock)});
+        Run({Channel(48), Channel(48)});
         module.Reset(true);
         Run({Channel(96000), Channel(96000)});
     }
 };
-
-/// Random settings, also written to the module. The shift keeps still now and then, so that it gets
-/// where it is headed.
-void Jump(test::PlainPitchShift::Settings& s, Rig& rig, std::mt19937& random) {
-    const auto draw = [&random](float from, float to) {
-        return std::uniform_real_distribution<float>(from, to)(random);
-    };
-    const auto chance = [&](float share) { return draw(0.0f, 1.0f) < share; };
-    const auto pick = [&random](int count) {
-        return static_cast<int>(random() % static_cast<unsigned>(count));
-    };
-    s.stereo = chance(0.85f);
-    s.delayMs = draw(1.0f, 120.0f);
-    s.note = pick(3);
-    s.feedback = draw(0.0f, 0.8f);
-    if (chance(0.3f))
-        s.pitch = chance(0.2f) ? 0.0f : chance(0.2f) ? draw(-0.2f, 0.2f) : draw(-24.0f, 24.0f);
-    s.window = pick(3);
-    s.sprayMs = chance(0.5f) ? 0.0f : draw(0.0f, 120.0f);
-    s.highPassHz = draw(20.0f, 400.0f);
-    s.lowPassHz = draw(2000.0f, 20000.0f);
-    s.synced = chance(0.3f);
-    s.rateType = pick(3);
-    s.offsetMs = chance(0.3f) ? 0.0f : draw(-20.0f, 20.0f);
-    s.detune = chance(0.5f) ? 0.0f : draw(-100.0f, 100.0f);
-    s.modDelay = chance(0.2f);
-    s.modOffset = chance(0.2f);
-    const float values[] = {static_cast<float>(s.stereo),
-                            s.delayMs,
-                            static_cast<float>(s.note),
-                            s.feedback,
-                            s.pitch,
-                            static_cast<float>(s.window),
-                            s.sprayMs,
-                            s.highPassHz,
-                            s.lowPassHz,
-                            static_cast<float>(s.synced),
-                            static_cast<float>(s.rateType),
-                            s.offsetMs,
-                            s.detune,
-                            static_cast<float>(s.modDelay),
-                            static_cast<float>(s.modOffset)};
-    for (uint32_t id = 0; id < P::kParameterCount; ++id)
-        rig.Set(id, values[id]);
-}
-
-TEST(PitchShiftDelayTest, MatchesAPlainModelUnderJumpingParameters) {
-    for (const float rate : {44100.0f, 48000.0f, 96000.0f}) {
-        const auto block = static_cast<uint32_t>(rate / 1000.0f) / 4 * 4;
-        const test::SeededClock clock(7);
-        const uint32_t seed = [] {
-            const test::SeededClock same(7);
-            return prims::SeedFromClock();
-        }();
-        Rig rig(rate, block);
-        test::PlainPitchShift plain(rate, block, seed);
-        plain.Reset();
-        std::mt19937 random(3);
-        test::PlainPitchShift::Settings s;
-        for (uint32_t round = 0; round < 40; ++round) {
-            Jump(s, rig, random);
-            const size_t length = block * (10 + random() % 100);
-            Stereo in{test::Noise(round, length, 0.5f),
-                      test::Sine(300.0 + round, double{rate}, length)};
-            if (round % 4 == 3)
-                in = Impulse(length);
-            Stereo expected{Channel(length, 9.0f), Channel(length, 9.0f)};
-            for (size_t at = 0; at < length; at += block)
-                plain.Block(s, 120.0f, {in[0].data() + at, in[1].data() + at},
-                            {expected[0].data() + at, expected[1].data() + at}, block);
-            const Stereo out = rig.Run(in, 9.0f);
-            for (size_t c = 0; c < 2; ++c)
-                for (size_t i = 0; i < length; ++i)
-                    ASSERT_NEAR(out[c][i], expected[c][i], 2e-5f)
-                        << rate << ' ' << round << ' ' << i;
-            if (round == 21) {
-                rig.module.Reset(false);
-                plain.Reset();
-            }
-        }
-    }
-}
 
 TEST(PitchShiftDelayTest, AtNoShiftItIsADelayOfItsTimeAndOneSample) {
     for (const float delayMs : {30.0f, 100.0f, 333.3f}) {
@@ -190,62 +101,6 @@ TEST(PitchShiftDelayTest, SyncedTimeFollowsTempoNoteAndType) {
         const Stereo out = rig.Run(Impulse(48000 * 5));
         const double centre = CentreOf(out[0], 0, out[0].size());
         EXPECT_NEAR(centre, double{k.seconds} * 48000.0 + 1.0, 2.0) << k.note << ' ' << k.type;
-    }
-}
-
-TEST(PitchShiftDelayTest, EchoesFallByTheFeedback) {
-    Rig rig;
-    rig.Open(100.0f);
-    rig.Set(P::Feedback, 0.6f);
-    Stereo in{Channel(48000), Channel(48000)};
-    const Channel burst = test::Sine(500.0, 48000.0, 2400);
-    std::copy(burst.begin(), burst.end(), in[0].begin());
-    const Stereo out = rig.Run(in);
-    for (size_t k = 1; k < 9; ++k) {
-        const Channel echo(out[0].begin() + static_cast<std::ptrdiff_t>(k * 4801 + 960),
-                           out[0].begin() + static_cast<std::ptrdiff_t>(k * 4801 + 1920));
-        EXPECT_NEAR(PeakOf({echo, {}}) / std::pow(0.6f, static_cast<float>(k - 1)), 1.0f, 0.02f)
-            << k;
-    }
-    EXPECT_EQ(PeakOf({Channel(), out[1]}), 0.0f);  // the channels keep apart
-}
-
-TEST(PitchShiftDelayTest, CutsMonoAndInPlaceMakeNoDifference) {
-    const Stereo in{test::Noise(1, 19200), test::Noise(2, 19200)};
-    const auto run = [&in](uint32_t block, float stereo, bool inPlace) {
-        const test::SeededClock clock(5);
-        Rig rig(kRate, block);
-        rig.Set(P::Stereo, stereo);
-        rig.Set(P::Spray, 30.0f);
-        rig.Set(P::Feedback, 0.5f);
-        rig.Open(60.0f, 5.0f);
-        if (!inPlace)
-            return rig.Run(in, 3.0f);
-        Stereo signal = in;
-        rig.RunInPlace(signal);
-        return signal;
-    };
-    const Stereo out = run(kBlock, 1.0f, false);
-    EXPECT_EQ(run(kBlock, 1.0f, true), out);
-    EXPECT_EQ(run(16, 1.0f, false), out);
-    const Stereo mono = run(kBlock, 0.0f, false);
-    EXPECT_EQ(mono[0], out[0]);
-    EXPECT_EQ(mono[1], Channel(in[1].size(), 3.0f));  // untouched
-}
-
-TEST(PitchShiftDelayTest, FullFeedbackStaysBoundedAndLessDiesAway) {
-    const Stereo noise{test::Noise(1, 192000, 0.5f), test::Noise(2, 192000, 0.5f)};
-    for (const float pitch : {-12.0f, 0.05f, 1.0f, 7.0f}) {
-        Rig rig;
-        rig.Set(P::Feedback, 1.0f);
-        rig.Open(40.0f, pitch);
-        EXPECT_LT(PeakOf(rig.Run(noise)), 6.0f) << pitch;
-        rig.Set(P::Feedback, 0.5f);
-        const Stereo silence{Channel(192000), Channel(192000)};
-        rig.Run(silence);
-        EXPECT_LT(PeakOf(rig.Run(silence)), 1e-7f) << pitch;
-        rig.module.Reset(false);
-        EXPECT_EQ(PeakOf(rig.Run(silence)), 0.0f);
     }
 }
 

@@ -180,16 +180,5 @@ TEST(ParameterTest, ARowThatIsNotANumberLeadsToTheBottom) {
     }
 }
 
-TEST(ParameterTest, TablesMakeTheirRows) {
-    const ParameterTable table =
-        Join({ParameterSpec::Raw("A").AtPosition(0.25f)},
-             Numbered("Step", 11, ParameterSpec::Stepped("", 5, -2.0f).AtValue(1.0f)));
-    ASSERT_EQ(table.size(), 12u);
-    EXPECT_EQ(table[1].name, "Step1");
-    EXPECT_EQ(table[11].Make().name, "Step11");
-    EXPECT_EQ(table[0].Make().GetValue(), 0.25f);
-    EXPECT_EQ(table[11].Make().GetNormalized(), 0.75f);
-}
-
 }  // namespace
 }  // namespace Quorvan::dsp

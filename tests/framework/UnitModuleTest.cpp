@@ -37,42 +37,24 @@ TEST(UnitModuleTest, FlagsFollowTheOutcomeOfTheBlock) {
     EXPECT_EQ(log.size(), 1u);
 }
 
-TEST(UnitModuleTest, FlagsRiseOnOtherNumbersOnlyAndSurviveTheWayBack) {
-    FakeLeaf<2> leaf("");
-    RunBlock(leaf);
-    EXPECT_TRUE(leaf.SetParameterValue(0, 0.0f));
-    EXPECT_TRUE(leaf.SetParameterNormalized(0, 0.0f));
-    EXPECT_FALSE(leaf.IsChanged(0));
-    leaf.SetParameterNormalized(0, 0.5f);
-    leaf.SetParameterValue(0, 0.0f);
-    leaf.SetParameterNormalized(0, 0.0f);
-    EXPECT_TRUE(leaf.IsChanged(0) && !leaf.IsChanged(1));
-}
-
-TEST(ParameterNameSinkTest, WhatDoesNotFitIsCutAndCounted) {
-    char text[8] = "xxxxxxx";
-    ParameterNameSink sink(text, 4);
-    EXPECT_EQ(sink.required, 1u);
-    sink.Append("Bypass");
-    EXPECT_EQ(sink.length, 3u);
-    EXPECT_EQ(sink.required, 7u);
-    sink.AppendSeparator();
-    sink.Append({});
-    EXPECT_STREQ(text, "Byp");
-    EXPECT_EQ(sink.required, 8u);
-    EXPECT_STREQ(text + 4, "xxx");  // nothing past the capacity
-}
-
-TEST(ParameterNameSinkTest, NamesJoinTextSeparatorAndNumber) {
-    char text[64];
-    ParameterNameSink sink(text, sizeof(text));
-    FakeLeaf<12>("Leaf").GetParameterName(10, sink);
-    sink.AppendSeparator();
-    FakeLeaf<1>("").GetParameterName(0, sink);
-    for (const uint32_t number : {0u, 95u, 256u, 4294967295u})
-        sink.AppendNumber(number);
+TEST(ParameterNameSinkTest, NamesAreJoinedCutAndCounted) {
+    char text[64], brief[8] = "xxxxxxx";
+    ParameterNameSink sink(text, sizeof(text)), narrow(brief, 4);
+    EXPECT_EQ(narrow.required, 1u);
+    for (ParameterNameSink* each : {&sink, &narrow}) {
+        FakeLeaf<12>("Leaf").GetParameterName(10, *each);
+        each->AppendSeparator();
+        FakeLeaf<1>("").GetParameterName(0, *each);
+        each->Append({});
+        for (const uint32_t number : {0u, 95u, 256u, 4294967295u})
+            each->AppendNumber(number);
+    }
     EXPECT_STREQ(text, "Leaf_P11_P10952564294967295");
-    EXPECT_EQ(sink.required, sink.length + 1);
+    EXPECT_STREQ(brief, "Lea");
+    EXPECT_STREQ(brief + 4, "xxx");  // nothing past the capacity
+    EXPECT_EQ(sink.length, 27u);
+    EXPECT_EQ(narrow.length, 3u);
+    EXPECT_TRUE(sink.required == 28u && narrow.required == 28u);
 }
 
 }  // namespace

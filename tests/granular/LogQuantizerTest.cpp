@@ -28,6 +28,7 @@ float Counted(float sample) {
 
 TEST(LogQuantizerTest, FindsTheLevelThatCountingFinds) {
     std::vector<float> samples = test::Noise(1, 20000, 1.2f);
+    samples.insert(samples.end(), {-0.0f, -1.0f, 7.0f});
     for (const float quiet : {0.1f, 0.01f, 0.001f})
         for (const float sample : test::Noise(2, 5000, quiet))
             samples.push_back(sample);
@@ -37,23 +38,8 @@ TEST(LogQuantizerTest, FindsTheLevelThatCountingFinds) {
     LogQuantizer::Process(quantized.data(), static_cast<uint32_t>(quantized.size()));
     for (size_t i = 0; i < samples.size(); ++i) {
         ASSERT_EQ(quantized[i], Counted(samples[i])) << samples[i];
+        ASSERT_EQ(std::signbit(quantized[i]), samples[i] < 0.0f);
         ASSERT_EQ(quantized[i], LogQuantizer::Quantize(samples[i]));
-    }
-}
-
-TEST(LogQuantizerTest, KeepsSilenceAndFullScale) {
-    EXPECT_EQ(LogQuantizer::Quantize(0.0f), 0.0f);
-    EXPECT_FALSE(std::signbit(LogQuantizer::Quantize(-0.0f)));
-    EXPECT_EQ(LogQuantizer::Quantize(2.1f / 8031.0f), 2.0f * 0.0001245175f);
-    EXPECT_FLOAT_EQ(LogQuantizer::Quantize(1.0f), 8031.0f * 0.0001245175f);
-    EXPECT_FLOAT_EQ(LogQuantizer::Quantize(-7.0f), -8031.0f * 0.0001245175f);
-}
-
-TEST(LogQuantizerTest, ErrorStaysBelowOneSixteenthOfTheSegment) {
-    for (float x = 1.0f; x > 0.001f; x *= 0.997f) {
-        const float error = x - LogQuantizer::Quantize(x);
-        EXPECT_GE(error, -1.0e-6f);
-        EXPECT_LE(error, (x + 33.0f / 8031.0f) / 16.0f) << x;
     }
 }
 

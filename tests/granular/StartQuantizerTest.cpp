@@ -60,18 +60,5 @@ TEST(StartQuantizerTest, FindsTheSameLineFromEveryPlace) {
     }
 }
 
-TEST(StartQuantizerTest, GridStartsGoToTheNearestLineButNotBeyondTheHead) {
-    const SmallLoop loop(800, 450);
-    const auto from = [&loop](double start) {
-        return StartQuantizer::ToGrid(start, loop.capture, 8);
-    };
-    EXPECT_EQ(from(140.0), 100.0);
-    EXPECT_EQ(from(160.0), 200.0);
-    EXPECT_EQ(from(150.0), 100.0);  // halfway goes down
-    EXPECT_EQ(from(790.0), 800.0);
-    EXPECT_EQ(from(360.0), 400.0);  // in the head's cell the next line up
-    EXPECT_EQ(from(410.0), 450.0);
-}
-
 }  // namespace
 }  // namespace Quorvan::dsp

@@ -2,15 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
-#include <set>
 #include <vector>
 
 #include "granular/GranularTables.h"
-#include "primitives/Clock.h"
+#include "support/FixedClock.h"
+#include "support/GeneratorRig.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -18,137 +16,95 @@ namespace {
 using Seq = StepSequencerGranular;
 using Steps = std::vector<int32_t>;
 
+constexpr float kRate = 48000.0f;
 constexpr uint32_t kBlock = 4;  // shorter than a step, so that a block holds one tick at most
-constexpr double kRate = 48000.0;
-constexpr double kTempo = 120.0;
-constexpr double kBeatsPerSample = kTempo / 60.0 / kRate;
+constexpr double kBeatsPerSample = 120.0 / 60.0 / 48000.0;
 constexpr double kStepsPerBeat = 64.0;  // of 1/256 notes: 375 samples each
 
-enum Loop : int32_t { kForward, kBackward, kBackAndForth, kRandom };
-
-struct Rig {
-    explicit Rig(int32_t loop = kForward, uint32_t steps = 16) : seq("StepSequencerGranular") {
-        seq.SetSyncedRates(kMainRates.data(), kMainRates.size());
-        seq.SetParameterNormalized(Seq::MidiSync, 1.0f);
-        seq.SetParameterValue(Seq::RateSynced, 8.0f);
-        seq.SetParameterValue(Seq::LoopMode, static_cast<float>(loop));
+struct Pattern : test::GeneratorRig<Seq> {
+    explicit Pattern(StepLoop loop, uint32_t steps)
+        : GeneratorRig(kRate, kBlock, "StepSequencerGranular") {
+        module.SetSyncedRates(kMainRates.data(), kMainRates.size());
+        Set(Seq::MidiSync, 1.0f);
+        Set(Seq::RateSynced, 8.0f);
+        Set(Seq::LoopMode, static_cast<float>(loop));
         SetSteps(steps);
         for (uint32_t i = 0; i < Seq::kMaxSteps; ++i)
-            seq.SetParameterValue(Seq::StepOnOff1 + i, 1.0f);
-        seq.Setup(static_cast<float>(kRate), kBlock);
-        for (auto& row : rows)
-            row.fill(0.0f);
+            Set(Seq::StepOnOff1 + i, 1.0f);
     }
-    void SetSteps(uint32_t steps) {
-        seq.SetParameterValue(Seq::NbSteps, static_cast<float>(steps));
-    }
-    /// Gives input 0 or 1 a content; that of the last block where amount is 0.
-    void Modulate(uint32_t channel, float amount) {
-        rows[channel].fill(amount);
-        rows[channel][kRowHeadFloats - 1] = kRowActive;
-    }
-    void Start(double position) {
-        song = position;
+    void SetSteps(uint32_t steps) { Set(Seq::NbSteps, static_cast<float>(steps)); }
+    void Start(double from) {
+        position = from;
         playing = true;
     }
-    /// One block; answers whether a step began in it.
-    bool Block() {
-        float* inputs[] = {rows[0].data() + kRowHeadFloats, rows[1].data() + kRowHeadFloats};
-        float* outputs[] = {output.data()};
-        ProcessBlock block;
-        block.inputs = inputs;
-        block.outputs = outputs;
-        block.numInputs = 2;
-        block.numOutputs = 1;
-        block.numFrames = kBlock;
-        block.tempo = static_cast<float>(kTempo);
-        block.songPosition = static_cast<float>(song);
-        block.transportPlaying = playing ? 1 : 0;
-        EXPECT_TRUE(seq.Process(block));
-        end = song + kBeatsPerSample * (kBlock - 1);
-        if (playing)
-            song += kBeatsPerSample * kBlock;
-        return std::any_of(seq.TickBuffer(), seq.TickBuffer() + kBlock,
-                           [](float tick) { return tick > 0.5f; });
-    }
-    int32_t Step() { return seq.Index(Seq::CurrentStep); }
+    int32_t Step() { return module.Index(Seq::CurrentStep); }
     /// The steps that the next count ticks bring.
     Steps Next(size_t count) {
         Steps found;
-        for (uint32_t limit = 0; found.size() < count && limit < 100000; ++limit)
-            if (Block())
+        for (uint32_t limit = 0; found.size() < count && limit < 100000; ++limit) {
+            Forget();
+            Block();
+            if (!TickSteps().empty())
                 found.push_back(Step());
+        }
         return found;
     }
-
-    Seq seq;
-    std::array<std::array<float, kRowHeadFloats + kBlock>, 2> rows;
-    std::array<float, kBlock> output{};
-    double song = 0.0;
-    double end = 0.0;  ///< song position of the last sample run
-    bool playing = false;
 };
 
 /// The step of a clock cycle in a pattern that has run since cycle 0.
-int32_t Place(int32_t loop, int32_t cycle, int32_t steps) {
+int32_t Place(StepLoop loop, int32_t cycle, int32_t steps) {
     const int32_t inPattern = cycle % steps;
-    if (loop == kForward)
-        return inPattern;
-    if (loop == kBackward)
-        return steps - 1 - inPattern;
-    const bool down = cycle / steps % 2 == 1;
+    const bool down = loop == kBackward || (loop == kBackAndForth && cycle / steps % 2 == 1);
     return down ? steps - 1 - inPattern : inPattern;
 }
 
 // Forward, backward and back and forth are functions of the clock's cycle; a turn takes one tick
 // without moving. Wherever the transport starts, the pattern is in its place from the first block.
 TEST(StepSequencerGranularTest, StepsAreWhereTheSongPositionPutsThem) {
-    for (const int32_t loop : {kForward, kBackward, kBackAndForth})
+    for (const StepLoop loop : {kForward, kBackward, kBackAndForth})
         for (const int32_t steps : {1, 2, 5, 16})
             for (const double from : {0.0, 3.305, 17.771, 1000.125}) {
-                Rig rig(loop, static_cast<uint32_t>(steps));
-                rig.Next(7);  // the clock has been running by itself
-                rig.Start(from);
+                Pattern pattern(loop, static_cast<uint32_t>(steps));
+                pattern.Next(7);  // the clock has been running by itself
+                pattern.Start(from);
                 for (uint32_t i = 0; i < 4000; ++i) {
-                    rig.Block();
-                    const double cycle = rig.end * kStepsPerBeat;
+                    const double end = pattern.position + kBeatsPerSample * (kBlock - 1);
+                    pattern.Block();
+                    const double cycle = end * kStepsPerBeat;
                     // Single precision places the tick within a few samples.
                     if (std::abs(cycle - std::round(cycle)) < 0.02)
                         continue;
-                    ASSERT_EQ(rig.Step(), Place(loop, static_cast<int32_t>(cycle), steps))
+                    ASSERT_EQ(pattern.Step(), Place(loop, static_cast<int32_t>(cycle), steps))
                         << "loop " << loop << ", " << steps << " steps from " << from << " at "
-                        << rig.end;
+                        << end;
                 }
             }
 }
 
-TEST(StepSequencerGranularTest, ARestartWithoutTransportBeginsThePattern) {
-    for (const int32_t loop : {kForward, kBackward, kBackAndForth}) {
-        Rig rig(loop, 6);
+TEST(StepSequencerGranularTest, ARestartBeginsThePatternOrGoesToItsPlaceInTheSong) {
+    for (const StepLoop loop : {kForward, kBackward, kBackAndForth}) {
+        Pattern pattern(loop, 6);
         const int32_t first = loop == kBackward ? 5 : 0;
-        EXPECT_EQ(rig.Next(1), Steps{first});
-        rig.Next(9);
-        rig.seq.Restart();
-        EXPECT_EQ(rig.Next(1), Steps{first});
+        EXPECT_EQ(pattern.Next(1), Steps{first});
+        pattern.Next(9);
+        pattern.module.Restart();
+        EXPECT_EQ(pattern.Next(1), Steps{first});
     }
-}
-
-TEST(StepSequencerGranularTest, ALoopOfTheSongDoesNotTakeATickTwice) {
-    Rig rig(kForward, 16);
-    rig.Start(0.0);
-    EXPECT_EQ(rig.Next(4), (Steps{0, 1, 2, 3}));
-    rig.seq.Restart();  // in the middle of step 3: the song position puts it there again
-    rig.Block();
-    EXPECT_EQ(rig.Step(), 3);
-    EXPECT_EQ(rig.Next(3), (Steps{4, 5, 6}));
+    Pattern pattern(kForward, 16);
+    pattern.Start(0.0);
+    EXPECT_EQ(pattern.Next(4), (Steps{0, 1, 2, 3}));
+    pattern.module.Restart();  // in the middle of step 3, whose tick does not count twice
+    pattern.Block();
+    EXPECT_EQ(pattern.Step(), 3);
+    EXPECT_EQ(pattern.Next(3), (Steps{4, 5, 6}));
 }
 
 TEST(StepSequencerGranularTest, AShorterPatternGoesOnFromItsLastStep) {
-    const auto lowered = [](int32_t loop, size_t ticks) {
-        Rig rig(loop, 8);
-        EXPECT_EQ(rig.Next(ticks).back(), 6);
-        rig.SetSteps(4);
-        return rig.Next(6);
+    const auto lowered = [](StepLoop loop, size_t ticks) {
+        Pattern pattern(loop, 8);
+        EXPECT_EQ(pattern.Next(ticks).back(), 6);
+        pattern.SetSteps(4);
+        return pattern.Next(6);
     };
     EXPECT_EQ(lowered(kForward, 7), (Steps{0, 1, 2, 3, 0, 1}));
     EXPECT_EQ(lowered(kBackward, 2), (Steps{2, 1, 0, 3, 2, 1}));
@@ -156,91 +112,73 @@ TEST(StepSequencerGranularTest, AShorterPatternGoesOnFromItsLastStep) {
     EXPECT_EQ(lowered(kBackAndForth, 10), (Steps{2, 1, 0, 0, 1, 2}));  // going down
 }
 
-struct FixedClock : prims::ClockSource {
-    uint64_t Microseconds() override { return 123456789; }
-};
-
 TEST(StepSequencerGranularTest, RandomStepsFollowTheXorshift) {
-    FixedClock clock;
-    prims::ClockSource* const before = prims::ReplaceClock(&clock);
-    Rig rig(kRandom, 11);
-    prims::ReplaceClock(before);
-    const Steps found = rig.Next(300);
+    const test::FixedClock clock(123456789);
+    Pattern pattern(kRandom, 11);
+    const Steps found = pattern.Next(300);
     EXPECT_EQ(found[0], 0);  // the placing of the first block leaves the step
     uint64_t x = 123456789;
-    bool repeats = false;
     for (size_t i = 1; i < found.size(); ++i) {
         x = (x ^ (x << 13)) & 0xffffffff;
         x ^= x >> 17;
         x = (x ^ (x << 5)) & 0xffffffff;
         ASSERT_EQ(found[i], static_cast<int32_t>(x * 11 >> 32)) << i;
-        repeats = repeats || found[i] == found[i - 1];
     }
-    EXPECT_TRUE(repeats);
-    EXPECT_EQ(std::set<int32_t>(found.begin(), found.end()).size(), 11u);
-    rig.SetSteps(3);
-    for (const int32_t step : rig.Next(50))
+    pattern.SetSteps(3);
+    for (const int32_t step : pattern.Next(50))
         EXPECT_LT(step, 3);
 }
 
 TEST(StepSequencerGranularTest, OutputIsTheValueOfTheStepFromItsTickOn) {
-    Rig rig(kForward, 8);
+    Pattern pattern(kForward, 8);
     const std::array<float, 8> values{1.0f, 2.0f, 3.0f, 0.0f, 2.0f, 0.0f, 1.0f, 3.0f};
     for (uint32_t i = 0; i < 8; ++i) {
         // A silent step keeps the value that it would have.
         const float index = values[i] > 0.0f ? values[i] - 1.0f : 2.0f;
-        rig.seq.SetParameterValue(Seq::StepVal1 + i, index);
-        rig.seq.SetParameterValue(Seq::StepOnOff1 + i, values[i] > 0.0f ? 1.0f : 0.0f);
+        pattern.Set(Seq::StepVal1 + i, index);
+        pattern.Set(Seq::StepOnOff1 + i, values[i] > 0.0f ? 1.0f : 0.0f);
     }
-    size_t step = 7;
-    uint32_t length = 0;
-    for (uint32_t i = 0; i < 2000; ++i) {
-        rig.Block();
-        for (uint32_t n = 0; n < kBlock; ++n) {
-            ++length;
-            if (rig.seq.TickBuffer()[n] > 0.5f) {
-                if (i > 0) {
-                    EXPECT_NEAR(length, 375, 1);
-                }
-                step = (step + 1) % 8;
-                length = 0;
-            }
-            ASSERT_EQ(rig.output[n], values[step]) << "block " << i;
-        }
+    pattern.Blocks(2000);
+    const std::vector<uint32_t> ticks = pattern.TickSteps();
+    ASSERT_GE(ticks.size(), 20u);
+    for (size_t k = 1; k < ticks.size(); ++k) {
+        EXPECT_NEAR(ticks[k] - ticks[k - 1], 375, 1);
+        for (uint32_t n = ticks[k - 1]; n < ticks[k]; ++n)
+            ASSERT_EQ(pattern.outputs[0][n], values[(k - 1) % 8]) << n;
     }
 }
 
 TEST(StepSequencerGranularTest, EditsOfTheRunningStepAreHeardInTheSameBlock) {
-    Rig rig(kForward, 16);
-    rig.Next(3);
-    const uint32_t value = Seq::StepVal1 + 2;
-    const uint32_t onOff = Seq::StepOnOff1 + 2;
-    const auto heard = [&rig](uint32_t id, float to) {
-        rig.seq.SetParameterValue(id, to);
-        rig.Block();
-        return rig.output[0];
+    Pattern pattern(kForward, 16);
+    pattern.Next(3);
+    const auto heard = [&pattern](uint32_t id, float to) {
+        pattern.Set(id + 2, to);
+        pattern.Forget();
+        pattern.Block();
+        return pattern.outputs[0][0];
     };
-    EXPECT_EQ(heard(value, 2.0f), 3.0f);
-    EXPECT_EQ(heard(onOff, 0.0f), 0.0f);
-    EXPECT_EQ(heard(value, 1.0f), 0.0f);
-    EXPECT_EQ(heard(onOff, 1.0f), 2.0f);
+    EXPECT_EQ(heard(Seq::StepVal1, 2.0f), 3.0f);
+    EXPECT_EQ(heard(Seq::StepOnOff1, 0.0f), 0.0f);
+    EXPECT_EQ(heard(Seq::StepVal1, 1.0f), 0.0f);
+    EXPECT_EQ(heard(Seq::StepOnOff1, 1.0f), 2.0f);
 }
 
 TEST(StepSequencerGranularTest, RowsMoveLengthAndRate) {
-    Rig rig(kForward, 16);
-    rig.Modulate(1, -0.75f);  // position 1 down to 0.25: the fifth of 16 lengths
-    EXPECT_EQ(rig.Next(7), (Steps{0, 1, 2, 3, 4, 0, 1}));
-    const auto blocksPerStep = [&rig] {
-        rig.Next(1);
-        uint32_t blocks = 1;
-        while (!rig.Block())
-            ++blocks;
-        return blocks;
+    Pattern pattern(kForward, 16);
+    pattern.Modulate(1, -0.75f);  // position 1 down to 0.25: the fifth of 16 lengths
+    EXPECT_EQ(pattern.Next(7), (Steps{0, 1, 2, 3, 4, 0, 1}));
+    const auto expectStepOf = [&pattern](int32_t samples) {
+        pattern.Next(1);
+        pattern.Forget();
+        pattern.Blocks(400);
+        const std::vector<uint32_t> ticks = pattern.TickSteps();
+        ASSERT_GE(ticks.size(), 2u);
+        EXPECT_NEAR(ticks[1] - ticks[0], samples, 1);
     };
-    EXPECT_NEAR(blocksPerStep(), 94, 1);
-    rig.Modulate(0, -0.125f);  // one entry of nine down the table: steps of twice the length
-    rig.Next(2);
-    EXPECT_NEAR(blocksPerStep(), 188, 1);
+    expectStepOf(375);
+    pattern.Modulate(0, -0.125f);  // one entry of nine down the table: steps of twice the length
+    pattern.Next(2);
+    expectStepOf(750);
 }
 
 }  // namespace

@@ -4,18 +4,10 @@
 
 #include <algorithm>
 
-#include "primitives/Clock.h"
+#include "support/FixedClock.h"
 
 namespace Quorvan::dsp {
 namespace {
-
-struct SeededClock : prims::ClockSource {
-    SeededClock() : before(prims::ReplaceClock(this)) {}
-    ~SeededClock() override { prims::ReplaceClock(before); }
-    uint64_t Microseconds() override { return 99; }
-
-    prims::ClockSource* before;
-};
 
 float Next(uint32_t& x) {
     x ^= x << 13;
@@ -40,7 +32,7 @@ TEST(StereoPositionTest, FollowsTheControlAndItsRow) {
 }
 
 TEST(StereoPositionTest, WalksInRandomStepsWithinItsBounds) {
-    const SeededClock clock;
+    const test::FixedClock clock(99);
     StereoPosition position;
     position.Follow(0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f);
     uint32_t x = 99;

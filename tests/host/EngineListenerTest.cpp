@@ -30,23 +30,18 @@ struct Notes : EngineListener {
 };
 
 std::vector<ParameterValue> SteadyGrains() {
-    return {Set("MoteWeaver_Pitch", "12 st"),
-            Set("MoteWeaver_GrainSizeAbsolute", "100 ms"),
-            Set("MoteWeaver_GranularPhaseHelper_RateUnSynced", "20 Hz"),
-            Set("MoteWeaver_PlaybackMode", "Follow"),
-            Set("MoteWeaver_Offset", "500 ms"),
-            Set("MoteWeaver_BufferLengthSynced", "1/1"),
-            Set("MoteWeaver_MaxGrains", "64"),
-            Set("MoteWeaver_RandomDirection", "100 %")};
+    return Settings(
+        "MoteWeaver_Pitch=12 st;MoteWeaver_GrainSizeAbsolute=100 ms;"
+        "MoteWeaver_GranularPhaseHelper_RateUnSynced=20 Hz;MoteWeaver_PlaybackMode=Follow;"
+        "MoteWeaver_Offset=500 ms;MoteWeaver_BufferLengthSynced=1/1;MoteWeaver_MaxGrains=64;"
+        "MoteWeaver_RandomDirection=100 %");
 }
 
 TEST(EngineListenerTest, GrainsAreToldAsTheyStart) {
-    Engine engine(1);
-    engine.Prepare({});
-    engine.Restore(SteadyGrains());
+    ReadyEngine engine(SteadyGrains());
     Notes notes;
     engine.AddListener(notes);
-    HostStream(engine).Run(NoiseInput(44100), 512);
+    engine.Run(NoiseInput(44100));
     ASSERT_GE(notes.grains.size(), 38u);  // 20 pairs in a second
     ASSERT_LE(notes.grains.size(), 42u);
     for (size_t i = 0; i < notes.grains.size(); ++i) {
@@ -72,27 +67,23 @@ TEST(EngineListenerTest, GrainsAreToldAsTheyStart) {
 }
 
 TEST(EngineListenerTest, BlocksCarryOutputsAheadOfTheQueueAndAuxOutputs) {
-    Engine engine(1);
-    engine.Prepare({});
-    engine.Restore(AudibleSettings());
-    engine.Restore(std::array{Set("Envelope Follower Gain", "0 dB")});
+    ReadyEngine engine(AudibleSettings("Envelope Follower Gain=0 dB"));
     Notes notes;
     engine.AddListener(notes);
     const StereoSignal input = NoiseInput(44 * 60);
-    const StereoSignal output = HostStream(engine).Run(input, 101);
+    const StereoSignal output = engine.Run(input, 101);
     ASSERT_EQ(notes.frames, 44u * 60u);
     EXPECT_EQ(Signal(notes.left.begin(), notes.left.end() - 44),
               Signal(output[0].begin() + 44, output[0].end()));
     EXPECT_EQ(notes.follower, input[0]);
 
     engine.RemoveListener(notes);
-    HostStream(engine).Run(input, 101);
+    engine.Run(input, 101);
     EXPECT_EQ(notes.frames, 44u * 60u);
 }
 
 TEST(EngineListenerTest, AuxOutputsComeThroughTheQueueToo) {
-    Engine engine(1);
-    engine.Prepare({});
+    ReadyEngine engine;
     Notes notes;
     engine.AddListener(notes);
     const Signal input = Noise(6, 44 * 20);
@@ -106,11 +97,9 @@ TEST(EngineListenerTest, AuxOutputsComeThroughTheQueueToo) {
 }
 
 TEST(DisplaySnapshotTest, ShowsTheTape) {
-    Engine engine(1);
-    engine.Prepare({});
-    engine.Restore(SteadyGrains());
+    ReadyEngine engine(SteadyGrains());
     const StereoSignal input = NoiseInput(44 * 500);
-    HostStream(engine).Run(input, 512);
+    engine.Run(input);
     DisplaySnapshot snapshot;
     ASSERT_TRUE(snapshot.Read(engine.GetProcessor(), true));
     EXPECT_EQ(snapshot.tapeLength, 88200u);
@@ -118,21 +107,19 @@ TEST(DisplaySnapshotTest, ShowsTheTape) {
     EXPECT_EQ(snapshot.tape.size(), 88200u);
     EXPECT_GT(snapshot.grainsStarted, snapshot.grainsEnded);
     EXPECT_EQ(snapshot.grains.size(), snapshot.grainsStarted - snapshot.grainsEnded);
-    EXPECT_GT(PeakOf(snapshot.tape, 0, 22000), 0.1f);
-    EXPECT_EQ(PeakOf(snapshot.tape, 22000), 0.0f);
+    EXPECT_GT(PeakLevel(snapshot.tape, 0, 22000), 0.1f);
+    EXPECT_EQ(PeakLevel(snapshot.tape, 22000), 0.0f);
     ASSERT_TRUE(snapshot.Read(engine.GetProcessor(), false));
     EXPECT_TRUE(snapshot.tape.empty());
 }
 
 TEST(DisplaySnapshotTest, ATransportThatStartsPutsTheTapeWhereTheSongIs) {
     for (const uint32_t idleBlocks : {0u, 1u}) {
-        Engine engine(1);
-        engine.Prepare({});
-        engine.Restore(SteadyGrains());
+        ReadyEngine engine(SteadyGrains());
         engine.SetTransport({.tempo = 120.0, .beat = 5.0, .playing = true});
         engine.Idle(idleBlocks);
         EXPECT_EQ(engine.FramesIn(), 0u);
-        HostStream(engine).Run(Silence(44), 44);
+        engine.Run(Silence(44), 44);
         DisplaySnapshot snapshot;
         ASSERT_TRUE(snapshot.Read(engine.GetProcessor(), false));
         // A quarter of the way into the tape's four beats; without the start it begins at its

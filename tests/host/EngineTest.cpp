@@ -10,40 +10,34 @@
 #include "host/parameters/ModulationNames.h"
 #include "host/parameters/ShellIndex.h"
 #include "primitives/Clock.h"
+#include "support/AllocationTrap.h"
 
 namespace Quorvan::Host {
 namespace {
 
 using namespace test;
 
-constexpr uint64_t kSeed = 20240117;
-
 /// Everything that depends on time at once: a playing transport that turns faster, timed writes, a
 /// side-chain that opens the grains' pitch, chance.
 StereoSignal BusyRun(double rate, size_t hostFrames) {
-    Engine engine(kSeed);
-    engine.Prepare({.sampleRate = rate, .sideChainInputs = 2});
-    std::vector<ParameterValue> settings = AudibleSettings();
-    settings.push_back(Set("Envelope Follower Source", "Side-Chain"));
-    settings.push_back(Set("Envelope Follower Gain", "12 dB"));
+    std::vector<ParameterValue> settings = AudibleSettings(
+        "Envelope Follower Source=Side-Chain;Envelope Follower Gain=12 dB;FX1_ModuleType=Reverb;"
+        "FX1_Dry / Wet=30 %");
     settings.push_back({AmountIndex(0, 6), AmountPosition(0.5f)});
-    settings.push_back(Set("FX1_ModuleType", "Reverb"));
-    settings.push_back(Set("FX1_Dry / Wet", "30 %"));
-    engine.Restore(settings);
+    ReadyEngine engine(settings, {.sampleRate = rate, .sideChainInputs = 2});
     engine.SetTransport({.tempo = 133.0, .beat = 1.7, .playing = true});
     for (uint64_t i = 0; i < 40; ++i)
         engine.WriteAt(137 * i + 5, kPitchIndex, static_cast<float>(i % 7) / 7.0f);
     const auto length = static_cast<size_t>(rate * 0.4);
     const StereoSignal side{Bursts(3, length, 1.0f), Bursts(4, length, 1.0f)};
-    HostStream stream(engine);
-    stream.sideChain = &side;
-    return stream.Run(NoiseInput(length), hostFrames);
+    engine.sideChain = &side;
+    return engine.Run(NoiseInput(length), hostFrames);
 }
 
 TEST(EngineTest, OutputDoesNotDependOnTheLengthOfHostBuffers) {
     for (const double rate : {44100.0, 48000.0}) {
         const StereoSignal whole = BusyRun(rate, 1000000);
-        ASSERT_GT(PeakOf(whole[0]), 0.1f);
+        ASSERT_GT(PeakLevel(whole[0]), 0.1f);
         for (const size_t frames : {1u, 7u, 44u, 64u, 441u, 512u, 8192u})
             EXPECT_EQ(BusyRun(rate, frames), whole) << frames << " frames at " << rate << " Hz";
     }
@@ -51,26 +45,23 @@ TEST(EngineTest, OutputDoesNotDependOnTheLengthOfHostBuffers) {
 
 TEST(EngineTest, ReportedLatencyIsThatOfAnImpulse) {
     for (const double rate : {8000.0, 44100.0, 48000.0, 96000.0, 192000.0}) {
-        Engine engine(kSeed);
-        engine.Prepare({.sampleRate = rate});
-        engine.Restore(std::array{Set("Master Volume", "0 dB"), Set("Dry / Wet", "0 %")});
+        ReadyEngine engine(Settings("Master Volume=0 dB;Dry / Wet=0 %"), {.sampleRate = rate});
         constexpr size_t kAt = 1234;
         StereoSignal input = Silence(8000);
         input[0][kAt] = 1.0f;
         input[1][kAt] = -0.5f;
-        const StereoSignal output = HostStream(engine).Run(input, 300);
+        const StereoSignal output = engine.Run(input, 300);
         const size_t expected = kAt + engine.LatencyFrames();
         EXPECT_NEAR(output[0][expected], 1.0f, 1e-6f) << rate;
         EXPECT_NEAR(output[1][expected], -0.5f, 1e-6f) << rate;
-        EXPECT_EQ(PeakOf(output[0], 0, expected), 0.0f) << rate;
-        EXPECT_LT(PeakOf(output[0], expected + 1), 1e-6f) << rate;
+        EXPECT_EQ(PeakLevel(output[0], 0, expected), 0.0f) << rate;
+        EXPECT_LT(PeakLevel(output[0], expected + 1), 1e-6f) << rate;
     }
 }
 
 TEST(EngineTest, BuffersMayShareMemoryAndChannelsMayBeMissing) {
-    Engine engine(kSeed);
-    engine.Prepare({.sampleRate = 44100.0, .inputs = 1, .outputs = 2});
-    engine.Restore(std::array{Set("Master Volume", "0 dB")});
+    ReadyEngine engine({Set("Master Volume", "0 dB")},
+                       {.sampleRate = 44100.0, .inputs = 1, .outputs = 2});
     Signal shared = Noise(9, 3000, 0.5f);
     const Signal input = shared;
     for (size_t at = 0; at < shared.size(); at += 100) {
@@ -85,8 +76,7 @@ TEST(EngineTest, BuffersMayShareMemoryAndChannelsMayBeMissing) {
 }
 
 TEST(EngineTest, NumbersThatAreNoneBecomeSilenceAndAreCounted) {
-    Engine clean(kSeed);
-    Engine dirty(kSeed);
+    ReadyEngine clean(AudibleSettings()), dirty(AudibleSettings());
     StereoSignal silenced = NoiseInput(4000);
     StereoSignal broken = silenced;
     const float infinity = std::numeric_limits<float>::infinity();
@@ -95,30 +85,22 @@ TEST(EngineTest, NumbersThatAreNoneBecomeSilenceAndAreCounted) {
         broken[i % 2][100 + 300 * i] = bad[i % 3];
         silenced[i % 2][100 + 300 * i] = 0.0f;
     }
-    for (Engine* engine : {&clean, &dirty}) {
-        engine->Prepare({});
-        engine->Restore(AudibleSettings());
-    }
-    EXPECT_EQ(HostStream(dirty).Run(broken, 64), HostStream(clean).Run(silenced, 64));
+    EXPECT_EQ(dirty.Run(broken, 64), clean.Run(silenced, 64));
     EXPECT_EQ(dirty.Counts().badInputs, 9u);
     EXPECT_EQ(clean.Counts().badInputs, 0u);
     EXPECT_EQ(dirty.Counts().badOutputs, 0u);
 }
 
-StereoSignal SeededRun(std::optional<uint64_t> seed) {
-    Engine engine(seed);
-    engine.Prepare({});
-    engine.Restore(AudibleSettings());
-    return HostStream(engine).Run(NoiseInput(20000), 512);
-}
-
 TEST(EngineTest, ASeedRepeatsAndAnotherDiffers) {
-    EXPECT_EQ(SeededRun(1), SeededRun(1));
-    EXPECT_NE(SeededRun(1), SeededRun(2));
+    const auto run = [](uint64_t seed) {
+        return ReadyEngine(AudibleSettings(), {}, seed).Run(NoiseInput(20000));
+    };
+    EXPECT_EQ(run(1), run(1));
+    EXPECT_NE(run(1), run(2));
 }
 
 TEST(EngineTest, ASeedLeavesTheClockToOthers) {
-    Engine engine(kSeed);
+    Engine engine(1);
     EXPECT_EQ(prims::ReplaceClock(nullptr), nullptr);
 }
 
@@ -140,27 +122,25 @@ struct BlockNotes : EngineListener {
 };
 
 TEST(EngineTest, WritesLandWithTheBlockThatHoldsTheirFrame) {
-    Engine engine(kSeed);
-    engine.Prepare({});  // blocks of 44 frames
+    ReadyEngine engine;  // blocks of 44 frames
     BlockNotes notes(engine, IndexOf("Macro 1"));
     EXPECT_TRUE(engine.WriteAt(44 * 3, notes.index, 0.1f));       // first frame of block 3
     EXPECT_TRUE(engine.WriteAt(44 * 6 - 1, notes.index, 0.2f));   // last frame of block 5
     EXPECT_TRUE(engine.WriteAt(44 * 8 + 9, notes.index, 0.35f));  // later of two in block 8
     EXPECT_TRUE(engine.WriteAt(44 * 8 + 2, notes.index, 0.3f));
-    HostStream(engine).Run(Silence(44 * 10 + 20), 100);
+    engine.Run(Silence(44 * 10 + 20), 100);
     const std::vector<float> expected{0.0f, 0.0f, 0.0f, 0.1f, 0.1f, 0.2f, 0.2f, 0.2f, 0.35f, 0.35f};
     EXPECT_EQ(notes.positions, expected);
 
     EXPECT_TRUE(engine.WriteAt(3, notes.index, 0.5f));  // late: with the block that is being filled
     EXPECT_TRUE(engine.Write(notes.index, 7.0f));       // held to 1, and behind the late one
     EXPECT_EQ(engine.Position(notes.index), 0.35f);
-    HostStream(engine).Run(Silence(24), 24);
+    engine.Pass(24);
     EXPECT_EQ(notes.positions.back(), 1.0f);
 }
 
 TEST(EngineTest, SenselessWritesAreRefusedAndCounted) {
-    Engine engine(kSeed);
-    engine.Prepare({});
+    ReadyEngine engine;
     EXPECT_FALSE(engine.Write(3150, 0.5f));
     EXPECT_FALSE(engine.Write(0, std::numeric_limits<float>::quiet_NaN()));
     EXPECT_EQ(engine.Counts().refusedWrites, 2u);
@@ -174,21 +154,17 @@ TEST(EngineTest, SenselessWritesAreRefusedAndCounted) {
 TEST(EngineTest, SongPositionIsThatOfTheBlocksFirstFrame) {
     constexpr double kRate = 48000.0;
     const double beatsPerFrame = 150.0 / (60.0 * kRate);
-    Engine running(kSeed);
-    Engine told(kSeed);
-    running.Prepare({.sampleRate = kRate});
-    told.Prepare({.sampleRate = kRate});
+    ReadyEngine running({}, {.sampleRate = kRate}), told({}, {.sampleRate = kRate});
     BlockNotes runningNotes(running, 0);
     BlockNotes toldNotes(told, 0);
     running.SetTransport({.tempo = 150.0, .beat = -0.5, .playing = true});
-    HostStream(running).Run(Silence(48 * 50), 333);
-    HostStream toldStream(told);
-    toldStream.beforeBuffer = [&](uint64_t frame) {
+    running.Run(Silence(48 * 50), 333);
+    told.beforeBuffer = [&](uint64_t frame) {
         // A host that works with seconds, and rounds in its own way.
         const double seconds = static_cast<double>(frame) / kRate;
         told.SetTransport({.tempo = 150.0, .beat = seconds * 2.5 - 0.5, .playing = true});
     };
-    toldStream.Run(Silence(48 * 50), 79);
+    told.Run(Silence(48 * 50), 79);
     ASSERT_EQ(runningNotes.transports.size(), 50u);
     for (size_t block = 0; block < 50; ++block) {
         const double expected = -0.5 + static_cast<double>(48 * block) * beatsPerFrame;
@@ -199,17 +175,16 @@ TEST(EngineTest, SongPositionIsThatOfTheBlocksFirstFrame) {
 }
 
 TEST(EngineTest, JumpsStopsAndTemposTakeEffectWithTheNextBlock) {
-    Engine engine(kSeed);
-    engine.Prepare({.sampleRate = 48000.0});
+    ReadyEngine engine({}, {.sampleRate = 48000.0});
     BlockNotes notes(engine, 0);
     engine.SetTransport({.tempo = 120.0, .beat = 0.0, .playing = true});
-    HostStream(engine).Run(Silence(60), 60);  // into block 1
+    engine.Pass(60);  // into block 1
     engine.SetTransport({.tempo = 120.0, .beat = 64.0, .playing = true});
-    HostStream(engine).Run(Silence(36), 36);  // to the end of block 1
+    engine.Pass(36);  // to the end of block 1
     engine.SetTempo(60.0);
-    HostStream(engine).Run(Silence(48), 48);
+    engine.Pass(48);
     engine.SetTransport({.tempo = 60.0, .beat = 3.0, .playing = false});
-    HostStream(engine).Run(Silence(96), 96);
+    engine.Pass(96);
     const double frame = 120.0 / (60.0 * 48000.0);
     ASSERT_EQ(notes.transports.size(), 5u);
     EXPECT_NEAR(notes.transports[1].beat, 48.0 * frame, 1e-12);
@@ -219,24 +194,8 @@ TEST(EngineTest, JumpsStopsAndTemposTakeEffectWithTheNextBlock) {
     EXPECT_EQ(notes.transports[4].beat, 3.0);
 }
 
-TEST(EngineTest, TheProcessorFollowsTheSongPosition) {
-    Engine engine(kSeed);
-    engine.Prepare({});
-    engine.Restore(std::array{Set("StepSeq_RateType", "Straight"), Set("StepSeq_NbSteps", "16"),
-                              Set("StepSeq_RateSynced", "1/16")});
-    for (const double beat : {3.05, 1.55, 0.30}) {
-        engine.SetTransport({.tempo = 120.0, .beat = beat, .playing = false});
-        HostStream(engine).Run(Silence(44), 44);
-        engine.SetTransport({.tempo = 120.0, .beat = beat, .playing = true});
-        HostStream(engine).Run(Silence(44), 44);
-        const uint32_t step = IndexOf("StepSeq_CurrentStep");
-        EXPECT_EQ(Catalog().Value(step, engine.Position(step)), std::floor(beat * 4.0)) << beat;
-    }
-}
-
 TEST(EngineTest, WildTransportsAreHeldToWhatTheProcessorCanRunAt) {
-    Engine engine(kSeed);
-    engine.Prepare({});
+    ReadyEngine engine;
     engine.SetTransport({.tempo = 0.0, .beat = 2.0, .playing = true});
     EXPECT_EQ(engine.GetTransport().tempo, 1.0);
     const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -246,48 +205,69 @@ TEST(EngineTest, WildTransportsAreHeldToWhatTheProcessorCanRunAt) {
 }
 
 TEST(EngineTest, FormatsThatNothingRunsAtAreRefusedInASentence) {
-    Engine engine(kSeed);
-    const auto complaint = [&](const StreamFormat& format) -> std::string {
+    const std::vector<std::pair<StreamFormat, std::string>> formats{
+        {{.sampleRate = std::nan("")}, "sample rate"},
+        {{.inputs = 3}, "main inputs"},
+        {{.outputs = 0}, "main outputs"},
+        {{.sideChainInputs = 3}, "side-chain"}};
+    for (const auto& [format, phrase] : formats) {
+        std::string complaint;
         try {
-            engine.Prepare(format);
+            Engine().Prepare(format);
         } catch (const std::invalid_argument& error) {
-            return error.what();
+            complaint = error.what();
         }
-        return {};
-    };
-    EXPECT_NE(complaint({.sampleRate = std::nan("")}).find("sample rate"), std::string::npos);
-    EXPECT_NE(complaint({.inputs = 3}).find("main inputs"), std::string::npos);
-    EXPECT_NE(complaint({.outputs = 0}).find("main outputs"), std::string::npos);
-    EXPECT_NE(complaint({.sideChainInputs = 3}).find("side-chain"), std::string::npos);
+        EXPECT_NE(complaint.find(phrase), std::string::npos) << phrase << ": " << complaint;
+    }
 }
 
 TEST(EngineTest, PreparingAgainKeepsParametersAndClearsSound) {
-    Engine engine(kSeed);
-    engine.Prepare({});
-    engine.Restore(AudibleSettings());
-    HostStream(engine).Run(NoiseInput(20000), 512);
+    ReadyEngine engine(AudibleSettings());
+    engine.Run(NoiseInput(20000));
     const float volume = engine.Position(IndexOf("Master Volume"));
     engine.Prepare({.sampleRate = 96000.0});
     EXPECT_EQ(engine.Position(IndexOf("Master Volume")), volume);
     EXPECT_EQ(engine.FramesIn(), 0u);
     EXPECT_EQ(engine.BlockFrames(), 96u);
-    const StereoSignal output = HostStream(engine).Run(Silence(20000), 512);
-    EXPECT_EQ(PeakOf(output[0]), 0.0f);
+    const StereoSignal output = engine.Run(Silence(20000));
+    EXPECT_EQ(PeakLevel(output[0]), 0.0f);
 }
 
 TEST(EngineTest, PanicClearsWhateverSounds) {
     for (const bool leverUp : {false, true}) {
-        Engine engine(kSeed);
-        engine.Prepare({});
-        engine.Restore(AudibleSettings());
+        ReadyEngine engine(AudibleSettings());
         if (leverUp)
             engine.Write(kPanicIndex, 1.0f);
-        HostStream(engine).Run(NoiseInput(44 * 450), 512);
+        engine.Run(NoiseInput(44 * 450));
         engine.Panic();
-        const StereoSignal output = HostStream(engine).Run(Silence(8800), 512);
-        EXPECT_EQ(PeakOf(output[0], 1000), 0.0f);
+        const StereoSignal output = engine.Run(Silence(8800));
+        EXPECT_EQ(PeakLevel(output[0], 1000), 0.0f);
         EXPECT_EQ(engine.Position(kPanicIndex), 0.0f);
     }
+}
+
+TEST(EngineTest, RunningAllocatesNothing) {
+    ReadyEngine engine(AudibleSettings(), {.sideChainInputs = 2});
+    EngineListener listener;
+    engine.AddListener(listener);
+    engine.Write(kGuiVisibleIndex, 1.0f);
+    const Signal input = Noise(1, 1000);
+    Signal output(1000);
+    const std::array<const float*, 2> in{input.data(), input.data()};
+    const std::array<float*, 2> out{output.data(), output.data()};
+    const AllocationTrap trap;
+    for (uint32_t i = 0; i < 60; ++i) {
+        engine.SetTransport({.tempo = 100.0 + i, .beat = i * 0.9, .playing = i % 5 != 0});
+        for (uint32_t write = 0; write < 20; ++write)
+            engine.WriteAt(engine.FramesIn() + 997 * write % 1500, 11 * write,
+                           static_cast<float>(write) / 20.0f);
+        if (i % 20 == 7)
+            engine.Panic();
+        engine.Process({.inputs = in.data(), .outputs = out.data(), .frames = 1 + 16 * i});
+    }
+    EXPECT_EQ(trap.caught, 0u);
+    EXPECT_EQ(engine.Counts().refusedWrites, 0u);
+    EXPECT_GT(engine.Counts().blocks, 500u);
 }
 
 }  // namespace

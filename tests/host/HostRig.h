@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,73 +42,68 @@ inline Host::ParameterValue Set(std::string_view name, std::string_view text,
     return {index, result.position.value_or(0.0f)};
 }
 
-/// Settings that let dry and wet signal through, with short grains in quick succession.
-inline std::vector<Host::ParameterValue> AudibleSettings() {
-    return {Set("Dry / Wet", "50 %"),
-            Set("Granular Volume", "0 dB"),
-            Set("Master Volume", "0 dB"),
-            Set("MoteWeaver_Pitch", "0 st"),
-            Set("MoteWeaver_Shape", "Raised Cosine"),
-            Set("MoteWeaver_ShapeParam", "80 %"),
-            Set("MoteWeaver_GrainSizeAbsolute", "60 ms"),
-            Set("MoteWeaver_GranularPhaseHelper_RateUnSynced", "40 Hz"),
-            Set("MoteWeaver_PlaybackMode", "Follow"),
-            Set("MoteWeaver_Offset", "20 ms"),
-            Set("MoteWeaver_BufferLengthSynced", "1/2"),
-            Set("MoteWeaver_MaxGrains", "64"),
-            Set("MoteWeaver_RandomDirection", "100 %"),
-            Set("MoteWeaver_Spray", "20 %"),
-            Set("MoteWeaver_RandomPitch", "30 %")};
+/// Parameters at what "name=text" asks for, several with semicolons between them.
+inline std::vector<Host::ParameterValue> Settings(const std::string& all) {
+    std::vector<Host::ParameterValue> values;
+    std::istringstream stream(all);
+    std::string name, text;
+    while (std::getline(stream, name, '=') && std::getline(stream, text, ';'))
+        values.push_back(Set(name, text));
+    return values;
 }
 
-/// Feeds whole signals through an engine in host buffers of one length.
-class HostStream {
+/// Settings that let dry and wet signal through, with short grains in quick succession, and more.
+inline std::vector<Host::ParameterValue> AudibleSettings(const std::string& more = {}) {
+    return Settings(
+        "Dry / Wet=50 %;Granular Volume=0 dB;Master Volume=0 dB;MoteWeaver_Pitch=0 st;"
+        "MoteWeaver_Shape=Raised Cosine;MoteWeaver_ShapeParam=80 %;"
+        "MoteWeaver_GrainSizeAbsolute=60 ms;MoteWeaver_GranularPhaseHelper_RateUnSynced=40 Hz;"
+        "MoteWeaver_PlaybackMode=Follow;MoteWeaver_Offset=20 ms;MoteWeaver_BufferLengthSynced=1/2;"
+        "MoteWeaver_MaxGrains=64;MoteWeaver_RandomDirection=100 %;MoteWeaver_Spray=20 %;"
+        "MoteWeaver_RandomPitch=30 %;" +
+        more);
+}
+
+/// An engine that is ready to run, with settings if there are any. Whole signals go through it in
+/// host buffers of one length.
+class ReadyEngine : public Host::Engine {
 public:
-    explicit HostStream(Host::Engine& running) : engine(running) {}
-
-    /// Called ahead of each buffer with its first frame.
-    std::function<void(uint64_t)> beforeBuffer;
-    const StereoSignal* sideChain = nullptr;
-
-    StereoSignal Run(const StereoSignal& input, size_t bufferFrames) {
+    explicit ReadyEngine(const std::vector<Host::ParameterValue>& settings = {},
+                         const Host::StreamFormat& format = {}, uint64_t seed = 1)
+        : Engine(seed) {
+        Prepare(format);
+        if (!settings.empty())
+            Restore(settings);
+    }
+    StereoSignal Run(const StereoSignal& input, size_t bufferFrames = 512) {
         const size_t length = input[0].size();
         StereoSignal output{Signal(length), Signal(length)};
         for (size_t at = 0; at < length; at += bufferFrames) {
             if (beforeBuffer)
                 beforeBuffer(at);
-            RunBuffer(input, output, at, std::min(bufferFrames, length - at));
+            const std::array<const float*, 2> in{&input[0][at], &input[1][at]};
+            const std::array<float*, 2> out{&output[0][at], &output[1][at]};
+            std::array<const float*, 2> side{};
+            if (sideChain != nullptr)
+                side = {&(*sideChain)[0][at], &(*sideChain)[1][at]};
+            Process({.inputs = in.data(),
+                     .outputs = out.data(),
+                     .sideChain = sideChain != nullptr ? side.data() : nullptr,
+                     .frames = static_cast<uint32_t>(std::min(bufferFrames, length - at))});
         }
         return output;
     }
+    /// Runs silence in one buffer.
+    void Pass(size_t frames) { Run({Signal(frames), Signal(frames)}, frames); }
 
-private:
-    void RunBuffer(const StereoSignal& input, StereoSignal& output, size_t at, size_t frames) {
-        const std::array<const float*, 2> in{input[0].data() + at, input[1].data() + at};
-        const std::array<float*, 2> out{output[0].data() + at, output[1].data() + at};
-        std::array<const float*, 2> side{};
-        if (sideChain != nullptr)
-            side = {(*sideChain)[0].data() + at, (*sideChain)[1].data() + at};
-        Host::AudioBuffers buffers;
-        buffers.inputs = in.data();
-        buffers.outputs = out.data();
-        buffers.sideChain = sideChain != nullptr ? side.data() : nullptr;
-        buffers.frames = static_cast<uint32_t>(frames);
-        engine.Process(buffers);
-    }
-
-    Host::Engine& engine;
+    /// Called ahead of each buffer with its first frame.
+    std::function<void(uint64_t)> beforeBuffer;
+    const StereoSignal* sideChain = nullptr;
 };
 
 inline StereoSignal Silence(size_t frames) { return {Signal(frames), Signal(frames)}; }
 inline StereoSignal NoiseInput(size_t frames) {
     return {Noise(1, frames, 0.3f), Noise(2, frames, 0.3f)};
-}
-
-inline float PeakOf(const Signal& signal, size_t from = 0, size_t to = SIZE_MAX) {
-    float peak = 0.0f;
-    for (size_t i = from; i < std::min(to, signal.size()); ++i)
-        peak = std::max(peak, std::abs(signal[i]));
-    return peak;
 }
 
 }  // namespace Quorvan::test

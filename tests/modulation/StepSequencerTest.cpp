@@ -38,47 +38,47 @@ struct Sequence : Rig {
         playing = true;
     }
     int Current() { return static_cast<int>(module.Value(StepSequencer::CurrentStep)); }
-    Steps Play(uint32_t blocks) {
-        Steps played;
-        for (uint32_t b = 0; b < blocks; ++b) {
-            Block();
-            played.push_back(Current());
-        }
-        return played;
-    }
     std::vector<float> Deviations() {
         std::vector<float> all;
         for (uint32_t i = 0; i < StepSequencer::kMaxSteps; ++i)
             all.push_back(module.Value(StepSequencer::StepDev1 + i));
         return all;
     }
-    /// Numbers of the blocks among the next that draw new deviations.
-    Steps BlocksThatDraw(uint32_t blocks) {
-        Steps drawing;
-        for (uint32_t b = 0; b < blocks; ++b) {
+    /// The steps of the next blocks; drawing becomes the numbers of those with new deviations.
+    Steps Play(int blocks) {
+        Steps played;
+        drawing.clear();
+        for (int b = 0; b < blocks; ++b) {
             const std::vector<float> before = Deviations();
             Block();
+            played.push_back(Current());
             if (Deviations() != before)
-                drawing.push_back(static_cast<int>(b));
+                drawing.push_back(b);
         }
-        return drawing;
+        return played;
     }
+
+    Steps drawing;
 };
 
-TEST(StepSequencerTest, OrdersStartAtTheirFirstStepAndTurnWhereTheyShould) {
-    EXPECT_EQ(Sequence(kForward, 4).Play(6), (Steps{0, 1, 2, 3, 0, 1}));
-    EXPECT_EQ(Sequence(kBackward, 4).Play(6), (Steps{3, 2, 1, 0, 3, 2}));
-    EXPECT_EQ(Sequence(kBackAndForth, 3).Play(9), (Steps{0, 1, 2, 2, 1, 0, 0, 1, 2}));
-    EXPECT_EQ(Sequence(kBackAndForth, 1).Play(4), (Steps{0, 0, 0, 0}));
-    const Steps random = Sequence(kRandom, 5).Play(400);
+TEST(StepSequencerTest, OrdersTurnWhereTheyShouldAndDrawWhereAPassBegins) {
+    struct Case {
+        StepLoop loop;
+        uint32_t steps;
+        Steps played, drawing;
+    };
+    for (const Case& wanted : {Case{kForward, 4, {0, 1, 2, 3, 0, 1, 2, 3, 0}, {0, 4, 8}},
+                               Case{kBackward, 4, {3, 2, 1, 0, 3, 2, 1, 0, 3}, {0, 4, 8}},
+                               Case{kBackAndForth, 3, {0, 1, 2, 2, 1, 0, 0, 1, 2}, {0, 6}},
+                               Case{kBackAndForth, 1, {0, 0, 0, 0}, {0, 2}}}) {
+        Sequence sequence(wanted.loop, wanted.steps);
+        EXPECT_EQ(sequence.Play(static_cast<int>(wanted.played.size())), wanted.played);
+        EXPECT_EQ(sequence.drawing, wanted.drawing);
+    }
+    Sequence sequence(kRandom, 5);
+    const Steps random = sequence.Play(400);
     EXPECT_EQ(std::set<int>(random.begin(), random.end()), (std::set<int>{0, 1, 2, 3, 4}));
-}
-
-TEST(StepSequencerTest, DeviationsChangeWhereAPassBegins) {
-    EXPECT_EQ(Sequence(kForward, 4).BlocksThatDraw(10), (Steps{0, 4, 8}));
-    EXPECT_EQ(Sequence(kBackward, 4).BlocksThatDraw(10), (Steps{0, 4, 8}));
-    EXPECT_EQ(Sequence(kBackAndForth, 3).BlocksThatDraw(10), (Steps{0, 6}));
-    EXPECT_EQ(Sequence(kRandom, 4).BlocksThatDraw(3), (Steps{0, 1, 2}));
+    EXPECT_EQ(sequence.drawing.size(), random.size());
 }
 
 TEST(StepSequencerTest, SmallDeviationsAreTheLikeliest) {
@@ -99,18 +99,16 @@ TEST(StepSequencerTest, SmallDeviationsAreTheLikeliest) {
     EXPECT_NEAR(sum / count, 0.0, 0.02);
 }
 
-TEST(StepSequencerTest, FewerStepsPullTheSequenceInAtTheNextTick) {
+TEST(StepSequencerTest, StepCountFollowsItsRowAndPullsInAtTheNextTick) {
+    Sequence moved(kForward, 1);
+    moved.Modulate(1, 0.1f);  // 1 + floor(32 * 0.1)
+    EXPECT_EQ(moved.Play(6), (Steps{0, 1, 2, 3, 0, 1}));
+
     Sequence sequence(kForward, 8);
     sequence.Set(StepSequencer::RateUnSynced, 375.0f);  // two blocks a step
     EXPECT_EQ(sequence.Play(13).back(), 6);
     sequence.Set(StepSequencer::NbSteps, 3.0f);
     EXPECT_EQ(sequence.Play(5), (Steps{6, 0, 0, 1, 1}));
-}
-
-TEST(StepSequencerTest, StepCountFollowsItsRow) {
-    Sequence sequence(kForward, 1);
-    sequence.Modulate(1, 0.1f);  // 1 + floor(32 * 0.1)
-    EXPECT_EQ(sequence.Play(6), (Steps{0, 1, 2, 3, 0, 1}));
 }
 
 TEST(StepSequencerTest, OutputIsTheStepsValueMovedByItsDeviationAheadOfTheCurve) {
@@ -141,22 +139,19 @@ TEST(StepSequencerTest, SmoothJumpsToTheFirstValueAndGlidesFromThere) {
     sequence.Set(StepSequencer::StepVal1, 0.25f);
     sequence.Set(StepSequencer::StepVal1 + 1, 0.75f);
     sequence.Play(2);
-    sequence.Set(StepSequencer::Smooth, 0.5f);  // of a step: 32 samples
-    sequence.Forget();
-    sequence.Play(2);
-    EXPECT_EQ(sequence.outputs[0][0], 0.25f);
-    EXPECT_EQ(sequence.outputs[0][kBlock - 1], 0.25f);
-    for (uint32_t i = 0; i < kBlock; ++i)
-        EXPECT_NEAR(sequence.outputs[0][kBlock + i], 0.75 - 0.5 * std::exp(-5.0 * (i + 1) / 32.0),
-                    1e-5);
-    sequence.Set(StepSequencer::Smooth, 0.0f);
-    sequence.Forget();
-    sequence.Play(1);
-    EXPECT_EQ(sequence.outputs[0], std::vector<float>(kBlock, 0.25f));
-    sequence.Set(StepSequencer::Smooth, 1.0f);
-    sequence.Forget();
-    sequence.Play(1);
-    EXPECT_EQ(sequence.outputs[0], std::vector<float>(kBlock, 0.75f));
+    const auto heard = [&sequence](float smooth, int blocks) {
+        sequence.Set(StepSequencer::Smooth, smooth);
+        sequence.Forget();
+        sequence.Play(blocks);
+        return sequence.outputs[0];
+    };
+    const std::vector<float> glide = heard(0.5f, 2);  // of a step: 32 samples
+    for (uint32_t i = 0; i < kBlock; ++i) {
+        EXPECT_EQ(glide[i], 0.25f);
+        EXPECT_NEAR(glide[kBlock + i], 0.75 - 0.5 * std::exp(-5.0 * (i + 1) / 32.0), 1e-5);
+    }
+    EXPECT_EQ(heard(0.0f, 1), std::vector<float>(kBlock, 0.25f));
+    EXPECT_EQ(heard(1.0f, 1), std::vector<float>(kBlock, 0.75f));
 }
 
 // Wherever the song is when it starts, step and song agree, and stay so.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "primitives/AllpassDelayLine.h"
+#include "primitives/BlockDelay.h"
 #include "support/TestSignals.h"
 
 namespace Quorvan::dsp {
@@ -87,6 +88,26 @@ TEST(DelayLineTest, ClearZeroesTheRingAndCopiesHaveTheirOwn) {
         f.line.Clear();
         EXPECT_EQ(f.line.storage, std::vector<float>(8, 0.0f));
         f.line.data[2] = 1.0f;
+    }
+}
+
+TEST(BlockDelayTest, IsTheSampleBySampleRing) {
+    constexpr int32_t kRing = 97;
+    for (const uint32_t delay : {0u, 1u, 5u, 48u, 49u, 96u, 97u}) {
+        DelayLine line, plain;
+        line.Resize(kRing);
+        plain.Resize(kRing);
+        for (const uint32_t count : {48u, 4u, 1u, 97u, 52u, 48u, 30u}) {
+            const std::vector<float> in = test::Noise(delay * 100 + count, count);
+            std::vector<float> out(count);
+            RunBlockDelay(line, delay, in.data(), out.data(), count);
+            for (uint32_t i = 0; i < count; ++i) {
+                const int32_t read = plain.writeIndex - static_cast<int32_t>(delay);
+                ASSERT_EQ(out[i], plain.data[(read + kRing) % kRing]) << delay << " " << i;
+                plain.Write(in[i]);
+            }
+            ASSERT_EQ(line.writeIndex, plain.writeIndex);
+        }
     }
 }
 

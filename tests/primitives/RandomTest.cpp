@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "primitives/Clock.h"
-#include "primitives/FastMath.h"
 #include "primitives/Xorshift.h"
 
 namespace Quorvan::prims {
@@ -32,19 +29,6 @@ TEST(ClockTest, ReplacementGivesTheSeedsUntilItIsTakenBack) {
     EXPECT_EQ(ReplaceClock(nullptr), &second);
     const uint32_t now = SeedFromClock();
     EXPECT_LT(SeedFromClock() - now, 1000000u);  // the system's clock, in microseconds, goes on
-}
-
-TEST(FastMathTest, ApproximationsKeepTheirErrorBounds) {
-    for (int i = 0; i <= 5000; ++i) {
-        const float unit = static_cast<float>(i) / 5000.0f;
-        const float x = -125.9f + 250.0f * unit;
-        EXPECT_NEAR(dsp::FastPow2(x) / std::exp2(double{x}), 1.0, 6e-5) << x;
-        const float angle = 6.2831855f * (unit - 0.5f);
-        EXPECT_NEAR(dsp::FastSin(angle), std::sin(angle), 0.0561) << angle;
-        EXPECT_NEAR(dsp::FastSinOfTurn(3.0f * unit), std::sin(6.0 * M_PI * double{unit}), 0.0561);
-    }
-    EXPECT_EQ(dsp::FastPow2(-1e9f), dsp::FastPow2(-126.0f));
-    EXPECT_NEAR(dsp::FastExp(1.0f), 2.71828f, 2e-4f);
 }
 
 }  // namespace

@@ -42,26 +42,6 @@ public:
 
 using Root = DsplibProcessor<PlainRoot>;
 
-TEST(DsplibProcessorTest, WhatTheRootLacksIsAnsweredWithNothing) {
-    const auto processor = std::make_unique<Root>();
-    EXPECT_EQ(processor->GetLatency(), 0u);
-    EXPECT_EQ(processor->GetTotalLatency(), 44u);
-    EXPECT_FALSE(processor->IsBlobParameter(0));
-    uint8_t data[4];
-    uint32_t room = sizeof(data);
-    EXPECT_FALSE(processor->GetParameterBlob(0, data, &room));
-    EXPECT_EQ(room, 0u);
-    const ParameterChange* changes = nullptr;
-    const BlobChange* blobs = nullptr;
-    int32_t count = 7;
-    EXPECT_FALSE(processor->GetParameterChanges(&changes, &count));
-    EXPECT_EQ(count, 0);
-    EXPECT_FALSE(processor->GetBlobChanges(&blobs, &count));
-    EXPECT_TRUE(processor->SetParameter(kToolTipUpdateIndex, 0.0f));
-    ASSERT_TRUE(processor->GetBlobChanges(&blobs, &count));
-    EXPECT_STREQ(static_cast<const char*>(blobs->data), "");
-}
-
 struct Lines final : Logger {
     void Log(const char* message, int level) override {
         lines.push_back(std::to_string(level) + " " + message);

@@ -5,12 +5,12 @@
 #include <cstring>
 #include <set>
 
-#include "support/ProcessorRig.h"
+#include "support/DestinationRows.h"
 
 namespace Quorvan::Processor {
 namespace {
 
-using test::ProcessorRig;
+using namespace test;
 
 constexpr uint32_t kBigChunk = 3047, kFXChunk = 3048, kFirstFlag = 3055;
 constexpr uint32_t kSources = 7, kDestinations = 95, kSlices = 8;
@@ -44,17 +44,11 @@ public:
     float floats[60] = {};
 };
 
-std::string CellName(uint32_t row, uint32_t source) {
-    return "Modulations_Dst" + std::to_string(row + 1) + "_Src" + std::to_string(source + 1) +
-           "_Amount";
-}
-
 TEST(FeedbackStreamTest, OneChunkOfEachKindComesInThirtyTwoBlocksFromThreeBuffersInTurn) {
     StreamRig rig;
     std::vector<const void*> big, fx;
     for (size_t k = 0; k < 8; ++k) {
         for (int block = 0; block < 32; ++block) {
-            const uint8_t* filling = nullptr;
             uint8_t copy[816];
             uint32_t room = sizeof(copy);
             EXPECT_TRUE(rig.processor->GetParameterBlob(kBigChunk, copy, &room));
@@ -70,8 +64,7 @@ TEST(FeedbackStreamTest, OneChunkOfEachKindComesInThirtyTwoBlocksFromThreeBuffer
             big.push_back(changes[0].data);
             fx.push_back(changes[1].data);
             // What could be asked for until now was the chunk that has just gone out.
-            filling = static_cast<const uint8_t*>(changes[0].data);
-            EXPECT_EQ(std::memcmp(filling, copy, sizeof(copy)), 0);
+            EXPECT_EQ(std::memcmp(changes[0].data, copy, sizeof(copy)), 0);
         }
         EXPECT_EQ(big[k], big[k % 3]);
         EXPECT_EQ(fx[k], fx[k % 3]);
@@ -146,12 +139,10 @@ TEST(FeedbackStreamTest, PositionsAreToldWhereTheyHaveMoved) {
     StreamRig rig;
     rig.RunChunk();
     EXPECT_TRUE(rig.TakeParameterChanges().empty());
-    rig.Set({{"MoteWeaver_RandomDirection", 0.25f},
-             {"MoteWeaver_ShapeParam", 0.375f},
-             {"MoteWeaver_Pitch", 0.5f},
-             {"MoteWeaver_GrainSizeAbsolute", 0.75f},
-             {"MoteWeaver_GranularMode", 0.5f},
-             {"MoteWeaver_TextureSizeAbsolute", 0.625f}});
+    rig.SetAll(
+        "MoteWeaver_RandomDirection=0.25;MoteWeaver_ShapeParam=0.375;"
+        "MoteWeaver_Pitch=0.5;MoteWeaver_GrainSizeAbsolute=0.75;"
+        "MoteWeaver_GranularMode=0.5;MoteWeaver_TextureSizeAbsolute=0.625");
     rig.RunChunk();
     const Changes changes = rig.TakeParameterChanges();
     const std::vector<std::pair<const char*, float>> expected{{"Direction_Feedback", 0.25f},
@@ -170,21 +161,23 @@ TEST(FeedbackStreamTest, PositionsAreToldWhereTheyHaveMoved) {
 
 TEST(FeedbackStreamTest, FlagsFollowTheRoutingAndAFullListDropsTheRest) {
     StreamRig rig;
-    rig.Set(CellName(6, 0), 0.75f).Set(CellName(94, 3), 0.25f);
+    Route(rig, 0, 6, 0.5f);
+    Route(rig, 3, 94, -0.5f);
     rig.RunChunk();
     Changes changes = rig.TakeParameterChanges();
     ASSERT_EQ(changes.size(), 2u);
     EXPECT_EQ(changes[0].index, kFirstFlag + 6);
     EXPECT_EQ(changes[0].value, 1.0f);
     EXPECT_EQ(changes[1].index, kFirstFlag + 94);
-    rig.Set("Modulations_Dst7_Src1_Activated", 0.0f).Set(CellName(94, 3), 0.5f);
+    rig.Set("Modulations_Dst7_Src1_Activated", 0.0f);
+    Route(rig, 3, 94, 0.0f);
     rig.RunChunk();
     changes = rig.TakeParameterChanges();
     ASSERT_EQ(changes.size(), 2u);
     EXPECT_EQ(changes[0].value, 0.0f);
 
     for (uint32_t row = 0; row < kDestinations; ++row)
-        rig.Set(CellName(row, 6), 0.75f);  // of a macro at 0: nothing moves
+        Route(rig, 6, row, 0.5f);  // of a macro at 0: nothing moves
     rig.RunChunk();
     changes = rig.TakeParameterChanges();
     ASSERT_EQ(changes.size(), 64u);
@@ -198,182 +191,66 @@ TEST(FeedbackStreamTest, FlagsFollowTheRoutingAndAFullListDropsTheRest) {
     EXPECT_TRUE(rig.TakeParameterChanges().empty());  // what was dropped stays untold
 }
 
-/// Parameters of the rows, as the modes of all modules stand behind construction.
-std::vector<std::string> PlainTargets() {
-    const std::vector<std::string> grain{"Pitch",           "RandomPitch",
-                                         "ShapeParam",      "GrainSizeAbsolute",
-                                         "RandomSize",      "GranularPhaseHelper_RateUnSynced",
-                                         "TextureDensity",  "RandomDensity",
-                                         "RandomDirection", "RandomPan",
-                                         "Width",           "BufferPersistence",
-                                         "BufferFreeze",    "Speed",
-                                         "GridSize",        "Spray",
-                                         "GrainTrigger",    "TransientSensitivity",
-                                         "RandomFine",      "RandomLayers"};
-    std::vector<std::string> names{"Dry / Wet",          "Feedback",
-                                   "Granular Volume",    "Spatializer Rate UnSynced",
-                                   "Spatializer Amount", "Spatializer Distance"};
-    for (const std::string& name : grain)
-        names.push_back("MoteWeaver_" + name);
-    names.push_back("Envelope Follower Gain");
-    for (const char* const name : {"RateUnSynced", "Scale"})
-        for (const char* const function : {"Function1_", "Function2_", "Function3_"})
-            names.push_back(std::string(function) + name);
-    names.insert(names.end(), {"StepSeq_RateUnSynced", "StepSeq_Scale"});
-    const std::vector<std::string> slot{"Dry / Wet",
-                                        "MultiModeFilter_Freq",
-                                        "MultiModeFilter_Q",
-                                        "MultiDist_Drive",
-                                        "Compressor_Release",
-                                        "Compressor_Threshold",
-                                        "Compressor_Ratio",
-                                        "Delay_DelayTimeMs",
-                                        "Delay_Feedback",
-                                        "Delay_StereoWidth",
-                                        "Delay_DelayFineMs",
-                                        "OctaverDelay_DelayTimeMs",
-                                        "OctaverDelay_Feedback",
-                                        "OctaverDelay_PitchShift",
-                                        "OctaverDelay_Spray",
-                                        "OctaverDelay_DelayOffset",
-                                        "OctaverDelay_Detune",
-                                        "TapeEcho_DelayTime",
-                                        "TapeEcho_DelayTimeFine",
-                                        "TapeEcho_Intensity",
-                                        "TapeEcho_InputVolume",
-                                        "TapeEcho_StereoWidth",
-                                        "Chorus_Freq",
-                                        "Chorus_Feedback",
-                                        "Flanger_Chorus_Freq",
-                                        "Flanger_Chorus_Feedback",
-                                        "Reverb_Decay",
-                                        "Reverb_E_Size",
-                                        "Reverb_Predelay",
-                                        "Reverb_Damping"};
-    for (const char* const prefix : {"FX1_", "FX2_"})
-        for (const std::string& name : slot)
-            names.push_back(prefix + name);
-    return names;
-}
+int ByteOf(float position) { return static_cast<int>(position * 255.0f); }
 
-/// A row that a mode hands to another parameter. Rows of slots are those of "FX1".
-struct Alternate {
-    uint32_t row;
-    std::string name;
-    std::map<std::string, float> settings;
+/// The five depths that are shown to one side of the middle, by their rows.
+struct Folded {
+    std::string name, arrow;
+    float downAt;    ///< position of the arrow
+    float exponent;  ///< of the curve; 0 is the exponential of 1.5
 };
+const std::map<uint32_t, Folded> kFolded{{7, {"RandomPitch", "RandomPitchArrow", 0.5f, 2.6f}},
+                                         {10, {"RandomSize", "RandomSizeArrow", 0.0f, 0.0f}},
+                                         {13, {"RandomDensity", "RandomDensityArrow", 1.0f, 1.5f}},
+                                         {21, {"Spray", "SprayDirection", 0.0f, 1.5f}},
+                                         {25, {"RandomLayers", "RandomLayersArrow", 0.5f, 1.0f}}};
 
-std::vector<Alternate> Alternates() {
-    const auto grain = [](const char* name) { return std::string("MoteWeaver_") + name; };
-    const std::map<std::string, float> texture{{grain("GranularMode"), 0.5f}};
-    std::vector<Alternate> rows{
-        {3, "Spatializer Rate Synced", {{"Spatializer Rate Type", 0.3f}}},
-        {9, grain("GrainSizeSynced"), {{grain("GrainSizeMode"), 0.3f}}},
-        {9, grain("GrainSizeRatio"), {{grain("DensitySizeLink"), 0.6f}}},
-        {9, grain("GrainSizeRatio"), {{grain("GranularMode"), 1.0f}}},
-        {9, grain("TextureSizeAbsolute"), texture},
-        {9,
-         grain("TextureSizeSynced"),
-         {{grain("GranularMode"), 0.5f}, {grain("TextureSizeMidiSync"), 0.6f}}},
-        {11, grain("GranularPhaseHelper_RateSynced"), {{grain("DensityType"), 1.0f}}},
-        {19, grain("Offset"), {{grain("PlaybackMode"), 0.5f}}},
-        {19, grain("OffsetSynced"), {{grain("PlaybackMode"), 0.5f}, {grain("OffsetType"), 0.3f}}},
-        {19, grain("ManualScanPosition"), {{grain("PlaybackMode"), 1.0f}}},
-        {27, "Function1_RateSynced", {{"Function1_RateType", 0.3f}}},
-        {28, "Function2_RateSynced", {{"Function2_RateType", 0.6f}}},
-        {29, "Function3_RateSynced", {{"Function3_RateType", 1.0f}}},
-        {33, "StepSeq_RateSynced", {{"StepSeq_RateType", 0.3f}}}};
-    for (uint32_t slot = 0; slot < 2; ++slot) {
-        const std::string fx = slot == 0 ? "FX1_" : "FX2_";
-        const auto add = [&](uint32_t row, const char* name, const char* selector, float at) {
-            rows.push_back({row + 30 * slot, fx + name, {{fx + selector, at}}});
-        };
-        add(36, "MultiModeFilter_CombFreq", "MultiModeFilter_Mode", 0.7f);
-        add(36, "MultiModeFilter_CombFreq", "MultiModeFilter_Mode", 0.9f);
-        add(42, "Delay_DelayTimeSynced", "Delay_MidiSync", 1.0f);
-        add(44, "Delay_StereoWidthPP", "Delay_StereoMode", 1.0f);
-        add(46, "OctaverDelay_DelayTimeSynced", "OctaverDelay_MidiSync", 1.0f);
-        add(52, "TapeEcho_DelayTimeSynced", "TapeEcho_DelayTimeType", 0.3f);
-        add(56, "TapeEcho_StereoWidthPP", "TapeEcho_DelayType", 1.0f);
-        add(59, "Flanger_Chorus_RateSynced", "Flanger_Chorus_MidiSync", 1.0f);
-    }
-    return rows;
-}
-
-constexpr float kDepth = 0.25f;
-int ByteOf(float position) { return static_cast<int>(std::min(position, 1.0f) * 255.0f); }
-
-/// The five depths that are shown to one side of the middle.
-const std::map<uint32_t, std::string> kFolded{{7, "RandomPitch"},
-                                              {10, "RandomSize"},
-                                              {13, "RandomDensity"},
-                                              {21, "Spray"},
-                                              {25, "RandomLayers"}};
-
-TEST(FeedbackStreamTest, EveryRowShowsItsParameterMovedByTheRow) {
-    StreamRig rig;
-    const std::vector<std::string> names = PlainTargets();
-    ASSERT_EQ(names.size(), kDestinations);
-    // Positions of their own for all knobs, and one macro on all rows.
-    const auto positionOf = [](uint32_t row) { return 0.05f + 0.006f * static_cast<float>(row); };
-    for (uint32_t row = 0; row < kDestinations; ++row)
-        rig.Set(names[row], positionOf(row)).Set(CellName(row, 5), 0.5f + 0.5f * kDepth);
-    rig.Set("Macro 1", 1.0f);
-    rig.RunChunk();
-    rig.RunChunk();
-    for (uint32_t row = 0; row < kDestinations; ++row) {
-        if (kFolded.contains(row))
+TEST(FeedbackStreamTest, EveryRowShowsTheParameterInForceMovedByTheRow) {
+    std::vector<DestinationRow> rows = GranularRows();
+    for (const char* const slot : {"FX1", "FX2"})
+        for (const DestinationRow& row : SlotRows(slot))
+            rows.push_back(row);
+    std::set<uint32_t> seen;
+    for (const DestinationRow& row : rows) {
+        seen.insert(row.row);
+        if (kFolded.contains(row.row))
             continue;
+        StreamRig rig;
+        row.Apply(rig, 0.375f);
+        rig.Set("Macro 2", 0.5f);
+        Route(rig, 6, row.row, 0.5f);
+        rig.RunChunk();
         // A slot's mix has been moved already where it is handed to the slot.
-        const bool isMix = row == 35 || row == 65;
-        const float shown = (isMix ? positionOf(row) + kDepth : positionOf(row)) + kDepth;
-        EXPECT_EQ(rig.Destination(row), ByteOf(shown)) << names[row];
-        if (row >= 35) {
-            EXPECT_EQ(rig.floats[row - 35], std::min(shown, 1.0f)) << names[row];
+        const float shown = row.row == 35 || row.row == 65 ? 0.875f : 0.625f;
+        EXPECT_EQ(rig.Destination(row.row), ByteOf(shown)) << row.row << " " << row.knob;
+        if (row.row >= 35) {
+            EXPECT_EQ(rig.floats[row.row - 35], shown) << row.row << " " << row.knob;
         }
     }
-}
-
-TEST(FeedbackStreamTest, ARowFollowsTheModeToTheParameterInForce) {
-    for (const Alternate& alternate : Alternates()) {
-        StreamRig rig;
-        rig.Set(alternate.settings).Set(alternate.name, 0.375f);
-        rig.Set(CellName(alternate.row, 6), 0.75f).Set("Macro 2", 0.5f);
-        rig.RunChunk();
-        EXPECT_EQ(rig.Destination(alternate.row), ByteOf(0.375f + 0.25f))
-            << alternate.row << " " << alternate.name;
-    }
+    EXPECT_EQ(seen.size(), kDestinations);
 }
 
 TEST(FeedbackStreamTest, DepthsAreFoldedToTheSideOfTheirArrows) {
-    const std::map<std::string, float> downAt{{"RandomPitch", 0.5f},
-                                              {"RandomSize", 0.0f},
-                                              {"RandomDensity", 1.0f},
-                                              {"Spray", 0.0f},
-                                              {"RandomLayers", 0.5f}};
-    const auto curve = [](const std::string& name, float p) {
-        if (name == "RandomSize")
-            return (std::exp(1.5f * p) - 1.0f) / (std::exp(1.5f) - 1.0f);
-        return std::pow(p, name == "RandomPitch" ? 2.6f : name == "RandomLayers" ? 1.0f : 1.5f);
-    };
-    for (const auto& [row, name] : kFolded)
+    for (const auto& [row, depth] : kFolded)
         for (const float arrow : {0.0f, 0.5f, 1.0f})
             for (const float beat : {0.0f, 1.0f}) {
                 StreamRig rig;
-                const std::string direction = name == "Spray" ? "SprayDirection" : name + "Arrow";
-                rig.Set("MoteWeaver_" + name, 0.5f)
-                    .Set("MoteWeaver_" + direction, arrow)
+                rig.Set("MoteWeaver_" + depth.name, 0.5f)
+                    .Set("MoteWeaver_" + depth.arrow, arrow)
                     .Set("MoteWeaver_GranularMode", beat)
-                    .Set(CellName(row, 5), 0.625f)
                     .Set("Macro 1", 1.0f);
+                Route(rig, 5, row, 0.25f);
                 rig.RunChunk();
                 // A choice of two takes its upper half from the middle on.
-                const float at = name == "RandomDensity" && arrow >= 0.5f ? 1.0f : arrow;
-                const bool down =
-                    at == downAt.at(name) || (name == "RandomDensity" && beat == 1.0f);
-                const float half = 0.5f * curve(name, 0.75f);
-                EXPECT_NEAR(rig.Destination(row), 255.0f * (down ? 0.5f - half : 0.5f + half), 1.0f)
-                    << name << " " << arrow << " " << beat;
+                const bool isChoice = depth.name == "RandomDensity";
+                const float at = isChoice && arrow >= 0.5f ? 1.0f : arrow;
+                const bool down = at == depth.downAt || (isChoice && beat == 1.0f);
+                const float height = depth.exponent > 0.0f
+                                         ? std::pow(0.75f, depth.exponent)
+                                         : std::expm1(1.5f * 0.75f) / std::expm1(1.5f);
+                EXPECT_NEAR(rig.Destination(row), 127.5f * (down ? 1.0f - height : 1.0f + height),
+                            1.0f)
+                    << depth.name << " " << arrow << " " << beat;
             }
 }
 

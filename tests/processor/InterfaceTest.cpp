@@ -5,17 +5,20 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <set>
 
 #include "support/ProcessorRig.h"
-#include "support/TestSignals.h"
 
 namespace Quorvan::Processor {
 namespace {
 
-using test::Channel;
-using test::ProcessorRig;
-using test::Stereo;
+using namespace test;
+
+/// A processor as the factory makes it: nobody has called it yet.
+struct Untouched {
+    std::unique_ptr<IProcessorFactory> factory{GetProcessorFactory()};
+    std::unique_ptr<IProcessor_V5> processor{
+        static_cast<IProcessor_V5*>(factory->CreateProcessor())};
+};
 
 std::vector<std::string> ExportedSymbols(const char* library) {
     const std::string command = std::string("nm -D --defined-only ") + library;
@@ -50,9 +53,8 @@ TEST(InterfaceTest, LibraryExportsTheFactoryAlone) {
 }
 
 TEST(InterfaceTest, InfoRecordIsCompletedBySetLogger) {
-    const std::unique_ptr<IProcessorFactory> factory(GetProcessorFactory());
-    const std::unique_ptr<IProcessor_V5> processor(
-        static_cast<IProcessor_V5*>(factory->CreateProcessor()));
+    const Untouched made;
+    const auto& processor = made.processor;
     EXPECT_EQ(processor->GetInfo()->parameterCount, 0u);
     EXPECT_TRUE(processor->SetLogger(nullptr));
     const ProcessorInfo& info = *processor->GetInfo();
@@ -66,28 +68,22 @@ TEST(InterfaceTest, InfoRecordIsCompletedBySetLogger) {
     EXPECT_EQ(info.wrapperFlag, 0u);
 }
 
-TEST(InterfaceTest, BlockSizeIsAboutAMillisecondInFours) {
+TEST(InterfaceTest, BlockSizeAndLatencyFollowTheRate) {
     ProcessorRig rig;
     const std::vector<std::pair<float, uint32_t>> sizes{
         {44100.0f, 44}, {48000.0f, 48}, {96000.0f, 96}, {192000.0f, 192},
         {1000.0f, 4},   {0.0f, 44},     {-1.0f, 44},    {384000.0f, 384}};
-    for (const auto& [rate, size] : sizes)
+    for (const auto& [rate, size] : sizes) {
         EXPECT_EQ(rig.processor->GetBlockSize(rate), size) << rate;
-}
-
-TEST(InterfaceTest, LatencyFollowsTheRateAndTheTotalAddsTheRecordsBlock) {
-    ProcessorRig rig(96000.0f);
-    EXPECT_EQ(rig.processor->GetLatency(), 288u);
-    EXPECT_EQ(rig.processor->GetTotalLatency(), 288u + 44u);
-    const float other = 44100.0f;
-    EXPECT_TRUE(rig.processor->Initialize(&other));
-    EXPECT_EQ(rig.processor->GetLatency(), 132u);
+        if (rate < 8000.0f)
+            continue;
+        EXPECT_TRUE(rig.processor->Initialize(&rate));
+        EXPECT_EQ(rig.processor->GetLatency(), 3 * size);
+        EXPECT_EQ(rig.processor->GetTotalLatency(), 3 * size + 44);  // the record's block
+    }
 }
 
 TEST(InterfaceTest, SilentUntilInitialized) {
-    const std::unique_ptr<IProcessorFactory> factory(GetProcessorFactory());
-    const std::unique_ptr<IProcessor_V5> processor(
-        static_cast<IProcessor_V5*>(factory->CreateProcessor()));
     Channel in(44, 1.0f), left(44, 7.0f), right(44, 7.0f), aux(44, 7.0f);
     float* inputs[] = {in.data(), in.data()};
     float* outputs[] = {left.data(), right.data()};
@@ -99,52 +95,30 @@ TEST(InterfaceTest, SilentUntilInitialized) {
     data.auxOutputs = auxOutputs;
     data.auxOutputCount = 4;
     data.frameCount = 44;
-    EXPECT_TRUE(processor->Process(&data));
+    EXPECT_TRUE(Untouched().processor->Process(&data));
     for (const Channel& channel : {left, right, aux})
         EXPECT_EQ(channel, Channel(44, 0.0f));
 }
 
-TEST(InterfaceTest, EveryIndexHasANameOfItsOwnAndTheNamesStandWhereTheyStood) {
+TEST(InterfaceTest, NamesStandWhereTheyStood) {
     ProcessorRig rig;
-    std::set<std::string> names;
     ParameterDescription description;
-    for (uint32_t i = 0; i < kParameterCount; ++i) {
-        ASSERT_TRUE(rig.processor->GetParameterDescription(i, &description)) << i;
-        names.insert(description.name);
-    }
-    EXPECT_EQ(names.size(), kParameterCount);
     const std::vector<std::pair<uint32_t, const char*>> places{
         {0, "MoteWeaver_GranularPhaseHelper_Mode"},
-        {13, "MoteWeaver_GranularPhaseHelperTexture_Mode"},
-        {26, "MoteWeaver_SPPPhaseHelper_Mode"},
         {71, "MoteWeaver_StepSequencerGranular_StepOnOff1"},
-        {91, "MoteWeaver_BitCrusher_StereoBC"},
         {92, "MoteWeaver_Pitch"},
-        {136, "MoteWeaver_VisualizedBuffer"},
         {157, "MoteWeaver_GateSelection"},
         {158, "EnvFollower_Attack"},
-        {163, "Function1_Mode"},
         {850, "Function2_GateOut"},
         {1195, "FX1_BypassUselessParam"},
-        {1199, "FX1_MultiModeFilter_Q"},
-        {1204, "FX1_MultiDist_Drive"},
-        {1228, "FX1_Delay_Feedback"},
-        {1284, "FX1_OctaverDelay_Detune"},
-        {1288, "FX1_TapeEcho_Intensity"},
         {1319, "FX1_Flanger_Chorus_Feedback"},
-        {1336, "FX1_Reverb_Decay"},
-        {1343, "FX1_Reverb_E_Size"},
-        {1361, "FX1_DryWetInternal"},
         {1534, "FX2_Flanger_Chorus_RateType"},
         {1535, "Modulations_Dst1_Src1_Amount"},
         {2864, "Modulations_Dst95_Src7_Activated"},
-        {2888, "LFO_Stereo_X_CurrentValueLFeedback"},
         {2930, "Limiter_LookaheadTimeMs"},
         {3012, "StepSeq_StepDev32"},
-        {3014, "MasterVuR_Level"},
         {3015, "Bypass"},
         {3027, "FX1_Dry / Wet"},
-        {3149, "Dest95_Assigned"},
         {3151, "ToolTipText"}};
     for (const auto& [index, name] : places) {
         ASSERT_TRUE(rig.processor->GetParameterDescription(index, &description));
@@ -175,7 +149,7 @@ TEST(InterfaceTest, BinaryParametersSayTheirSizes) {
     EXPECT_TRUE(rig.processor->GetParameterBlob(3151, nullptr, &room));
 }
 
-TEST(InterfaceTest, IndicesOutOfRangeAreRefused) {
+TEST(InterfaceTest, IndicesOutOfRangeAreRefusedAndPositionsHeldToTheirs) {
     ProcessorRig rig;
     ParameterDescription description;
     uint32_t id = 77;
@@ -191,10 +165,7 @@ TEST(InterfaceTest, IndicesOutOfRangeAreRefused) {
     value = 0.25f;
     EXPECT_TRUE(rig.processor->GetParameter(3151, &value));
     EXPECT_EQ(value, 0.25f);
-}
 
-TEST(InterfaceTest, PositionsAreHeldToTheirRangeAndMustBeNumbers) {
-    ProcessorRig rig;
     const uint32_t index = ProcessorRig::IndexOf("MoteWeaver_GrainSizeSynced");
     EXPECT_TRUE(rig.processor->SetParameter(index, 7.0f));
     EXPECT_EQ(rig.GetAt(index), 1.0f);
@@ -221,75 +192,50 @@ TEST(InterfaceTest, ToolTipGoesAheadOfOtherBlobsOnce) {
     EXPECT_TRUE(rig.TakeBlobChanges().empty());
 }
 
-TEST(InterfaceTest, MidiIsTakenAndDroppedWithoutAWord) {
-    ProcessorRig rig;
-    const uint8_t message[] = {0x90, 60, 100};
-    for (int i = 0; i < 300; ++i)
-        EXPECT_TRUE(rig.processor->PushMidiMessage(message));
-    rig.RunSilence(1);
-    EXPECT_TRUE(rig.processor->ClearEventQueues());
-}
-
 TEST(InterfaceTest, BlocksThatDoNotFitAreAnsweredWithSilence) {
     ProcessorRig rig;
-    Channel buffer(1024, 0.5f);
+    Channel buffer(1024, 0.5f), left(1024, 3.0f), right(1024, 3.0f);
     float* inputs[] = {buffer.data(), buffer.data()};
-    Channel left(1024, 3.0f), right(1024, 3.0f);
     float* outputs[] = {left.data(), right.data()};
-    ProcessData data{};
-    data.inputs = inputs;
-    data.outputs = outputs;
-    data.inputCount = data.outputCount = 2;
-    data.tempo = 120.0f;
-
-    data.frameCount = rig.blockSize + 4;
-    EXPECT_FALSE(rig.processor->Process(&data));
+    float* missing[] = {buffer.data(), nullptr};
+    ProcessData fit{};
+    fit.inputs = inputs;
+    fit.outputs = outputs;
+    fit.inputCount = fit.outputCount = 2;
+    fit.tempo = 120.0f;
+    fit.frameCount = rig.blockSize;
+    const auto answer = [&](const std::function<void(ProcessData&)>& change) {
+        ProcessData data = fit;
+        change(data);
+        return rig.processor->Process(&data);
+    };
+    EXPECT_FALSE(answer([](ProcessData& data) { data.frameCount += 4; }));
     EXPECT_EQ(left[rig.blockSize + 3], 0.0f);
     EXPECT_EQ(left[rig.blockSize + 4], 3.0f);
-    data.frameCount = rig.blockSize - 1;
-    EXPECT_FALSE(rig.processor->Process(&data));
-    data.frameCount = 0;
-    EXPECT_TRUE(rig.processor->Process(&data));
-
-    data.frameCount = rig.blockSize;
+    EXPECT_FALSE(answer([](ProcessData& data) { data.frameCount -= 1; }));
+    EXPECT_TRUE(answer([](ProcessData& data) { data.frameCount = 0; }));
     EXPECT_FALSE(rig.processor->Process(nullptr));
-    data.inputs = nullptr;
-    EXPECT_FALSE(rig.processor->Process(&data));
-    float* missing[] = {buffer.data(), nullptr};
-    data.inputs = missing;
-    EXPECT_FALSE(rig.processor->Process(&data));
-    data.inputs = inputs;
-    data.outputs = missing;
-    EXPECT_FALSE(rig.processor->Process(&data));
-    data.outputs = outputs;
-    EXPECT_TRUE(rig.processor->Process(&data));  // without auxiliary outputs
-    data.outputs = nullptr;
-    data.outputCount = 0;
-    EXPECT_TRUE(rig.processor->Process(&data));  // without any
-    data.outputs = outputs;
-    data.outputCount = 2;
-    data.tempo = std::nanf("");
-    data.songPosition = std::nanf("");
-    EXPECT_TRUE(rig.processor->Process(&data));
+    EXPECT_FALSE(answer([](ProcessData& data) { data.inputs = nullptr; }));
+    EXPECT_FALSE(answer([&](ProcessData& data) { data.inputs = missing; }));
+    EXPECT_FALSE(answer([&](ProcessData& data) { data.outputs = missing; }));
+    EXPECT_TRUE(answer([](ProcessData&) {}));  // without auxiliary outputs
+    EXPECT_TRUE(answer([](ProcessData& data) {
+        data.outputs = nullptr;
+        data.outputCount = 0;
+    }));
+    EXPECT_TRUE(answer([](ProcessData& data) { data.tempo = data.songPosition = std::nanf(""); }));
 }
 
 TEST(InterfaceTest, AnotherRateCanComeAtAnyTime) {
     ProcessorRig rig;
     rig.MakeAudible();
     for (const float rate : {48000.0f, 8000.0f, 384000.0f, 44100.0f, 11025.0f, 192000.0f}) {
-        rig.rate = rate;
-        ASSERT_TRUE(rig.processor->Initialize(&rate));
-        rig.blockSize = rig.processor->GetBlockSize(rate);
-        for (Channel& channel : rig.scratch)
-            channel.assign(rig.blockSize, 0.0f);
+        rig.Initialize(rate);
         const auto length = static_cast<size_t>(rate) / 2;
-        const Stereo out = rig.Run({test::Sine(220.0, static_cast<double>(rate), length, 0.5f),
-                                    test::Sine(330.0, static_cast<double>(rate), length, 0.5f)});
-        float peak = 0.0f;
-        for (const float sample : out[0])
-            peak = std::max(peak, std::abs(sample));
-        EXPECT_GT(peak, 0.05f) << rate;
-        EXPECT_LE(peak, 1.0f) << rate;
+        const Stereo out = rig.Run({Sine(220.0, static_cast<double>(rate), length, 0.5f),
+                                    Sine(330.0, static_cast<double>(rate), length, 0.5f)});
+        EXPECT_GT(PeakLevel(out[0]), 0.05f) << rate;
+        EXPECT_LE(PeakLevel(out[0]), 1.0f) << rate;
     }
 }
 

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <iostream>
-#include <map>
 #include <string>
 
 #include "support/ProcessorRig.h"
@@ -17,8 +16,7 @@
 namespace Quorvan::Processor {
 namespace {
 
-using test::Channel;
-using test::ProcessorRig;
+using namespace test;
 
 constexpr float kRate = 48000.0f;
 constexpr float kSilent = 1.0e-7f;  // -140 dB
@@ -29,82 +27,34 @@ constexpr float kBound = 1.1f;
 struct Effect {
     const char* name;
     uint32_t type;
-    std::map<std::string, float> positions;  ///< names without the slot's prefix
-    std::map<std::string, float> hot = {};   ///< and those that make it feed itself strongly
+    const char* prefix;     ///< of the parameters, behind the slot's
+    const char* positions;  ///< as SetAll takes them
+    const char* hot;        ///< and those that make it feed itself strongly
 };
 
 /// Each at full wet and well into its range, yet with a gain that lets a loop decay: the compressor
 /// without makeup, the distortion without drive, echoes below full feedback.
 const Effect kEffects[] = {
-    {"Filter",
-     1,
-     {{"MultiModeFilter_Freq", 0.7f}, {"MultiModeFilter_Q", 0.5f}, {"MultiModeFilter_Slope", 0.5f}},
-     {{"MultiModeFilter_Q", 1.0f}}},
-    {"Comb",
-     1,
-     {{"MultiModeFilter_Mode", 0.75f},
-      {"MultiModeFilter_CombFreq", 0.4f},
-      {"MultiModeFilter_Q", 0.6f}},
-     {{"MultiModeFilter_Q", 1.0f}}},
-    {"Distortion", 2, {{"MultiDist_DistType", 0.0f}}, {{"MultiDist_Drive", 1.0f}}},
-    {"DistortionOfOneChannel",
-     2,
-     {{"MultiDist_DistType", 0.0f}, {"MultiDist_Stereo", 0.0f}, {"InGainCompensated", 0.0f}},
-     {{"MultiDist_Drive", 1.0f}, {"Dry / Wet", 0.5f}}},
-    {"Compressor",
-     3,
-     {{"Compressor_OutputGain", 0.5f},
-      {"Compressor_Attack", 0.3f},
-      {"Compressor_Release", 0.4f},
-      {"Compressor_Threshold", 0.4f},
-      {"Compressor_Ratio", 0.5f}},
-     {{"Compressor_Makeup", 1.0f}}},
-    {"Delay",
-     4,
-     {{"Delay_DelayTimeMs", 0.5f}, {"Delay_Feedback", 0.6f}, {"Delay_DelayFineMs", 0.5f}},
-     {{"Delay_Feedback", 1.0f}}},
-    {"OctaverDelay",
-     5,
-     {{"OctaverDelay_DelayTimeMs", 0.4f},
-      {"OctaverDelay_Feedback", 0.5f},
-      {"OctaverDelay_PitchShift", 0.75f},
-      {"OctaverDelay_Spray", 0.3f},
-      {"OctaverDelay_DelayOffset", 0.5f},
-      {"OctaverDelay_Detune", 0.55f}},
-     {{"OctaverDelay_Feedback", 1.0f}}},
-    {"TapeEcho",
-     6,
-     {{"TapeEcho_InputVolume", 0.5f},
-      {"TapeEcho_DelayTime", 0.5f},
-      {"TapeEcho_DelayTimeFine", 0.5f},
-      {"TapeEcho_Intensity", 0.5f},
-      {"TapeEcho_StereoWidth", 0.5f}},
-     {{"TapeEcho_Intensity", 1.0f}}},
-    {"Chorus",
-     7,
-     {{"Chorus_Delay", 0.3f},
-      {"Chorus_Depth", 0.4f},
-      {"Chorus_Freq", 0.3f},
-      {"Chorus_Feedback", 0.5f},
-      {"Chorus_StereoMode", 1.0f},
-      {"Chorus_Voices", 1.0f}},
-     {{"Chorus_Feedback", 1.0f}}},
-    {"Flanger",
-     8,
-     {{"Flanger_MinDelay", 0.2f},
-      {"Flanger_DepthFlanger", 0.5f},
-      {"Flanger_Chorus_Freq", 0.3f},
-      {"Flanger_Chorus_Feedback", 0.6f},
-      {"Flanger_Chorus_StereoMode", 1.0f}},
-     {{"Flanger_Chorus_Feedback", 1.0f}}},
-    {"Reverb",
-     9,
-     {{"Reverb_Decay", 0.7f},
-      {"Reverb_E_Size", 0.5f},
-      {"Reverb_Predelay", 0.3f},
-      {"Reverb_EarlyOn", 1.0f},
-      {"Reverb_EarlyMix", 0.5f}},
-     {{"Reverb_Decay", 1.0f}}},
+    {"Filter", 1, "MultiModeFilter_", "Freq=0.7;Q=0.5;Slope=0.5", "Q=1"},
+    {"Comb", 1, "MultiModeFilter_", "Mode=0.75;CombFreq=0.4;Q=0.6", "Q=1"},
+    {"Distortion", 2, "MultiDist_", "DistType=0", "Drive=1"},
+    {"DistortionOfOneChannel", 2, "", "MultiDist_DistType=0;MultiDist_Stereo=0;InGainCompensated=0",
+     "MultiDist_Drive=1;Dry / Wet=0.5"},
+    {"Compressor", 3, "Compressor_",
+     "OutputGain=0.5;Attack=0.3;Release=0.4;Threshold=0.4;Ratio=0.5", "Makeup=1"},
+    {"Delay", 4, "Delay_", "DelayTimeMs=0.5;Feedback=0.6;DelayFineMs=0.5", "Feedback=1"},
+    {"OctaverDelay", 5, "OctaverDelay_",
+     "DelayTimeMs=0.4;Feedback=0.5;PitchShift=0.75;Spray=0.3;DelayOffset=0.5;Detune=0.55",
+     "Feedback=1"},
+    {"TapeEcho", 6, "TapeEcho_",
+     "InputVolume=0.5;DelayTime=0.5;DelayTimeFine=0.5;Intensity=0.5;StereoWidth=0.5",
+     "Intensity=1"},
+    {"Chorus", 7, "Chorus_", "Delay=0.3;Depth=0.4;Freq=0.3;Feedback=0.5;StereoMode=1;Voices=1",
+     "Feedback=1"},
+    {"Flanger", 8, "Flanger_",
+     "MinDelay=0.2;DepthFlanger=0.5;Chorus_Freq=0.3;Chorus_Feedback=0.6;Chorus_StereoMode=1",
+     "Chorus_Feedback=1"},
+    {"Reverb", 9, "Reverb_", "Decay=0.7;E_Size=0.5;Predelay=0.3;EarlyOn=1;EarlyMix=0.5", "Decay=1"},
 };
 
 void PrintTo(const Effect& effect, std::ostream* out) { *out << effect.name; }
@@ -119,19 +69,16 @@ class SlotLoopTest : public ::testing::TestWithParam<Effect> {
 protected:
     /// Grains that follow the input, with the effect between them and the return of the loop.
     void Build(float density, float grainSize, bool isHot) {
-        rig.MakeAudible().Set({{"Feedback", 1.0f},
-                               {"MoteWeaver_PlaybackMode", 0.5f},
-                               {"MoteWeaver_Offset", 0.2f},
-                               {"MoteWeaver_GranularPhaseHelper_RateUnSynced", density},
-                               {"MoteWeaver_GrainSizeAbsolute", grainSize},
-                               {"FX1_ModuleType", static_cast<float>(GetParam().type) / 9.0f},
-                               {"FX1_Position", 1.0f},
-                               {"FX1_Dry / Wet", 1.0f}});
-        for (const auto& [name, position] : GetParam().positions)
-            rig.Set("FX1_" + name, position);
-        if (isHot)
-            for (const auto& [name, position] : GetParam().hot)
-                rig.Set("FX1_" + name, position);
+        const std::string prefix = std::string("FX1_").append(GetParam().prefix);
+        rig.MakeAudible()
+            .SetAll(
+                "Feedback=1;MoteWeaver_PlaybackMode=0.5;MoteWeaver_Offset=0.2;"
+                "FX1_Position=1;FX1_Dry / Wet=1")
+            .Set("MoteWeaver_GranularPhaseHelper_RateUnSynced", density)
+            .Set("MoteWeaver_GrainSizeAbsolute", grainSize)
+            .Set("FX1_ModuleType", static_cast<float>(GetParam().type) / 9.0f)
+            .SetAll(GetParam().positions, prefix)
+            .SetAll(isHot ? GetParam().hot : "", prefix);
         rig.EndPresetLoad();
     }
 
@@ -162,7 +109,7 @@ protected:
     }
     void Report(const std::string& stretch) const {
         if (IsLongRun())
-            std::cout << GetParam().name << ", " << stretch << ": peak " << test::DecibelsOf(peak)
+            std::cout << GetParam().name << ", " << stretch << ": peak " << DecibelsOf(peak)
                       << " dB, " << blockMicroseconds << " us a block\n";
     }
 
@@ -183,12 +130,10 @@ protected:
 /// that does not compress.
 TEST_P(SlotLoopTest, NoiseStaysBoundedAndSilenceComesToRest) {
     Build(0.5f, 0.2f, false);
-    rig.Set({{"FX2_ModuleType", 3.0f / 9.0f},
-             {"FX2_Position", 1.0f},
-             {"FX2_Dry / Wet", 1.0f},
-             {"FX2_Compressor_Threshold", 1.0f},
-             {"FX2_Compressor_Ratio", 0.0f},
-             {"FX2_Compressor_OutputGain", 0.1f}});
+    rig.SetAll(
+        "ModuleType=0.333;Position=1;Dry / Wet=1;Compressor_Threshold=1;Compressor_Ratio=0;"
+        "Compressor_OutputGain=0.1",
+        "FX2_");
     Play(AskedSeconds(4.0), 0.5f);
     Report("noise");
     EXPECT_GT(peak, 0.05f);
@@ -197,7 +142,7 @@ TEST_P(SlotLoopTest, NoiseStaysBoundedAndSilenceComesToRest) {
     Report("silence");
     Play(1.0, 0.0f);
     Report("last second");
-    EXPECT_LT(peak, kSilent) << test::DecibelsOf(peak) << " dB";
+    EXPECT_LT(peak, kSilent) << DecibelsOf(peak) << " dB";
 }
 
 /// Grains that overlap many times give back more than they take: such a loop may sound for ever,

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
-#include <optional>
 #include <set>
 #include <vector>
 
@@ -15,40 +14,32 @@
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
 #include "support/ModuleRig.h"
+#include "support/PlainParts.h"
+#include "support/SideBySide.h"
 
 namespace Quorvan::test {
 
 /// The chorus in its plainest form: lines that remember everything ever written, one sample of one
 /// voice after the other, every gain and all-pass coefficient worked out on the spot in double
-/// precision. Oscillators and smoothers are the system's own; the knobs are read off the parameter
-/// records of the module that it is held against.
+/// precision. Oscillators and smoothers are the system's own.
 class PlainChorus {
 public:
     using C = dsp::Chorus;
-    using Row = std::optional<float>;  ///< moves a position
-    using Rows = std::array<Row, 3>;   ///< of DryWet, the rate and Feedback
 
-    PlainChorus(dsp::Chorus& chorus, float sampleRate, uint32_t blockFrames)
-        : knobs(chorus), rate(sampleRate), blockSize(blockFrames) {
-        const auto setUp = [&](dsp::Smoother& smoother, uint32_t stepLength) {
-            smoother.stepLength = stepLength;
-            smoother.sampleRate = static_cast<double>(rate);
-            smoother.UpdateCoefficients();
-        };
-        dryWet.rampSteps = blockSize;
+    PlainChorus(C& chorus, float sampleRate, uint32_t blockFrames)
+        : knobs(chorus), rate(sampleRate) {
+        dryWet.rampSteps = blockFrames;
         lowPass.range = Span(C::LPFfc);
         highPass.range = Span(C::HPFfc);
-        setUp(dryWet, 1);
-        setUp(delay, 1);
-        setUp(depth, 1);
-        setUp(feedback, 1);
-        setUp(lowPass, blockSize);
-        setUp(highPass, blockSize);
+        for (dsp::Smoother* s : std::array<dsp::Smoother*, 4>{&dryWet, &delay, &depth, &feedback})
+            SetUp(*s, rate, 1);
+        SetUp(lowPass, rate, blockFrames);
+        SetUp(highPass, rate, blockFrames);
+        const dsp::Parameter& freq = chorus.ParameterAt(C::Freq);
         for (size_t v = 0; v < 3; ++v) {
-            const dsp::Parameter& freq = knobs.ParameterAt(C::Freq);
             lfo[v].SetParameterNormalized(dsp::LFO::GateIn, 1.0f);
             lfo[v].SetParameterNormalized(dsp::LFO::Stereo, 0.0f);
-            lfo[v].Setup(rate, blockSize);
+            lfo[v].Setup(rate, blockFrames);
             lfo[v].Configure(dsp::LFO::RateUnSynced, dsp::PotardKind::kExponential, freq.minValue,
                              freq.maxValue, 1.0f);
             late[v] = static_cast<float>(v) * std::ceil(rate * 0.005f);
@@ -63,26 +54,29 @@ public:
                 lines[c][v] = {};
         }
         const float middle = std::max(Samples(C::DelayMs), 2.0f);
-        dryWet.Reset(knobs.Value(C::DryWet));
+        dryWet.Reset(knobs.Get(C::DryWet));
         delay.Reset(middle);
         depth.Reset(std::clamp(Samples(C::Depth), 0.0f, middle - 2.0f));
-        lowPassHz = knobs.Value(C::LPFfc);
-        highPassHz = knobs.Value(C::HPFfc);
+        lowPassHz = knobs.Get(C::LPFfc);
+        highPassHz = knobs.Get(C::HPFfc);
         lowPass.Reset(lowPassHz);
         highPass.Reset(highPassHz);
-        feedback.Reset(Sign() * knobs.Value(C::Feedback));
+        feedback.Reset(Sign() * knobs.Get(C::Feedback));
+        for (uint32_t id = 0; hard && id < C::kParameterCount; ++id)
+            written.insert(id);
     }
 
-    /// One block. written: ids that have changed since the last one.
-    Stereo Run(const Stereo& input, bool hasRight, const std::set<uint32_t>& written,
-               const Rows& rows, float tempo) {
-        Update(written);
-        dryWet.SetTarget(Moved(C::DryWet, rows[0]));
-        feedback.SetTarget(sign * Moved(C::Feedback, rows[2]));
+    /// One block.
+    Stereo Run(const Stereo& input, bool hasRight) {
+        Update();
+        written.clear();
+        dryWet.SetTarget(knobs.Get(C::DryWet, 2));
+        feedback.SetTarget(Sign() * knobs.Get(C::Feedback, 4));
         const auto count = static_cast<uint32_t>(input[0].size());
         std::array<Stereo, 3> swing;
         for (size_t v = 0; v < voices; ++v)
-            swing[v] = Oscillate(lfo[v], count, rows[1], tempo);
+            swing[v] = Oscillate(lfo[v], count);
+        const bool stereo = knobs.IsOn(C::StereoMode);
         Stereo output{Channel(count), Channel(count)};
         for (uint32_t n = 0; n < count; ++n) {
             const float left = input[0][n], right = hasRight ? input[1][n] : left;
@@ -101,6 +95,10 @@ public:
         return output;
     }
 
+    PlainKnobs<C> knobs;
+    float tempo = 120.0f;
+    std::set<uint32_t> written;  ///< ids that have changed since the last block
+
 private:
     /// What one sample has in common for all voices.
     struct Frame {
@@ -114,19 +112,14 @@ private:
         }
     };
 
-    double Span(uint32_t id) const {
-        const dsp::Parameter& p = knobs.ParameterAt(id);
+    double Span(uint32_t id) {
+        const dsp::Parameter& p = knobs.module.ParameterAt(id);
         return static_cast<double>(p.maxValue - p.minValue);
     }
-    float Samples(uint32_t id) { return rate * 0.001f * knobs.Value(id); }
+    float Samples(uint32_t id) { return rate * 0.001f * knobs.Get(id); }
     float Sign() { return knobs.Position(C::FBPolarity) >= 0.5f ? -1.0f : 1.0f; }
-    float Moved(uint32_t id, const Row& row) {
-        if (!row)
-            return knobs.Value(id);
-        return knobs.ParameterAt(id).ValueOf(std::clamp(knobs.Position(id) + *row, 0.0f, 1.0f));
-    }
 
-    void Update(const std::set<uint32_t>& written) {
+    void Update() {
         const auto has = [&](uint32_t id) { return written.count(id) != 0; };
         if (has(C::DelayMs) || has(C::Depth)) {
             const float middle = std::max(Samples(C::DelayMs), 2.0f), wanted = Samples(C::Depth);
@@ -137,52 +130,46 @@ private:
                 delay.SetTarget(middle);
         }
         if (has(C::Voices)) {
-            voices = static_cast<size_t>(knobs.Value(C::Voices));
+            voices = static_cast<size_t>(knobs.Get(C::Voices));
             for (size_t v = 0; v < voices; ++v)
                 lfo[v].Reset(false);
         }
         if (has(C::DelayMs) || has(C::Depth) || has(C::Freq) || has(C::Voices))
             SpreadOscillators();
         if (has(C::DryWet))
-            dryWet.SetTarget(knobs.Value(C::DryWet));
-        sign = Sign();
-        stereo = knobs.Position(C::StereoMode) > 0.5f;
+            dryWet.SetTarget(knobs.Get(C::DryWet));
         for (dsp::LFO& one : lfo) {
             one.SetParameterNormalized(dsp::LFO::Stereo, knobs.Position(C::StereoMode));
             if (has(C::LFOShape))
-                one.SetParameterValue(dsp::LFO::Waveform, knobs.Value(C::LFOShape));
+                one.SetParameterValue(dsp::LFO::Waveform, knobs.Get(C::LFOShape));
             one.SetParameterNormalized(dsp::LFO::MidiSync, knobs.Position(C::MidiSync));
             one.SetParameterNormalized(dsp::LFO::RateSyncedType, knobs.Position(C::RateSyncedType));
-            one.SetParameterValue(dsp::LFO::RateSynced, knobs.Value(C::RateSynced));
+            one.SetParameterValue(dsp::LFO::RateSynced, knobs.Get(C::RateSynced));
         }
-        shape = knobs.Value(C::LFOShape);
-        lowPass.SetTarget(knobs.Value(C::LPFfc));
-        highPass.SetTarget(knobs.Value(C::HPFfc));
-        lowPassOn = knobs.Position(C::LPFOn) > 0.5f;
-        highPassOn = knobs.Position(C::HPFOn) > 0.5f;
-        lowPassHz = lowPassOn ? lowPass.Tick() : lowPassHz;
-        highPassHz = highPassOn ? highPass.Tick() : highPassHz;
+        shape = knobs.Get(C::LFOShape);
+        lowPass.SetTarget(knobs.Get(C::LPFfc));
+        highPass.SetTarget(knobs.Get(C::HPFfc));
+        lowPassHz = knobs.IsOn(C::LPFOn) ? lowPass.Tick() : lowPassHz;
+        highPassHz = knobs.IsOn(C::HPFOn) ? highPass.Tick() : highPassHz;
     }
 
     void SpreadOscillators() {
         for (size_t v = 0; v < voices; ++v) {
             const float turn = static_cast<float>(v) * (1.0f / static_cast<float>(voices));
-            lfo[v].SetParameterValue(dsp::LFO::RateUnSynced, knobs.Value(C::Freq));
+            lfo[v].SetParameterValue(dsp::LFO::RateUnSynced, knobs.Get(C::Freq));
             lfo[v].SetParameterValue(dsp::LFO::PhaseInit, turn * 360.0f);
             lfo[v].SetParameterValue(dsp::LFO::StereoSpread, 90.0f);
             lfo[v].SetParameterValue(dsp::LFO::Waveform, shape);
         }
     }
 
-    static Stereo Oscillate(dsp::LFO& one, uint32_t count, const Row& row, float tempo) {
-        std::vector<float> rateRow(dsp::kRowHeadFloats + count, row.value_or(0.0f));
-        rateRow[dsp::kRowHeadFloats - 1] = row ? dsp::kRowActive : 0.0f;
+    Stereo Oscillate(dsp::LFO& one, uint32_t count) const {
+        std::vector<float> row(dsp::kRowHeadFloats + count, knobs.rows[3].value_or(0.0f));
+        row[dsp::kRowHeadFloats - 1] = knobs.rows[3] ? dsp::kRowActive : 0.0f;
         Stereo out{Channel(count), Channel(count)};
-        std::array<float*, 1> inputs{rateRow.data() + dsp::kRowHeadFloats};
+        std::array<float*, 1> inputs{row.data() + dsp::kRowHeadFloats};
         std::array<float*, 2> outputs{out[0].data(), out[1].data()};
-        dsp::ProcessBlock block;
-        block.inputs = inputs.data();
-        block.outputs = outputs.data();
+        dsp::ProcessBlock block{.inputs = inputs.data(), .outputs = outputs.data()};
         block.numInputs = 1;
         block.numOutputs = 2;
         block.numFrames = count;
@@ -209,12 +196,12 @@ private:
             const double g = (1.0 - f) / (1.0 + f);
             y = line.allpass = g * (line.Back(i) - line.allpass) + line.Back(i + 1);
         }
-        if (lowPassOn) {
+        if (knobs.IsOn(C::LPFOn)) {
             const double k =
                 1.0 / std::tan(std::numbers::pi * static_cast<double>(lowPassHz / rate));
             y = OnePole(y, line.low, 1.0, 1.0, k);
         }
-        if (highPassOn) {
+        if (knobs.IsOn(C::HPFOn)) {
             const double k = static_cast<double>(rate / highPassHz) / std::numbers::pi;
             y = OnePole(y, line.high, k, -k, k);
         }
@@ -229,9 +216,7 @@ private:
         return y;
     }
 
-    dsp::Chorus& knobs;
     float rate;
-    uint32_t blockSize;
     std::array<dsp::LFO, 3> lfo{dsp::LFO("LFO"), dsp::LFO("LFO"), dsp::LFO("LFO")};
     std::array<float, 3> late{};
     std::array<std::array<Line, 3>, 2> lines;
@@ -239,10 +224,8 @@ private:
     dsp::SmootherLPF delay{0.2}, depth{0.2}, feedback{0.01};
     dsp::SmootherSRL lowPass{0.1}, highPass{0.1};
     float lowPassHz = 0.0f, highPassHz = 0.0f;
-    bool lowPassOn = false, highPassOn = false;
-    float sign = 1.0f, shape = 0.0f;
+    float shape = 0.0f;
     size_t voices = 1;
-    bool stereo = true;
 };
 
 }  // namespace Quorvan::test

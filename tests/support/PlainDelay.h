@@ -4,8 +4,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <optional>
-#include <utility>
 #include <vector>
 
 #include "effects/Delay.h"
@@ -13,90 +11,86 @@
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
 #include "support/ModuleRig.h"
+#include "support/PlainParts.h"
+#include "support/SideBySide.h"
 
 namespace Quorvan::test {
 
 /// The echo in its plainest form: lines that remember everything ever written, one sample after the
 /// other. The filters run in single precision, whose rounding decides at low corners. Smoothers are
-/// the system's own; the knobs are read off the parameter records of the module that it is held
-/// against.
+/// the system's own.
 class PlainDelay {
 public:
     using D = dsp::Delay;
-    using Rows = std::array<std::optional<float>, 10>;  ///< by input channel
 
-    PlainDelay(dsp::Delay& delay, float sampleRate, uint32_t blockFrames)
+    PlainDelay(D& delay, float sampleRate, uint32_t blockFrames)
         : knobs(delay), rate(sampleRate), blockSize(blockFrames) {
-        const auto setUp = [&](dsp::Smoother& smoother, uint32_t stepLength) {
-            smoother.stepLength = stepLength;
-            smoother.sampleRate = static_cast<double>(rate);
-            smoother.UpdateCoefficients();
-        };
         wet.rampSteps = apart.rampSteps = blockSize;
         highCorner.range = 9980.0;
         lowCorner.range = 19750.0;
         for (dsp::Smoother* s : std::array<dsp::Smoother*, 4>{&wet, &apart, &time, &offset})
-            setUp(*s, 1);
-        setUp(highCorner, blockSize);
-        setUp(lowCorner, blockSize);
-        Reset();
+            SetUp(*s, rate, 1);
+        SetUp(highCorner, rate, blockSize);
+        SetUp(lowCorner, rate, blockSize);
+        Reset(true);
     }
 
-    void Reset() {
+    void Reset(bool) {
         past = {};
-        filters = {};
-        synced = knobs.Value(D::MidiSync) > 0.5f;
-        time.Reset(Time(knobs.Value(D::DelayTimeMs), knobs.Value(D::DelayTimeSynced)));
-        offset.Reset(knobs.Value(D::StereoWidth));
-        wet.Reset(2.0f * knobs.Value(D::Wet));
-        highCorner.Reset(knobs.Value(D::HPFreq));
-        lowCorner.Reset(knobs.Value(D::LPFreq));
+        for (PlainBiquad* filter : {&high[0], &high[1], &low[0], &low[1]})
+            filter->Clear();
+        synced = knobs.IsOn(D::MidiSync);
+        time.Reset(Time(knobs.Get(D::DelayTimeMs), knobs.Get(D::DelayTimeSynced)));
+        offset.Reset(knobs.Get(D::StereoWidth));
+        wet.Reset(2.0f * knobs.Get(D::Wet));
+        highCorner.Reset(knobs.Get(D::HPFreq));
+        lowCorner.Reset(knobs.Get(D::LPFreq));
     }
 
     /// One block.
-    Stereo Run(const Stereo& input, bool hasRight, const Rows& rows, float beatsPerMinute) {
-        tempo = beatsPerMinute;
-        synced = knobs.Value(D::MidiSync) > 0.5f;
-        type = static_cast<int>(knobs.Value(D::RateSyncedType));
-        const bool pingPong = knobs.Value(D::StereoMode) > 0.5f;
-        const float vibrato = rows[9] ? Ms() * knobs.Value(D::VibratoMaxAmount) * *rows[9] : 0.0f;
-        const float wanted =
-            Time(Moved(D::DelayTimeMs, rows[3]), Moved(D::DelayTimeSynced, rows[3])) +
-            Moved(D::DelayFineMs, rows[8]) * Ms() + vibrato;
+    Stereo Run(const Stereo& input, bool hasRight) {
+        synced = knobs.IsOn(D::MidiSync);
+        type = static_cast<int>(knobs.Get(D::RateSyncedType));
+        const bool pingPong = knobs.IsOn(D::StereoMode);
+        const float vibrato = Ms() * knobs.Get(D::VibratoMaxAmount) * knobs.rows[9].value_or(0.0f);
+        const float wanted = Time(knobs.Get(D::DelayTimeMs, 3), knobs.Get(D::DelayTimeSynced, 3)) +
+                             knobs.Get(D::DelayFineMs, 8) * Ms() + vibrato;
         time.SetTarget(std::clamp(wanted, std::floor(2.0f * Ms()), std::floor(4000.0f * Ms())));
         const std::vector<float> delays = Fill(time);
-        if (!pingPong)
-            offset.SetTarget(Moved(D::StereoWidth, rows[7]));
-        const std::vector<float> longer = pingPong ? std::vector<float>(blockSize) : Fill(offset);
-        if (pingPong)
-            apart.SetTarget(Moved(D::StereoWidthPP, rows[7]));
-        const std::vector<float> widths = pingPong ? Fill(apart) : std::vector<float>(blockSize);
-        const bool between =
-            rows[3] || rows[9] || (!pingPong && rows[7]) || !time.IsAtRest() || !offset.IsAtRest();
+        dsp::Smoother& width = pingPong ? static_cast<dsp::Smoother&>(apart) : offset;
+        width.SetTarget(knobs.Get(pingPong ? D::StereoWidthPP : D::StereoWidth, 7));
+        const std::vector<float> widths = Fill(width);
+        const bool between = knobs.rows[3] || knobs.rows[9] || (!pingPong && knobs.rows[7]) ||
+                             !time.IsAtRest() || !offset.IsAtRest();
         restingBlocks += between ? 0 : 1;
-        wet.SetTarget(2.0f * Moved(D::Wet, rows[2]));
+        wet.SetTarget(2.0f * knobs.Get(D::Wet, 2));
         const std::vector<float> mix = Fill(wet);
-        const float feedback = Moved(D::Feedback, rows[4]);
-        highCorner.SetTarget(Moved(D::HPFreq, rows[5]));
-        lowCorner.SetTarget(Moved(D::LPFreq, rows[6]));
-        const Section high = HighPass(highCorner.Tick()), low = LowPass(lowCorner.Tick());
+        const float feedback = knobs.Get(D::Feedback, 4);
+        highCorner.SetTarget(knobs.Get(D::HPFreq, 5));
+        lowCorner.SetTarget(knobs.Get(D::LPFreq, 6));
+        const float highNow = highCorner.Tick(), lowNow = lowCorner.Tick();
+        for (size_t c = 0; c < 2; ++c) {
+            high[c].FlatHighPass(highNow, rate);
+            low[c].FlatLowPass(lowNow, rate);
+        }
 
         Stereo output = input;
         for (size_t i = 0; i < input[0].size(); ++i) {
             const float left = input[0][i], right = hasRight ? input[1][i] : 0.0f;
+            const float longer = pingPong ? 0.0f : widths[i];
             const float echoLeft = Read(past[0], delays[i], between);
-            const float echoRight = Read(past[1], (longer[i] + 1.0f) * delays[i], between);
-            const float first = filters[0][1].Run(low, filters[0][0].Run(high, echoLeft));
-            const float second = filters[1][1].Run(low, filters[1][0].Run(high, echoRight));
+            const float echoRight = Read(past[1], (longer + 1.0f) * delays[i], between);
+            const float first = low[0].Run(high[0].Run(echoLeft));
+            const float second = low[1].Run(high[1].Run(echoRight));
             std::array<float, 2> heard{first, second};
             if (pingPong) {
-                past[0].push_back(0.5f * (left + right) + echoRight * feedback);
-                past[1].push_back(first);
+                past[0].Write(0.5f * (left + right) + echoRight * feedback);
+                past[1].Write(first);
                 const float mean = 0.5f * (first + echoRight);
                 heard = {mean + widths[i] * (first - mean), mean + widths[i] * (echoRight - mean)};
             } else {
-                past[0].push_back(left + feedback * first);
-                past[1].push_back(right + feedback * second);
+                past[0].Write(left + feedback * first);
+                past[1].Write(right + feedback * second);
             }
             const float wetShare = std::min(mix[i], 1.0f), dryShare = std::min(2.0f - mix[i], 1.0f);
             output[0][i] = heard[0] * wetShare + left * dryShare;
@@ -105,28 +99,12 @@ public:
         return output;
     }
 
+    PlainKnobs<D> knobs;
+    float tempo = 100.0f;
     uint32_t restingBlocks = 0;  ///< that read at whole samples
 
 private:
-    struct Section {
-        float b0, b1, b2, a1, a2;
-    };
-    struct Memory {
-        float x1 = 0.0f, x2 = 0.0f, y1 = 0.0f, y2 = 0.0f;
-        float Run(const Section& s, float x) {
-            const float y = s.b0 * x + s.b1 * x1 + s.b2 * x2 - s.a1 * y1 - s.a2 * y2;
-            x2 = std::exchange(x1, x);
-            y2 = std::exchange(y1, y);
-            return y;
-        }
-    };
-
     float Ms() const { return rate * 0.001f; }
-    float Moved(uint32_t id, const std::optional<float>& row) {
-        if (!row)
-            return knobs.Value(id);
-        return knobs.ParameterAt(id).ValueOf(std::clamp(knobs.Position(id) + *row, 0.0f, 1.0f));
-    }
     /// In samples, by the parameter that is in force.
     float Time(float ms, float note) const {
         if (!synced)
@@ -145,48 +123,16 @@ private:
             value = smoother.Tick();
         return values;
     }
-    /// RBJ's sections with a Q of the square root of a half.
-    Section HighPass(float hertz) const {
-        const float w = 6.2831855f * hertz * (1.0f / rate), c = std::cos(w);
-        const float alpha = std::sin(w) * 0.70710355f, n = 1.0f / (1.0f + alpha);
-        const float b1 = -(1.0f + c) * n;
-        return {-0.5f * b1, b1, -0.5f * b1, -2.0f * c * n, (1.0f - alpha) * n};
-    }
-    Section LowPass(float hertz) const {
-        const float w = 6.2831855f * hertz * (1.0f / rate), c = std::cos(w);
-        const float alpha = std::sin(w) * 0.70710355f, n = 1.0f / (1.0f + alpha);
-        const float b1 = (1.0f - c) * n;
-        return {0.5f * b1, b1, 0.5f * b1, -2.0f * c * n, (1.0f - alpha) * n};
-    }
-    /// Whole samples, or the curve of the fifth degree through the two samples around, which takes
-    /// slope and curvature at both from their neighbours.
-    static float Read(const std::vector<float>& line, float delay, bool between) {
-        const auto at = [&line](size_t back) {
-            return back <= line.size() ? static_cast<double>(line[line.size() - back]) : 0.0;
-        };
-        const auto whole = static_cast<size_t>(delay);
-        if (!between)
-            return static_cast<float>(at(whole));
-        const double x = static_cast<double>(delay - static_cast<float>(whole));
-        const double p = at(whole - 1), a = at(whole), b = at(whole + 1), q = at(whole + 2);
-        const double slopeA = (b - p) / 2.0, slopeB = (q - a) / 2.0;
-        const double curveA = p - 2.0 * a + b, curveB = a - 2.0 * b + q;
-        const double c3 =
-            10.0 * (b - a) - 6.0 * slopeA - 4.0 * slopeB - 1.5 * curveA + 0.5 * curveB;
-        const double c4 = 15.0 * (a - b) + 8.0 * slopeA + 7.0 * slopeB + 1.5 * curveA - curveB;
-        const double c5 = 6.0 * (b - a) - 3.0 * (slopeA + slopeB) + 0.5 * (curveB - curveA);
-        return static_cast<float>(a +
-                                  x * (slopeA + x * (0.5 * curveA + x * (c3 + x * (c4 + x * c5)))));
+    static float Read(const PlainLine& line, float delay, bool between) {
+        return between ? line.Polynomial(delay) : line.At(static_cast<int32_t>(delay));
     }
 
-    dsp::Delay& knobs;
     float rate;
     uint32_t blockSize;
-    float tempo = 100.0f;
     bool synced = true;
     int type = 0;
-    std::array<std::vector<float>, 2> past;
-    std::array<std::array<Memory, 2>, 2> filters;
+    std::array<PlainLine, 2> past;
+    std::array<PlainBiquad, 2> high, low;
     dsp::SmootherInterpLPF wet{0.002}, apart{0.002};
     dsp::SmootherLPF time{0.2}, offset{0.2};
     dsp::SmootherSRL highCorner{0.004}, lowCorner{0.004};

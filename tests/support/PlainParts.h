@@ -24,19 +24,21 @@ struct PlainLine {
         const float f = delay - static_cast<float>(i);
         return (At(i + 1) - At(i)) * f + At(i);
     }
-    /// The four-point polynomial of fifth degree.
+    /// The curve of the fifth degree through the two samples around, which takes slope and
+    /// curvature at both from their neighbours.
     float Polynomial(float delay) const {
-        const auto i = static_cast<int32_t>(std::floor(delay));
-        const float x = delay - static_cast<float>(i);
-        const float p = At(i - 1), a = At(i), b = At(i + 1), q = At(i + 2);
-        const float e = b - a, g = q - p;
-        return (((((2.5f * g - 7.5f * e) + (3.0f * e + p - q) * x) * x + (4.5f * e - 1.5f * g)) *
-                     x +
-                 ((b + p) * 0.5f - a)) *
-                    x +
-                (b - p) * 0.5f) *
-                   x +
-               a;
+        const auto whole = static_cast<int32_t>(std::floor(delay));
+        const auto x = static_cast<double>(delay - static_cast<float>(whole));
+        const auto at = [&](int32_t back) { return static_cast<double>(At(whole + back)); };
+        const double p = at(-1), a = at(0), b = at(1), q = at(2);
+        const double slopeA = (b - p) / 2.0, slopeB = (q - a) / 2.0;
+        const double curveA = p - 2.0 * a + b, curveB = a - 2.0 * b + q;
+        const double c3 =
+            10.0 * (b - a) - 6.0 * slopeA - 4.0 * slopeB - 1.5 * curveA + 0.5 * curveB;
+        const double c4 = 15.0 * (a - b) + 8.0 * slopeA + 7.0 * slopeB + 1.5 * curveA - curveB;
+        const double c5 = 6.0 * (b - a) - 3.0 * (slopeA + slopeB) + 0.5 * (curveB - curveA);
+        return static_cast<float>(a +
+                                  x * (slopeA + x * (0.5 * curveA + x * (c3 + x * (c4 + x * c5)))));
     }
 };
 
@@ -56,6 +58,15 @@ struct PlainBiquad {
         b1 = -(1.0f + std::cos(w)) * n;
         b0 = b2 = -0.5f * b1;
     }
+    /// At a frequency in hertz, with a Q of the square root of a half.
+    void FlatLowPass(float hertz, float rate) {
+        const float w = 6.2831855f * hertz * (1.0f / rate);
+        LowPass(w, std::sin(w) * 0.70710355f);
+    }
+    void FlatHighPass(float hertz, float rate) {
+        const float w = 6.2831855f * hertz * (1.0f / rate);
+        HighPass(w, std::sin(w) * 0.70710355f);
+    }
     float Denominator(float w, float alpha) {
         const float n = 1.0f / (1.0f + alpha);
         a1 = -2.0f * std::cos(w) * n;
@@ -68,15 +79,6 @@ struct PlainBiquad {
         return y;
     }
     void Clear() { x1 = x2 = y1 = y2 = 0.0f; }
-    /// Magnitude at w radians a sample.
-    double GainAt(double w) const {
-        const auto size = [w](double c0, double c1, double c2) {
-            const double re = c0 + c1 * std::cos(w) + c2 * std::cos(2 * w);
-            const double im = c1 * std::sin(w) + c2 * std::sin(2 * w);
-            return std::hypot(re, im);
-        };
-        return size(double{b0}, double{b1}, double{b2}) / size(1.0, double{a1}, double{a2});
-    }
 };
 
 /// The sine of an angle 0..2 pi as the effects have it.

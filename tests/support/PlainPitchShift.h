@@ -9,6 +9,7 @@
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
+#include "support/ModuleRig.h"
 #include "support/PlainParts.h"
 
 namespace Quorvan::test {
@@ -31,11 +32,9 @@ public:
 
     PlainPitchShift(float sampleRate, uint32_t blockFrames, uint32_t seed)
         : rate(sampleRate), frames(blockFrames), random(seed) {
-        for (Channel& c : channels) {
-            SetUp(c.pitch, rate, 1);
-            SetUp(c.span, rate, 1);
-            SetUp(c.slowSpan, rate, 1);
-            SetUp(c.overlap, rate, 1);
+        for (Voice& c : channels) {
+            for (dsp::SmootherLPF* smoother : {&c.pitch, &c.span, &c.slowSpan, &c.overlap})
+                SetUp(*smoother, rate, 1);
         }
         mix.rampSteps = frames;
         SetUp(mix, rate, 1);
@@ -46,7 +45,7 @@ public:
     }
 
     void Reset() {
-        for (Channel& c : channels) {
+        for (Voice& c : channels) {
             c.recent = c.main = PlainLine();
             c.sprayA = c.sprayB = 0.0f;
             c.phase = 0.49990001f;
@@ -55,8 +54,8 @@ public:
         due = true;
     }
 
-    void Block(const Settings& s, float newTempo, const std::array<const float*, 2>& in,
-               const std::array<float*, 2>& out, uint32_t count) {
+    /// One block. In mono the right output is silent.
+    Stereo Run(const Settings& s, float newTempo, const Stereo& in) {
         if (due)
             Snap(s);
         due = false;
@@ -70,16 +69,17 @@ public:
         const bool offsetMoves = Fill(offset, rate * 0.001f * 0.5f * s.offsetMs, 1e-20);
         high.SetTarget(s.highPassHz);
         low.SetTarget(s.lowPassHz);
-        const float turn = 1.0f / rate;
-        const float wHigh = 6.2831855f * high.Tick() * turn, wLow = 6.2831855f * low.Tick() * turn;
-        for (Channel& c : channels) {
-            c.highPass.HighPass(wHigh, std::sin(wHigh) * 0.70710355f);
-            c.lowPass.LowPass(wLow, std::sin(wLow) * 0.70710355f);
+        const float highHz = high.Tick(), lowHz = low.Tick();
+        for (Voice& c : channels) {
+            c.highPass.FlatHighPass(highHz, rate);
+            c.lowPass.FlatLowPass(lowHz, rate);
         }
         tempo = newTempo;
         const bool interpolate = s.modDelay || s.modOffset || delayMoves || offsetMoves;
-        for (uint32_t n = 0; n < count; ++n)
+        Stereo out{Channel(in[0].size()), Channel(in[0].size())};
+        for (size_t n = 0; n < in[0].size(); ++n)
             Sample(n, interpolate, in, out);
+        return out;
     }
 
 private:
@@ -87,7 +87,7 @@ private:
         double current = 0.0, target = 0.0;
         std::vector<float> values;
     };
-    struct Channel {
+    struct Voice {
         PlainLine recent, main;
         dsp::SmootherLPF pitch{0.5}, span{0.01}, slowSpan{1.0}, overlap{0.01};
         PlainBiquad highPass, lowPass;
@@ -96,7 +96,7 @@ private:
         float p = 0.0f, sawA = 0.0f, sawB = 0.0f;
         float delayA = 0.0f, delayB = 0.0f, gainA = 0.0f, gainB = 0.0f;
 
-        float Read(const Channel& taps) const {
+        float Read(const Voice& taps) const {
             return recent.Linear(taps.delayA) * taps.gainA +
                    recent.Linear(taps.delayB) * taps.gainB;
         }
@@ -106,7 +106,7 @@ private:
     static float Unit(float saw) { return std::clamp((saw + 1.0f) / 2.0f, 0.0f, 1.0f); }
 
     template <class Give>
-    void Apply(Channel& c, float pitch, Give give) {
+    void Apply(Voice& c, float pitch, Give give) {
         const float m = std::abs(pitch);
         float w = 0.029985627f;
         if (m > 2.63155f)
@@ -160,7 +160,7 @@ private:
         low.Reset(s.lowPassHz);
         const float d = s.detune * 0.005f;
         mix.Reset(std::min(std::abs(d * 100.0f), 1.0f));
-        for (Channel& c : channels) {
+        for (Voice& c : channels) {
             c.highPass.Clear();
             c.lowPass.Clear();
             const float pitch = &c == &channels[0] ? s.pitch - d : s.pitch + d;
@@ -169,8 +169,7 @@ private:
         }
     }
 
-    void Sample(uint32_t n, bool interpolate, const std::array<const float*, 2>& in,
-                const std::array<float*, 2>& out) {
+    void Sample(size_t n, bool interpolate, const Stereo& in, Stereo& out) {
         const size_t count = now.stereo ? 2 : 1;
         std::array<float, 2> delayed{}, shifted{};
         bool moves = interpolate;
@@ -201,7 +200,7 @@ private:
         }
     }
 
-    bool Sweep(Channel& c) {
+    bool Sweep(Voice& c) {
         c.p = c.pitch.Tick();
         Apply(c, c.p, [](dsp::Smoother& smoother, float v) { smoother.SetTarget(v); });
         c.span.Tick();
@@ -212,7 +211,7 @@ private:
         return !c.slowSpan.IsAtRest();
     }
 
-    void Place(Channel& c, float r1, float r2) {
+    void Place(Voice& c, float r1, float r2) {
         const float x = c.overlap.Tick(), u = Unit(c.sawA), shift = std::abs(c.p);
         const auto spray = [&](float r) {
             return r * (rate * 0.001f * now.sprayMs) * shift / (shift + 0.01f);
@@ -236,7 +235,7 @@ private:
     bool due = true;
     float tempo = 100.0f;
     Glide delay, offset;
-    std::array<Channel, 2> channels;
+    std::array<Voice, 2> channels;
     dsp::SmootherInterpLPF mix{0.1};
     dsp::SmootherSRL high{0.004}, low{0.004};
 };

@@ -6,7 +6,9 @@
 #include <cstdint>
 
 #include "effects/Reverb.h"
+#include "support/ModuleRig.h"
 #include "support/PlainParts.h"
+#include "support/SideBySide.h"
 
 namespace Quorvan::test {
 
@@ -40,8 +42,8 @@ public:
     }
 
     /// own: as the parameters stand; heard: with their modulation. sizeRow: on the last channel.
-    void Block(const Values& own, const Values& heard, float sizeRow, const float* in,
-               const std::array<float*, 2>& out, uint32_t count) {
+    Stereo Run(const Values& own, const Values& heard, float sizeRow, const Channel& in) {
+        const size_t count = in.size();
         now = heard;
         frozen = own[Core::Freeze] > 0.5f;
         if (own[Core::Predelay] != last[Core::Predelay])
@@ -66,14 +68,16 @@ public:
         }
         size.SetTarget(std::clamp(heard[Core::Size] + 0.1f * sizeRow, 0.1f, 1.9f));
         const bool whole = predelay.IsAtRest() && delays.front() == delays.back();
-        for (uint32_t n = 0; n < count; ++n) {
+        Stereo out{Channel(count), Channel(count)};
+        for (size_t n = 0; n < count; ++n) {
             const float x = frozen ? 0.0f : in[n];
             const auto t = static_cast<int32_t>(delays[n]);
             const float f = whole ? 0.0f : delays[n] - static_cast<float>(t);
             const float y = t < 1 ? x : Read(predelayed, t, f);
             predelayed.Write(x);
-            Frame(y, gains[n], {modulation[0][n], modulation[1][n]}, out, n);
+            Frame(y, gains[n], n, out);
         }
+        return out;
     }
 
 private:
@@ -87,12 +91,12 @@ private:
     }
     float Ratio() const { return rate * 3.360102e-05f; }
 
-    void Modulate(uint32_t count) {
+    void Modulate(size_t count) {
         const float step = now[Core::OscillatorRate] * 6.2831855f / rate;
         const std::array<float, 2> steps = {step, (1.0f - now[Core::OscillatorSpread]) * step};
         for (uint32_t c = 0; c < 2; ++c) {
             const float held = std::round(modulation[c][count - 1]);
-            for (uint32_t n = 0; n < count; ++n) {
+            for (size_t n = 0; n < count; ++n) {
                 if (!frozen)
                     phases[c] = std::fmod(phases[c] + steps[c], 6.2831855f);
                 modulation[c][n] =
@@ -115,17 +119,12 @@ private:
         allpasses[i].Write(v);
         return v * gain + y;
     }
-    float Line(uint32_t j, float base, int32_t nearer) const {
+    float Tap(const PlainLine& line, float base, int32_t nearer = 0) const {
         const Length length = LengthOf(base);
-        return Read(lines[j], length.whole - nearer, length.fraction);
-    }
-    float Tap(const PlainLine& line, float base) const {
-        const Length length = LengthOf(base);
-        return Read(line, length.whole, length.fraction);
+        return Read(line, length.whole - nearer, length.fraction);
     }
 
-    void Frame(float x, float gain, std::array<float, 2> shift, const std::array<float*, 2>& out,
-               uint32_t n) {
+    void Frame(float x, float gain, size_t n, Stereo& out) {
         gliding = !size.IsAtRest();
         if (gliding)
             nowSize = size.Tick();
@@ -134,15 +133,15 @@ private:
         s = Allpass(2, 379, now[Core::InputDiffusion2], s);
         s = Allpass(3, 277, now[Core::InputDiffusion2], s);
 
-        const float first = Line(3, 3720, 1) * gain + s;
-        const float u = Allpass(4, 908, -now[Core::DecayDiffusion1], first, shift[0]);
-        damped[0] = (1.0f - damp) * Line(0, 4217, 0) + damp * damped[0];
+        const float first = Tap(lines[3], 3720, 1) * gain + s;
+        const float u = Allpass(4, 908, -now[Core::DecayDiffusion1], first, modulation[0][n]);
+        damped[0] = (1.0f - damp) * Tap(lines[0], 4217) + damp * damped[0];
         lines[0].Write(u);
         lines[1].Write(Allpass(5, 2656, now[Core::DecayDiffusion2], damped[0]));
 
-        const float second = Line(1, 3163, 1) * gain + s;
-        const float w = Allpass(6, 672, -now[Core::DecayDiffusion1], second, shift[1]);
-        damped[1] = (1.0f - damp) * Line(2, 4453, 0) + damp * damped[1];
+        const float second = Tap(lines[1], 3163, 1) * gain + s;
+        const float w = Allpass(6, 672, -now[Core::DecayDiffusion1], second, modulation[1][n]);
+        damped[1] = (1.0f - damp) * Tap(lines[2], 4453) + damp * damped[1];
         lines[2].Write(w);
         lines[3].Write(Allpass(7, 1800, now[Core::DecayDiffusion2], damped[1]));
 
@@ -160,7 +159,7 @@ private:
     bool frozen = false, gliding = false;
     float damp = 0.0f, nowSize = 1.0f;
     std::array<float, 2> phases{}, damped{};
-    std::array<std::vector<float>, 2> modulation;
+    Stereo modulation;
     PlainLine predelayed;
     std::array<PlainLine, 8> allpasses;
     std::array<PlainLine, 4> lines;
@@ -171,18 +170,21 @@ private:
 class PlainReverb {
 public:
     using R = dsp::Reverb;
+    using Core = dsp::DattorroCore;
     using Values = std::array<float, R::kParameterCount>;
 
-    PlainReverb(float sampleRate, uint32_t blockFrames)
-        : rate(sampleRate), frames(blockFrames), plate(sampleRate, blockFrames) {
+    PlainReverb(R& reverb, float sampleRate, uint32_t blockFrames)
+        : knobs(reverb), rate(sampleRate), frames(blockFrames), plate(sampleRate, blockFrames) {
         wet.rampSteps = frames;
         SetUp(wet, rate, 1);
         SetUp(earlySize, rate, 1);
         for (dsp::SmootherLPF* smoother : {&earlyMix, &level, &sides})
             SetUp(*smoother, rate, frames);
+        Reset(true);
     }
 
-    void Reset(const Values& own, bool hard) {
+    void Reset(bool hard) {
+        const Values own = Own();
         plate.Reset(Plate(own), hard);
         last.fill(-1000.0f);
         if (!hard)
@@ -201,14 +203,21 @@ public:
         gain = std::pow(10.0f, own[R::OutputGain] * 0.05f);
     }
 
-    void Block(const Values& own, const Values& heard, float sizeRow,
-               const std::array<const float*, 2>& in, const std::array<float*, 2>& out,
-               uint32_t count) {
+    /// One block.
+    Stereo Run(const Stereo& in, bool) {
+        const Values own = Own();
+        Values heard = own;
+        uint32_t channel = 2;
+        for (const uint32_t id : {R::Wet, R::LPBandWith, R::HPBandWith})
+            heard[id] = knobs.Get(id, channel++);
+        for (const uint32_t id : {Core::Decay, Core::Size, Core::Predelay, Core::Damping})
+            heard[id] = knobs.Get(id, channel++);
         Update(own);
         wet.SetTarget(heard[R::Wet]);
-        std::vector<float> feed;
-        std::array<std::vector<float>, 2> early, tail;
-        for (uint32_t n = 0; n < count; ++n) {
+        const size_t count = in[0].size();
+        Channel feed;
+        Stereo early, out = in;
+        for (size_t n = 0; n < count; ++n) {
             const float l = Filter(input[0], heard, in[0][n]),
                         r = Filter(input[1], heard, in[1][n]);
             feed.push_back((l + r) * 0.5f);
@@ -219,15 +228,12 @@ public:
             input[0].early.Write(0.5f * l + 0.3f * r);
             input[1].early.Write(0.3f * l + 0.5f * r);
         }
-        for (uint32_t n = 0; earlyOn && n < count && !earlySize.IsAtRest(); ++n)
+        for (size_t n = 0; earlyOn && n < count && !earlySize.IsAtRest(); ++n)
             spread = earlySize.Tick();
-        for (uint32_t c = 0; c < 2; ++c) {
-            early[c].resize(count, 0.0f);
-            tail[c].resize(count);
-        }
-        plate.Block(Plate(own), Plate(heard), sizeRow, feed.data(),
-                    {tail[0].data(), tail[1].data()}, count);
-        for (uint32_t n = 0; n < count; ++n) {
+        for (Channel& side : early)
+            side.resize(count, 0.0f);
+        const Stereo tail = plate.Run(Plate(own), Plate(heard), knobs.rows[9].value_or(0.0f), feed);
+        for (size_t n = 0; n < count; ++n) {
             const float angle = wet.Tick() * 1.5707964f;
             const float l = (1.0f - mix) * tail[0][n] + mix * early[0][n];
             const float r = (1.0f - mix) * tail[1][n] + mix * early[1][n];
@@ -236,7 +242,10 @@ public:
             out[0][n] = ((side + mid) * a + b * in[0][n]) * gain;
             out[1][n] = ((mid - side) * a + b * in[1][n]) * gain;
         }
+        return out;
     }
+
+    PlainKnobs<R> knobs;
 
 private:
     struct Side {
@@ -244,6 +253,12 @@ private:
         PlainLine early;
     };
 
+    Values Own() {
+        Values values;
+        for (uint32_t id = 0; id < values.size(); ++id)
+            values[id] = knobs.Get(id);
+        return values;
+    }
     static PlainPlate::Values Plate(const Values& all) {
         PlainPlate::Values values;
         std::copy_n(all.begin(), values.size(), values.begin());

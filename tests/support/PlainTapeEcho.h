@@ -12,17 +12,18 @@
 #include "primitives/SmootherSRL.h"
 #include "support/ModuleRig.h"
 #include "support/PlainParts.h"
+#include "support/SideBySide.h"
 
 namespace Quorvan::test {
 
 /// Plain model of the tape echo, sample by sample: every filter is designed anew for each sample,
-/// the tapes have no end. Takes its settings from a module.
+/// the tapes have no end.
 class PlainTapeEcho {
     using E = dsp::SpaceEchoLite;
 
 public:
     PlainTapeEcho(E& source, float sampleRate, uint32_t blockFrames, uint32_t seed)
-        : module(source),
+        : knobs(source),
           rate(sampleRate),
           turn(1.0f / sampleRate),
           frames(blockFrames),
@@ -40,22 +41,20 @@ public:
         follower.SetParameterValue(dsp::EnvFollower::Release, 0.5f);
         follower.Setup(rate, frames);
         drift.LowPass(16.461945f * turn, std::sin(16.461945f * turn) * 0.70710355f);
-        Reset();
+        Reset(true);
     }
 
-    void Modulate(uint32_t row, float amount) { rows[row] = amount; }
-
-    void Reset() {
-        intensity.Reset(module.Value(E::Intensity));
-        wet.Reset(module.Value(E::DryWet));
-        input.Reset(Linear(module.Value(E::InputVolume)));
+    void Reset(bool) {
+        intensity.Reset(knobs.Get(E::Intensity));
+        wet.Reset(knobs.Get(E::DryWet));
+        input.Reset(Linear(knobs.Get(E::InputVolume)));
         lastFlutter = Flutter();
-        const float share = Is(E::DelayType) ? 0.0f : 0.2f * module.Value(E::StereoWidth);
-        const auto delays = Targets(module.Value(E::DelayTime), module.Value(E::DelayTimeSynced),
-                                    module.Value(E::DelayTimeFine), 1.0f + share);
+        const float share = knobs.IsOn(E::DelayType) ? 0.0f : 0.2f * knobs.Get(E::StereoWidth);
+        const auto delays = Targets(knobs.Get(E::DelayTime), knobs.Get(E::DelayTimeSynced),
+                                    knobs.Get(E::DelayTimeFine), 1.0f + share);
         for (size_t c = 0; c < 2; ++c) {
             const Glide motor[] = {channels[c].up, channels[c].down};
-            channels[c] = Channel();
+            channels[c] = Head();
             channels[c].up = motor[0];
             channels[c].down = motor[1];
             channels[c].now = delays[c];
@@ -77,13 +76,26 @@ public:
         due = true;
     }
 
-    /// Whole blocks; answers the outputs, and leaves the meter behind the last block.
-    Stereo Run(const Stereo& in) {
+    /// One block.
+    Stereo Run(const Stereo& in, bool hasRight) {
+        Update();
+        const size_t count = in[0].size();
+        const float step = (Flutter() - lastFlutter) / static_cast<float>(count);
         Stereo out = in;
-        for (size_t at = 0; at < in[0].size(); at += frames)
-            Block(in, out, at);
+        for (size_t n = 0; n < count; ++n)
+            Sample(n, lastFlutter + step * static_cast<float>(n + 1),
+                   {in[0][n], in[hasRight ? 1 : 0][n]}, out);
+        lastFlutter += step * static_cast<float>(count);
+        float *from = levelView.data(), *to = envelopeView.data();
+        dsp::ProcessBlock block{.inputs = &from, .outputs = &to};
+        block.numInputs = block.numOutputs = 1;
+        block.numFrames = static_cast<uint32_t>(count);
+        follower.Process(block);
+        meter = envelopeView[0] > 0.4f ? 1.0f : 0.0f;
         return out;
     }
+
+    PlainKnobs<E> knobs;
     float meter = 0.0f;
 
 private:
@@ -101,7 +113,7 @@ private:
             return current = far ? current + (target - current) * coefficient : target;
         }
     };
-    struct Channel {
+    struct Head {
         PlainLine tape, wobble, gap;
         PlainBiquad highPass, lowPass, record, playback, head[5], loss, bump;
         float gapSum = 0.0f, dcIn = 0.0f, dcOut = 0.0f, now = 0.0f;
@@ -111,14 +123,8 @@ private:
     };
 
     static float Linear(float db) { return std::pow(10.0f, db * 0.05f); }
-    bool Is(uint32_t id) { return module.Value(id) >= 1.0f; }
-    float Get(uint32_t id, uint32_t row) {
-        return rows[row] == 0.0f ? module.Value(id)
-                                 : module.ParameterAt(id).GetModulatedValue(rows[row]);
-    }
-
     std::array<float, 2> Targets(float time, float note, float fine, float factor) {
-        const auto type = static_cast<int>(module.Value(E::DelayTimeType));
+        const auto type = static_cast<int>(knobs.Get(E::DelayTimeType));
         float base = (time + fine) * (rate * 0.001f);
         if (type != 0) {
             const float notes = 0.03125f * std::exp2(std::floor(note));
@@ -132,7 +138,7 @@ private:
                 std::clamp(base * factor, 0.01f * rate, 4.0f * rate)};
     }
 
-    /// Both banks moved on by a block.
+    /// Both banks moved on by a full block.
     float Flutter() {
         float sums[2] = {};
         for (size_t i = 0; i < 20; ++i) {
@@ -156,7 +162,7 @@ private:
     }
 
     /// Designs the losses for a delay in milliseconds.
-    void Losses(Channel& c, float delayMs) const {
+    void Losses(Head& c, float delayMs) const {
         static const float rowsOf[14][5] = {{60, 16000.0f, 0.8f, 16100.0f, 0.49f},
                                             {61, 16000.0f, 0.8f, 15790.7f, 0.48935f},
                                             {71, 16000.0f, 0.8f, 12800.0f, 0.48f},
@@ -171,21 +177,14 @@ private:
                                             {139, 15188.0f, 0.7594f, 5676.1f, 0.4394f},
                                             {150, 15000.0f, 0.75f, 5300.0f, 0.43f},
                                             {162, 14500.0f, 0.75f, 5000.0f, 0.4f}};
-        const auto blend = [](float x, float y, float f) { return (1 - f) * x + f * y; };
-        const auto entry = [&](int ms, int column) {
-            int r = 0;
-            while (r < 12 && ms > static_cast<int>(rowsOf[r + 1][0]))
-                ++r;
-            const float* const from = rowsOf[r];
-            const float* const to = rowsOf[r + 1];
-            return blend(from[column], to[column],
-                         (static_cast<float>(ms) - from[0]) / (to[0] - from[0]));
-        };
-        const float ms = std::clamp(delayMs, 60.0f, 162.0f) - 60.0f;
-        const auto i = static_cast<int>(ms);
-        const auto column = [&](int k) {
-            return blend(entry(60 + i, k), entry(61 + i, k), ms - static_cast<float>(i));
-        };
+        const float ms = std::clamp(delayMs, 60.0f, 162.0f);
+        size_t r = 0;
+        while (r < 12 && ms > rowsOf[r + 1][0])
+            ++r;
+        const float* const from = rowsOf[r];
+        const float* const to = rowsOf[r + 1];
+        const float share = (ms - from[0]) / (to[0] - from[0]);
+        const auto column = [=](int k) { return (1.0f - share) * from[k] + share * to[k]; };
         const auto design = [this](PlainBiquad& filter, float frequency, float q) {
             const float w = 6.2831855f * frequency * turn;
             filter.LowPass(w, std::sin(w) * 0.5f / q);
@@ -195,22 +194,22 @@ private:
         design(c.loss, column(3), column(4));
     }
 
-    void Block(const Stereo& in, Stereo& out, size_t at) {
-        pingPong = Is(E::DelayType);
-        intensity.SetTarget(0.915f * Get(E::Intensity, 5));
-        wet.SetTarget(2.0f * Get(E::DryWet, 2));
-        input.SetTarget(Linear(Get(E::InputVolume, 6)));
+    void Update() {
+        pingPong = knobs.IsOn(E::DelayType);
+        intensity.SetTarget(0.915f * knobs.Get(E::Intensity, 5));
+        wet.SetTarget(2.0f * knobs.Get(E::DryWet, 2));
+        input.SetTarget(Linear(knobs.Get(E::InputVolume, 6)));
         for (const auto& [smoother, id, row] :
              {std::tuple{&high, E::HPFreq, 8u}, {&low, E::LPFreq, 9u}})
-            due ? smoother->Reset(Get(id, row)) : smoother->SetTarget(Get(id, row));
+            due ? smoother->Reset(knobs.Get(id, row)) : smoother->SetTarget(knobs.Get(id, row));
         due = false;
-        const float wHigh = 6.2831855f * high.Tick() * turn, wLow = 6.2831855f * low.Tick() * turn;
-        apart.SetTarget(pingPong ? Get(E::StereoWidthPP, 7) : 0.0f);
-        width.SetTarget(pingPong ? 0.0f : Get(E::StereoWidth, 7));
+        const float highHz = high.Tick(), lowHz = low.Tick();
+        apart.SetTarget(pingPong ? knobs.Get(E::StereoWidthPP, 7) : 0.0f);
+        width.SetTarget(pingPong ? 0.0f : knobs.Get(E::StereoWidth, 7));
         tempo = 120.0f;
         const float factor = 1.0f + 0.2f * width.Tick();
-        targets = Targets(Get(E::DelayTime, 3), Get(E::DelayTimeSynced, 3),
-                          Get(E::DelayTimeFine, 4), factor);
+        targets = Targets(knobs.Get(E::DelayTime, 3), knobs.Get(E::DelayTimeSynced, 3),
+                          knobs.Get(E::DelayTimeFine, 4), factor);
         apart.FillBlock(apartView.data(), frames);
         input.FillBlock(inputView.data(), frames);
         wet.FillBlock(wetView.data(), frames);
@@ -219,44 +218,30 @@ private:
             std::min(blockMs <= 174.0f ? std::max(11.22f - blockMs * 0.05973f, 0.0001f)
                                        : std::max(1.0108747f - blockMs * 0.001010775f, 0.001f),
                      100.0f);
-        const float step = (Flutter() - lastFlutter) / static_cast<float>(frames);
-        for (Channel& c : channels) {
-            c.highPass.HighPass(wHigh, std::sin(wHigh) * 0.70710355f);
-            c.lowPass.LowPass(wLow, std::sin(wLow) * 0.70710355f);
+        for (Head& c : channels) {
+            c.highPass.FlatHighPass(highHz, rate);
+            c.lowPass.FlatLowPass(lowHz, rate);
             c.bump.HighPass(628.31854f * turn, std::sin(628.31854f * turn));
             Shelf(c.record, 17592.92f * turn, 1.4125376f, 1.828465f);
             Shelf(c.playback, 17592.92f * turn, 0.70794576f, 1.2944541f);
         }
-        for (size_t n = 0; n < frames; ++n)
-            Sample(n, lastFlutter + step * static_cast<float>(n + 1),
-                   {in[0][at + n], in[1][at + n]}, {&out[0][at + n], &out[1][at + n]});
-        lastFlutter += step * static_cast<float>(frames);
-        float *from = levelView.data(), *to = envelopeView.data();
-        dsp::ProcessBlock block;
-        block.inputs = &from;
-        block.outputs = &to;
-        block.numInputs = block.numOutputs = 1;
-        block.numFrames = frames;
-        follower.Process(block);
-        meter = envelopeView[0] > 0.4f ? 1.0f : 0.0f;
     }
 
     float Longer() const { return std::max(channels[0].now, channels[1].now); }
 
-    void Sample(size_t n, float flutter, const std::array<float, 2>& in,
-                const std::array<float*, 2>& out) {
-        const float conf = module.Value(E::ConfInGainCompensated) + 20.0f;
+    void Sample(size_t n, float flutter, const std::array<float, 2>& in, Stereo& out) {
+        const float conf = knobs.Get(E::ConfInGainCompensated) + 20.0f;
         const float noise = 4.0f * (static_cast<float>(PlainDraw(random)) * 2.3283064e-10f) - 2.0f;
         const float drifted = drift.Run(noise);
         std::array<float, 2> w{};
         for (size_t c = 0; c < 2; ++c) {
-            Channel& k = channels[c];
+            Head& k = channels[c];
             k.taken = k.lowPass.Run(k.highPass.Run(in[c] * (inputView[n] * Linear(conf))));
             k.recorded = k.record.Run(k.taken);
-            w[c] = Head(c, flutter, drifted);
+            w[c] = Play(c, flutter, drifted);
         }
         const float fb = intensity.Tick();
-        Channel &l = channels[0], &r = channels[1];
+        Head &l = channels[0], &r = channels[1];
         if (pingPong) {
             const float back = r.played * fb;
             r.tape.Write(l.e);
@@ -270,13 +255,13 @@ private:
             levelView[n] = std::max(r.e * fb + r.taken, l.e * fb + l.taken);
         }
         for (size_t c = 0; c < 2; ++c)
-            *out[c] = std::min(wetView[n], 1.0f) * Linear(-conf) * w[c] +
-                      std::clamp(2.0f - wetView[n], 0.0f, 1.0f) * in[c];
+            out[c][n] = std::min(wetView[n], 1.0f) * Linear(-conf) * w[c] +
+                        std::clamp(2.0f - wetView[n], 0.0f, 1.0f) * in[c];
     }
 
     /// From the motor to behind the DC block.
-    float Head(size_t index, float flutter, float drifted) {
-        Channel& c = channels[index];
+    float Play(size_t index, float flutter, float drifted) {
+        Head& c = channels[index];
         const auto pole = [this](double seconds) {
             return 1.0 - std::exp(-5.0 / (seconds * double{rate}));
         };
@@ -318,12 +303,10 @@ private:
         return c.dcOut;
     }
 
-    E& module;
     float rate, turn;
     uint32_t frames;
     uint32_t random;
-    std::array<float, 10> rows{};
-    std::array<Channel, 2> channels;
+    std::array<Head, 2> channels;
     std::array<float, 2> targets{};
     std::array<float, 20> phases{}, levels{};
     PlainBiquad drift;

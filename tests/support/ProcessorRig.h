@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,8 +15,23 @@
 #include "processor/IProcessor.h"
 #include "support/ModuleRig.h"
 #include "support/SeededClock.h"
+#include "support/TestSignals.h"
 
 namespace Quorvan::test {
+
+/// The display record as a user interface reads it, byte by byte.
+struct Display {
+    const float* buffer;
+    uint64_t length, writePosition, playPosition;
+    const std::vector<uint32_t>* grains;
+    const std::vector<uint32_t>* markers;
+    std::atomic<int32_t>* lock;
+    uint64_t started, ended;
+};
+
+inline Stereo NoisePair(size_t length, float amplitude = 0.3f) {
+    return {Noise(1, length, amplitude), Noise(2, length, amplitude)};
+}
 
 /// A processor made through the factory, driven block by block as a wrapper drives it. All chance
 /// in it follows from the seed.
@@ -25,11 +42,14 @@ public:
         factory.reset(GetProcessorFactory());
         processor.reset(static_cast<Processor::IProcessor_V5*>(factory->CreateProcessor()));
         processor->SetLogger(nullptr);
+        Initialize(rate);
+    }
+    void Initialize(float sampleRate) {
+        rate = sampleRate;
         processor->Initialize(&rate);
         blockSize = processor->GetBlockSize(rate);
-        for (auto* buffers : {&silence, &scratch})
-            for (Channel& channel : *buffers)
-                channel.assign(blockSize, 0.0f);
+        for (Channel& channel : scratch)
+            channel.assign(blockSize, 0.0f);
     }
 
     static uint32_t IndexOf(const std::string& name) {
@@ -48,6 +68,15 @@ public:
             Set(name, position);
         return *this;
     }
+    /// Sets what "name=position" says, several with semicolons between them. The prefix goes ahead
+    /// of each name.
+    ProcessorRig& SetAll(const std::string& positions, const std::string& prefix = {}) {
+        std::istringstream text(positions);
+        std::string name, position;
+        while (std::getline(text, name, '=') && std::getline(text, position, ';'))
+            Set(prefix + name, std::stof(position));
+        return *this;
+    }
     float Get(const std::string& name) { return GetAt(IndexOf(name)); }
     float GetAt(uint32_t index) {
         float position = -1.0f;
@@ -56,18 +85,12 @@ public:
     }
     /// Full wet signal at unity and a cloud of medium grains.
     ProcessorRig& MakeAudible() {
-        return Set({{"Dry / Wet", 1.0f},
-                    {"Granular Volume", 1.0f},
-                    {"Master Volume", 1.0f},
-                    {"MoteWeaver_MaxGrains", 1.0f},
-                    {"MoteWeaver_GranularPhaseHelper_RateUnSynced", 0.7f},
-                    {"MoteWeaver_GrainSizeAbsolute", 0.4f},
-                    {"MoteWeaver_ShapeParam", 0.5f},
-                    {"MoteWeaver_Shape", 0.3f},
-                    {"MoteWeaver_Pitch", 0.5f},
-                    {"MoteWeaver_RandomDirection", 1.0f},
-                    {"MoteWeaver_BufferLengthSynced", 0.5f},
-                    {"MoteWeaver_Speed", 0.75f}});
+        return SetAll(
+            "Dry / Wet=1;Granular Volume=1;Master Volume=1;MoteWeaver_MaxGrains=1;"
+            "MoteWeaver_GranularPhaseHelper_RateUnSynced=0.7;MoteWeaver_GrainSizeAbsolute=0.4;"
+            "MoteWeaver_ShapeParam=0.5;MoteWeaver_Shape=0.3;MoteWeaver_Pitch=0.5;"
+            "MoteWeaver_RandomDirection=1;MoteWeaver_BufferLengthSynced=0.5;"
+            "MoteWeaver_Speed=0.75");
     }
     void EndPresetLoad() {
         Set("PresetLoading", 1.0f);
@@ -116,6 +139,12 @@ public:
         return Run({zeros, zeros});
     }
 
+    Display ReadDisplay() {
+        Display display{};
+        uint32_t size = sizeof(display);
+        processor->GetParameterBlob(136, reinterpret_cast<uint8_t*>(&display), &size);
+        return display;
+    }
     std::vector<Processor::ParameterChange> TakeParameterChanges() {
         const Processor::ParameterChange* list = nullptr;
         int32_t count = 0;
@@ -137,7 +166,7 @@ public:
     uint32_t blockSize = 0;
     std::unique_ptr<Processor::IProcessorFactory> factory;
     std::unique_ptr<Processor::IProcessor_V5> processor;
-    std::array<Channel, 4> silence, scratch;
+    std::array<Channel, 4> scratch;
 
 private:
     static std::map<std::string, uint32_t> ReadNames() {

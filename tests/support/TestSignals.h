@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <numbers>
@@ -41,6 +42,13 @@ inline std::vector<float> Bursts(uint32_t seed, size_t length, float peak) {
             signal[at] *= gain;
     }
     return signal;
+}
+
+inline float PeakLevel(const std::vector<float>& signal, size_t from = 0, size_t to = SIZE_MAX) {
+    float peak = 0.0f;
+    for (size_t i = from; i < std::min(to, signal.size()); ++i)
+        peak = std::max(peak, std::abs(signal[i]));
+    return peak;
 }
 
 inline float DecibelsOf(float gain) { return 20.0f * std::log10(gain); }

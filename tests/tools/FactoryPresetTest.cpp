@@ -1,43 +1,23 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
+#include <set>
 
 #include "presets/FactoryPresets.h"
+#include "support/TestSignals.h"
 #include "tools/ToolRig.h"
-#include "tools/audio/AudioWriter.h"
 #include "tools/audio/DemoSound.h"
 #include "tools/render/RenderJob.h"
 
 namespace Quorvan::Tools {
 namespace {
 
-constexpr double kRate = 48000.0;
-constexpr double kSeconds = 5.0;
-
 /// Every factory preset on the demo sound.
-class FactoryPresetTest : public ::testing::Test {
+class FactoryPresetTest : public test::RenderRig {
 protected:
     FactoryPresetTest() {
-        AtomicOutput file(folder / "demo.wav", true);
-        const AudioFormat form = AudioFormat::Choose(folder / "demo.wav", "float", kRate, 2);
-        AudioWriter writer(file, form, kRate, 2, demo.Frames());
-        writer.Write(demo.Pointers(), demo.Frames());
-        writer.Finish();
-        file.Commit();
-    }
-
-    Summary Render(const std::string& preset) const {
-        RenderSettings settings;
-        settings.input = folder / "demo.wav";
-        settings.output = folder / "out.wav";
-        settings.preset = preset;
-        settings.seed = 11;
-        settings.tail = 0.0;
-        settings.format = "float";
-        settings.force = true;
-        settings.progress = false;
-        return RenderJob(settings, catalog).Run();
+        test::RunTool({"demo-sound", folder / "in.wav", "--seconds", "5"});
+        demo = test::ReadSound(folder / "in.wav");
     }
 
     /// What is left of the output when the best-fitting copy of the input is taken away, as a share
@@ -45,7 +25,7 @@ protected:
     double Difference(const test::Channels& out) const {
         double dryDry = 0.0, dryWet = 0.0, wetWet = 0.0;
         for (uint32_t c = 0; c < 2; ++c) {
-            for (size_t i = 0; i < demo.Frames(); ++i) {
+            for (size_t i = 0; i < demo[c].size(); ++i) {
                 const auto dry = static_cast<double>(demo[c][i]);
                 const auto wet = static_cast<double>(out[c][i]);
                 dryDry += dry * dry;
@@ -56,20 +36,19 @@ protected:
         return 1.0 - dryWet * dryWet / (dryDry * wetWet);
     }
 
-    test::Folder folder;
-    Host::ParameterCatalog catalog;
-    Planes demo = MakeDemoSound(kRate, kSeconds);
+    test::Channels demo;
 };
 
 TEST_F(FactoryPresetTest, AllAreAudibleUnclippedAndDifferentFromTheInput) {
     for (const Host::FactoryPreset& preset : Host::FactoryPresets()) {
         SCOPED_TRACE(preset.id);
-        const Summary summary = Render(std::string(preset.id));
-        EXPECT_TRUE(summary.warnings.empty()) << summary.warnings.front();
-        EXPECT_GT(summary.loudness.value_or(-100.0), -24.0);
-        EXPECT_LT(summary.loudness.value_or(0.0), -12.0);
-        EXPECT_LT(summary.peak, 1.0f);
-        EXPECT_GT(summary.grains, 8u);
+        const auto summary =
+            Summary({"--preset", std::string(preset.id), "--seed", "11", "--format", "float"});
+        EXPECT_TRUE(summary["warnings"].empty()) << summary["warnings"];
+        EXPECT_GT(summary["loudnessLufs"].get<double>(), -24.0);
+        EXPECT_LT(summary["loudnessLufs"].get<double>(), -12.0);
+        EXPECT_LT(summary["peakDb"].get<double>(), 0.0);
+        EXPECT_GT(summary["grains"].get<int>(), 8);
         EXPECT_GT(Difference(test::ReadSound(folder / "out.wav")), 0.2);
     }
 }
@@ -77,6 +56,7 @@ TEST_F(FactoryPresetTest, AllAreAudibleUnclippedAndDifferentFromTheInput) {
 TEST_F(FactoryPresetTest, AllAreTold) {
     ASSERT_GE(Host::FactoryPresets().size(), 11u);
     EXPECT_EQ(Host::FactoryPresets().front().id, "init");
+    const Host::ParameterCatalog catalog;
     for (const Host::FactoryPreset& preset : Host::FactoryPresets()) {
         SCOPED_TRACE(preset.id);
         std::vector<std::string> warnings;
@@ -88,22 +68,46 @@ TEST_F(FactoryPresetTest, AllAreTold) {
     }
 }
 
-TEST_F(FactoryPresetTest, ConstructedProcessorIsSilentAndInitIsNot) {
+TEST_F(FactoryPresetTest, ConstructedProcessorIsSilent) {
     test::WriteFile(folder / "bare.json", R"({"format": "tesserae-preset", "version": 1})");
-    EXPECT_LT(Render(folder / "bare.json").peak, 0.001f);
-    EXPECT_GT(Render("init").peak, 0.1f);
+    EXPECT_LT(test::PeakLevel(Render({"--preset", folder / "bare.json"})[0]), 0.001f);
+}
+
+TEST_F(FactoryPresetTest, WhatTheyRouteIsHeard) {
+    size_t routed = 0;
+    std::set<std::string> sources;
+    for (const Host::FactoryPreset& preset : Host::FactoryPresets()) {
+        SCOPED_TRACE(preset.id);
+        nlohmann::json json = nlohmann::json::parse(preset.json);
+        if (json.value("routings", nlohmann::json::array()).empty())
+            continue;
+        ++routed;
+        for (const nlohmann::json& routing : json["routings"])
+            sources.insert(routing["source"].get<std::string>());
+        json.erase("routings");
+        test::WriteFile(folder / "still.json", json.dump());
+        EXPECT_FALSE(Render({"--preset", std::string(preset.id)}) ==
+                     Render({"--preset", folder / "still.json"}));
+    }
+    EXPECT_GE(routed, 8u);
+    for (const char* source :
+         {"Envelope Follower", "Function 1", "Step Sequencer", "Macro 1", "Macro 2"})
+        EXPECT_TRUE(sources.contains(source)) << source;
+}
+
+TEST_F(FactoryPresetTest, SettingsGoAheadOfTheirRoutings) {
+    const test::Channels plain = Render({"--preset", "two-hands"});
+    for (const char* assignment : {"Modulations_Dst7_Src7_Amount=0.5",
+                                   "Modulations_Dst10_Src6_Activated=Off", "Macro 1=0.9"})
+        EXPECT_NE(Render({"--preset", "two-hands", "--set", assignment}), plain) << assignment;
 }
 
 TEST(DemoSoundTest, IsMusicOfTheSameBitsEveryTime) {
-    const Planes sound = MakeDemoSound(kRate, 2.0);
-    const Planes again = MakeDemoSound(kRate, 2.0);
-    float peak = 0.0f;
-    for (uint32_t c = 0; c < 2; ++c) {
+    const Planes sound = MakeDemoSound(48000.0, 2.0);
+    const Planes again = MakeDemoSound(48000.0, 2.0);
+    for (uint32_t c = 0; c < 2; ++c)
         EXPECT_EQ(sound[c], again[c]);
-        for (const float sample : sound[c])
-            peak = std::max(peak, std::abs(sample));
-    }
-    EXPECT_NEAR(peak, 0.708f, 0.001f);
+    EXPECT_NEAR(std::max(test::PeakLevel(sound[0]), test::PeakLevel(sound[1])), 0.708f, 0.001f);
     EXPECT_NE(sound[0], sound[1]);
 }
 

@@ -75,6 +75,12 @@ TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure({"rendre"}, 2, {"rendre"});
     ExpectFailure(Render({"--picture", folder / "out.wav"}), 2, {"two files"});
     ExpectFailure({"params", "nothing-like-it"}, 2, {"nothing-like-it"});
+    const std::string csv = folder / "m.csv";
+    ExpectFailure(Render({"--modulation-csv", csv, "--modulation-destinations", "Pich"}), 2,
+                  {"\"Pitch\""});
+    ExpectFailure(Render({"--modulation-destinations", "Pitch"}), 2, {"--modulation-csv"});
+    ExpectFailure(Render({"--modulation-csv", folder / "out.wav"}), 2, {"Name two files"});
+    ExpectFailure(Render({"--modulation-csv", csv, "--picture", csv}), 2, {"Name two files"});
 }
 
 TEST_F(FailureTest, InputsThatCannotBeUsedAreNamed) {

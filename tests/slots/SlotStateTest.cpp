@@ -1,0 +1,198 @@
+// What the slot and each of its effects promise about what they hold and what is handed to them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+#include "slots/FxVariant.h"
+#include "support/EchoMeters.h"
+#include "support/ModuleRig.h"
+#include "support/SeededClock.h"
+#include "support/SideBySide.h"
+
+namespace Quorvan::Processor {
+namespace {
+
+using test::BlockOf;
+using test::Channel;
+using test::PeakOf;
+using test::Stereo;
+using Fx = FxVariant;
+
+Stereo NoisePair(uint32_t seed, size_t length) {
+    return {test::Noise(seed, length, 0.5f), test::Noise(seed + 1, length, 0.5f)};
+}
+
+/// A slot with one effect at random settings, fully wet.
+struct Rig : test::ModuleRig<Fx> {
+    Rig(uint32_t number, float rate, uint32_t seed)
+        : ModuleRig(rate, BlockOf(rate), "FX1"), effect(number), dice(static_cast<float>(seed)) {
+        Choose(effect);
+        Jump(1.0f);
+        module.SetParameterValue(Fx::DryWetInternal, 1.0f);
+        for (uint32_t channel = 2; channel < module.NumInputs(); ++channel)
+            Modulate(channel, dice.Between(-0.2f, 0.2f));
+    }
+    void Choose(uint32_t number) {
+        module.SetParameterValue(Fx::ModuleType, static_cast<float>(number));
+    }
+    void Set(uint32_t id, float position) { module.SetParameterNormalized(id, position); }
+    /// Draws a share of the effect's settings anew.
+    void Jump(float share) {
+        for (uint32_t id = Fx::kOffsets[effect]; id < Fx::kOffsets[effect + 1]; ++id)
+            if (dice.Chance(share))
+                Set(id, dice.Unit());
+    }
+
+    uint32_t effect;
+    test::Dice dice;
+};
+
+class SlotStateTest : public ::testing::TestWithParam<uint32_t> {
+protected:
+    /// What comes out behind some noise and whatever is done between, for several settings.
+    static std::vector<Stereo> Outputs(const std::function<void(Rig&)>& before,
+                                       const std::function<void(Rig&)>& between) {
+        std::vector<Stereo> outputs;
+        for (uint32_t seed = 1; seed < 7; ++seed) {
+            const test::SeededClock clock(5);
+            Rig rig(GetParam(), 48000.0f, seed);
+            before(rig);
+            rig.Run(NoisePair(5, 9600));
+            between(rig);
+            Stereo last = NoisePair(9, 9600);
+            for (Channel& channel : last)
+                std::fill_n(channel.begin() + 2400, 7200, 0.0f);
+            outputs.push_back(rig.Run(last));
+        }
+        return outputs;
+    }
+    static void Nothing(Rig&) {}
+};
+
+TEST_P(SlotStateTest, EffectStartsAfreshAndGoesOnWithTheStateItWasLeftIn) {
+    const Stereo meanwhile = NoisePair(7, 4800);
+    const auto visitOthers = [&](Rig& rig) {
+        rig.Choose(rig.effect % 9 + 1);
+        rig.Run(meanwhile);
+        rig.Choose(Fx::kPassThrough);
+        EXPECT_EQ(rig.Run(meanwhile), meanwhile);
+        rig.module.Reset(true);  // reaches PassThrough alone
+        rig.Choose(rig.effect);
+    };
+    const auto wanted = Outputs(Nothing, Nothing);
+    EXPECT_TRUE(Outputs(visitOthers, Nothing) == wanted);
+    EXPECT_TRUE(Outputs(Nothing, visitOthers) == wanted);
+    const auto reset = [](Rig& rig) { rig.module.Reset(false); };
+    EXPECT_TRUE(GetParam() == Fx::kPassThrough || Outputs(Nothing, reset) != wanted);
+}
+
+TEST_P(SlotStateTest, BypassHoldsTheEffect) {
+    const Stereo meanwhile = NoisePair(11, 960);
+    const auto bypass = [&](Rig& rig) {
+        rig.Set(Fx::Bypass, 1.0f);
+        EXPECT_EQ(rig.Run(meanwhile, 9.0f), meanwhile);
+        rig.Set(Fx::CopyOnBypass, 0.0f);
+        EXPECT_EQ(rig.Run(meanwhile, 9.0f), (Stereo{Channel(960), Channel(960)}));
+        rig.Set(Fx::Bypass, 0.0f);
+    };
+    EXPECT_TRUE(Outputs(Nothing, bypass) == Outputs(Nothing, Nothing));
+}
+
+/// What comes out of an effect whose settings jump in the middle. The last block is a short one.
+template <class Feed>
+Stereo InTwoRuns(uint32_t effect, float rate, uint32_t seed, Feed feed) {
+    const test::SeededClock clock(5);
+    Rig rig(effect, rate, seed);
+    Stereo signal = NoisePair(3, 4836);
+    feed(rig, signal);
+    rig.Jump(1.0f);
+    feed(rig, signal);
+    return signal;
+}
+
+TEST(SlotTest, EffectsRunInPlace) {
+    for (uint32_t effect = 0; effect < 10; ++effect) {
+        if (effect == Fx::kDistortion)  // its mix reads the input behind it
+            continue;
+        for (const float rate : test::kRates) {
+            for (uint32_t seed = 1; seed < 4; ++seed) {
+                const Stereo inPlace = InTwoRuns(
+                    effect, rate, seed, [](Rig& rig, Stereo& signal) { rig.RunInPlace(signal); });
+                const Stereo apart = InTwoRuns(
+                    effect, rate, seed, [](Rig& rig, Stereo& signal) { signal = rig.Run(signal); });
+                EXPECT_TRUE(inPlace == apart) << effect << " at " << rate;
+            }
+        }
+    }
+}
+
+TEST_P(SlotStateTest, DryIsTheInput) {
+    test::ModuleRig<Fx> rig(48000.0f, 48, "FX1");
+    rig.module.SetParameterValue(Fx::ModuleType, static_cast<float>(GetParam()));
+    for (const uint32_t chorus : {Fx::kOffsets[Fx::kChorus], Fx::kOffsets[Fx::kFlanger]})
+        rig.module.SetParameterValue(chorus + dsp::Chorus::StereoMode, 1.0f);
+    rig.module.SetParameterValue(Fx::DryWetInternal, 0.0f);
+    rig.module.Reset(true);
+    const Stereo input = NoisePair(1, 4800);
+    EXPECT_TRUE(rig.Run(input) == input);
+}
+
+/// The parameter that makes an effect feed itself, if it has one.
+uint32_t FeedbackOf(uint32_t effect) {
+    switch (effect) {
+        case Fx::kDelay:
+            return Fx::kOffsets[effect] + dsp::Delay::Feedback;
+        case Fx::kOctaverDelay:
+            return Fx::kOffsets[effect] + dsp::OctaverDelay::Feedback;
+        case Fx::kTapeEcho:
+            return Fx::kOffsets[effect] + dsp::SpaceEchoLite::Intensity;
+        case Fx::kChorus:
+        case Fx::kFlanger:
+            return Fx::kOffsets[effect] + dsp::Chorus::Feedback;
+        case Fx::kReverb:
+            return Fx::kOffsets[effect] + dsp::DattorroCore::Decay;
+        default:
+            return Fx::ModuleType;  // which is written again
+    }
+}
+
+TEST_P(SlotStateTest, StaysBoundedUnderJumpsFallsSilentAndIsSilencedByAReset) {
+    for (const float rate : test::kRates) {
+        Rig rig(GetParam(), rate, 1);
+        const Stereo noise = NoisePair(1, size_t{20} * BlockOf(rate));
+        const Stereo silence{Channel(BlockOf(rate) * 4000), Channel(BlockOf(rate) * 4000)};
+        const float bound = GetParam() == Fx::kCompressor ? 1000.0f : 50.0f;
+        const auto playNoise = [&] {
+            for (uint32_t jumps = 0; jumps < 100; ++jumps) {
+                rig.Jump(0.1f);
+                rig.Set(FeedbackOf(rig.effect), 1.0f);
+                rig.Choose(rig.effect);
+                for (const Channel& channel : rig.Run(noise))
+                    for (const float x : channel)
+                        ASSERT_LT(std::abs(x), bound) << rate;  // nor is it a NaN
+            }
+        };
+        playNoise();
+        if (GetParam() == Fx::kReverb)  // whose input low-pass keeps what it holds
+            rig.Run({Channel(9600), Channel(9600)});
+        rig.module.Reset(false);
+        EXPECT_EQ(PeakOf(rig.Run(silence)), 0.0f) << rate;
+
+        playNoise();
+        test::ModuleRig<Fx> fresh(rate, BlockOf(rate), "FX1");
+        for (uint32_t id = Fx::kOffsets[rig.effect]; id < Fx::kOffsets[rig.effect + 1]; ++id)
+            rig.Set(id, fresh.module.GetParameterNormalized(id));
+        rig.Set(FeedbackOf(rig.effect), 0.5f);
+        rig.Choose(rig.effect);
+        rig.Run(silence);
+        EXPECT_LT(PeakOf(rig.Run(silence)), 1.0e-7f) << rate;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Effects, SlotStateTest, ::testing::Range(0u, 10u));
+
+}  // namespace
+}  // namespace Quorvan::Processor
