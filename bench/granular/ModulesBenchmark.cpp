@@ -4,6 +4,7 @@
 #include "effects/EffectLoop.h"
 #include "granular/BitCrusher.h"
 #include "granular/GranularPhaseHelper.h"
+#include "granular/MoteWeaver.h"
 #include "granular/StepSequencerGranular.h"
 #include "granular/TransientDetector.h"
 
@@ -20,6 +21,19 @@ void CountFrames(benchmark::State& state) {
     const double frames = static_cast<double>(state.iterations()) * kFrames;
     state.counters["frame"] = Counter(frames, Counter::kIsRate | Counter::kInvert);
 }
+
+/// Recording, clocks and heads, with no grain: the trigger stays shut.
+void BM_MoteWeaverRecords(benchmark::State& state) {
+    namespace Id = dsp::MoteWeaverId;
+    test::EffectLoop<dsp::MoteWeaver> granular("MoteWeaver");
+    granular.effect.SetParameterNormalized(Id::TriggerMode, 1.0f);
+    granular.effect.SetParameterNormalized(Id::PlaybackMode,
+                                           0.5f * static_cast<float>(state.range(0)));
+    granular.effect.SetParameterNormalized(Id::Speed, 0.75f);
+    granular.Settle(1.0);
+    granular.Measure(state);
+}
+BENCHMARK(BM_MoteWeaverRecords)->ArgName("playback")->DenseRange(0, 2);
 
 void BM_BitCrusher(benchmark::State& state) {
     test::EffectLoop<dsp::BitCrusher> crusher("BitCrusher");

@@ -66,14 +66,25 @@ TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolute=9 parsec"}), 2,
                   {"9 parsec", "ms"});
     ExpectFailure(Render({"--set", "PresetLoading=1"}), 2, {"\"PresetLoading\"", "can't be set"});
-    ExpectFailure(Render({"--tempo", "0"}), 2, {"--tempo"});
+    for (const Arguments& option : std::vector<Arguments>{{"--tempo", "0"},
+                                                          {"--tempo", "nan"},
+                                                          {"--tail", "nan"},
+                                                          {"--start-beat", "inf"},
+                                                          {"--seed", "-1"},
+                                                          {"--seed", "18446744073709551616"}})
+        ExpectFailure(Render(option), 2, {option[0], option[1]});
     ExpectFailure(Render({"--play", "--stop"}), 2, {"--stop"});
     ExpectFailure(Render({"--format", "mp7"}), 2, {"\"mp7\"", "flac"});
     ExpectFailure({"render", folder / "in.wav", "-o", folder / "out.xyz"}, 2, {"out.xyz", ".flac"});
     ExpectFailure({"render", folder / "in.wav", "-o", folder / "out.flac", "--format", "float"}, 2,
                   {"FLAC"});
+    ExpectFailure({"render", folder / "in.wav", "-o", folder / "out.ogg", "--format", "opus",
+                   "--rate", "44100"},
+                  2, {"44100", "--rate 48000"});
     ExpectFailure({"rendre"}, 2, {"rendre"});
     ExpectFailure(Render({"--picture", folder / "out.wav"}), 2, {"two files"});
+    ExpectFailure(Render({"--picture", folder / "./out.wav"}), 2, {"two files"});
+    ExpectFailure(Render({"--picture", folder / "out.jpg"}), 2, {".png"});
     ExpectFailure({"params", "nothing-like-it"}, 2, {"nothing-like-it"});
     const std::string csv = folder / "m.csv";
     ExpectFailure(Render({"--modulation-csv", csv, "--modulation-destinations", "Pich"}), 2,
@@ -167,6 +178,9 @@ TEST_F(FailureTest, FullDiskLeavesNothing) {
                   limit(32000));
     ExpectFailure({"render", folder / "in.wav", "-o", folder / "older.wav", "--force"}, 4,
                   {"older.wav"}, limit(20000));
+    for (const char* list : {"params", "presets", "destinations", "info"})
+        ExpectFailure({list}, 4, {"could not be written"},
+                      [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
 }
 
 TEST_F(FailureTest, InterruptedRunsLeaveNothing) {

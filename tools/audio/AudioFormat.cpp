@@ -2,6 +2,7 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
@@ -102,6 +103,13 @@ Wanted Understand(const std::string& text) {
     return wanted;
 }
 
+/// The check of the library below lets Opus pass at every rate, and the writer fails afterwards.
+bool OpusLacks(const Encoding& encoding, int rate) {
+    constexpr std::array kRates{8000, 12000, 16000, 24000, 48000};
+    return encoding.code == SF_FORMAT_OPUS &&
+           std::find(kRates.begin(), kRates.end(), rate) == kRates.end();
+}
+
 }  // namespace
 
 AudioFormat AudioFormat::Choose(const std::filesystem::path& name, const std::string& wanted,
@@ -116,6 +124,10 @@ AudioFormat AudioFormat::Choose(const std::filesystem::path& name, const std::st
     info.format = container.code | encoding.code;
     AudioFormat format{encoding.bits, info.format, container.code == SF_FORMAT_OGG,
                        std::string(container.text) + ", " + std::string(encoding.text)};
+    if (OpusLacks(encoding, info.samplerate))
+        throw Failure(ExitCode::Usage, "There is no " + format.text + " file at " +
+                                           std::to_string(info.samplerate) +
+                                           " Hz. Add --rate 48000, or choose another --format.");
     if (sf_format_check(&info) == 0)
         throw Failure(ExitCode::Usage, "There is no " + format.text + " file at " +
                                            std::to_string(info.samplerate) +

@@ -22,6 +22,9 @@ public:
 
 protected:
     CLI::App& Options() { return *subcommand; }
+    /// End of a command whose result is what it has printed. Throws Failure where that did not
+    /// arrive, such as on a full disk.
+    static ExitCode Printed();
 
 private:
     CLI::App* subcommand;

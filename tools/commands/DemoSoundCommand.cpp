@@ -4,6 +4,7 @@
 
 #include "tools/audio/AudioWriter.h"
 #include "tools/audio/DemoSound.h"
+#include "tools/support/NumberChecks.h"
 #include "tools/support/Numbers.h"
 
 namespace Quorvan::Tools {
@@ -14,10 +15,10 @@ DemoSoundCommand::DemoSoundCommand(CLI::App& program)
     CLI::App& app = Options();
     app.add_option("output", output, "Sound file to write")->required()->type_name("OUT");
     app.add_option("--seconds", seconds, "Length (default: 8, four bars at 120 BPM)")
-        ->check(CLI::Range(0.1, 600.0))
+        ->check(NumberFrom(0.1, 600.0))
         ->type_name("SECONDS");
     app.add_option("--rate", rate, "Sample rate (default: 48000)")
-        ->check(CLI::Range(8000, 384000))
+        ->check(NumberFrom(8000, 384000))
         ->type_name("HZ");
     app.add_option("--format", format, "As with \"tesserae render\"")->type_name("FORMAT");
     app.add_flag("--force", force, "Replace a file that exists");

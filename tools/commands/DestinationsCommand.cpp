@@ -80,7 +80,7 @@ ExitCode DestinationsCommand::Run() {
     const Host::ParameterCatalog catalog;
     const std::vector<Row> rows = Collect(catalog);
     asJson ? PrintJson(rows) : PrintTable(rows);
-    return ExitCode::Success;
+    return Printed();
 }
 
 }  // namespace Quorvan::Tools

@@ -13,6 +13,7 @@
 #include "host/engine/Engine.h"
 #include "presets/FactoryPresets.h"
 #include "processor/IProcessor.h"
+#include "tools/support/NumberChecks.h"
 #include "tools/support/Numbers.h"
 #include "tools/support/TextTable.h"
 
@@ -60,7 +61,7 @@ InfoCommand::InfoCommand(CLI::App& program)
     : Command(program, "info", "Print versions, and latency and block size at a sample rate") {
     Options()
         .add_option("--rate", rate, "Sample rate (default: 48000)")
-        ->check(CLI::Range(1000.0, 768000.0))
+        ->check(NumberFrom(1000.0, 768000.0))
         ->type_name("HZ");
     Options().add_flag("--json", asJson, "Print JSON");
 }
@@ -74,7 +75,7 @@ ExitCode InfoCommand::Run() {
                        {"parameters", Processor::kParameterCount},
                        {"presets", Host::FactoryPresets().size()}};
         std::cout << all.dump(2) << "\n";
-        return ExitCode::Success;
+        return Printed();
     }
     std::cout << "Tesserae " << TESSERAE_VERSION << "\n\n";
     TextTable table({"Part", "Version"});
@@ -89,7 +90,7 @@ ExitCode InfoCommand::Run() {
               << " ms): one block of the queue and "
               << processing["processorLatencyFrames"].get<uint32_t>()
               << " of the limiter. Renders have it taken off.\n";
-    return ExitCode::Success;
+    return Printed();
 }
 
 }  // namespace Quorvan::Tools

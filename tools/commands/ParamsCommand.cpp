@@ -130,14 +130,13 @@ ExitCode ParamsCommand::Run() {
     const Host::ParameterCatalog catalog;
     const std::vector<Row> rows = Collect(catalog);
     if (rows.empty())
-        throw Failure(ExitCode::Usage, "No parameter's name holds " + Host::Quoted(filter) + ". " +
-                                           catalog.UnknownName(filter));
+        throw Failure(ExitCode::Usage, catalog.UnknownName(filter));
     if (asJson) {
         Json list = Json::array();
         for (const Row& row : rows)
             list.push_back(RowJson(*row.info, row.position, row.text));
         std::cout << list.dump(1, ' ', false, Json::error_handler_t::replace) << "\n";
-        return ExitCode::Success;
+        return Printed();
     }
     TextTable table({"Index", "Name", "Position", "Value", "Unit", "Range"});
     for (const Row& row : rows)
@@ -145,7 +144,7 @@ ExitCode ParamsCommand::Run() {
                    Fixed(static_cast<double>(row.position), 4), row.text, UnitText(*row.info),
                    RangeText(*row.info)});
     table.Print(std::cout);
-    return ExitCode::Success;
+    return Printed();
 }
 
 }  // namespace Quorvan::Tools

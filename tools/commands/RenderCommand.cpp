@@ -4,6 +4,7 @@
 
 #include "host/parameters/ParameterCatalog.h"
 #include "tools/render/RenderJob.h"
+#include "tools/support/NumberChecks.h"
 
 namespace Quorvan::Tools {
 
@@ -64,30 +65,31 @@ void RenderCommand::AddSound() {
     app.add_option("--seed", settings.seed,
                    "Start of all chance: the same seed gives the same file. Without it chance "
                    "chooses, and the summary tells")
+        ->transform(WholeNumber())
         ->type_name("N");
 }
 
 void RenderCommand::AddTime() {
     CLI::App& app = Options();
     app.add_option("--tempo", settings.tempo, "Tempo (default: the preset's, else 120)")
-        ->check(CLI::Range(1.0, 999.0))
+        ->check(NumberFrom(1.0, 999.0))
         ->type_name("BPM");
     CLI::Option* const play = app.add_flag("--play", playing, "The song plays (default)");
     app.add_flag("--stop", stopped, "The song stands still")->excludes(play);
     app.add_option("--start-beat", settings.startBeat,
                    "Song position at the start, in quarter notes; negative in a pre-roll")
-        ->check(CLI::Range(-1.0e6, 1.0e6))
+        ->check(NumberFrom(-1.0e6, 1.0e6))
         ->type_name("B");
     app.add_option("--tail", settings.tail,
                    "Sound behind the end of the input (default: as long as it lasts, at most 30)")
-        ->check(CLI::Range(0.0, 3600.0))
+        ->check(NumberFrom(0.0, 3600.0))
         ->type_name("SECONDS");
 }
 
 void RenderCommand::AddForm() {
     CLI::App& app = Options();
     app.add_option("--rate", settings.rate, "Resample the input first (default: its own rate)")
-        ->check(CLI::Range(1000, 768000))
+        ->check(NumberFrom(1000, 768000))
         ->type_name("HZ");
     app.add_option("--format", settings.format,
                    "wav, aiff, flac, ogg, caf; 16, 24, 32, float, vorbis, opus; or both: wav-float "

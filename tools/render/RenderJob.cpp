@@ -9,6 +9,7 @@
 
 #include "host/engine/TailEstimator.h"
 #include "host/parameters/ModulationNames.h"
+#include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
 #include "host/state/StateTransfer.h"
@@ -88,6 +89,7 @@ void RenderJob::OpenOutputs() {
     summary.channels = settings.mono ? 1 : 2;
     format = AudioFormat::Choose(settings.output, settings.format, rate, summary.channels);
     RefuseEqualOutputs();
+    RefuseOtherPictures();
     soundFile.emplace(settings.output, settings.force);
     if (settings.picture)
         pictureFile.emplace(*settings.picture, settings.force);
@@ -100,12 +102,24 @@ void RenderJob::RefuseEqualOutputs() const {
         throw Failure(ExitCode::Usage, what + " can't both go to " + Host::Quoted(file.string()) +
                                            ". Name two files.");
     };
-    if (settings.picture == settings.output)
+    // One file can have several names: "out.wav", "./out.wav", a link.
+    const auto same = [](const std::filesystem::path& one,
+                         const std::optional<std::filesystem::path>& other) {
+        return other && AtomicOutput::PlaceOf(one) == AtomicOutput::PlaceOf(*other);
+    };
+    if (same(settings.output, settings.picture))
         refuse("Sound and picture", settings.output);
-    if (settings.modulationCsv == settings.output)
+    if (same(settings.output, settings.modulationCsv))
         refuse("Sound and modulation", settings.output);
-    if (settings.picture && settings.picture == settings.modulationCsv)
+    if (settings.picture && same(*settings.picture, settings.modulationCsv))
         refuse("Picture and modulation", *settings.picture);
+}
+
+void RenderJob::RefuseOtherPictures() const {
+    if (settings.picture && Host::Lower(settings.picture->extension().string()) != ".png")
+        throw Failure(ExitCode::Usage, "Pictures are written as PNG only. Let the name " +
+                                           Host::Quoted(settings.picture->string()) +
+                                           " end in .png.");
 }
 
 void RenderJob::PrepareEngine() {

@@ -32,6 +32,7 @@ private:
     void OpenSources();
     void OpenOutputs();
     void RefuseEqualOutputs() const;
+    void RefuseOtherPictures() const;
     void PrepareEngine();
     double TailSeconds();
     void Render();

@@ -20,13 +20,6 @@ namespace fs = std::filesystem;
 
 constexpr mode_t kPermissions = 0666;  // the user's mask takes off what shall not be
 
-/// Follows links, so that the file behind a link is replaced and not the link.
-fs::path PlaceOf(const fs::path& name) {
-    std::error_code error;
-    const fs::path resolved = fs::weakly_canonical(fs::absolute(name, error), error);
-    return error ? name : resolved;
-}
-
 std::string Reason(int error) {
     switch (error) {
         case ENOSPC:
@@ -51,6 +44,12 @@ std::string Reason(int error) {
 }
 
 }  // namespace
+
+fs::path AtomicOutput::PlaceOf(const fs::path& name) {
+    std::error_code error;
+    const fs::path resolved = fs::weakly_canonical(fs::absolute(name, error), error);
+    return error ? name : resolved;
+}
 
 AtomicOutput::AtomicOutput(const fs::path& target, bool replace)
     : name(target), place(PlaceOf(target)), replaces(replace) {

@@ -31,6 +31,10 @@ public:
     /// Brings everything to the disk and the file to its place. Throws Failure where that can't be.
     void Commit();
 
+    /// Where a file of this name goes. Follows links, so that the file behind a link is replaced
+    /// and not the link.
+    static std::filesystem::path PlaceOf(const std::filesystem::path& name);
+
     /// The name as the user gave it.
     const std::filesystem::path& Name() const { return name; }
 
