@@ -18,7 +18,7 @@ void BM_Limiter(benchmark::State& state) {
 }
 BENCHMARK(BM_Limiter)->ArgName("driveDb")->Arg(0)->Arg(18);
 
-void BM_Compressor(benchmark::State& state) {
+void RunCompressor(benchmark::State& state, bool moves) {
     test::EffectLoop<Compressor> compressor("Compressor");
     compressor.effect.SetParameterValue(Compressor::Wet, 1.0f);
     compressor.effect.SetParameterValue(Compressor::OutputGain, 0.0f);
@@ -26,10 +26,15 @@ void BM_Compressor(benchmark::State& state) {
     compressor.effect.SetParameterValue(Compressor::Ratio, 4.0f);
     compressor.effect.SetParameterNormalized(Compressor::StereoMode,
                                              static_cast<float>(state.range(0)));
+    for (uint32_t channel = 2; moves && channel < compressor.effect.NumInputs(); ++channel)
+        compressor.Move(channel, 0.1f, 1.0 + 0.3 * channel);
     compressor.Settle(0.5);
     compressor.Measure(state);
 }
-BENCHMARK(BM_Compressor)->ArgName("linked")->Arg(0)->Arg(1);
+void BM_CompressorAtRest(benchmark::State& state) { RunCompressor(state, false); }
+void BM_CompressorMoving(benchmark::State& state) { RunCompressor(state, true); }
+BENCHMARK(BM_CompressorAtRest)->ArgName("linked")->Arg(0)->Arg(1);
+BENCHMARK(BM_CompressorMoving)->ArgName("linked")->Arg(0)->Arg(1);
 
 }  // namespace
 }  // namespace Quorvan

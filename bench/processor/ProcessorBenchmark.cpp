@@ -82,18 +82,34 @@ BENCHMARK(BM_ProcessorResidentSize)->Arg(44100)->Arg(48000)->Arg(192000)->Iterat
 void BM_ProcessorIdle(benchmark::State& state) { RunScenario(state, kIdle); }
 void BM_ProcessorMedium(benchmark::State& state) { RunScenario(state, kMedium); }
 void BM_ProcessorWorst(benchmark::State& state) { RunScenario(state, kWorst); }
-/// The worst case with the two dearest effects in the slots, both in the loop.
-void BM_ProcessorWorstWithSlots(benchmark::State& state) {
-    Positions positions = kWorst;
-    positions.insert({{"FX1_Position", 1.0f},
-                      {"FX1_Dry / Wet", 0.5f},
-                      {"FX1_ModuleType", 0.65f},  // tape echo
-                      {"FX2_Position", 1.0f},
-                      {"FX2_Dry / Wet", 0.5f},
-                      {"FX2_ModuleType", 0.55f},  // octaver delay
-                      {"FX2_OctaverDelay_Mode", 0.5f}});
-    RunScenario(state, positions);
+/// The two dearest effects in the slots, both in the loop.
+const Positions kDearSlots{{"FX1_Position", 1.0f},          {"FX1_Dry / Wet", 0.5f},
+                           {"FX1_ModuleType", 6.0f / 9.0f},  // tape echo
+                           {"FX2_Position", 1.0f},          {"FX2_Dry / Wet", 0.5f},
+                           {"FX2_ModuleType", 5.0f / 9.0f},  // octaver delay
+                           {"FX2_OctaverDelay_Mode", 0.5f}};
+/// A function that moves the delay times of both, so that they glide all along.
+const Positions kMovedSlots{{"Modulations_Dst53_Src2_Amount", 0.6f},
+                            {"Modulations_Dst77_Src2_Amount", 0.6f}};
+
+Positions Joined(Positions positions, std::initializer_list<Positions> more) {
+    for (const Positions& further : more)
+        positions.insert(further.begin(), further.end());
+    return positions;
 }
+
+/// Against ProcessorIdle: what the slots cost.
+void BM_ProcessorIdleWithSlots(benchmark::State& state) {
+    RunScenario(state, Joined(kIdle, {kDearSlots}));
+}
+void BM_ProcessorIdleWithMovedSlots(benchmark::State& state) {
+    RunScenario(state, Joined(kIdle, {kDearSlots, kMovedSlots}));
+}
+void BM_ProcessorWorstWithSlots(benchmark::State& state) {
+    RunScenario(state, Joined(kWorst, {kDearSlots}));
+}
+BENCHMARK(BM_ProcessorIdleWithSlots)->Arg(48000);
+BENCHMARK(BM_ProcessorIdleWithMovedSlots)->Arg(48000);
 BENCHMARK(BM_ProcessorWorstWithSlots)->Arg(48000);
 BENCHMARK(BM_ProcessorIdle)->Arg(48000);
 BENCHMARK(BM_ProcessorMedium)->Arg(48000);

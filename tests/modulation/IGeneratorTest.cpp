@@ -245,17 +245,21 @@ private:
         plain.beatsPerCycle = entry * type;
     }
     void Disturb() {
+        rig.tempo = std::clamp(rig.tempo * ramp, 60.0f, 400.0f);
         const std::function<void()> events[] = {
             [this] { rig.playing = !rig.playing; },
             [this] { rig.position = static_cast<double>(Between(-1.0f, 300.0f)); },  // a jump
             [this] { rig.position -= static_cast<double>(Between(0.0f, 2.0f)); },    // a loop
-            [this] { rig.tempo = Between(60.0f, 400.0f); },
+            [this] {
+                rig.tempo = Between(60.0f, 400.0f);
+                ramp = 1.0f;
+            },
             [this] { Choose(IGenerator::RateUnSynced, Between(1.0f, 400.0f)); },
             [this] { Choose(IGenerator::RateSynced, Whole(2, 8)); },
             [this] { Choose(IGenerator::PhaseInit, Between(0.0f, 359.0f)); },
             [this] { Choose(IGenerator::MidiSync, Whole(0, 1)); },
             [this] { Gate(); },
-            [this] { rig.tempo += 1.0f; }};
+            [this] { ramp = Between(0.995f, 1.005f); }};
         const auto choice = static_cast<size_t>(Whole(0, 40));
         if (choice < std::size(events))
             events[choice]();
@@ -296,6 +300,7 @@ private:
     Rig rig;
     PlainClock plain;
     double entry = 4.0, type = 1.0;
+    float ramp = 1.0f;  ///< of the tempo, from block to block
     bool controlRate = false, restarts = true, over = false;
 };
 

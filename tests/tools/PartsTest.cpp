@@ -166,7 +166,7 @@ std::string TextOf(const std::map<std::string, std::string>& settings) {
     Host::Engine engine(1);
     engine.Prepare({.sampleRate = 48000.0});
     Host::ApplyPreset(preset, engine, catalog);
-    return SlotText(engine, catalog);
+    return JoinSlotTexts(SlotTexts(engine, catalog));
 }
 
 TEST(SlotTextTest, EffectsAreToldWithTheirPlaces) {
@@ -183,6 +183,7 @@ TEST(SlotTextTest, EffectsAreToldWithTheirPlaces) {
     EXPECT_EQ(TextOf(sound), "FX2 Reverb on the wet signal");
     sound["FX2_Dry / Wet"] = "0 %";
     EXPECT_EQ(TextOf(sound), "");
+    EXPECT_EQ(JoinSlotTexts({"a", "b", "c", "d", "e"}), "a, b, c and 2 more");
 }
 
 TEST(SlotTextTest, SecondSlotStandsWhereTheProcessorLetsItStand) {

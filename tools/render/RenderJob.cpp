@@ -140,11 +140,11 @@ void RenderJob::PrepareEngine() {
     engine->Idle(1);
     if (settings.picture)
         picture.emplace(*engine);
-    NoteSources();
+    NoteRoutes();
 }
 
-/// Sources that are routed now join those that the picture shows.
-void RenderJob::NoteSources() {
+/// Sources that are routed and effects that are heard now join those that the picture shows.
+void RenderJob::NoteRoutes() {
     if (!picture)
         return;
     std::vector<uint32_t> routed = RoutedSources(*engine);
@@ -152,6 +152,9 @@ void RenderJob::NoteSources() {
     std::set_union(routed.begin(), routed.end(), picture->sources.begin(), picture->sources.end(),
                    std::back_inserter(both));
     picture->sources = std::move(both);
+    for (std::string& text : SlotTexts(*engine, catalog))
+        if (std::find(effects.begin(), effects.end(), text) == effects.end())
+            effects.push_back(std::move(text));
 }
 
 double RenderJob::TailSeconds() {
@@ -186,7 +189,12 @@ void RenderJob::Render() {
     const std::optional<uint64_t> total =
         inputFrames ? std::optional(*inputFrames + tail) : std::nullopt;
     Progress progress(rate, total, settings.progress);
-    renderer.Run([&](uint64_t frames) { progress.Show(frames); });
+    const bool routesMove = settings.automation.has_value();
+    renderer.Run([&](uint64_t frames) {
+        progress.Show(frames);
+        if (routesMove)
+            NoteRoutes();
+    });
     progress.Clear();
     engine->RemoveListener(grains);
     if (modulation)
@@ -212,14 +220,12 @@ void RenderJob::WritePicture() {
                         " s   \xc2\xb7   peak " + summary.PeakText() + "   \xc2\xb7   loudness " +
                         summary.LoudnessText() + "   \xc2\xb7   " + Grouped(summary.grains) +
                         " grains   \xc2\xb7   seed " + std::to_string(summary.seed);
-    // Automation may have routed more on the way.
-    NoteSources();
     picture->modulation = &*modulation;
     if (settings.pictureModulation && picture->sources.empty()) {
         picture->sources.resize(Host::kModulationSources);
         std::iota(picture->sources.begin(), picture->sources.end(), 0u);
     }
-    picture->effects = SlotText(*engine, catalog);
+    picture->effects = JoinSlotTexts(effects);
     DrawPicture(*picture, *pictureFile);
     summary.picture = *settings.picture;
 }

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "host/engine/Engine.h"
@@ -38,7 +39,7 @@ private:
     void Render();
     void WritePicture();
     void WriteModulation();
-    void NoteSources();
+    void NoteRoutes();
     bool WantsModulation() const { return settings.picture || settings.modulationCsv; }
     void Account();
     void WarnOfBadSamples(const std::filesystem::path& path, uint64_t count);
@@ -62,6 +63,7 @@ private:
 
     std::optional<Host::Engine> engine;
     std::optional<PictureData> picture;
+    std::vector<std::string> effects;  ///< for the picture, in order of appearance
     std::optional<ModulationLog> modulation;
 };
 

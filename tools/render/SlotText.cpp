@@ -1,7 +1,9 @@
 #include "tools/render/SlotText.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 #include "host/engine/ParameterReach.h"
 
@@ -46,11 +48,24 @@ private:
 
 }  // namespace
 
-std::string SlotText(const Host::Engine& engine, const Host::ParameterCatalog& catalog) {
+std::vector<std::string> SlotTexts(const Host::Engine& engine,
+                                   const Host::ParameterCatalog& catalog) {
     const SlotReader reader(engine, catalog);
-    const std::string first = reader.Text(0);
-    const std::string second = reader.Text(1);
-    return first + (first.empty() || second.empty() ? "" : ", ") + second;
+    std::vector<std::string> texts;
+    for (uint32_t slot = 0; slot < 2; ++slot)
+        if (std::string text = reader.Text(slot); !text.empty())
+            texts.push_back(std::move(text));
+    return texts;
+}
+
+std::string JoinSlotTexts(const std::vector<std::string>& texts) {
+    constexpr size_t kMost = 3;
+    std::string line;
+    for (size_t i = 0; i < std::min(texts.size(), kMost); ++i)
+        line += (i > 0 ? ", " : "") + texts[i];
+    if (texts.size() > kMost)
+        line += " and " + std::to_string(texts.size() - kMost) + " more";
+    return line;
 }
 
 }  // namespace Quorvan::Tools
