@@ -14,6 +14,14 @@ constexpr uint32_t kFollower = 0, kSequence = 4, kMacro = 5;
 constexpr uint32_t kPitchRow = 6;
 constexpr float kDepth = 0.25f;
 
+constexpr const char* kMovingSources =
+    "Macro 1=1;Macro 2=1;Envelope Follower Gain=0.9;StepSeq_Scale=1;"
+    "StepSeq_NbSteps=0.2;StepSeq_StepVal1=0.5;StepSeq_StepVal2=1;StepSeq_StepVal4=0.6;"
+    "StepSeq_RateUnSynced=0.7;"
+    "Function1_Mode=1;Function1_PointX2=0.5;Function1_PointY2=1;Function1_RateUnSynced=0.8;"
+    "Function2_Mode=1;Function2_PointX2=0.5;Function2_PointY2=1;Function2_RateUnSynced=0.8;"
+    "Function3_Mode=1;Function3_PointX2=0.5;Function3_PointY2=1;Function3_RateUnSynced=0.8";
+
 /// How a row is listened to.
 struct Place {
     float rate;
@@ -35,13 +43,15 @@ Channel Rumble(uint32_t seed, size_t length) {
     return signal;
 }
 
-/// The sound with the knob at a position and the first macro, at 1, routed to the row. A preset
-/// load ends ahead of it, so that no block is left in which the row wasn't there yet.
-Stereo Sound(const Place& place, const DestinationRow& row, float knob, float amount) {
+/// The sound with the knob at a position and a source routed to the row. All seven move, the macros
+/// stand at 1. A preset load ends ahead of it, so that no block is left in which the row wasn't
+/// there yet.
+Stereo Sound(const Place& place, const DestinationRow& row, float knob, float amount,
+             uint32_t source = kMacro) {
     ProcessorRig rig(place.rate);
-    rig.MakeAudible().SetAll(place.settings).Set("Macro 1", 1.0f);
+    rig.MakeAudible().SetAll(place.settings).SetAll(kMovingSources);
     row.Apply(rig, knob);
-    Route(rig, kMacro, row.row, amount);
+    Route(rig, source, row.row, amount);
     rig.RunSilence(2);
     rig.EndPresetLoad();
     const auto length = static_cast<size_t>(place.seconds * place.rate);
@@ -76,19 +86,42 @@ void ExpectTheRowTurnsTheKnob(const DestinationRow& row, const Place& place) {
     }
 }
 
+void ExpectSourceIsHeard(uint32_t source, const DestinationRow& row, const Place& place,
+                         const Stereo& without) {
+    SCOPED_TRACE("source " + std::to_string(source) + " on " + std::to_string(row.row) + " " +
+                 row.knob);
+    const auto from = static_cast<size_t>(place.heardFrom * place.rate);
+    constexpr float kDeep = 0.6f;  // a source may take a while to its top, and rows have steps
+    EXPECT_GT(Distance(Sound(place, row, row.from, kDeep, source), without, from), 1e-5);
+}
+
+// At half speed the play head falls behind the write head: any pitch finds something to read.
+const Place kCloud{24000.0f, "MoteWeaver_Speed=0.625", Hits, 0.6f, 0.0f};
+// Heard late: delay times glide there from where the knob stands.
+const Place kSlots{48000.0f, "Dry / Wet=0;MoteWeaver_MaxGrains=0", Rumble, 0.8f, 0.7f};
+
 TEST(ModulationTest, AMacroOnARowSoundsLikeItsKnobTurned) {
-    // At half speed the play head falls behind the write head: any pitch finds something to read.
-    const Place place{24000.0f, "MoteWeaver_Speed=0.625", Hits, 0.6f, 0.0f};
     for (const DestinationRow& row : GranularRows())
-        ExpectTheRowTurnsTheKnob(row, place);
+        ExpectTheRowTurnsTheKnob(row, kCloud);
+}
+
+TEST(ModulationTest, EverySourceIsHeardOnEveryRow) {
+    for (const DestinationRow& row : GranularRows()) {
+        const Stereo without = Sound(kCloud, row, row.from, 0.0f);
+        for (uint32_t source = 0; source < 7; ++source)
+            ExpectSourceIsHeard(source, row, kCloud, without);
+    }
+    // In turn, since a row of a slot takes longer to be heard.
+    uint32_t source = 0;
+    for (const char* const slot : {"FX1", "FX2"})
+        for (const DestinationRow& row : SlotRows(slot))
+            ExpectSourceIsHeard(source++ % 7, row, kSlots, Sound(kSlots, row, row.from, 0.0f));
 }
 
 TEST(ModulationTest, AMacroOnARowOfASlotSoundsLikeItsKnobTurned) {
-    // Heard late: delay times glide there from where the knob stands.
-    const Place place{48000.0f, "Dry / Wet=0;MoteWeaver_MaxGrains=0", Rumble, 0.8f, 0.7f};
     for (const char* const slot : {"FX1", "FX2"})
         for (const DestinationRow& row : SlotRows(slot))
-            ExpectTheRowTurnsTheKnob(row, place);
+            ExpectTheRowTurnsTheKnob(row, kSlots);
 }
 
 /// Output of the first function after the block, of a flat curve at its top: half its scale above
