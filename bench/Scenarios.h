@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cmath>
 #include <map>
 #include <string>
@@ -68,5 +69,56 @@ inline test::Stereo Beats(float rate) {
                                           static_cast<float>(length / 8));
     return signal;
 }
+
+/// Plays Beats through a processor block by block, with nothing around its Process that would cost.
+class BeatPlayer {
+public:
+    BeatPlayer(float rate, const Positions& positions, bool songPlays = true)
+        : rig(rate), signal(Beats(rate)) {
+        rig.Set(positions);
+        for (uint32_t c = 0; c < 2; ++c) {
+            output[c].resize(rig.blockSize);
+            outputs[c] = output[c].data();
+        }
+        for (uint32_t c = 0; c < 4; ++c) {
+            aux[c].resize(rig.blockSize);
+            auxOutputs[c] = aux[c].data();
+        }
+        data.inputs = inputs;
+        data.inputCount = 2;
+        data.outputs = outputs;
+        data.outputCount = 2;
+        data.frameCount = rig.blockSize;
+        data.auxOutputs = auxOutputs;
+        data.auxOutputCount = 4;
+        data.tempo = 120.0f;
+        data.transportPlaying = songPlays ? 1 : 0;
+    }
+    uint32_t BlockFrames() const { return rig.blockSize; }
+
+    const float* Play() {
+        for (uint32_t c = 0; c < 2; ++c)
+            inputs[c] = &signal[c][at];
+        data.songPosition = static_cast<float>(beat);
+        rig.processor->Process(&data);
+        if (data.transportPlaying != 0)
+            beat += 2.0 * static_cast<double>(rig.blockSize) / static_cast<double>(rig.rate);
+        at += rig.blockSize;
+        if (at + rig.blockSize > signal[0].size())
+            at = 0;
+        return outputs[0];
+    }
+
+private:
+    test::ProcessorRig rig;
+    test::Stereo signal, output;
+    std::array<test::Channel, 4> aux;
+    float* inputs[2]{};
+    float* outputs[2]{};
+    float* auxOutputs[4]{};
+    Processor::ProcessData data{};
+    size_t at = 0;
+    double beat = 0.0;  ///< at 120 BPM
+};
 
 }  // namespace Quorvan::bench

@@ -11,27 +11,17 @@ namespace Quorvan::bench {
 namespace {
 
 using test::ProcessorRig;
-using test::Stereo;
 
 /// Time a frame, and the share of one core that keeps up with the rate.
-void RunScenario(benchmark::State& state, const Positions& positions) {
+void RunScenario(benchmark::State& state, const Positions& positions, bool songPlays = true) {
     const auto rate = static_cast<float>(state.range(0));
-    ProcessorRig rig(rate);
-    rig.Set(positions);
-    const Stereo signal = Beats(rate);
-    for (int second = 0; second < 3; ++second)
-        rig.Run(signal);
-    size_t at = 0;
-    test::Channel left(rig.blockSize), right(rig.blockSize);
-    for (auto _ : state) {
-        rig.RunBlock({const_cast<float*>(&signal[0][at]), const_cast<float*>(&signal[1][at])},
-                     {left.data(), right.data()});
-        at += rig.blockSize;
-        if (at + rig.blockSize > signal[0].size())
-            at = 0;
-        benchmark::DoNotOptimize(left.data());
-    }
-    const double frames = static_cast<double>(state.iterations()) * rig.blockSize;
+    BeatPlayer player(rate, positions, songPlays);
+    const uint32_t blockFrames = player.BlockFrames();
+    for (float settled = 0.0f; settled < 3.0f * rate; settled += static_cast<float>(blockFrames))
+        player.Play();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(player.Play());
+    const double frames = static_cast<double>(state.iterations()) * blockFrames;
     state.SetItemsProcessed(static_cast<int64_t>(frames));
     using benchmark::Counter;
     state.counters["ns_per_frame"] = Counter(frames * 1e-9, Counter::kIsRate | Counter::kInvert);
@@ -79,7 +69,8 @@ void BM_ProcessorResidentSize(benchmark::State& state) {
 }
 BENCHMARK(BM_ProcessorResidentSize)->Arg(44100)->Arg(48000)->Arg(192000)->Iterations(1);
 
-void BM_ProcessorIdle(benchmark::State& state) { RunScenario(state, kIdle); }
+void BM_ProcessorIdle(benchmark::State& state) { RunScenario(state, kIdle, false); }
+void BM_ProcessorIdleWhileSongPlays(benchmark::State& state) { RunScenario(state, kIdle); }
 void BM_ProcessorMedium(benchmark::State& state) { RunScenario(state, kMedium); }
 void BM_ProcessorWorst(benchmark::State& state) { RunScenario(state, kWorst); }
 /// The two dearest effects in the slots, both in the loop.
@@ -89,8 +80,12 @@ const Positions kDearSlots{{"FX1_Position", 1.0f},          {"FX1_Dry / Wet", 0.
                            {"FX2_ModuleType", 5.0f / 9.0f},  // octaver delay
                            {"FX2_OctaverDelay_Mode", 0.5f}};
 /// A function that moves the delay times of both, so that they glide all along.
-const Positions kMovedSlots{{"Modulations_Dst53_Src2_Amount", 0.6f},
-                            {"Modulations_Dst77_Src2_Amount", 0.6f}};
+const Positions kMovedSlots{{"Function1_Mode", 1.0f},
+                            {"Function1_PointX2", 0.5f},
+                            {"Function1_PointY2", 1.0f},
+                            {"Function1_RateUnSynced", 0.7f},
+                            {"Modulations_Dst53_Src2_Amount", 0.9f},
+                            {"Modulations_Dst77_Src2_Amount", 0.9f}};
 
 Positions Joined(Positions positions, std::initializer_list<Positions> more) {
     for (const Positions& further : more)
@@ -112,6 +107,7 @@ BENCHMARK(BM_ProcessorIdleWithSlots)->Arg(48000);
 BENCHMARK(BM_ProcessorIdleWithMovedSlots)->Arg(48000);
 BENCHMARK(BM_ProcessorWorstWithSlots)->Arg(48000);
 BENCHMARK(BM_ProcessorIdle)->Arg(48000);
+BENCHMARK(BM_ProcessorIdleWhileSongPlays)->Arg(48000);
 BENCHMARK(BM_ProcessorMedium)->Arg(48000);
 BENCHMARK(BM_ProcessorWorst)->Arg(48000)->Arg(192000);
 

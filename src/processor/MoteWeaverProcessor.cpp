@@ -146,6 +146,7 @@ void MoteWeaverProcessor::OnEffectSetup(float rate, uint32_t frames) {
     constexpr uint32_t kFirstRow = 6;
     for (uint32_t channel = dsp::MoteWeaverRow::Pitch; channel < granularInputs.size(); ++channel)
         granularInputs[channel] = Row(kFirstRow + channel - dsp::MoteWeaverRow::Pitch);
+    ConnectSlots();
     sampleRate = rate;
 }
 

@@ -115,6 +115,7 @@ private:
     void RunSpatializer(const dsp::ProcessBlock& block);
     void RunGranular(const dsp::ProcessBlock& block, const Inputs& in);
     void HighPass(uint32_t frames);
+    void ConnectSlots();
     template <uint32_t kSlot>
     void RunSlot(const dsp::ProcessBlock& block, float** inputs, float** outputs);
     void RunLoopSlots(const dsp::ProcessBlock& block);
@@ -135,6 +136,7 @@ private:
     float sampleRate = 0.0f;
     uint32_t blockSize = 0;
     std::array<float*, dsp::MoteWeaverRow::Count> granularInputs{};
+    std::array<std::array<float*, kSlotChannels>, 2> slotInputs{};  ///< audio is set at each run
 
     // Smoothers, one tick a sample.
     dsp::SmootherLPF feedbackGain{0.01};

@@ -97,6 +97,14 @@ void MoteWeaverProcessor::RunSequencer(const dsp::ProcessBlock& block) {
     Matrix().SourceUpdated(kSequencerSource, frames);
 }
 
+void MoteWeaverProcessor::ConnectSlots() {
+    for (uint32_t slot = 0; slot < 2; ++slot)
+        for (uint32_t k = 0; k < kSlotRows.size(); ++k) {
+            const uint32_t row = static_cast<uint32_t>(kSlotRows[k]) + slot * kSlotRowStep;
+            slotInputs[slot][k + 2] = kSlotRows[k] < 0 ? nullptr : Row(row);
+        }
+}
+
 template <uint32_t kSlot>
 void MoteWeaverProcessor::RunSlot(const dsp::ProcessBlock& block, float** inputs, float** outputs) {
     constexpr uint32_t kFirstChild = 5;
@@ -104,10 +112,8 @@ void MoteWeaverProcessor::RunSlot(const dsp::ProcessBlock& block, float** inputs
     FxVariant& slot = Child<kFirstChild + kSlot>();
     const uint32_t mixId = kSlot == 0 ? kFX1DryWet : kFX2DryWet;
     slot.SetParameterValue(FxVariant::DryWetInternal, LiveValue(mixId, 35 + kShift, block));
-    std::array<float*, kSlotChannels> channels{inputs[0], inputs[1]};
-    for (uint32_t k = 0; k < kSlotRows.size(); ++k)
-        channels[k + 2] =
-            kSlotRows[k] < 0 ? nullptr : Row(static_cast<uint32_t>(kSlotRows[k]) + kShift);
+    auto& channels = slotInputs[kSlot];
+    std::copy_n(inputs, 2, channels.begin());
     // A distortion of one channel leaves the other as it finds it, scaled: what the last block left
     // here would grow from block to block.
     std::fill_n(outputs[1], block.numFrames, 0.0f);

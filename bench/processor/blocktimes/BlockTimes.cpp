@@ -21,22 +21,15 @@ using Shares = std::vector<double>;
 /// The time of each block, in percent of its own duration.
 Shares TimeBlocks(double seconds) {
     using Clock = std::chrono::steady_clock;
-    test::ProcessorRig rig;
-    rig.Set(bench::kWorst);
-    const test::Stereo signal = bench::Beats(rig.rate);
-    test::Channel left(rig.blockSize), right(rig.blockSize);
-    const double blockSeconds = static_cast<double>(rig.blockSize) / static_cast<double>(rig.rate);
+    constexpr float kRate = 48000.0f;
+    bench::BeatPlayer player(kRate, bench::kWorst);
+    const double blockSeconds = static_cast<double>(player.BlockFrames()) / double{kRate};
     Shares shares(static_cast<size_t>(seconds / blockSeconds));
-    size_t at = 0;
     for (double& share : shares) {
         const auto start = Clock::now();
-        rig.RunBlock({const_cast<float*>(&signal[0][at]), const_cast<float*>(&signal[1][at])},
-                     {left.data(), right.data()});
+        player.Play();
         const std::chrono::duration<double> taken = Clock::now() - start;
         share = 100.0 * taken.count() / blockSeconds;
-        at += rig.blockSize;
-        if (at + rig.blockSize > signal[0].size())
-            at = 0;
     }
     return shares;
 }
