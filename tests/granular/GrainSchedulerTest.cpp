@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "granular/GranularTables.h"
-#include "support/FixedClock.h"
 #include "support/PlainScheduler.h"
+#include "support/SeededClock.h"
 
 namespace Quorvan::dsp {
 namespace {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "granular/GranularTables.h"
-#include "support/FixedClock.h"
 #include "support/GeneratorRig.h"
+#include "support/SeededClock.h"
 
 namespace Quorvan::dsp {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "support/FixedClock.h"
+#include "support/SeededClock.h"
 
 namespace Quorvan::dsp {
 namespace {

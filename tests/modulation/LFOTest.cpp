@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "primitives/Clock.h"
 #include "primitives/Xorshift.h"
 #include "support/GeneratorRig.h"
+#include "support/SeededClock.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -101,12 +101,8 @@ TEST(LFOTest, PhaseRowMovesTheReadingPointBothWays) {
 }
 
 TEST(LFOTest, SampleAndHoldTakesTheRandomSequenceOneStepACycle) {
-    struct FixedClock final : prims::ClockSource {
-        uint64_t Microseconds() override { return 0x12345678; }
-    } clock;
-    prims::ClockSource* const before = prims::ReplaceClock(&clock);
+    const test::FixedClock clock(0x12345678);
     Oscillator lfo(LFO::kSampleAndHold);
-    prims::ReplaceClock(before);
     lfo.Set(LFO::Stereo, 1.0f);
     lfo.Set(LFO::SnHStereoMode, 1.0f);
     lfo.Blocks(50);

@@ -8,7 +8,7 @@ namespace Quorvan::test {
 
 /// Stands in for the system's clock while it lives: each reading is a new number that follows from
 /// the seed.
-class SeededClock final : public prims::ClockSource {
+class SeededClock : public prims::ClockSource {
 public:
     explicit SeededClock(uint64_t seed) : now(seed), before(prims::ReplaceClock(this)) {}
     ~SeededClock() override { prims::ReplaceClock(before); }
@@ -20,9 +20,18 @@ public:
         return now >> 32;
     }
 
-private:
+protected:
     uint64_t now;
+
+private:
     prims::ClockSource* before;
+};
+
+/// The same with one reading for ever: all random sources get the same seed.
+class FixedClock final : public SeededClock {
+public:
+    using SeededClock::SeededClock;
+    uint64_t Microseconds() override { return now; }
 };
 
 }  // namespace Quorvan::test
