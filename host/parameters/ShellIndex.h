@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "processor/ProcessorIndex.h"
+
 namespace Quorvan::Host {
 
 /// Indices that a shell itself deals with.
@@ -9,10 +11,10 @@ namespace Quorvan::Host {
 /// Parameters of the processor proper; the two behind them carry tool tips and hold no position.
 inline constexpr uint32_t kProcessorParameters = 3150;
 
-inline constexpr uint32_t kBypassIndex = 3015;
-inline constexpr uint32_t kPanicIndex = 3016;          ///< clears what sounds as it goes up
-inline constexpr uint32_t kPresetLoadingIndex = 3017;  ///< up around the restoring of parameters
-inline constexpr uint32_t kGuiVisibleIndex = 3018;     ///< up while somebody looks at the feedback
+using Processor::kBypassIndex;
+using Processor::kGuiVisibleIndex;
+using Processor::kPanicIndex;
+using Processor::kPresetLoadingIndex;
 
 inline constexpr uint32_t kPitchIndex = 92;
 inline constexpr uint32_t kScaleIndex = 93;

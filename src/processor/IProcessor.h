@@ -3,11 +3,37 @@
 /// Boundary of the library: the exported factory function, the IProcessor family that a wrapper
 /// drives a processor through, and the plain records that pass between them. The order of virtual
 /// operations and the byte offsets of the records are a binary contract (64-bit targets).
+/// processor/ProcessorIndex.h beside this header names the host indices.
 ///
-/// Calling order: GetProcessorFactory, CreateProcessor; SetLogger, GetInfo; the descriptions;
-/// Initialize with the sample rate, again at any time outside Process for another rate; for each
-/// block PushMidiMessage and SetParameter as needed, Process, GetParameterChanges, GetBlobChanges,
-/// ClearEventQueues; Terminate, delete. Nothing here locks: the calls come in turn.
+/// Calling order
+///   1. GetProcessorFactory, CreateProcessor, cast to IProcessor_V5; the factory may go then.
+///   2. SetLogger, also with null: it completes the record that GetInfo answers.
+///   3. GetParameterDescription of every index, as needed: names are the key that saved sounds use.
+///   4. Initialize with the sample rate; again at any time outside Process for another rate, which
+///      also resets all that sounds. Parameters keep their positions.
+///   5. For each block of at most GetBlockSize(rate) frames, a multiple of 4: SetParameter and
+///      PushMidiMessage as needed, Process, GetParameterChanges, GetBlobChanges, ClearEventQueues.
+///   6. Terminate, delete.
+///
+/// Threads. A processor locks nothing and starts no thread; the calls to one processor come in
+/// turn, from whatever thread, and the wrapper sees to it that none meets another. Separate
+/// processors share nothing that changes. Initialize and CreateProcessor take memory; Process,
+/// SetParameter and the lists neither allocate nor wait.
+///
+/// Sound. A new processor is silent: "Dry / Wet" stands at dry, "Granular Volume", "Master Volume"
+/// and "Feedback" at -70 dB, and all others at the low end of their ranges unless a module says
+/// otherwise. Raise "Master Volume" (3023) to hear the input; raise "Dry / Wet" (3020) and
+/// "Granular Volume" (3022), with "MoteWeaver_GrainSizeAbsolute", "MoteWeaver_MaxGrains" and the
+/// rate of "MoteWeaver_GranularPhaseHelper", to hear grains. The README holds a whole program.
+///
+/// Restoring a saved sound. SetParameter(3017 "PresetLoading", 1), all positions by SetParameter,
+/// SetParameter(3017, 0): at the next Process, also one of no frames, all that sounds is cleared
+/// and every parameter jumps to its place. Write every parameter but 3015 to 3018, the binary ones
+/// and those that only show something ("..._Feedback", "Dest..._Assigned"): the saved state of a
+/// processor is the positions of its parameters, nothing else.
+///
+/// MIDI. Messages are queued (254 a block at most, further ones are dropped) and cleared by
+/// ClearEventQueues; no module of this processor listens to them, and none is sent.
 
 #include <cstddef>
 #include <cstdint>
@@ -20,10 +46,12 @@
 
 namespace Quorvan::Processor {
 
-/// Host parameters: 3150 of the processor and two of the boundary itself, for tool tips.
+/// Host parameters: 3150 of the processor and two of the boundary itself, for tool tips: a write of
+/// an index to 3150 asks for that parameter's tool tip, which arrives as the blob 3151.
 inline constexpr uint32_t kParameterCount = 3152;
 
-/// The wrapper's sink for messages.
+/// The wrapper's sink for messages. Level 2 is a warning, the only level in use: a parameter's name
+/// that is too long for its field. Never called from Process. Must outlive the processor.
 class Logger {
 public:
     virtual void Log(const char* message, int level) = 0;
@@ -32,7 +60,8 @@ protected:
     ~Logger() = default;
 };
 
-/// What a processor is. GetInfo answers the record of interface version 5.
+/// What a processor is. GetInfo answers the record of interface version 5; it lives as long as the
+/// processor and does not change with the sample rate.
 struct ProcessorInfo {
     uint32_t parameterCount;     ///< 0 before SetLogger
     uint32_t inputChannels;      ///< main inputs
@@ -54,14 +83,26 @@ struct MidiOutRecord {
 };
 static_assert(sizeof(MidiOutRecord) == 16);
 
-/// What Process works on. The library touches only the named fields.
+/// What Process works on. The library touches only the named fields; start from ProcessData{}.
+///
+/// Channels. Two inputs are stereo, one is mono into stereo; no input gives false and silence. One
+/// output is mono, two are stereo. Buffers hold frameCount floats each, full scale is 1; outputs
+/// and inputs are different memory. Null channels or a block that is too long or not a multiple of
+/// 4 answer false, with silence.
+///
+/// Auxiliary outputs show what moves, for drawing or for routing on: 0 the left channel that the
+/// envelope follower listens to, 1 the follower's envelope, 2 and 3 the spatialiser's position on
+/// its X and Y axes, 0..1, constant within a block. Fewer than four may be given.
+///
+/// Transport. songPosition drives all that runs in sync while transportPlaying is set; a jump in it
+/// is followed. A tempo that is no number above 0 counts as 120.
 struct ProcessData {
     uint8_t wrapperData0[16];
     float** outputs;       ///< main outputs, written; not the same memory as the inputs
     float** inputs;        ///< main inputs
     uint32_t inputCount;   ///< main input channels
     uint32_t outputCount;  ///< main output channels
-    uint32_t frameCount;   ///< samples: a multiple of 4, at most GetBlockSize
+    uint32_t frameCount;   ///< samples: 0, or a multiple of 4 up to GetBlockSize
     uint8_t wrapperData1[84];
     uint32_t outEventCount;  ///< out: number of output events
     uint8_t wrapperData2[4];
@@ -69,7 +110,7 @@ struct ProcessData {
     float** auxOutputs;        ///< four auxiliary outputs, written
     uint32_t auxOutputCount;   ///< auxiliary output channels
     uint8_t wrapperData3[4];
-    uint32_t processingMode;  ///< 1: a call that makes no user interface feedback
+    uint32_t processingMode;  ///< 1: the lists stay empty, as for an export; the sound is the same
     uint8_t wrapperData4[4];
     float tempo;               ///< beats per minute
     uint8_t transportPlaying;  ///< non-zero while the host's transport runs
@@ -107,7 +148,10 @@ struct ParameterDescription {
 static_assert(offsetof(ParameterDescription, blobKind) == 272);
 static_assert(offsetof(ParameterDescription, blobSize) == 280);
 
-/// A parameter that the processor has moved by itself.
+/// A parameter that the processor has moved by itself, for a user interface to follow: the values
+/// 3049 to 3054 that modulation gives to the main knobs, and 3055 to 3149, which destinations a
+/// source reaches. The lists fill only after a first end of "PresetLoading", while "GUI Visible"
+/// (3018) is up and processingMode is not 1.
 struct ParameterChange {
     uint32_t index;
     uint32_t zero;
@@ -115,7 +159,10 @@ struct ParameterChange {
 };
 static_assert(sizeof(ParameterChange) == 12);
 
-/// New content of a binary parameter; data belongs to the processor.
+/// New content of a binary parameter: 3047 every 32 blocks, 102 rows of 8 bytes in time order
+/// (7 modulation sources, -1..1 as 0..255, then 95 destinations, 0..1 as 0..255), 3048 as often, 60
+/// floats with the positions of the destinations in the slots, or 3151, a tool tip asked for.
+/// data belongs to the processor and stays as it is for the next 32 blocks.
 struct BlobChange {
     uint32_t index;
     uint64_t size;  ///< bytes
@@ -127,18 +174,29 @@ static_assert(sizeof(BlobChange) == 24);
 class IProcessor {
 public:
     virtual ProcessorInfo* GetInfo() = 0;
+    /// OptionalOperationA to J belong to other products of the interface; their answers are fixed.
     virtual bool OptionalOperationA() = 0;
-    /// config[0] is the sample rate in hertz; 44100 stands in for one that isn't above 0.
+    /// config[0] is the sample rate in hertz; 44100 stands in for one that isn't above 0. Takes all
+    /// memory that running needs and resets all that sounds.
     virtual bool Initialize(const float* config) = 0;
+    /// Null for none. Completes the info records.
     virtual bool SetLogger(Logger* logger) = 0;
+    /// Before delete. Gives nothing back: delete does.
     virtual bool Terminate() = 0;
     virtual bool OptionalOperationB() { return true; }
     virtual bool OptionalOperationC() { return true; }
+    /// The position, 0..1. *value should not hold -1 before: where it still does, the index has no
+    /// position and the answer is false.
     virtual bool GetParameter(uint32_t index, float* value) = 0;
+    /// Stores a position, which the next Process takes up; held to 0..1. False for an index out of
+    /// range and for a value that is no number. A write is also passed to parameters linked with
+    /// it.
     virtual bool SetParameter(uint32_t index, float value) = 0;
     /// In: *size is the room in buffer. Out: the data's size in bytes; false where it had no room.
     virtual bool GetParameterBlob(uint32_t, uint8_t*, uint32_t*) { return false; }
+    /// Whether the parameter is binary: 136 "VisualizedBuffer", 3047, 3048 and 3151.
     virtual bool IsBlobParameter(uint32_t) { return false; }
+    /// The full name, and the size where the parameter is binary. False for an index out of range.
     virtual bool GetParameterDescription(uint32_t index, ParameterDescription* out) = 0;
     /// As GetParameterDescription, and the index again in *id where that succeeded.
     virtual bool GetParameterDescriptionWithId(uint32_t index, uint32_t* id,
@@ -153,8 +211,8 @@ public:
 
 class IProcessor_V2 : public IProcessor {
 public:
-    virtual uint32_t GetInterfaceVersion() = 0;
-    virtual uint32_t GetParameterCount() = 0;
+    virtual uint32_t GetInterfaceVersion() = 0;  ///< 5
+    virtual uint32_t GetParameterCount() = 0;    ///< kParameterCount, also before SetLogger
     virtual bool OptionalOperationD() = 0;
 };
 
@@ -165,27 +223,37 @@ public:
     virtual bool OptionalOperationE() = 0;
     virtual bool OptionalOperationF() = 0;
     virtual bool OptionalOperationG() = 0;
+    /// After each block: forgets the MIDI messages of both directions.
     virtual bool ClearEventQueues() = 0;
     virtual bool OptionalOperationH() = 0;
 };
 
 class IProcessor_V4 : public IProcessor_V3 {
 public:
-    /// The list since the last call; true where it isn't empty.
+    /// The list since the last call, at most 64; true where it isn't empty, else null and 0. Valid
+    /// until the next Process. What finds no room is dropped.
     virtual bool GetParameterChanges(const ParameterChange** list, int32_t* count) = 0;
+    /// Likewise, at most 8. A tool tip that was asked for comes alone, ahead of the others.
     virtual bool GetBlobChanges(const BlobChange** list, int32_t* count) = 0;
     virtual bool OptionalOperationI() = 0;
-    /// Longest block at a rate, in samples.
+    /// Longest block at a rate, in samples: about a millisecond, 44 at 44100, 48 at 48000. It is
+    /// the control rate as well: writes and modulation are taken up once a block, so shorter blocks
+    /// cost more and follow more finely.
     virtual uint32_t GetBlockSize(float sampleRate) = 0;
     virtual bool OptionalOperationJ() = 0;
 };
 
 class IProcessor_V5 : public IProcessor_V4 {
 public:
+    /// One block. Silence and true before Initialize; false, with silence, where the block does not
+    /// fit. A block of no frames takes up writes, "Panic" (3016) and the end of "PresetLoading"
+    /// among them, and sounds nothing.
     virtual bool Process(ProcessData* data) = 0;
-    /// Latency with the block that a wrapper's queue costs, in samples.
+    /// GetLatency and the 44 of the info record at every rate: for wrappers that queue blocks of
+    /// the record's length. Others add to GetLatency what their own queue holds back.
     virtual uint32_t GetTotalLatency() = 0;
-    /// Latency of the processing alone, in samples.
+    /// Latency of the processing alone, in samples: the limiter's look-ahead, 3 ms after
+    /// Initialize. The dry path is delayed by as much.
     virtual uint32_t GetLatency() = 0;
 };
 

@@ -23,7 +23,16 @@ inline constexpr uint32_t kMasterVuL = 3013;
 inline constexpr uint32_t kMasterVuR = 3014;
 }  // namespace ModuleIndex
 
-/// The processor's own parameters, behind the five that every effect has.
+/// What every processor of this interface has.
+enum CommonIndex : uint32_t {
+    kBypassIndex = 3015,         ///< on above 0; fades in 10 ms, keeps the latency
+    kPanicIndex = 3016,          ///< clears all that sounds as it goes to 0.5 or above
+    kPresetLoadingIndex = 3017,  ///< 1 around the restoring of parameters
+    kGuiVisibleIndex = 3018,     ///< 1 while somebody looks: fills the change lists
+    kOutputGainIndex = 3019      ///< -12..12 dB on the wet signal, 0 dB in a new processor
+};
+
+/// The processor's own parameters.
 enum OwnIndex : uint32_t {
     kDryWet = 3020,
     kFeedback,
