@@ -179,11 +179,11 @@ void DattorroCore::Modulate(uint32_t count) {
 }
 
 /// The oscillators stand, and what they give is held at a whole sample, so that the all-passes lose
-/// nothing to interpolation.
+/// nothing to interpolation. All of the buffer: a longer block may come while they stand.
 void DattorroCore::HoldModulation(uint32_t count) {
     for (AlignedVector& side : modulation)
         if (count > 0)
-            std::fill_n(side.begin(), count, std::round(side[count - 1]));
+            std::fill(side.begin(), side.end(), std::round(side[count - 1]));
 }
 
 void DattorroCore::TakeInput(const ProcessBlock& block) {

@@ -91,6 +91,30 @@ TEST(DattorroCoreTest, FreezeHoldsTheTailAndKeepsTheInputOut) {
     EXPECT_LT(EnergyOf(rig.Silence(lap), 0, lap), 1e-3 * last);
 }
 
+TEST(DattorroCoreTest, FrozenTailHeedsNoBlockLength) {
+    std::array<Stereo, 2> held;
+    for (const size_t later : {size_t{0}, size_t{1}}) {
+        Rig rig;
+        rig.Set(Core::Decay, 1.0f);
+        rig.Set(Core::Damping, 0.0f);
+        rig.Set(Core::Excursion, 1.0f);
+        rig.Set(Core::OscillatorRate, 1.0f);
+        rig.module.Reset(true);
+        rig.RunMono(test::Noise(1, 9600, 0.5f));
+        for (int n = 0; n < 3000; ++n)  // shorter than what comes, and long enough to move
+            rig.Silence(4);
+        rig.Set(Core::Freeze, 1.0f);
+        rig.Silence(4);
+        for (size_t n = 0; n < 9600; n += later == 0 ? 4 : kBlock) {
+            const Stereo block = rig.Silence(later == 0 ? 4 : kBlock);
+            for (size_t c = 0; c < 2; ++c)
+                held[later][c].insert(held[later][c].end(), block[c].begin(), block[c].end());
+        }
+    }
+    EXPECT_GT(EnergyOf(held[0], 0, 9600), 1.0);
+    EXPECT_EQ(held[0], held[1]);
+}
+
 TEST(DattorroCoreTest, ANewRateStartsAfresh) {
     Rig rig, fresh(96000.0f);
     rig.RunMono(test::Noise(1, 48000));

@@ -204,7 +204,7 @@ private:
                 return Exp((x - 0.5f) * b * ((x - 0.5f) * -0.5f));
             case 4: {
                 const float y = b * 31.415928f * (x - 0.5f);
-                if (y == 0.0f)
+                if (std::abs(y) < 0x1p-13f)  // the turn has lost y
                     return 1.0f;
                 const float z = Sine(y * 0.15915494f + 5.0f);
                 const float s = z + 0.225f * (std::abs(z) * z - z);
