@@ -9,6 +9,7 @@
 #include "framework/ParameterTable.h"
 #include "primitives/BlockTests.h"
 #include "primitives/Decibels.h"
+#include "primitives/FiniteSamples.h"
 #include "primitives/UnpairedSine.h"
 
 namespace Quorvan::dsp {
@@ -70,8 +71,9 @@ void Reverb::OnSetup(float rate, uint32_t blockSize) {
             side.assign(blockSize, 0.0f);
 }
 
-/// The low-pass goes on from what it holds.
+/// The low-pass goes on from what it holds, unless that has overflowed.
 void Reverb::OnReset(bool) {
+    CopyFinite(lowPassState.data(), kSides, lowPassState.data());
     highPassState.fill(0.0f);
     early.Clear();
     wetSmoother.Reset(Value(Wet));

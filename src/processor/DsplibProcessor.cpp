@@ -17,8 +17,8 @@ float ValidSampleRate(float sampleRate) {
 }
 
 uint32_t BlockSizeAt(float sampleRate) {
-    const float groups = std::round(ValidSampleRate(sampleRate) * kBlockGroups);
-    return std::max(4u, 4u * static_cast<uint32_t>(groups));
+    const float rate = std::min(ValidSampleRate(sampleRate), kHighestSampleRate);
+    return std::max(4u, 4u * static_cast<uint32_t>(std::round(rate * kBlockGroups)));
 }
 
 }  // namespace Quorvan::Processor

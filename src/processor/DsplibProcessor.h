@@ -5,12 +5,14 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "framework/EventQueue.h"
 #include "framework/ParameterNameSink.h"
 #include "framework/ProcessBlock.h"
 #include "primitives/AlignedVector.h"
+#include "primitives/FiniteSamples.h"
 #include "processor/DenormalGuard.h"
 #include "processor/IProcessor.h"
 
@@ -27,6 +29,8 @@ const std::string& PseudoParameterName(uint32_t index);
 uint32_t BlockSizeAt(float sampleRate);
 /// The rate itself, or 44100 for one that isn't above 0.
 float ValidSampleRate(float sampleRate);
+/// Hertz. Beyond what any converter runs at; delay memories grow with the rate, 0.6 GB here.
+inline constexpr float kHighestSampleRate = 768000.0f;
 
 /// The info record of interface version 3.
 struct ProcessorInfoV3 {
@@ -46,8 +50,8 @@ struct ProcessorInfoV4 {
 /// answered with nothing.
 ///
 /// What a wrapper may get wrong is caught here: indices out of range and positions that are no
-/// number are refused, positions are held to 0..1, and a block that doesn't fit is answered with
-/// false and silence.
+/// number are refused, positions are held to 0..1, samples that are no number count as 0, and a
+/// block that doesn't fit is answered with false and silence.
 template <class T>
 class alignas(64) DsplibProcessor final : public IProcessor_V5 {
 public:
@@ -117,6 +121,7 @@ public:
 
 private:
     static constexpr uint32_t kAuxOutputs = 4;
+    static constexpr uint32_t kCleaned = 2;  ///< channels of an input that anything reads
     /// The queue has 256 places and takes two fewer.
     static constexpr uint32_t kAcceptedEvents = 254;
     static constexpr float kDefaultTempo = 120.0f;
@@ -156,6 +161,7 @@ private:
     }
     bool Fits(const ProcessData& data) const;
     static void Silence(float** channels, uint32_t count, uint32_t frames);
+    float** Cleaned(float** channels, uint32_t count, uint32_t frames, uint32_t place);
     dsp::ProcessBlock MakeBlock(const ProcessData& data);
     void ListOutEvents(ProcessData& data);
 
@@ -174,15 +180,26 @@ private:
     uint32_t blockSize = 0;
     dsp::AlignedVector auxScratch;  ///< takes what goes to auxiliary outputs that aren't there
     std::array<float*, kAuxOutputs> auxOutputs{};
+    std::array<dsp::AlignedVector, 2 * kCleaned> cleanScratch;  ///< main inputs, then side-chain
+    std::array<float*, 2 * kCleaned> cleanChannels{};
 };
 
 template <class T>
 bool DsplibProcessor<T>::Initialize(const float* config) {
-    initialized = true;
-    const float rate = ValidSampleRate(config != nullptr ? config[0] : 0.0f);
-    blockSize = BlockSizeAt(rate);
-    auxScratch.assign(blockSize, 0.0f);
-    effect.Setup(rate, blockSize);
+    initialized = false;
+    const float asked = config != nullptr ? config[0] : 0.0f;
+    if (asked > kHighestSampleRate)
+        return false;
+    const float rate = ValidSampleRate(asked);
+    try {
+        blockSize = BlockSizeAt(rate);
+        auxScratch.assign(blockSize, 0.0f);
+        for (dsp::AlignedVector& channel : cleanScratch)
+            channel.assign(blockSize, 0.0f);
+        effect.Setup(rate, blockSize);
+        initialized = true;
+    } catch (const std::exception&) {  // no memory: silent until an Initialize that succeeds
+    }
     return initialized;
 }
 
@@ -296,7 +313,7 @@ bool DsplibProcessor<T>::Process(ProcessData* data) {
     data->outEvents = outRecords;
     Silence(data->outputs, data->outputCount, data->frameCount);
     Silence(data->auxOutputs, data->auxOutputCount, data->frameCount);
-    if (!initialized || data->frameCount == 0)
+    if (!initialized)
         return true;
     if (!Fits(*data))
         return false;
@@ -321,14 +338,30 @@ void DsplibProcessor<T>::Silence(float** channels, uint32_t count, uint32_t fram
         std::memset(channels[c], 0, sizeof(float) * frames);
 }
 
+/// The channels themselves where all is finite, else copies without what isn't: one such sample
+/// would go round on the tape for ever. More channels than anything reads pass as they are.
+template <class T>
+float** DsplibProcessor<T>::Cleaned(float** channels, uint32_t count, uint32_t frames,
+                                    uint32_t place) {
+    if (count > kCleaned || std::none_of(channels, channels + count, [frames](const float* c) {
+            return dsp::HasNonFinite(c, frames);
+        }))
+        return channels;
+    for (uint32_t c = 0; c < count; ++c) {
+        cleanChannels[place + c] = cleanScratch[place + c].data();
+        dsp::CopyFinite(channels[c], frames, cleanChannels[place + c]);
+    }
+    return &cleanChannels[place];
+}
+
 template <class T>
 dsp::ProcessBlock DsplibProcessor<T>::MakeBlock(const ProcessData& data) {
     // The effect writes all four auxiliary outputs, whatever the wrapper has brought.
     for (uint32_t c = 0; c < kAuxOutputs; ++c)
         auxOutputs[c] = c < data.auxOutputCount ? data.auxOutputs[c] : auxScratch.data();
     dsp::ProcessBlock block;
-    block.inputs = data.inputs;
-    block.auxInputs = data.auxInputs;
+    block.inputs = Cleaned(data.inputs, data.inputCount, data.frameCount, 0);
+    block.auxInputs = Cleaned(data.auxInputs, data.auxInputCount, data.frameCount, kCleaned);
     block.outputs = data.outputs;
     block.auxOutputs = auxOutputs.data();
     block.eventsIn = &eventsIn;

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "primitives/BlockDelay.h"
+#include "primitives/FiniteSamples.h"
 #include "primitives/UnpairedSine.h"
 
 namespace Quorvan::Processor {
@@ -153,6 +154,8 @@ void MoteWeaverProcessor::OnEffectSetup(float rate, uint32_t frames) {
 void MoteWeaverProcessor::OnEffectReset(bool) {
     for (uint32_t c = 0; c < 2; ++c) {
         std::fill_n(feedbackSend[c], blockSize, 0.0f);
+        // The last return still comes back once; what has overflowed would stay for ever.
+        dsp::CopyFinite(feedbackReturn[c], blockSize, feedbackReturn[c]);
         feedbackLines[c].Clear();
         dryLines[c].Clear();
         dcInput[c] = dcOutput[c] = 0.0f;

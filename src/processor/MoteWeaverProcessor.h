@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -102,7 +103,8 @@ private:
     void SetWalkRate(int32_t type, float freeRate, float syncedIndex);
     void UpdateGains(const dsp::ProcessBlock& block);
     float LiveValue(uint32_t id, uint32_t row, const dsp::ProcessBlock& block) {
-        return ParameterAt(id).GetModulatedValue(Row(row)[block.numFrames - 1]);
+        // A block of no frames has no last sample; the row's first is what came before it.
+        return ParameterAt(id).GetModulatedValue(Row(row)[std::max(block.numFrames, 1u) - 1]);
     }
 
     // The audio path, in its order.

@@ -226,6 +226,63 @@ TEST(InterfaceTest, BlocksThatDoNotFitAreAnsweredWithSilence) {
     EXPECT_TRUE(answer([](ProcessData& data) { data.tempo = data.songPosition = std::nanf(""); }));
 }
 
+TEST(InterfaceTest, ABlockOfNoFramesTakesUpWritesAndSoundsNothing) {
+    ProcessorRig plain, flushed;
+    ProcessData none{};
+    float* channels[] = {flushed.scratch[0].data(), flushed.scratch[1].data()};
+    none.inputs = none.outputs = channels;
+    none.inputCount = none.outputCount = 2;
+    none.tempo = 120.0f;
+    for (ProcessorRig* rig : {&plain, &flushed}) {
+        rig->MakeAudible().SetAll("StepSeq_Scale=0.5");
+        rig->EndPresetLoad();
+        rig->RunSilence(1);
+    }
+    const Stereo in = NoisePair(plain.blockSize * 400);
+    const auto flush = [&] { EXPECT_TRUE(flushed.processor->Process(&none)); };
+    EXPECT_TRUE(plain.Run(in) == flushed.Run(in, flush));
+    // A panic that is over before the next block of sound; also from a wrapper without channels.
+    none.inputs = none.outputs = nullptr;
+    none.inputCount = none.outputCount = 0;
+    for (const float position : {1.0f, 0.0f}) {
+        flushed.Set("Panic", position);
+        flush();
+    }
+    EXPECT_EQ(PeakLevel(flushed.RunSilence(400)[0]), 0.0f);
+    EXPECT_GT(PeakLevel(plain.RunSilence(400)[0]), 0.01f);
+}
+
+TEST(InterfaceTest, SamplesThatAreNoNumbersCountAsZero) {
+    const Channel clean = Noise(1, 48 * 400, 0.3f);
+    std::array<Channel, 2> sides{clean, clean};
+    for (size_t i = 5; i < clean.size(); i += 977) {
+        sides[0][i] = 0.0f;
+        sides[1][i] = i % 2 == 0 ? std::nanf("") : i % 3 == 0 ? INFINITY : -INFINITY;
+    }
+    std::array<Stereo, 2> out;
+    for (size_t k = 0; k < 2; ++k) {
+        ProcessorRig rig;
+        rig.MakeAudible().Set("Envelope Follower Source", 1.0f);
+        out[k] = {clean, clean};
+        for (size_t at = 0; at < clean.size(); at += rig.blockSize)
+            rig.RunBlock({&sides[k][at], const_cast<float*>(&clean[at])},
+                         {&out[k][0][at], &out[k][1][at]}, {}, {&sides[k][at]});
+    }
+    EXPECT_EQ(out[0], out[1]);
+}
+
+TEST(InterfaceTest, AbsurdRatesAreRefusedAndAnotherMayFollow) {
+    ProcessorRig rig;
+    for (const float absurd : {768001.0f, 1e8f, 1e30f, INFINITY}) {
+        EXPECT_FALSE(rig.processor->Initialize(&absurd)) << absurd;
+        EXPECT_LE(rig.processor->GetBlockSize(absurd), 768u);
+        rig.MakeAudible();
+        EXPECT_EQ(PeakLevel(rig.Run(NoisePair(48 * 400))[0]), 0.0f);
+    }
+    rig.Initialize(std::nanf(""));  // counts as 44100
+    EXPECT_GT(PeakLevel(rig.Run(NoisePair(44 * 400))[0]), 0.05f);
+}
+
 TEST(InterfaceTest, AnotherRateCanComeAtAnyTime) {
     ProcessorRig rig;
     rig.MakeAudible();

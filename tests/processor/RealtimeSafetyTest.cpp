@@ -108,6 +108,23 @@ TEST(RealtimeSafetyTest, DenormalsAreFlushedAndTheCallersModeComesBack) {
     EXPECT_NE(product(), 0.0f);
 }
 
+TEST(RealtimeSafetyTest, ProcessorsMadeOnManyThreadsAtOnceKeepTheirSeeds) {
+    const auto sound = [](uint64_t seed) {
+        ProcessorRig rig(48000.0f, seed);
+        rig.MakeAudible().SetAll("MoteWeaver_RandomPitch=0.5;MoteWeaver_Spray=0.5");
+        return rig.Run(NoisePair(rig.blockSize * 200));
+    };
+    std::array<Stereo, 4> together;
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < together.size(); ++i)
+        threads.emplace_back([&, i] { together[i] = sound(i + 1); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (size_t i = 0; i < together.size(); ++i)
+        EXPECT_EQ(together[i], sound(i + 1)) << i;
+    EXPECT_NE(together[0], together[1]);
+}
+
 TEST(RealtimeSafetyTest, AReaderOfTheDisplayNeverMeetsAWriter) {
     // The reader takes the lock by one exchange, as a user interface does, and walks both vectors.
     ProcessorRig rig;

@@ -4,6 +4,7 @@
 // what the blocks of each cost. Without it the noise lasts 4 s and the silence 15 s.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -153,6 +154,31 @@ TEST_P(SlotLoopTest, LoopThatFeedsItselfStaysBounded) {
     Report("dense noise");
     Play(AskedSeconds(2.0), 0.0f);
     Report("dense silence");
+}
+
+/// Finite input can still overflow inside.
+TEST_P(SlotLoopTest, PanicAndPresetLoadsHealWhatHasOverflowed) {
+    for (const bool panic : {true, false}) {
+        Build(0.8f, 0.3f, true);
+        const Channel vast(rig.blockSize * 400, 3e38f), noise = Noise(1, rig.blockSize * 400, 0.3f);
+        rig.Run({vast, vast});
+        if (panic) {
+            rig.Set("Panic", 1.0f).RunSilence(1);
+            rig.Set("Panic", 0.0f);
+        } else {
+            rig.EndPresetLoad();
+        }
+        const Stereo out = rig.Run({noise, noise});
+        for (const Channel& channel : out)
+            EXPECT_EQ(std::find_if(channel.begin(), channel.end(),
+                                   [](float sample) {
+                                       return !std::isfinite(sample) || std::abs(sample) > kBound;
+                                   }) -
+                          channel.begin(),
+                      static_cast<std::ptrdiff_t>(channel.size()))
+                << panic;
+        EXPECT_GT(PeakLevel(out[0]), 0.001f) << panic;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Effects, SlotLoopTest, ::testing::ValuesIn(kEffects),
