@@ -15,6 +15,9 @@ namespace {
 
 using Json = nlohmann::json;
 
+/// So many unknown names get a sentence of their own with a suggestion, which takes a search.
+constexpr size_t kNamedUnknown = 5;
+
 /// Turns the members of one object into positions.
 class PositionReader {
 public:
@@ -28,6 +31,8 @@ private:
     void ReadScale(const Json& members);
     void ReadMember(const std::string& name, const Json& json);
     void ReportForeign();
+    void ReportUnknown(const std::string& name);
+    void ReportFurtherUnknown();
     std::optional<float> PositionFrom(const ParameterInfo& info, const Json& json);
     std::optional<float> FromNumber(const ParameterInfo& info, double number);
     std::optional<float> FromText(const ParameterInfo& info, const std::string& text);
@@ -38,6 +43,7 @@ private:
     TextContext context;
     std::map<uint32_t, float> positions;
     std::vector<std::string> foreign;  ///< names that this file has no say in
+    size_t unknown = 0;                ///< names that nobody has
 };
 
 std::vector<ParameterValue> PositionReader::Read(const Json& members) {
@@ -45,6 +51,7 @@ std::vector<ParameterValue> PositionReader::Read(const Json& members) {
     for (const auto& [name, json] : members.items())
         ReadMember(name, json);
     ReportForeign();
+    ReportFurtherUnknown();
     std::vector<ParameterValue> values;
     for (const auto& [index, position] : positions)
         values.push_back({index, position});
@@ -68,10 +75,8 @@ void PositionReader::ReadScale(const Json& members) {
 
 void PositionReader::ReadMember(const std::string& name, const Json& json) {
     const std::optional<uint32_t> index = catalog.Find(name);
-    if (!index) {
-        reader.Warn(catalog.UnknownName(name) + " It is left out.");
-        return;
-    }
+    if (!index)
+        return ReportUnknown(name);
     const ParameterInfo& info = catalog[*index];
     if (!IsStored(info, scope)) {
         foreign.push_back(info.name);
@@ -79,6 +84,17 @@ void PositionReader::ReadMember(const std::string& name, const Json& json) {
     }
     if (const auto position = PositionFrom(info, json))
         positions[*index] = *position;
+}
+
+void PositionReader::ReportUnknown(const std::string& name) {
+    if (unknown++ < kNamedUnknown)
+        reader.Warn(catalog.UnknownName(name) + " It is left out.");
+}
+
+void PositionReader::ReportFurtherUnknown() {
+    if (unknown > kNamedUnknown)
+        reader.Warn(std::to_string(unknown - kNamedUnknown) +
+                    " more names are those of no parameter. They are left out.");
 }
 
 void PositionReader::ReportForeign() {

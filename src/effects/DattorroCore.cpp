@@ -110,7 +110,7 @@ bool DattorroCore::UpdateParameters(ProcessBlock&) {
 bool DattorroCore::OnProcess(ProcessBlock& block) {
     const uint32_t count = block.numFrames;
     if (frozen)
-        HoldModulation(count);
+        HoldModulation();
     else
         Modulate(count);
     TakeInput(block);
@@ -176,14 +176,17 @@ void DattorroCore::Modulate(uint32_t count) {
     for (AlignedVector& side : modulation)
         for (uint32_t n = 0; n < count; ++n)
             side[n] = std::sin(side[n]) * excursionSamples;
+    // A freeze holds the last one, in whatever blocks it comes.
+    for (AlignedVector& side : modulation)
+        if (count > 0)
+            std::fill(side.begin() + count, side.end(), side[count - 1]);
 }
 
 /// The oscillators stand, and what they give is held at a whole sample, so that the all-passes lose
 /// nothing to interpolation. All of the buffer: a longer block may come while they stand.
-void DattorroCore::HoldModulation(uint32_t count) {
+void DattorroCore::HoldModulation() {
     for (AlignedVector& side : modulation)
-        if (count > 0)
-            std::fill(side.begin(), side.end(), std::round(side[count - 1]));
+        std::fill(side.begin(), side.end(), std::round(side.back()));
 }
 
 void DattorroCore::TakeInput(const ProcessBlock& block) {

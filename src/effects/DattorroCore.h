@@ -73,7 +73,7 @@ private:
     float DampingCoefficient(float damping) const;
 
     void Modulate(uint32_t count);
-    void HoldModulation(uint32_t count);
+    void HoldModulation();
     void TakeInput(const ProcessBlock& block);
     void AimGlides(const ProcessBlock& block);
     void RunPredelay(uint32_t count);

@@ -30,7 +30,9 @@
 /// SetParameter(3017, 0): at the next Process, also one of no frames, all that sounds is cleared
 /// and every parameter jumps to its place. Write every parameter but 3015 to 3018, the binary ones
 /// and those that only show something ("..._Feedback", "Dest..._Assigned"): the saved state of a
-/// processor is the positions of its parameters, nothing else.
+/// processor is the positions of its parameters, nothing else. Leave out 2913 to 2930 as well: the
+/// limiter is set once and for all, and its look-ahead, written back, may come out a sample shorter
+/// than GetLatency says.
 ///
 /// MIDI. Messages are queued (254 a block at most, further ones are dropped) and cleared by
 /// ClearEventQueues; no module of this processor listens to them, and none is sent.
@@ -177,7 +179,9 @@ public:
     /// OptionalOperationA to J belong to other products of the interface; their answers are fixed.
     virtual bool OptionalOperationA() = 0;
     /// config[0] is the sample rate in hertz; 44100 stands in for one that isn't above 0. Takes all
-    /// memory that running needs and resets all that sounds.
+    /// memory that running needs and resets all that sounds. False above 768000 and where there is
+    /// not enough memory: the processor is silent then until an Initialize that succeeds. Nothing
+    /// in this interface throws.
     virtual bool Initialize(const float* config) = 0;
     /// Null for none. Completes the info records.
     virtual bool SetLogger(Logger* logger) = 0;
@@ -247,7 +251,8 @@ class IProcessor_V5 : public IProcessor_V4 {
 public:
     /// One block. Silence and true before Initialize; false, with silence, where the block does not
     /// fit. A block of no frames takes up writes, "Panic" (3016) and the end of "PresetLoading"
-    /// among them, and sounds nothing.
+    /// among them, and sounds nothing; it needs no channels. Input samples that are infinite or no
+    /// number count as 0; input buffers are only read.
     virtual bool Process(ProcessData* data) = 0;
     /// GetLatency and the 44 of the info record at every rate: for wrappers that queue blocks of
     /// the record's length. Others add to GetLatency what their own queue holds back.

@@ -104,7 +104,6 @@ TEST(DattorroCoreTest, FrozenTailHeedsNoBlockLength) {
         for (int n = 0; n < 3000; ++n)  // shorter than what comes, and long enough to move
             rig.Silence(4);
         rig.Set(Core::Freeze, 1.0f);
-        rig.Silence(4);
         for (size_t n = 0; n < 9600; n += later == 0 ? 4 : kBlock) {
             const Stereo block = rig.Silence(later == 0 ? 4 : kBlock);
             for (size_t c = 0; c < 2; ++c)
