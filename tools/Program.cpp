@@ -33,10 +33,11 @@ constexpr const char* kExitCodes =
     "  1    the program or the machine failed, such as no memory\n"
     "  2    the command line asks for something that does not exist\n"
     "  3    a file that is to be read can't be used\n"
-    "  4    a file can't be written, or exists and --force is missing\n"
+    "  4    a file or the results can't be written, or a file exists and --force is missing\n"
     "  5    the doctor found something wrong\n"
     "  130  interrupted (Ctrl-C); 129 and 143 after a hang-up or a terminate\n"
-    "A run that does not end with 0 leaves no file and changes none.";
+    "A run that does not end with 0 leaves no file and changes none, unless it\n"
+    "only could not say what it did.";
 
 using Commands = std::vector<std::unique_ptr<Command>>;
 
@@ -118,6 +119,10 @@ int RunProgram(int count, const char* const* arguments) {
     if (count < 2) {
         std::cerr << program.help();
         return static_cast<int>(ExitCode::Usage);
+    }
+    if (const std::string_view typed = arguments[1]; typed == "help" || typed == "version") {
+        std::cout << (typed == "help" ? program.help() : std::string(TESSERAE_VERSION) + "\n");
+        return static_cast<int>(ExitCode::Success);
     }
     if (const auto sentence = UnknownCommand(program, arguments[1]))
         return static_cast<int>(Complain(ExitCode::Usage, *sentence));

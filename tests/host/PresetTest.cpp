@@ -89,6 +89,16 @@ TEST(PresetTest, WhatMakesNoSenseIsMendedOrLeftOut) {
         (std::vector<ParameterValue>{{IndexOf("Macro 1"), 0.0f}, {IndexOf("Macro 2"), 0.25f}}));
 }
 
+TEST(PresetTest, ManyUnknownNamesAreCountedNotSearchedFor) {
+    std::string members;
+    for (int i = 0; i < 20000; ++i)  // minutes, if each were compared with all there are
+        members += (i == 0 ? "\"Nonsense" : ", \"Nonsense") + std::to_string(i) + "\": 0.5";
+    const Parsed<Preset> parsed = ReadMembers(", \"parameters\": {" + members + "}");
+    ASSERT_EQ(parsed.issues.size(), 6u);
+    EXPECT_EQ(parsed.issues.back().text,
+              "19995 more names are those of no parameter. They are left out.");
+}
+
 TEST(PresetTest, RoutingsAreCheckedPieceByPiece) {
     const auto routing = [](const std::string& members) {
         return R"(, "routings": [{"source": "macro 1", "destination": "pitch", "amount": 0.5}, )" +

@@ -181,6 +181,9 @@ TEST_F(FailureTest, FullDiskLeavesNothing) {
     for (const char* list : {"params", "presets", "destinations", "info"})
         ExpectFailure({list}, 4, {"could not be written"},
                       [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
+    const Outcome lost =
+        RunTool(Render({"--json"}), [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
+    EXPECT_EQ(lost.exitCode, 4) << "the sound is whole, but what was told of it is not";
 }
 
 TEST_F(FailureTest, InterruptedRunsLeaveNothing) {

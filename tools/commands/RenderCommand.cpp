@@ -112,7 +112,7 @@ ExitCode RenderCommand::Run() {
         std::cout << summary.Json() << "\n";
     else if (!quiet)
         std::cout << summary.Line() << "\n";
-    return ExitCode::Success;
+    return Printed();
 }
 
 }  // namespace Quorvan::Tools
