@@ -173,13 +173,12 @@ void DattorroCore::Modulate(uint32_t count) {
         modulation[1][n] = right;
     }
     phases = {left, right};
-    for (AlignedVector& side : modulation)
+    for (AlignedVector& side : modulation) {
         for (uint32_t n = 0; n < count; ++n)
             side[n] = std::sin(side[n]) * excursionSamples;
-    // A freeze holds the last one, in whatever blocks it comes.
-    for (AlignedVector& side : modulation)
-        if (count > 0)
+        if (count > 0)  // a freeze holds the last one, in whatever blocks it comes
             std::fill(side.begin() + count, side.end(), side[count - 1]);
+    }
 }
 
 /// The oscillators stand, and what they give is held at a whole sample, so that the all-passes lose

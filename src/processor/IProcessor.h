@@ -52,8 +52,8 @@ namespace Quorvan::Processor {
 /// an index to 3150 asks for that parameter's tool tip, which arrives as the blob 3151.
 inline constexpr uint32_t kParameterCount = 3152;
 
-/// The wrapper's sink for messages. Level 2 is a warning, the only level in use: a parameter's name
-/// that is too long for its field. Never called from Process. Must outlive the processor.
+/// The wrapper's sink for messages. Level 2, the only one in use, tells of a parameter's name that
+/// is too long for its field. Never called from Process. Must outlive the processor.
 class Logger {
 public:
     virtual void Log(const char* message, int level) = 0;
@@ -87,7 +87,7 @@ static_assert(sizeof(MidiOutRecord) == 16);
 
 /// What Process works on. The library touches only the named fields; start from ProcessData{}.
 ///
-/// Channels. Two inputs are stereo, one is mono into stereo; no input gives false and silence. One
+/// Channels. Two inputs are stereo, one is mono into stereo; no input gives silence. One
 /// output is mono, two are stereo. Buffers hold frameCount floats each, full scale is 1; outputs
 /// and inputs are different memory. Null channels or a block that is too long or not a multiple of
 /// 4 answer false, with silence.
@@ -176,7 +176,7 @@ static_assert(sizeof(BlobChange) == 24);
 class IProcessor {
 public:
     virtual ProcessorInfo* GetInfo() = 0;
-    /// OptionalOperationA to J belong to other products of the interface; their answers are fixed.
+    /// OptionalOperationA to J do nothing here; their answers are fixed.
     virtual bool OptionalOperationA() = 0;
     /// config[0] is the sample rate in hertz; 44100 stands in for one that isn't above 0. Takes all
     /// memory that running needs and resets all that sounds. False above 768000 and where there is
