@@ -186,6 +186,19 @@ TEST_F(FailureTest, FullDiskLeavesNothing) {
     EXPECT_EQ(lost.exitCode, 4) << "the sound is whole, but what was told of it is not";
 }
 
+TEST_F(FailureTest, NothingThatIsReadIsReplaced) {
+    const std::string in = folder / "in.wav", preset = folder / "sound.json";
+    std::filesystem::create_symlink(in, folder / "link.wav");
+    Add("sound.json", R"({"format": "tesserae-preset", "version": 1, "name": "Sound"})");
+    for (const std::string& name : {in, folder / "./in.wav", folder / "link.wav"})
+        ExpectFailure({"render", in, "-o", name, "--force"}, 2, {"is the sound", "reads"});
+    WriteWav(folder / "side.wav", {Noise(2, 4800, 0.3f)});
+    before = folder.Content();
+    const std::string side = folder / "side.wav";
+    ExpectFailure({"render", in, "-o", side, "--sidechain", side, "--force"}, 2, {"side-chain"});
+    ExpectFailure(Render({"--preset", preset, "--picture", preset, "--force"}), 2, {"preset"});
+}
+
 TEST_F(FailureTest, InterruptedRunsLeaveNothing) {
     for (const auto& [signal, code] : {std::pair(SIGINT, 130), std::pair(SIGTERM, 143)}) {
         const Folder texts;

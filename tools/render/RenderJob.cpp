@@ -88,7 +88,7 @@ void RenderJob::OpenSources() {
 void RenderJob::OpenOutputs() {
     summary.channels = settings.mono ? 1 : 2;
     format = AudioFormat::Choose(settings.output, settings.format, rate, summary.channels);
-    RefuseEqualOutputs();
+    RefuseSharedFiles();
     RefuseOtherPictures();
     soundFile.emplace(settings.output, settings.force);
     if (settings.picture)
@@ -97,22 +97,36 @@ void RenderJob::OpenOutputs() {
         modulationFile.emplace(*settings.modulationCsv, settings.force);
 }
 
-void RenderJob::RefuseEqualOutputs() const {
-    const auto refuse = [](const std::string& what, const std::filesystem::path& file) {
-        throw Failure(ExitCode::Usage, what + " can't both go to " + Host::Quoted(file.string()) +
-                                           ". Name two files.");
+void RenderJob::RefuseSharedFiles() const {
+    using Path = std::filesystem::path;
+    struct Use {
+        std::string what;
+        std::optional<Path> file;
     };
+    const Use outputs[] = {{"Sound", settings.output},
+                           {"Picture", settings.picture},
+                           {"Modulation", settings.modulationCsv}};
+    const Use sources[] = {{"sound", settings.input},
+                           {"side-chain", settings.sideChain},
+                           {"automation", settings.automation},
+                           {"preset", settings.preset}};
     // One file can have several names: "out.wav", "./out.wav", a link.
-    const auto same = [](const std::filesystem::path& one,
-                         const std::optional<std::filesystem::path>& other) {
-        return other && AtomicOutput::PlaceOf(one) == AtomicOutput::PlaceOf(*other);
+    const auto same = [](const std::optional<Path>& one, const std::optional<Path>& other) {
+        return one && other && AtomicOutput::PlaceOf(*one) == AtomicOutput::PlaceOf(*other);
     };
-    if (same(settings.output, settings.picture))
-        refuse("Sound and picture", settings.output);
-    if (same(settings.output, settings.modulationCsv))
-        refuse("Sound and modulation", settings.output);
-    if (settings.picture && same(*settings.picture, settings.modulationCsv))
-        refuse("Picture and modulation", *settings.picture);
+    for (const Use& one : outputs)
+        for (const Use& other : outputs)
+            if (&one < &other && same(one.file, other.file))
+                throw Failure(ExitCode::Usage,
+                              one.what + " and " + Host::Lower(other.what) + " can't both go to " +
+                                  Host::Quoted(one.file->string()) + ". Name two files.");
+    for (const Use& output : outputs)
+        for (const Use& source : sources)
+            if (same(output.file, source.file))
+                throw Failure(ExitCode::Usage, Host::Quoted(output.file->string()) + " is the " +
+                                                   source.what +
+                                                   " that this run reads. Name another file to "
+                                                   "write to.");
 }
 
 void RenderJob::RefuseOtherPictures() const {

@@ -32,7 +32,7 @@ public:
 private:
     void OpenSources();
     void OpenOutputs();
-    void RefuseEqualOutputs() const;
+    void RefuseSharedFiles() const;
     void RefuseOtherPictures() const;
     void PrepareEngine();
     double TailSeconds();
