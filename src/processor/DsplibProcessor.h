@@ -339,15 +339,15 @@ void DsplibProcessor<T>::Silence(float** channels, uint32_t count, uint32_t fram
 }
 
 /// The channels themselves where all is finite, else copies without what isn't: one such sample
-/// would go round on the tape for ever. More channels than anything reads pass as they are.
+/// would go round on the tape for ever. At most kCleaned of them, since nothing reads more.
 template <class T>
 float** DsplibProcessor<T>::Cleaned(float** channels, uint32_t count, uint32_t frames,
                                     uint32_t place) {
-    if (count > kCleaned || std::none_of(channels, channels + count, [frames](const float* c) {
-            return dsp::HasNonFinite(c, frames);
-        }))
+    const uint32_t read = std::min(count, kCleaned);
+    if (std::none_of(channels, channels + read,
+                     [frames](const float* c) { return dsp::HasNonFinite(c, frames); }))
         return channels;
-    for (uint32_t c = 0; c < count; ++c) {
+    for (uint32_t c = 0; c < read; ++c) {
         cleanChannels[place + c] = cleanScratch[place + c].data();
         dsp::CopyFinite(channels[c], frames, cleanChannels[place + c]);
     }
@@ -367,7 +367,7 @@ dsp::ProcessBlock DsplibProcessor<T>::MakeBlock(const ProcessData& data) {
     block.eventsIn = &eventsIn;
     block.eventsOut = &eventsOut;
     block.numInputs = data.inputCount;
-    block.numAuxInputs = data.auxInputCount;
+    block.numAuxInputs = std::min(data.auxInputCount, kCleaned);
     block.numOutputs = data.outputCount;
     block.numAuxOutputs = data.auxOutputCount;
     block.numFrames = data.frameCount;

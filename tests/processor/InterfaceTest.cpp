@@ -260,15 +260,19 @@ TEST(InterfaceTest, SamplesThatAreNoNumbersCountAsZero) {
         sides[1][i] = i % 2 == 0 ? std::nanf("") : i % 3 == 0 ? INFINITY : -INFINITY;
     }
     std::array<Stereo, 2> out;
+    std::array<Channel, 2> envelopes;
     for (size_t k = 0; k < 2; ++k) {
         ProcessorRig rig;
         rig.MakeAudible().Set("Envelope Follower Source", 1.0f);
         out[k] = {clean, clean};
         for (size_t at = 0; at < clean.size(); at += rig.blockSize)
             rig.RunBlock({&sides[k][at], const_cast<float*>(&clean[at])},
-                         {&out[k][0][at], &out[k][1][at]}, {}, {&sides[k][at]});
+                         {&out[k][0][at], &out[k][1][at]}, {},
+                         {&sides[k][at], &sides[k][at], &sides[k][at]});
+        envelopes[k] = rig.scratch[1];  // that of the side-chain, an auxiliary output
     }
     EXPECT_EQ(out[0], out[1]);
+    EXPECT_EQ(envelopes[0], envelopes[1]);
 }
 
 TEST(InterfaceTest, AbsurdRatesAreRefusedAndAnotherMayFollow) {
