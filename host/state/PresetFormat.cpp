@@ -1,6 +1,6 @@
 #include "host/state/PresetFormat.h"
 
-#include <charconv>
+#include <algorithm>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -8,6 +8,7 @@
 #include "host/parameters/ModulationNames.h"
 #include "host/state/JsonReader.h"
 #include "host/state/ParameterReader.h"
+#include "host/state/ParameterWriter.h"
 
 namespace Quorvan::Host {
 
@@ -17,23 +18,6 @@ constexpr const char* kPresetFormat = "tesserae-preset";
 constexpr const char* kStateFormat = "tesserae-state";
 
 using OrderedJson = nlohmann::ordered_json;
-
-/// The number with as few digits as tell it from its neighbours: 0.1f as 0.1.
-double Shortest(float number) {
-    char text[32];
-    const auto written = std::to_chars(text, text + sizeof text, number);
-    double shortest = static_cast<double>(number);
-    std::from_chars(text, written.ptr, shortest);
-    return shortest;
-}
-
-OrderedJson ParametersJson(const std::vector<ParameterValue>& values,
-                           const ParameterCatalog& catalog) {
-    OrderedJson parameters = OrderedJson::object();
-    for (const ParameterValue& value : values)
-        parameters[catalog[value.index].name] = Shortest(value.position);
-    return parameters;
-}
 
 OrderedJson RoutingsJson(const std::vector<Routing>& routings) {
     OrderedJson list = OrderedJson::array();
@@ -118,7 +102,7 @@ std::string WritePreset(const Preset& preset, const ParameterCatalog& catalog) {
     json["tags"] = preset.tags;
     if (preset.tempo)
         json["tempo"] = *preset.tempo;
-    json["parameters"] = ParametersJson(preset.parameters, catalog);
+    json["parameters"] = ParametersJson(preset.parameters, catalog, PositionStyle::Texts);
     json["routings"] = RoutingsJson(preset.routings);
     return Written(json);
 }
@@ -141,7 +125,7 @@ std::string WriteState(const State& state, const ParameterCatalog& catalog) {
     OrderedJson json;
     json["format"] = kStateFormat;
     json["version"] = kStateVersion;
-    json["parameters"] = ParametersJson(state.parameters, catalog);
+    json["parameters"] = ParametersJson(state.parameters, catalog, PositionStyle::Numbers);
     return Written(json);
 }
 

@@ -24,9 +24,13 @@ namespace Quorvan::Host {
 inline constexpr int kPresetVersion = 1;
 inline constexpr int kStateVersion = 1;
 
+/// A captured sound (CapturePreset) with a name is a preset for a file. Positions stand as texts
+/// where those give them back to the bit, as numbers otherwise; the same preset gives the same
+/// text.
 std::string WritePreset(const Preset& preset, const ParameterCatalog& catalog);
 Parsed<Preset> ReadPreset(std::string_view json, const ParameterCatalog& catalog);
 
+/// All positions as numbers.
 std::string WriteState(const State& state, const ParameterCatalog& catalog);
 Parsed<State> ReadState(std::string_view json, const ParameterCatalog& catalog);
 

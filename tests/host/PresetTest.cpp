@@ -47,10 +47,18 @@ std::string ErrorOf(const std::string& json) {
 }
 
 TEST(PresetTest, WhatIsWrittenIsReadBack) {
-    const Preset preset = Example();
-    const Parsed<Preset> parsed = ReadPreset(WritePreset(preset, Catalog()), Catalog());
+    Preset preset = Example();
+    preset.parameters = {Set("MoteWeaver_Pitch", "7 st", TextContext{5}),
+                         Set("MoteWeaver_Scale", "Major"),
+                         Set("MoteWeaver_PlaybackMode", "Follow"),
+                         {IndexOf("Macro 1"), 0.123456f}};
+    const std::string text = WritePreset(preset, Catalog());
+    const Parsed<Preset> parsed = ReadPreset(text, Catalog());
     EXPECT_TRUE(parsed.issues.empty());
     EXPECT_EQ(parsed.value, preset);
+    for (const char* line : {"\"MoteWeaver_Pitch\": \"7.00 st\"", "\"Macro 1\": 0.123456",
+                             "\"MoteWeaver_PlaybackMode\": \"Follow\""})
+        EXPECT_NE(text.find(line), std::string::npos) << line << " of\n" << text;
     EXPECT_EQ(ReadMembers("").value, Preset{});  // only format and version are needed
 }
 
