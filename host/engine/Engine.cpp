@@ -44,6 +44,7 @@ public:
     void Process(const AudioBuffers& buffers);
     bool Queue(uint64_t frame, uint32_t index, float position);
     void Panic();
+    void Clear();
     void Restore(std::span<const ParameterValue> values);
     void Idle(uint32_t blocks);
     float Position(uint32_t index) const;
@@ -136,6 +137,15 @@ void Engine::Implementation::Panic() {
     Queue(frame + driver.BlockFrames(), kPanicIndex, 0.0f);
 }
 
+void Engine::Implementation::Clear() {
+    for (ChannelBlock* block : {&driver.inputs, &driver.sideChain, &driver.outputs, &driver.aux})
+        block->Clear();
+    Set(kPresetLoadingIndex, 1.0f);
+    loading = true;
+    if (driver.BlockFrames() != 0)
+        EndLoading();
+}
+
 void Engine::Implementation::Restore(std::span<const ParameterValue> values) {
     writes.Clear();
     Set(kPresetLoadingIndex, 1.0f);
@@ -203,8 +213,14 @@ bool Engine::Write(uint32_t index, float position) {
 bool Engine::WriteAt(uint64_t frame, uint32_t index, float position) {
     return implementation->Queue(frame, index, position);
 }
+size_t Engine::WaitingWrites() const { return implementation->writes.Size(); }
 float Engine::Position(uint32_t index) const { return implementation->Position(index); }
 void Engine::Panic() { implementation->Panic(); }
+void Engine::Clear() { implementation->Clear(); }
+void Engine::SendFeedback(bool sends) {
+    implementation->format.sendsFeedback = sends;
+    implementation->driver.SendFeedback(sends);
+}
 
 void Engine::Restore(std::span<const ParameterValue> values) { implementation->Restore(values); }
 void Engine::Idle(uint32_t blocks) { implementation->Idle(blocks); }

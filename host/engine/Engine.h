@@ -43,7 +43,8 @@ struct EngineCounts {
 /// Latency   LatencyFrames: one block for the queue and the processor's own. Output frame n belongs
 ///           to input frame n - LatencyFrames.
 /// Threads   none of its own and no locks: calls come in turn. Process, Write, WriteAt,
-///           SetTransport and SetTempo neither allocate nor wait.
+///           SetTransport, SetTempo, Panic, Clear, SendFeedback and Restore neither
+///           allocate nor wait.
 class Engine {
 public:
     /// With a seed, all chance in the processor repeats from run to run; each random source gets a
@@ -89,10 +90,18 @@ public:
     bool Write(uint32_t index, float position);
     /// The same for a frame of the future.
     bool WriteAt(uint64_t frame, uint32_t index, float position);
+    /// Writes that wait for their block.
+    size_t WaitingWrites() const;
     /// Position that the processor has now, queued writes not counted. 0 for an unknown index.
     float Position(uint32_t index) const;
     /// Clears all that sounds, from the next block on.
     void Panic();
+    /// Clears all that sounds at once, what waits in the queue of frames too. Parameters, waiting
+    /// writes and time stay. Between two calls of Process.
+    void Clear();
+    /// Whether the processor makes feedback for a display (StreamFormat::sendsFeedback), from the
+    /// next block on.
+    void SendFeedback(bool sends);
 
     /// Puts many parameters at once to positions, as the restoring of a state or a preset does:
     /// "PresetLoading" is held at 1 around them, queued writes are dropped, and the processor

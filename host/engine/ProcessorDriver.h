@@ -32,6 +32,7 @@ public:
     /// A block of silence that nobody hears of. Leaves the channels as they are.
     void RunSilence(const Transport& transport);
 
+    void SendFeedback(bool sends) { format.sendsFeedback = sends; }
     uint32_t BlockFrames() const { return blockFrames; }
     uint32_t LatencyFrames() const { return processor->GetLatency(); }
     Processor::IProcessor_V5& GetProcessor() const { return *processor; }

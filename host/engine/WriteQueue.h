@@ -21,6 +21,7 @@ public:
     /// Puts a write behind all others of its frame; false where there is no room.
     bool Add(const Entry& entry);
     void Clear() { entries.clear(); }
+    size_t Size() const { return entries.size(); }
 
     /// Hands every write for a frame before end to take, and forgets it.
     template <class Take>

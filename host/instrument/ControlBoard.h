@@ -1,0 +1,48 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+
+#include "host/instrument/HostControl.h"
+#include "host/instrument/PositionBoard.h"
+#include "host/parameters/ParameterCatalog.h"
+
+namespace Quorvan::Host {
+
+/// Which parameter each host control moves now, and where the free ones point.
+///
+/// Threads  all calls from any thread, none of them waits or allocates.
+class ControlBoard {
+public:
+    ControlBoard(const ParameterCatalog& parameters, const PositionBoard& positionBoard);
+
+    /// Index on the position board that control id moves now; kUnassigned for a free control that
+    /// points nowhere, and for an id that nobody has.
+    uint32_t TargetOf(uint32_t id) const;
+    /// The first control that moves this index now; kUnassigned where none does.
+    uint32_t ControlOf(uint32_t index) const;
+    /// Whether a change of this index can change what "Grain Size", "Density" or "Play Head Offset"
+    /// stand for.
+    static bool DecidesTargets(uint32_t index);
+
+    /// Points free control number (below kAssignments) at a parameter, or with kUnassigned nowhere.
+    void Assign(uint32_t number, uint32_t index) {
+        assignments[number].store(index, std::memory_order_relaxed);
+    }
+    uint32_t Assignment(uint32_t number) const {
+        return assignments[number].load(std::memory_order_relaxed);
+    }
+
+private:
+    uint32_t Choice(uint32_t index) const;
+    uint32_t SizeInForce() const;
+    uint32_t DensityInForce() const;
+    uint32_t OffsetInForce() const;
+
+    const ParameterCatalog& catalog;
+    const PositionBoard& positions;
+    std::array<std::atomic<uint32_t>, kAssignments> assignments;
+};
+
+}  // namespace Quorvan::Host

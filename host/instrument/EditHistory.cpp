@@ -1,0 +1,54 @@
+#include "host/instrument/EditHistory.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Quorvan::Host {
+
+void EditHistory::Add(Step step) {
+    std::erase_if(step.changes, [](const Change& change) { return change.before == change.after; });
+    if (step.changes.empty())
+        return;
+    steps.resize(present);
+    steps.push_back(std::move(step));
+    if (steps.size() > kSteps)
+        steps.pop_front();
+    present = steps.size();
+    lastGesture = 0;
+}
+
+void EditHistory::AddMove(uint64_t gesture, const std::string& name, const Change& change) {
+    if (gesture == 0 || gesture != lastGesture || !CanUndo() || CanRedo()) {
+        const size_t before = steps.size();
+        Add({name, {change}});
+        if (present > 0 && (steps.size() != before || steps.back().name == name))
+            lastGesture = gesture;
+        return;
+    }
+    std::vector<Change>& changes = steps.back().changes;
+    const auto known = std::find_if(changes.begin(), changes.end(), [&](const Change& earlier) {
+        return earlier.index == change.index;
+    });
+    if (known == changes.end())
+        changes.push_back(change);
+    else
+        known->after = change.after;
+}
+
+const EditHistory::Step* EditHistory::Undo() {
+    lastGesture = 0;
+    return CanUndo() ? &steps[--present] : nullptr;
+}
+
+const EditHistory::Step* EditHistory::Redo() {
+    lastGesture = 0;
+    return CanRedo() ? &steps[present++] : nullptr;
+}
+
+void EditHistory::Clear() {
+    steps.clear();
+    present = 0;
+    lastGesture = 0;
+}
+
+}  // namespace Quorvan::Host

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace Quorvan::Host {
+
+/// The user's edits, to be taken back and made again. A step is a gesture or a whole new sound:
+/// what it changed, and what people call it.
+class EditHistory {
+public:
+    static constexpr size_t kSteps = 200;
+
+    struct Change {
+        uint32_t index;
+        float before, after;  ///< positions
+    };
+    struct Step {
+        std::string name;
+        std::vector<Change> changes;
+    };
+
+    /// A finished step; forgets all that was taken back. Changes that change nothing are left out,
+    /// and a step without changes is none.
+    void Add(Step step);
+    /// A further move of a gesture that has not ended: joins the last step where that is of the
+    /// same gesture.
+    void AddMove(uint64_t gesture, const std::string& name, const Change& change);
+
+    bool CanUndo() const { return present > 0; }
+    bool CanRedo() const { return present < steps.size(); }
+    /// The step to take back, newest first; null where there is none. Valid until the next call.
+    const Step* Undo();
+    /// The step to make again; null where there is none.
+    const Step* Redo();
+    /// What Undo and Redo would do, for a menu; empty where there is nothing.
+    std::string UndoName() const { return CanUndo() ? steps[present - 1].name : std::string(); }
+    std::string RedoName() const { return CanRedo() ? steps[present].name : std::string(); }
+    void Clear();
+
+private:
+    std::deque<Step> steps;
+    size_t present = 0;        ///< steps that are made
+    uint64_t lastGesture = 0;  ///< of the last step; 0: of none
+};
+
+}  // namespace Quorvan::Host

@@ -1,0 +1,155 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/engine/TailEstimator.h"
+#include "host/instrument/ControlBoard.h"
+#include "host/instrument/EditHistory.h"
+#include "host/instrument/InstrumentEvent.h"
+#include "host/instrument/InstrumentPlayer.h"
+#include "host/instrument/InstrumentState.h"
+#include "host/instrument/PositionBoard.h"
+#include "host/instrument/SettingsMirror.h"
+#include "host/instrument/SoundPair.h"
+#include "host/state/Issue.h"
+
+namespace Quorvan::Host {
+
+/// One instance of the processor as its user knows it: an engine with the controls that hosts see,
+/// presets, undo, two sounds to compare, chance, and a state for projects.
+///
+/// Life     make it; Activate for a format; Process again and again; Deactivate; Activate again,
+/// also
+///          for another format. Everything but Process and Clear works at any time, active or not.
+/// Threads  Process and Clear belong to the audio thread: they neither allocate, lock nor wait.
+///          Activate and Deactivate while that stands still. All the rest from any other thread,
+///          several at once too (a lock makes them come in turn); those marked "any thread" from
+///          the audio thread as well.
+/// Changes  an edit reaches the sound with the next buffer. While no buffers come, edits are kept.
+class Instrument {
+public:
+    /// The catalog is shared by all instruments and has to outlive them.
+    explicit Instrument(const ParameterCatalog& parameters);
+    ~Instrument();
+    Instrument(const Instrument&) = delete;
+    Instrument& operator=(const Instrument&) = delete;
+
+    // ---- Sound
+
+    /// Takes all memory that running needs, and starts from silence; tempo is what the song will
+    /// begin at, where it is known. Throws std::invalid_argument, with a sentence, for a format
+    /// that nothing can run at.
+    void Activate(const StreamFormat& format, double tempo = 120.0);
+    void Deactivate();
+    bool IsActive() const;
+    /// In frames; changes with Activate only. 0 before the first.
+    uint32_t LatencyFrames() const;
+    /// As the settings stand now; see EstimateTail.
+    Tail GetTail();
+    /// Audio thread. Takes and gives buffer.audio.frames frames, any number; with none of them
+    /// events are taken up all the same. May also be called between Deactivate and Activate, for
+    /// events only.
+    void Process(const InstrumentBuffer& buffer, ControlSink& sink);
+    /// Audio thread: clears all that sounds.
+    void Clear();
+
+    // ---- Controls and parameters (any thread, unless it says otherwise)
+
+    const ParameterCatalog& Catalog() const { return catalog; }
+    /// Where a parameter stands, 0..1; offsets by the host are not in it.
+    float Position(uint32_t index) const { return positions.Position(index); }
+    /// Position of a host control. A free control that points nowhere stands where it was put.
+    float ControlPosition(uint32_t id) const;
+    /// Index that a host control moves now, or kUnassigned.
+    uint32_t ControlTarget(uint32_t id) const { return controls.TargetOf(id); }
+    /// What position of a control shows as, with the name of what it stands for where that varies:
+    /// "120 ms", "1/8". Not on the audio thread.
+    std::string ControlText(uint32_t id, float position) const;
+    /// The position that a text asks for, or a sentence why there is none. Not on the audio thread.
+    TextResult ControlPositionOf(uint32_t id, std::string_view text) const;
+
+    /// The user moves a parameter on the instrument's own face. Not on the audio thread.
+    void Edit(uint32_t index, float position);
+    /// Moves between these two are one step to undo, and the host hears of both ends.
+    void BeginGesture(uint32_t index);
+    void EndGesture(uint32_t index);
+
+    /// Points a free control (number below kAssignments) at a parameter, or nowhere.
+    void Assign(uint32_t number, uint32_t index);
+    uint32_t Assignment(uint32_t number) const { return controls.Assignment(number); }
+
+    // ---- Whole sounds
+
+    void LoadPreset(const Preset& preset);
+    /// The present sound, under the name of the preset that it came from.
+    Preset GetPreset();
+    /// Empty where none was loaded.
+    std::string PresetName() const;
+    /// Whether the sound is another one than the preset's.
+    bool IsModified();
+
+    bool CanUndo() const;
+    bool CanRedo() const;
+    void Undo();
+    void Redo();
+
+    /// Plays the other sound, or with 0 A and with 1 B; the one played so far is kept.
+    void PlaySound(uint32_t which);
+    uint32_t PlayedSound() const;
+    /// Makes the sound that is not played the same as the one that is.
+    void CopySound();
+    /// Moves every continuous setting of a group (ParameterInfo::group) by up to amount, 0..1, of
+    /// its travel, up or down, held to its range. The same seed makes the same moves.
+    void Randomise(std::string_view group, float amount, uint64_t seed);
+
+    // ---- Chance
+
+    /// A seed: the sound repeats to the bit from Activate on. None: each start is another one.
+    /// While active the sound starts afresh.
+    void SetSeed(std::optional<uint64_t> seed);
+    std::optional<uint64_t> Seed() const;
+
+    // ---- Projects
+
+    /// All that a project needs, as a text. The same sound gives the same bytes.
+    std::string SaveState();
+    /// Loads what SaveState wrote, also of older and newer versions. Where the text is broken, the
+    /// instrument stays as it was. Answers with sentences; an error among them means the latter.
+    std::vector<Issue> LoadState(std::string_view text);
+    void SetWindowSize(WindowSize size);
+    WindowSize GetWindowSize() const;
+
+private:
+    std::unique_ptr<Engine> MakeEngine(const StreamFormat& format, double tempo);
+    std::vector<float> Snapshot() const;
+    void Remember(const std::string& name, const std::vector<float>& before);
+    void Move(uint32_t index, float position);
+    void TellHost(InstrumentPlayer::FaceMove::Kind kind, uint32_t index);
+    void OfferMorph();
+    bool Differs() const;
+    InstrumentState Capture();
+
+    const ParameterCatalog& catalog;
+    PositionBoard positions;
+    ControlBoard controls;
+    InstrumentPlayer player;
+
+    mutable std::mutex mutex;  ///< over all below, and all that is not the audio thread's
+    SettingsMirror mirror;
+    EditHistory history;
+    uint64_t gesture = 0;  ///< number of the open one, 0: none
+    uint64_t gestures = 0;
+    InstrumentState kept;  ///< what no board holds: names, seed, sounds, window, foreign entries
+    std::vector<float> presetPositions;  ///< of the preset as it was loaded; empty: none was
+    std::optional<StreamFormat> active;
+    uint32_t latency = 0;
+};
+
+}  // namespace Quorvan::Host

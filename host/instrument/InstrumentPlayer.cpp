@@ -1,0 +1,205 @@
+#include "host/instrument/InstrumentPlayer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "host/state/ParameterReader.h"
+
+namespace Quorvan::Host {
+
+namespace {
+
+/// Frames at a time: what the bypass has to keep.
+constexpr uint32_t kPiece = 1024;
+/// Writes that may wait in the engine's queue, with room left for all settings at once.
+constexpr uint32_t kWaitingWrites = 4096;
+
+template <class Sample>
+std::array<Sample*, 2> Shifted(Sample* const* channels, uint32_t count, uint32_t frames) {
+    std::array<Sample*, 2> shifted{};
+    for (uint32_t c = 0; channels != nullptr && c < count; ++c)
+        shifted[c] = channels[c] != nullptr ? channels[c] + frames : nullptr;
+    return shifted;
+}
+
+}  // namespace
+
+InstrumentPlayer::InstrumentPlayer(const ParameterCatalog& parameters, PositionBoard& positionBoard,
+                                   ControlBoard& controlBoard)
+    : catalog(parameters), positions(positionBoard), controls(controlBoard), offsets(controlBoard) {
+    for (const ParameterInfo& info : catalog.All())
+        if (IsStored(info, ParameterScope::Sound))
+            restored.push_back({info.index, 0.0f});
+}
+
+void InstrumentPlayer::SetEngine(std::unique_ptr<Engine> engine) {
+    OfferEngine(std::move(engine));
+    engines.Take();
+    engines.Collect();
+    const Engine& current = *engines.Current();
+    tempo.store(current.GetTransport().tempo, std::memory_order_relaxed);
+    offsets.Clear();
+    bypass.Aim(positions.Position(kBypassIndex) >= 0.5f);
+    bypass.Prepare(current.Format(), current.LatencyFrames(), kPiece);
+}
+
+void InstrumentPlayer::Clear() {
+    if (Engine* const engine = GetEngine())
+        engine->Clear();
+    bypass.Reset();
+}
+
+void InstrumentPlayer::Process(const InstrumentBuffer& buffer, ControlSink& sink) {
+    audio = buffer.audio;
+    done = 0;
+    TakeUp(sink);
+    if (buffer.transport && GetEngine() != nullptr)
+        GetEngine()->SetTransport(*buffer.transport);
+    for (const InstrumentEvent& event : buffer.events) {
+        const uint32_t frame = std::max(done, std::min(event.frame, audio.frames));
+        if (GetEngine() != nullptr && GetEngine()->WaitingWrites() >= kWaitingWrites)
+            RunTo(frame);
+        if (!IsOvertaken(&event, buffer.events))
+            Handle(event, frame);
+    }
+    RunTo(audio.frames);
+    if (GetEngine() != nullptr)
+        tempo.store(GetEngine()->GetTransport().tempo, std::memory_order_relaxed);
+}
+
+/// A morph writes hundreds of settings: of those that fall into one block only the last counts.
+bool InstrumentPlayer::IsOvertaken(const InstrumentEvent* event,
+                                   std::span<const InstrumentEvent> events) const {
+    const auto isMorph = [](const InstrumentEvent& one) {
+        return one.kind == InstrumentEvent::Kind::Control && one.id == kMorphControl;
+    };
+    const InstrumentEvent* const next = event + 1;
+    if (GetEngine() == nullptr || !isMorph(*event) || next == events.data() + events.size() ||
+        !isMorph(*next))
+        return false;
+    const uint64_t base = GetEngine()->FramesIn() - done;
+    const uint32_t block = GetEngine()->BlockFrames();
+    return (base + event->frame) / block == (base + next->frame) / block;
+}
+
+void InstrumentPlayer::TakeUp(ControlSink& sink) {
+    plans.Take();
+    FaceMove move{};
+    while (faceMoves.pop(move)) {
+        if (move.kind == FaceMove::Kind::Move)
+            sink.OnControlMove(0, move.id, static_cast<double>(move.position));
+        else
+            sink.OnGesture(move.id, move.kind == FaceMove::Kind::Begin);
+    }
+    // A new engine may have missed what was put on the board since it was made.
+    if (engines.Take() || positions.TakeRestore())
+        RestoreAll();
+    positions.TakeMarks([this](uint32_t index) { Move(0, index, positions.Position(index)); });
+}
+
+void InstrumentPlayer::RestoreAll() {
+    offsets.FollowTargets([](uint32_t) {});
+    bypass.Aim(positions.Position(kBypassIndex) >= 0.5f);
+    if (GetEngine() == nullptr)
+        return;
+    for (ParameterValue& value : restored)
+        value.position = Effective(value.index);
+    GetEngine()->Restore(restored);
+}
+
+void InstrumentPlayer::Handle(const InstrumentEvent& event, uint32_t frame) {
+    const auto value = static_cast<float>(event.value);
+    switch (event.kind) {
+        case InstrumentEvent::Kind::Control:
+            Move(frame, controls.TargetOf(event.id), value);
+            break;
+        case InstrumentEvent::Kind::Offset:
+            MoveOffset(frame, event.id, value);
+            break;
+        case InstrumentEvent::Kind::Parameter:
+            Move(frame, event.id, value);
+            break;
+        case InstrumentEvent::Kind::Transport:
+            RunTo(frame);
+            if (GetEngine() != nullptr)
+                GetEngine()->SetTransport(event.place);
+            break;
+        case InstrumentEvent::Kind::Midi:
+            break;
+    }
+}
+
+void InstrumentPlayer::Move(uint32_t frame, uint32_t index, float position) {
+    if (index >= PositionBoard::kCount || !std::isfinite(position))
+        return;
+    positions.Note(index, std::clamp(position, 0.0f, 1.0f));
+    if (index == PositionBoard::kMorphIndex)
+        Morph(frame, positions.Position(index));
+    else if (index == kBypassIndex) {
+        RunTo(frame);
+        bypass.Aim(positions.Position(index) >= 0.5f);
+    } else
+        Send(frame, index);
+    if (ControlBoard::DecidesTargets(index))
+        offsets.FollowTargets([&](uint32_t moved) { Send(frame, moved); });
+}
+
+void InstrumentPlayer::MoveOffset(uint32_t frame, uint32_t id, float offset) {
+    if (!std::isfinite(offset))
+        return;
+    offsets.Set(id, std::clamp(offset, -1.0f, 1.0f), [&](uint32_t index) { Send(frame, index); });
+}
+
+void InstrumentPlayer::Morph(uint32_t frame, float way) {
+    if (plans.Current() == nullptr)
+        return;
+    for (const MorphPlan::Step& step : plans.Current()->steps)
+        Move(frame, step.index, MorphPlan::Between(step, way));
+}
+
+/// What finds no room is marked, and so comes with a later buffer.
+void InstrumentPlayer::Send(uint32_t frame, uint32_t index) {
+    if (index >= kProcessorParameters || index == kPresetLoadingIndex)
+        return;
+    if (index == kPanicIndex) {
+        const bool asked = positions.Position(index) >= 0.5f;
+        positions.Note(index, 0.0f);
+        if (asked && GetEngine() != nullptr)
+            GetEngine()->Panic();
+        return;
+    }
+    Engine* const engine = GetEngine();
+    if (engine != nullptr &&
+        !engine->WriteAt(engine->FramesIn() + frame - done, index, Effective(index)))
+        positions.Put(index, positions.Position(index));
+}
+
+float InstrumentPlayer::Effective(uint32_t index) const {
+    const float position = positions.Position(index);
+    return offsets.InUse() ? std::clamp(position + offsets.Of(index), 0.0f, 1.0f) : position;
+}
+
+void InstrumentPlayer::RunTo(uint32_t frame) {
+    while (done < frame && GetEngine() != nullptr)
+        RunPiece(std::min(frame - done, kPiece));
+}
+
+void InstrumentPlayer::RunPiece(uint32_t frames) {
+    Engine& engine = *GetEngine();
+    const StreamFormat& format = engine.Format();
+    const auto inputs = Shifted(audio.inputs, format.inputs, done);
+    const auto outputs = Shifted(audio.outputs, format.outputs, done);
+    const auto sideChain = Shifted(audio.sideChain, format.sideChainInputs, done);
+    AudioBuffers piece;
+    piece.inputs = inputs.data();
+    piece.outputs = outputs.data();
+    piece.sideChain = audio.sideChain != nullptr ? sideChain.data() : nullptr;
+    piece.frames = frames;
+    bypass.Take(inputs.data(), 0, frames);
+    engine.Process(piece);
+    bypass.Mix(outputs.data(), 0, frames);
+    done += frames;
+}
+
+}  // namespace Quorvan::Host

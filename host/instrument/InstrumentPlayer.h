@@ -1,0 +1,83 @@
+#pragma once
+
+#include <atomic>
+#include <boost/lockfree/spsc_queue.hpp>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "host/engine/Engine.h"
+#include "host/instrument/BypassFader.h"
+#include "host/instrument/ControlBoard.h"
+#include "host/instrument/HandOver.h"
+#include "host/instrument/InstrumentEvent.h"
+#include "host/instrument/MorphPlan.h"
+#include "host/instrument/OffsetBank.h"
+#include "host/instrument/PositionBoard.h"
+
+namespace Quorvan::Host {
+
+/// The audio side of an instrument: takes up what the other side has put on the boards, carries out
+/// the events of each buffer at their frames, and runs the engine.
+///
+/// Threads  Process and Clear on the audio thread, or on another while that one stands still; they
+///          neither allocate, lock nor wait. OfferEngine, OfferPlan and TellHost from the other
+///          side, in turn. SetEngine while the audio thread stands still.
+class InstrumentPlayer {
+public:
+    InstrumentPlayer(const ParameterCatalog& parameters, PositionBoard& positionBoard,
+                     ControlBoard& controlBoard);
+
+    /// A prepared engine that has the positions of the board, for a start from silence.
+    void SetEngine(std::unique_ptr<Engine> engine);
+    /// The same while the audio runs, with the format of the present one.
+    void OfferEngine(std::unique_ptr<Engine> engine) { engines.Offer(std::move(engine)); }
+    void OfferPlan(std::unique_ptr<MorphPlan> plan) { plans.Offer(std::move(plan)); }
+    /// What the instrument's own face does to a control, for the host to hear with the next buffer.
+    struct FaceMove {
+        enum class Kind : uint8_t { Begin, Move, End } kind;
+        uint32_t id;
+        float position;
+    };
+    /// False where a thousand moves wait already.
+    bool TellHost(const FaceMove& move) { return faceMoves.push(move); }
+
+    /// Takes and gives buffer.audio.frames frames; with none of them only the events are taken up.
+    /// Before SetEngine no frame is given.
+    void Process(const InstrumentBuffer& buffer, ControlSink& sink);
+    /// Clears all that sounds.
+    void Clear();
+    /// Null before SetEngine.
+    Engine* GetEngine() const { return engines.Current(); }
+    /// Of the song as it was last run, in beats per minute; from any thread.
+    double Tempo() const { return tempo.load(std::memory_order_relaxed); }
+
+private:
+    void TakeUp(ControlSink& sink);
+    bool IsOvertaken(const InstrumentEvent* event, std::span<const InstrumentEvent> events) const;
+    void RestoreAll();
+    void Handle(const InstrumentEvent& event, uint32_t frame);
+    void Move(uint32_t frame, uint32_t index, float position);
+    void MoveOffset(uint32_t frame, uint32_t id, float offset);
+    void Morph(uint32_t frame, float way);
+    void Send(uint32_t frame, uint32_t index);
+    void RunTo(uint32_t frame);
+    void RunPiece(uint32_t frames);
+    float Effective(uint32_t index) const;
+
+    const ParameterCatalog& catalog;
+    PositionBoard& positions;
+    ControlBoard& controls;
+    OffsetBank offsets;
+    BypassFader bypass;
+    HandOver<Engine> engines;
+    HandOver<MorphPlan> plans;
+    boost::lockfree::spsc_queue<FaceMove, boost::lockfree::capacity<1024>> faceMoves;
+    std::vector<ParameterValue> restored;  ///< room for RestoreAll; the indices stay
+    std::atomic<double> tempo{120.0};
+    AudioBuffers audio;  ///< of the present call
+    uint32_t done = 0;   ///< frames of it that have run
+};
+
+}  // namespace Quorvan::Host

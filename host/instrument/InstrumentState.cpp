@@ -1,0 +1,215 @@
+#include "host/instrument/InstrumentState.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "host/parameters/Sentence.h"
+#include "host/parameters/ShellIndex.h"
+#include "host/state/ParameterReader.h"
+#include "host/state/ParameterWriter.h"
+#include "host/state/PresetFormat.h"
+
+namespace Quorvan::Host {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kFormat = "tesserae-instrument";
+constexpr std::array kSoundNames{"A", "B"};
+constexpr std::array kMembers{"format", "version",    "preset",      "modified", "seed",
+                              "morph",  "parameters", "assignments", "sounds",   "window"};
+
+bool IsKept(const ParameterInfo& info) {
+    return IsStored(info, ParameterScope::Sound) || info.index == kBypassIndex;
+}
+
+Json SoundJson(const State& sound, const ParameterCatalog& catalog) {
+    std::vector<ParameterValue> moved;
+    for (const ParameterValue& value : sound.parameters)
+        if (value.position != catalog[value.index].defaultPosition)
+            moved.push_back(value);
+    return ParametersJson(moved, catalog, PositionStyle::Numbers);
+}
+
+Json AssignmentsJson(const InstrumentState& state, const ParameterCatalog& catalog) {
+    Json json = Json::object();
+    for (uint32_t i = 0; i < kAssignments; ++i)
+        if (state.assignments[i] < catalog.Count())
+            json[std::to_string(i + 1)] = catalog[state.assignments[i]].name;
+    return json;
+}
+
+Json SoundsJson(const SoundPair& sounds, const ParameterCatalog& catalog) {
+    Json json = Json::object();
+    json["played"] = kSoundNames[sounds.played];
+    for (uint32_t i = 0; i < sounds.kept.size(); ++i)
+        if (sounds.kept[i])
+            json[kSoundNames[i]] = SoundJson(*sounds.kept[i], catalog);
+    return json;
+}
+
+/// Works through one text.
+class StateReader {
+public:
+    explicit StateReader(const ParameterCatalog& parameters) : catalog(parameters) {}
+
+    Parsed<InstrumentState> Read(std::string_view text);
+
+private:
+    bool Open(std::string_view text);
+    bool Fail(std::string sentence);
+    void Warn(std::string sentence) {
+        result.issues.push_back({Issue::Severity::Warning, std::move(sentence)});
+    }
+    State ReadSound(const Json& members, Json* foreign);
+    void ReadSounds(const Json& json);
+    void ReadAssignments(const Json& json);
+    void KeepForeign();
+    const Json* Member(const Json& from, const char* name, Json::value_t type) const;
+
+    const ParameterCatalog& catalog;
+    Json root;
+    InstrumentState state;
+    Parsed<InstrumentState> result;
+};
+
+Parsed<InstrumentState> StateReader::Read(std::string_view text) {
+    if (!Open(text))
+        return std::move(result);
+    const Json* const parameters = Member(root, "parameters", Json::value_t::object);
+    Json foreign = Json::object();
+    state.sound = ReadSound(parameters != nullptr ? *parameters : Json::object(), &foreign);
+    state.foreignParameters = foreign.dump();
+    if (const Json* const preset = Member(root, "preset", Json::value_t::string))
+        state.preset = preset->get<std::string>();
+    state.modified = root.value("modified", Json(false)) == true;
+    if (root.contains("seed") && root["seed"].is_number_unsigned())
+        state.seed = root["seed"].get<uint64_t>();
+    if (root.contains("morph") && root["morph"].is_number())
+        state.morph = std::clamp(root["morph"].get<float>(), 0.0f, 1.0f);
+    if (const Json* const assignments = Member(root, "assignments", Json::value_t::object))
+        ReadAssignments(*assignments);
+    if (const Json* const sounds = Member(root, "sounds", Json::value_t::object))
+        ReadSounds(*sounds);
+    if (const Json* const window = Member(root, "window", Json::value_t::object))
+        for (auto [name, edge] :
+             {std::pair{"width", &state.window.width}, std::pair{"height", &state.window.height}})
+            if (window->contains(name) && (*window)[name].is_number_unsigned())
+                *edge = std::min((*window)[name].get<uint32_t>(), 16384u);
+    KeepForeign();
+    result.value = std::move(state);
+    return std::move(result);
+}
+
+bool StateReader::Open(std::string_view text) {
+    root = Json::parse(text, nullptr, false);
+    if (root.is_discarded() || !root.is_object())
+        return Fail(
+            "The state is no JSON text, or it was cut off. The instrument stays as it was.");
+    const auto format = root.find("format");
+    if (format == root.end() || (*format != kFormat && *format != "tesserae-state"))
+        return Fail("This is no state of an instrument: its \"format\" is not " + Quoted(kFormat) +
+                    ". The instrument stays as it was.");
+    const auto version = root.find("version");
+    if (version == root.end() || !version->is_number_integer() || *version < 1)
+        return Fail("The state does not say its version. The instrument stays as it was.");
+    if (*format == kFormat && *version > kInstrumentStateVersion)
+        Warn("The state is of version " + version->dump() + "; what version " +
+             std::to_string(kInstrumentStateVersion) + " does not know is kept for later.");
+    return true;
+}
+
+bool StateReader::Fail(std::string sentence) {
+    result.issues.push_back({Issue::Severity::Error, std::move(sentence)});
+    return false;
+}
+
+const Json* StateReader::Member(const Json& from, const char* name, Json::value_t type) const {
+    const auto found = from.find(name);
+    return found != from.end() && found->type() == type ? &*found : nullptr;
+}
+
+State StateReader::ReadSound(const Json& members, Json* foreign) {
+    std::vector<float> positions(catalog.Count());
+    for (const ParameterInfo& info : catalog.All())
+        positions[info.index] = info.defaultPosition;
+    for (const auto& [name, json] : members.items()) {
+        const std::optional<uint32_t> index = catalog.Find(name);
+        const bool usable = index && IsKept(catalog[*index]) && json.is_number();
+        if (usable && std::isfinite(json.get<float>()))
+            positions[*index] = std::clamp(json.get<float>(), 0.0f, 1.0f);
+        else if (foreign != nullptr)
+            (*foreign)[name] = json;
+    }
+    State sound;
+    for (const ParameterInfo& info : catalog.All())
+        if (IsKept(info))
+            sound.parameters.push_back({info.index, positions[info.index]});
+    return sound;
+}
+
+void StateReader::ReadSounds(const Json& json) {
+    for (uint32_t i = 0; i < kSoundNames.size(); ++i) {
+        if (const Json* const sound = Member(json, kSoundNames[i], Json::value_t::object))
+            state.sounds.kept[i] = ReadSound(*sound, nullptr);
+        if (json.contains("played") && json["played"] == kSoundNames[i])
+            state.sounds.played = i;
+    }
+}
+
+void StateReader::ReadAssignments(const Json& json) {
+    for (const auto& [number, name] : json.items()) {
+        uint32_t which = 0;
+        std::from_chars(number.data(), number.data() + number.size(), which);
+        const auto index = name.is_string() ? catalog.Find(name.get<std::string>()) : std::nullopt;
+        if (which < 1 || which > kAssignments || !index)
+            Warn("\"Assign " + number + "\" is left out: it points at " + name.dump() +
+                 ", which is no parameter.");
+        else
+            state.assignments[which - 1] = *index;
+    }
+}
+
+void StateReader::KeepForeign() {
+    Json foreign = Json::object();
+    for (const auto& [name, json] : root.items())
+        if (std::find(kMembers.begin(), kMembers.end(), name) == kMembers.end())
+            foreign[name] = json;
+    state.foreignMembers = foreign.dump();
+}
+
+}  // namespace
+
+std::string WriteInstrumentState(const InstrumentState& state, const ParameterCatalog& catalog) {
+    Json json;
+    json["format"] = kFormat;
+    json["version"] = kInstrumentStateVersion;
+    json["preset"] = state.preset;
+    json["modified"] = state.modified;
+    if (state.seed)
+        json["seed"] = *state.seed;
+    json["morph"] = Shortest(state.morph);
+    json["parameters"] = SoundJson(state.sound, catalog);
+    const Json foreignParameters = Json::parse(state.foreignParameters);
+    for (const auto& [name, foreign] : foreignParameters.items())
+        json["parameters"][name] = foreign;
+    json["assignments"] = AssignmentsJson(state, catalog);
+    json["sounds"] = SoundsJson(state.sounds, catalog);
+    json["window"] = {{"width", state.window.width}, {"height", state.window.height}};
+    const Json foreignMembers = Json::parse(state.foreignMembers);
+    for (const auto& [name, foreign] : foreignMembers.items())
+        json[name] = foreign;
+    return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Parsed<InstrumentState> ReadInstrumentState(std::string_view text,
+                                            const ParameterCatalog& catalog) {
+    return StateReader(catalog).Read(text);
+}
+
+}  // namespace Quorvan::Host

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/instrument/HostControl.h"
+#include "host/instrument/SoundPair.h"
+#include "host/parameters/ParameterCatalog.h"
+#include "host/state/Issue.h"
+#include "host/state/Preset.h"
+
+namespace Quorvan::Host {
+
+/// Of an editor, in pixels at a scale of 1. 0: never opened.
+struct WindowSize {
+    uint32_t width = 0, height = 0;
+
+    bool operator==(const WindowSize&) const = default;
+};
+
+/// All that a project keeps of an instrument.
+struct InstrumentState {
+    State sound;            ///< the present one
+    float morph = 0.0f;     ///< position of the control
+    std::string preset;     ///< name of the preset that the sound came from; may be empty
+    bool modified = false;  ///< the sound is not the preset's any more
+    std::optional<uint64_t> seed;
+    std::array<uint32_t, kAssignments> assignments = Nowhere();
+    SoundPair sounds;
+    WindowSize window;
+    /// What a newer version wrote and this one does not know, to be written back: members of the
+    /// text, and of its "parameters", as JSON objects.
+    std::string foreignMembers = "{}";
+    std::string foreignParameters = "{}";
+
+    static constexpr std::array<uint32_t, kAssignments> Nowhere() {
+        std::array<uint32_t, kAssignments> all{};
+        all.fill(kUnassigned);
+        return all;
+    }
+};
+
+/// Version written. Readers take every version: members that they know, and the rest as foreign.
+inline constexpr int kInstrumentStateVersion = 1;
+
+/// States as JSON texts:
+///
+///   {"format": "tesserae-instrument", "version": 1, "preset": "Shimmer", "modified": false,
+///   "seed": 7,
+///    "morph": 0.25, "parameters": {"Dry / Wet": 0.7, ...}, "assignments": {"1": "Spatializer
+///    Amount"}, "sounds": {"played": "A", "A": {...}, "B": {...}}, "window": {"width": 1100,
+///    "height": 720}}
+///
+/// "parameters" and sounds hold the settings that differ from those of a new processor, by full
+/// name, in index order. A state of the host layer ("tesserae-state") is read as well, as the sound
+/// alone.
+std::string WriteInstrumentState(const InstrumentState& state, const ParameterCatalog& catalog);
+Parsed<InstrumentState> ReadInstrumentState(std::string_view text, const ParameterCatalog& catalog);
+
+}  // namespace Quorvan::Host

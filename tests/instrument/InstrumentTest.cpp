@@ -1,0 +1,252 @@
+#include "host/instrument/Instrument.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+
+#include "instrument/InstrumentRig.h"
+#include "support/AllocationTrap.h"
+
+namespace Quorvan::Host {
+namespace {
+
+using namespace test;
+
+constexpr uint32_t kMode = 8, kDensity = 9, kSize = 10, kPitch = 11, kSpray = 19, kFreeze = 24,
+                   kAssign1 = 40;
+
+uint32_t Below(std::mt19937& random, uint32_t end) {
+    return static_cast<uint32_t>(random() % end);
+}
+
+/// Moves all over half a second, several in one block, some of which change what others mean.
+std::vector<InstrumentEvent> LivelyEvents() {
+    std::vector<InstrumentEvent> events;
+    std::mt19937 random(5);
+    for (uint32_t frame = 0; frame < 22000; frame += Below(random, 400)) {
+        constexpr uint32_t kMoved[]{kMode, kDensity, kSize, kPitch, kSpray, kFreeze, kAssign1, 0};
+        events.push_back(ControlAt(frame, kMoved[Below(random, 8)], Below(random, 101) / 100.0));
+    }
+    return events;
+}
+
+TEST(InstrumentTest, TheSameEventsGiveTheSameBitsHoweverBuffersAreCut) {
+    const StereoSignal input = NoiseInput(24000);
+    const std::vector<InstrumentEvent> events = LivelyEvents();
+    const auto run = [&](const std::function<size_t()>& cut) {
+        ReadyInstrument instrument;
+        instrument.Assign(0, IndexOf("Feedback"));
+        return instrument.Run(input, events, cut);
+    };
+    const StereoSignal whole = run([] { return size_t{24000}; });
+    for (const size_t length : {1, 17, 64, 441, 512, 8192})
+        EXPECT_TRUE(run([length] { return length; }) == whole) << length;
+    std::mt19937 random(9);
+    EXPECT_TRUE(run([&] { return random() % 700; }) == whole);
+}
+
+TEST(InstrumentTest, EventsLandWhereTheEngineAloneHasThem) {
+    const StereoSignal input = NoiseInput(24000);
+    ReadyInstrument instrument;
+    std::vector<InstrumentEvent> events;
+    ReadyEngine engine(AudibleSettings(), {}, 7);
+    engine.Idle(1);
+    for (uint32_t frame = 100; frame < 20000; frame += 1733) {
+        const auto position = static_cast<float>(frame) / 24000.0f;
+        events.push_back(ControlAt(frame, kPitch, static_cast<double>(position)));
+        engine.WriteAt(frame, kPitchIndex, position);
+    }
+    EXPECT_TRUE(instrument.Run(input, events) == engine.Run(input));
+    EXPECT_EQ(instrument.ControlText(kPitch, 0.5f), "0.00 st");
+}
+
+TEST(InstrumentTest, SizeAndDensityFollowWhatIsInForce) {
+    ReadyInstrument instrument("MoteWeaver_TextureSizeAbsolute=80 ms;");
+    EXPECT_EQ(instrument.ControlTarget(kSize), IndexOf("MoteWeaver_GrainSizeAbsolute"));
+    instrument.Flush({ControlAt(0, kMode, 0.5)});
+    EXPECT_EQ(instrument.ControlText(kSize, instrument.ControlPosition(kSize)), "80.0 ms");
+    instrument.Flush({ControlAt(0, kMode, 1.0), ControlAt(0, kDensity, 1.0)});
+    EXPECT_EQ(instrument.ControlTarget(kSize), IndexOf("MoteWeaver_GrainSizeRatio"));
+    EXPECT_EQ(instrument.Position(IndexOf("MoteWeaver_GranularPhaseHelper_RateSynced")), 1.0f);
+    EXPECT_EQ(instrument.ControlText(kAssign1, 0.5f), "Off");
+    EXPECT_EQ(instrument.ControlTarget(99), kUnassigned);
+}
+
+TEST(InstrumentTest, OffsetsMoveTheSoundAndLeaveNoTrace) {
+    const auto offset = [](uint32_t id, double value) {
+        return InstrumentEvent{
+            .kind = InstrumentEvent::Kind::Offset, .id = id, .value = value};
+    };
+    const StereoSignal input = NoiseInput(12000);
+    ReadyInstrument moved, plain;
+    const std::string before = moved.SaveState();
+    moved.Flush({offset(kSize, 0.3), offset(kPitch, -0.2), ControlAt(0, kMode, 0.5)});
+    plain.Flush({ControlAt(0, kMode, 0.5)});
+    EXPECT_FALSE(moved.Run(input) == plain.Run(input));
+    moved.Flush({ControlAt(0, kMode, 0.0), offset(kSize, 0.0), offset(kPitch, 0.0)});
+    EXPECT_EQ(moved.SaveState(), before);
+    // Taken back under another mode than it was given: both sizes stand where they stood.
+    ReadyInstrument other, untouched;
+    other.Flush({offset(kSize, 0.3), ControlAt(0, kMode, 0.5), offset(kSize, 0.0)});
+    untouched.Flush({ControlAt(0, kMode, 0.5)});
+    other.Flush({ControlAt(0, kMode, 0.0)});
+    untouched.Flush({ControlAt(0, kMode, 0.0)});
+    EXPECT_TRUE(other.Run(input) == untouched.Run(input));
+}
+
+TEST(InstrumentTest, BypassIsTheDelayedInputAndDoesNotClick) {
+    const StereoSignal input{Sine(220.0, 44100.0, 44100, 0.5), Sine(330.0, 44100.0, 44100, 0.5)};
+    ReadyInstrument instrument("Dry / Wet=0 %;");
+    const StereoSignal output =
+        instrument.Run(input, {ControlAt(10000, 0, 1.0), ControlAt(30000, 0, 0.0)});
+    const size_t latency = instrument.LatencyFrames();
+    float jump = 0.0f;
+    for (size_t i = 2000; i < output[0].size(); ++i) {
+        if (i > 10500 && i < 30000) {
+            ASSERT_EQ(output[1][i], input[1][i - latency]) << i;
+        }
+        jump = std::max(jump, std::abs(output[0][i] - output[0][i - 1]));
+    }
+    EXPECT_LT(jump, 0.5f * 2.0f * 3.1416f * 220.0f / 44100.0f + 0.001f);
+}
+
+TEST(InstrumentTest, StatesComeBackToTheByteAndRefuseWhatIsBroken) {
+    ReadyInstrument instrument("MoteWeaver_Pitch=7 st;");
+    instrument.Assign(3, IndexOf("FX2_Reverb_Decay"));
+    instrument.CopySound();
+    instrument.Edit(kPitchIndex, 0.9f);
+    instrument.PlaySound(1);
+    instrument.SetWindowSize({1100, 720});
+    const std::string saved = instrument.SaveState();
+
+    Instrument other(Catalog());
+    EXPECT_TRUE(other.LoadState(saved).empty());
+    EXPECT_EQ(other.SaveState(), saved);
+    EXPECT_EQ(other.Assignment(3), IndexOf("FX2_Reverb_Decay"));
+    EXPECT_EQ(other.Seed(), 7u);
+
+    std::string newer = saved;
+    newer.replace(newer.find("\"version\": 1"), 12, "\"version\": 2, \"glow\": [1, 2]");
+    newer.replace(newer.find("\"parameters\": {"), 15, "\"parameters\": {\"Glow\": 0.5,");
+    EXPECT_EQ(other.LoadState(newer).size(), 1u);
+    const std::string kept = other.SaveState();
+    EXPECT_NE(kept.find("\"glow\""), std::string::npos);
+    EXPECT_NE(kept.find("\"Glow\": 0.5"), std::string::npos);
+
+    for (const std::string& broken :
+         {std::string(), std::string("{}"), saved.substr(0, saved.size() / 2),
+          std::string("{\"format\":\"tesserae-instrument\",\"version\":\"x\"}"),
+          std::string(100000, '['), std::string("\xff\xfe\x00", 3)}) {
+        const std::vector<Issue> issues = other.LoadState(broken);
+        ASSERT_EQ(issues.size(), 1u);
+        EXPECT_EQ(issues[0].severity, Issue::Severity::Error);
+        EXPECT_EQ(other.SaveState(), kept);
+    }
+}
+
+TEST(InstrumentTest, AFixedSeedRepeatsAfterReloadAndActivate) {
+    const StereoSignal input = NoiseInput(12000);
+    ReadyInstrument first;
+    const std::string saved = first.SaveState();
+    const StereoSignal sound = first.Run(input);
+    ReadyInstrument second("MoteWeaver_Pitch=12 st;");
+    second.SetSeed({});
+    second.Run(input);
+    second.LoadState(saved);
+    second.Activate({});
+    EXPECT_TRUE(second.Run(input) == sound);
+    second.SetSeed(8);
+    EXPECT_FALSE(second.Run(input) == sound);
+}
+
+TEST(InstrumentTest, EditsAreTakenBackByGestureAndSoundsCompared) {
+    ReadyInstrument instrument;
+    const uint32_t feedback = IndexOf("Feedback");
+    const float start = instrument.Position(feedback);
+    instrument.BeginGesture(feedback);
+    for (const float position : {0.2f, 0.4f, 0.6f})
+        instrument.Edit(feedback, position);
+    instrument.EndGesture(feedback);
+    instrument.Flush({});
+    EXPECT_EQ(instrument.sink.moves.size(), 3u);
+    EXPECT_EQ(instrument.sink.begun + instrument.sink.ended, 2);
+    EXPECT_TRUE(instrument.IsModified());
+    instrument.Undo();
+    EXPECT_EQ(instrument.Position(feedback), start);
+    EXPECT_FALSE(instrument.IsModified());
+    instrument.Redo();
+    EXPECT_EQ(instrument.Position(feedback), 0.6f);
+    for (int i = 0; i < 300; ++i)
+        instrument.Edit(feedback, static_cast<float>(i % 2));
+    int steps = 0;
+    for (; instrument.CanUndo(); ++steps)
+        instrument.Undo();
+    EXPECT_EQ(steps, 200);
+
+    instrument.CopySound();
+    instrument.Edit(feedback, 0.8f);
+    instrument.PlaySound(1);
+    instrument.Edit(feedback, 0.4f);
+    instrument.PlaySound(0);
+    EXPECT_EQ(instrument.Position(feedback), 0.8f);
+    instrument.Flush({ControlAt(0, kMorphControl, 0.25)});
+    EXPECT_FLOAT_EQ(instrument.Position(feedback), 0.7f);
+
+    const std::vector<float> pans{instrument.Position(109), instrument.Position(feedback)};
+    instrument.Randomise(Catalog()[109].group, 0.5f, 3);
+    EXPECT_NE(instrument.Position(109), pans[0]);
+    EXPECT_EQ(instrument.Position(feedback), pans[1]);
+}
+
+/// One thread plays as a host does and traps what it must not do; others work on the same
+/// instrument meanwhile. Races are the thread sanitizer's to find.
+TEST(InstrumentTest, PlaysOnWhileOthersEditSaveAndLoad) {
+    ReadyInstrument instrument;
+    const std::string saved = instrument.SaveState();
+    std::atomic<bool> stop{false};
+    std::thread editor([&] {
+        std::mt19937 random(1);
+        for (int i = 0; i < 60; ++i) {
+            instrument.Edit(Below(random, 3150), static_cast<float>(Below(random, 100)) / 99.0f);
+            instrument.PlaySound(Below(random, 2));
+            if (i % 20 == 5)
+                instrument.SetSeed(i);
+            if (i % 10 == 0)
+                instrument.LoadState(saved);
+            instrument.Undo();
+        }
+        stop = true;
+    });
+    std::thread saver([&] {
+        while (!stop)
+            EXPECT_FALSE(instrument.SaveState().empty());
+    });
+    const StereoSignal input = NoiseInput(512);
+    StereoSignal output = Silence(512);
+    const float* in[]{input[0].data(), input[1].data()};
+    float* out[]{output[0].data(), output[1].data()};
+    const std::array events{ControlAt(3, kMorphControl, 0.5), ControlAt(90, kSize, 0.2)};
+    InstrumentBuffer buffer;
+    buffer.audio = {.inputs = in, .outputs = out, .frames = 512};
+    buffer.events = events;
+    ControlSink silent;
+    uint64_t caught = 0;
+    while (!stop) {
+        const AllocationTrap trap;
+        instrument.Process(buffer, silent);
+        caught += trap.caught;
+        for (const float sample : output[0])
+            ASSERT_TRUE(std::isfinite(sample));
+    }
+    editor.join();
+    saver.join();
+    EXPECT_EQ(caught, 0u);
+    // All that was put has arrived: the sound is that of the last state.
+    instrument.LoadState(saved);
+    EXPECT_EQ(instrument.SaveState(), saved);
+}
+
+}  // namespace
+}  // namespace Quorvan::Host
