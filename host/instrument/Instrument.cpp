@@ -156,7 +156,8 @@ void Instrument::EndGesture(uint32_t index) {
 void Instrument::Assign(uint32_t number, uint32_t index) {
     if (number >= kAssignments)
         return;
-    const bool usable = index < kProcessorParameters && catalog[index].kind != ParameterKind::Binary;
+    const bool usable =
+        index < kProcessorParameters && catalog[index].kind != ParameterKind::Binary;
     controls.Assign(number, usable ? index : kUnassigned);
 }
 
@@ -284,6 +285,43 @@ void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) 
     Remember("Randomise " + std::string(group), before);
 }
 
+// ---- MIDI
+
+MidiMap Instrument::GetMidiMap() const {
+    const Lock lock(mutex);
+    return kept.midi;
+}
+
+void Instrument::SetMidiMap(MidiMap map) {
+    const Lock lock(mutex);
+    kept.midi = std::move(map);
+    OfferMidi();
+}
+
+/// A parameter has one source, and so has a source one parameter that was learnt.
+std::optional<uint32_t> Instrument::Poll() {
+    const Lock lock(mutex);
+    std::optional<uint32_t> program;
+    InstrumentPlayer::Note note;
+    while (player.TakeNote(note)) {
+        if (note.kind == InstrumentPlayer::Note::Kind::Program) {
+            program = note.number;
+            continue;
+        }
+        std::erase_if(kept.midi, [&](const MidiBinding& binding) {
+            return binding.index == note.number || binding.source == note.source;
+        });
+        MidiBinding learnt;
+        learnt.source = note.source;
+        learnt.index = note.number;
+        if (note.source.kind == MidiSource::Kind::Note)
+            learnt.take = MidiBinding::Take::Toggle;
+        kept.midi.push_back(learnt);
+        OfferMidi();
+    }
+    return program;
+}
+
 // ---- Chance and projects
 
 void Instrument::SetSeed(std::optional<uint64_t> seed) {
@@ -329,6 +367,7 @@ std::vector<Issue> Instrument::LoadState(std::string_view text) {
     presetPositions = kept.modified ? std::vector<float>() : Snapshot();
     history.Clear();
     OfferMorph();
+    OfferMidi();
     if (active && otherSeed)
         player.OfferEngine(MakeEngine(*active, player.Tempo()));
     return std::move(parsed.issues);

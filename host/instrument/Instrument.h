@@ -109,6 +109,21 @@ public:
     /// its travel, up or down, held to its range. The same seed makes the same moves.
     void Randomise(std::string_view group, float amount, uint64_t seed);
 
+    // ---- MIDI and song
+
+    /// The next source that is heard moves this parameter from then on; kUnassigned: none any more.
+    void LearnMidi(uint32_t index) { player.Learn(index); }
+    /// The parameter that waits for its source; kUnassigned where none does. Any thread.
+    uint32_t LearningMidi() const { return player.Learning(); }
+    MidiMap GetMidiMap() const;
+    void SetMidiMap(MidiMap map);
+    /// To be called now and then, some ten times a second: takes up what MIDI has asked for.
+    /// Answers with the program of the last program change, if there was one.
+    std::optional<uint32_t> Poll();
+
+    /// Any thread. In force where neither the host nor a MIDI clock say where the song is.
+    OwnTransport& Song() { return player.song; }
+
     // ---- Chance
 
     /// A seed: the sound repeats to the bit from Activate on. None: each start is another one.
@@ -133,6 +148,7 @@ private:
     void Move(uint32_t index, float position);
     void TellHost(InstrumentPlayer::FaceMove::Kind kind, uint32_t index);
     void OfferMorph();
+    void OfferMidi() { player.OfferRoutes(std::make_unique<MidiRoutes>(kept.midi)); }
     bool Differs() const;
     InstrumentState Capture();
 

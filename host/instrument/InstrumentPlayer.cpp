@@ -40,6 +40,7 @@ void InstrumentPlayer::SetEngine(std::unique_ptr<Engine> engine) {
     const Engine& current = *engines.Current();
     tempo.store(current.GetTransport().tempo, std::memory_order_relaxed);
     offsets.Clear();
+    midiClock.Prepare(current.Format().sampleRate);
     bypass.Aim(positions.Position(kBypassIndex) >= 0.5f);
     bypass.Prepare(current.Format(), current.LatencyFrames(), kPiece);
 }
@@ -51,11 +52,15 @@ void InstrumentPlayer::Clear() {
 }
 
 void InstrumentPlayer::Process(const InstrumentBuffer& buffer, ControlSink& sink) {
+    host = &sink;
     audio = buffer.audio;
+    hostHasSong = buffer.transport.has_value();
     done = 0;
     TakeUp(sink);
     if (buffer.transport && GetEngine() != nullptr)
         GetEngine()->SetTransport(*buffer.transport);
+    else
+        RunOwnSong();
     for (const InstrumentEvent& event : buffer.events) {
         const uint32_t frame = std::max(done, std::min(event.frame, audio.frames));
         if (GetEngine() != nullptr && GetEngine()->WaitingWrites() >= kWaitingWrites)
@@ -85,6 +90,7 @@ bool InstrumentPlayer::IsOvertaken(const InstrumentEvent* event,
 
 void InstrumentPlayer::TakeUp(ControlSink& sink) {
     plans.Take();
+    midiRoutes.Take();
     FaceMove move{};
     while (faceMoves.pop(move)) {
         if (move.kind == FaceMove::Kind::Move)
@@ -126,8 +132,68 @@ void InstrumentPlayer::Handle(const InstrumentEvent& event, uint32_t frame) {
                 GetEngine()->SetTransport(event.place);
             break;
         case InstrumentEvent::Kind::Midi:
+            HandleMidi(event.midi, frame);
             break;
     }
+}
+
+void InstrumentPlayer::HandleMidi(const std::array<uint8_t, 3>& message, uint32_t frame) {
+    constexpr uint8_t kProgramChange = 0xc0;
+    constexpr uint8_t kSystem = 0xf0;
+    if (message[0] >= kSystem)
+        return FollowClock(message, frame);
+    if ((message[0] & 0xf0) == kProgramChange) {
+        notes.push({Note::Kind::Program, message[1], {}});
+        return;
+    }
+    const MidiDecoder::Values values = midi.Decode(message);
+    if (Learning() != kUnassigned)
+        return LearnFrom(values);
+    if (midiRoutes.Current() == nullptr)
+        return;
+    for (uint32_t i = 0; i < values.count; ++i)
+        midiRoutes.Current()->Route(
+            values.list[i], [this](uint32_t index) { return positions.Position(index); },
+            [&](uint32_t index, float position) {
+                Move(frame, index, position);
+                const uint32_t control = controls.ControlOf(index);
+                if (control != kUnassigned)
+                    host->OnControlMove(frame, control, static_cast<double>(position));
+            });
+}
+
+void InstrumentPlayer::LearnFrom(const MidiDecoder::Values& values) {
+    if (learnt != Learning()) {
+        learnt = Learning();
+        learner.Begin();
+    }
+    if (const auto source = learner.Hear(values)) {
+        notes.push({Note::Kind::Learned, learnt, *source});
+        learning.compare_exchange_strong(learnt, kUnassigned, std::memory_order_relaxed);
+        learnt = kUnassigned;
+    }
+}
+
+/// A place that differs from the song's by less than a tick is the jitter of the clock.
+void InstrumentPlayer::FollowClock(const std::array<uint8_t, 3>& message, uint32_t frame) {
+    constexpr double kTick = 1.0 / 24.0;
+    Engine* const engine = GetEngine();
+    if (engine == nullptr)
+        return;
+    const auto place = midiClock.Hear(message, engine->FramesIn() + frame - done);
+    if (!place || hostHasSong)
+        return;
+    RunTo(frame);
+    const Transport present = engine->GetTransport();
+    if (place->playing != present.playing || place->tempo != present.tempo ||
+        std::abs(place->beat - present.beat) > kTick)
+        engine->SetTransport(*place);
+}
+
+void InstrumentPlayer::RunOwnSong() {
+    Engine* const engine = GetEngine();
+    if (engine != nullptr && !midiClock.Runs(engine->FramesIn()))
+        engine->SetTransport(song.Next(engine->GetTransport()));
 }
 
 void InstrumentPlayer::Move(uint32_t frame, uint32_t index, float position) {

@@ -12,8 +12,12 @@
 #include "host/instrument/ControlBoard.h"
 #include "host/instrument/HandOver.h"
 #include "host/instrument/InstrumentEvent.h"
+#include "host/instrument/MidiClock.h"
+#include "host/instrument/MidiLearner.h"
+#include "host/instrument/MidiMap.h"
 #include "host/instrument/MorphPlan.h"
 #include "host/instrument/OffsetBank.h"
+#include "host/instrument/OwnTransport.h"
 #include "host/instrument/PositionBoard.h"
 
 namespace Quorvan::Host {
@@ -22,8 +26,9 @@ namespace Quorvan::Host {
 /// the events of each buffer at their frames, and runs the engine.
 ///
 /// Threads  Process and Clear on the audio thread, or on another while that one stands still; they
-///          neither allocate, lock nor wait. OfferEngine, OfferPlan and TellHost from the other
-///          side, in turn. SetEngine while the audio thread stands still.
+///          neither allocate, lock nor wait. OfferEngine, OfferPlan, OfferRoutes, TellHost and
+///          TakeNote from the other side, in turn; Learn and song from any. SetEngine while the
+///          audio thread stands still.
 class InstrumentPlayer {
 public:
     InstrumentPlayer(const ParameterCatalog& parameters, PositionBoard& positionBoard,
@@ -34,6 +39,23 @@ public:
     /// The same while the audio runs, with the format of the present one.
     void OfferEngine(std::unique_ptr<Engine> engine) { engines.Offer(std::move(engine)); }
     void OfferPlan(std::unique_ptr<MorphPlan> plan) { plans.Offer(std::move(plan)); }
+    void OfferRoutes(std::unique_ptr<MidiRoutes> routes) { midiRoutes.Offer(std::move(routes)); }
+
+    /// The next MIDI source that is heard is noted as one for this parameter, and does nothing
+    /// else; kUnassigned waits for none any more.
+    void Learn(uint32_t index) { learning.store(index, std::memory_order_relaxed); }
+    uint32_t Learning() const { return learning.load(std::memory_order_relaxed); }
+    /// What MIDI asks of the other side.
+    struct Note {
+        enum class Kind : uint8_t { Learned, Program } kind = Kind::Learned;
+        uint32_t number = 0;  ///< Learned: the parameter; Program: 0..127
+        MidiSource source;    ///< Learned
+    };
+    bool TakeNote(Note& note) { return notes.pop(note); }
+
+    /// The song where neither host nor MIDI clock have one.
+    OwnTransport song;
+
     /// What the instrument's own face does to a control, for the host to hear with the next buffer.
     struct FaceMove {
         enum class Kind : uint8_t { Begin, Move, End } kind;
@@ -58,6 +80,10 @@ private:
     bool IsOvertaken(const InstrumentEvent* event, std::span<const InstrumentEvent> events) const;
     void RestoreAll();
     void Handle(const InstrumentEvent& event, uint32_t frame);
+    void HandleMidi(const std::array<uint8_t, 3>& message, uint32_t frame);
+    void FollowClock(const std::array<uint8_t, 3>& message, uint32_t frame);
+    void LearnFrom(const MidiDecoder::Values& values);
+    void RunOwnSong();
     void Move(uint32_t frame, uint32_t index, float position);
     void MoveOffset(uint32_t frame, uint32_t id, float offset);
     void Morph(uint32_t frame, float way);
@@ -73,11 +99,20 @@ private:
     BypassFader bypass;
     HandOver<Engine> engines;
     HandOver<MorphPlan> plans;
+    HandOver<MidiRoutes> midiRoutes;
+    MidiDecoder midi;
+    MidiClock midiClock;
+    MidiLearner learner;
+    uint32_t learnt = kUnassigned;  ///< parameter that the learner listens for
+    std::atomic<uint32_t> learning{kUnassigned};
+    boost::lockfree::spsc_queue<Note, boost::lockfree::capacity<64>> notes;
     boost::lockfree::spsc_queue<FaceMove, boost::lockfree::capacity<1024>> faceMoves;
     std::vector<ParameterValue> restored;  ///< room for RestoreAll; the indices stay
     std::atomic<double> tempo{120.0};
-    AudioBuffers audio;  ///< of the present call
-    uint32_t done = 0;   ///< frames of it that have run
+    ControlSink* host = nullptr;  ///< of the present call
+    AudioBuffers audio;           ///< likewise
+    bool hostHasSong = false;     ///< likewise
+    uint32_t done = 0;            ///< frames of it that have run
 };
 
 }  // namespace Quorvan::Host

@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/instrument/MidiMapJson.h"
 #include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
 #include "host/state/ParameterReader.h"
@@ -101,6 +102,8 @@ Parsed<InstrumentState> StateReader::Read(std::string_view text) {
              {std::pair{"width", &state.window.width}, std::pair{"height", &state.window.height}})
             if (window->contains(name) && (*window)[name].is_number_unsigned())
                 *edge = std::min((*window)[name].get<uint32_t>(), 16384u);
+    if (const Json* const midi = Member(root, "midi", Json::value_t::array))
+        state.midi = MidiMapFrom(*midi, catalog, result.issues);
     KeepForeign();
     result.value = std::move(state);
     return std::move(result);
@@ -200,6 +203,7 @@ std::string WriteInstrumentState(const InstrumentState& state, const ParameterCa
         json["parameters"][name] = foreign;
     json["assignments"] = AssignmentsJson(state, catalog);
     json["sounds"] = SoundsJson(state.sounds, catalog);
+    json["midi"] = MidiMapJson(state.midi, catalog);
     json["window"] = {{"width", state.window.width}, {"height", state.window.height}};
     const Json foreignMembers = Json::parse(state.foreignMembers);
     for (const auto& [name, foreign] : foreignMembers.items())

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "host/instrument/HostControl.h"
+#include "host/instrument/MidiMap.h"
 #include "host/instrument/SoundPair.h"
 #include "host/parameters/ParameterCatalog.h"
 #include "host/state/Issue.h"
@@ -30,6 +31,7 @@ struct InstrumentState {
     std::optional<uint64_t> seed;
     std::array<uint32_t, kAssignments> assignments = Nowhere();
     SoundPair sounds;
+    MidiMap midi;
     WindowSize window;
     /// What a newer version wrote and this one does not know, to be written back: members of the
     /// text, and of its "parameters", as JSON objects.
@@ -57,7 +59,12 @@ inline constexpr int kInstrumentStateVersion = 1;
 /// "parameters" and sounds hold the settings that differ from those of a new processor, by full
 /// name, in index order. A state of the host layer ("tesserae-state") is read as well, as the sound
 /// alone.
+/// Channels of MIDI count from 1 there. A MIDI map alone, as the default for new instruments, is
+/// {"format": "tesserae-midi-map", "version": 1, "midi": [...]}.
 std::string WriteInstrumentState(const InstrumentState& state, const ParameterCatalog& catalog);
 Parsed<InstrumentState> ReadInstrumentState(std::string_view text, const ParameterCatalog& catalog);
+
+std::string WriteMidiMap(const MidiMap& map, const ParameterCatalog& catalog);
+Parsed<MidiMap> ReadMidiMap(std::string_view text, const ParameterCatalog& catalog);
 
 }  // namespace Quorvan::Host

@@ -41,8 +41,9 @@ public:
         return preset;
     }
     /// Events are at frames of the whole signal; nextCut gives the length of each buffer.
-    StereoSignal Run(const StereoSignal& input, const std::vector<InstrumentEvent>& events = {},
-                     const std::function<size_t()>& nextCut = [] { return size_t{512}; }) {
+    StereoSignal Run(
+        const StereoSignal& input, const std::vector<InstrumentEvent>& events = {},
+        const std::function<size_t()>& nextCut = [] { return size_t{512}; }) {
         StereoSignal output = input;  // in place, as hosts do
         size_t done = 0, next = 0;
         while (done < input[0].size()) {
@@ -54,9 +55,8 @@ public:
             }
             float* channels[]{output[0].data() + done, output[1].data() + done};
             Host::InstrumentBuffer buffer;
-            buffer.audio = {.inputs = channels,
-                            .outputs = channels,
-                            .frames = static_cast<uint32_t>(frames)};
+            buffer.audio = {
+                .inputs = channels, .outputs = channels, .frames = static_cast<uint32_t>(frames)};
             buffer.events = now;
             Process(buffer, sink);
             done += frames;

@@ -17,9 +17,7 @@ using namespace test;
 constexpr uint32_t kMode = 8, kDensity = 9, kSize = 10, kPitch = 11, kSpray = 19, kFreeze = 24,
                    kAssign1 = 40;
 
-uint32_t Below(std::mt19937& random, uint32_t end) {
-    return static_cast<uint32_t>(random() % end);
-}
+uint32_t Below(std::mt19937& random, uint32_t end) { return static_cast<uint32_t>(random() % end); }
 
 /// Moves all over half a second, several in one block, some of which change what others mean.
 std::vector<InstrumentEvent> LivelyEvents() {
@@ -76,8 +74,7 @@ TEST(InstrumentTest, SizeAndDensityFollowWhatIsInForce) {
 
 TEST(InstrumentTest, OffsetsMoveTheSoundAndLeaveNoTrace) {
     const auto offset = [](uint32_t id, double value) {
-        return InstrumentEvent{
-            .kind = InstrumentEvent::Kind::Offset, .id = id, .value = value};
+        return InstrumentEvent{.kind = InstrumentEvent::Kind::Offset, .id = id, .value = value};
     };
     const StereoSignal input = NoiseInput(12000);
     ReadyInstrument moved, plain;

@@ -1,0 +1,110 @@
+#include "host/instrument/MidiMapJson.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "host/instrument/InstrumentState.h"
+#include "host/state/ParameterWriter.h"
+
+namespace Quorvan::Host {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kFormat = "tesserae-midi-map";
+constexpr size_t kMostBindings = 4096;
+/// In the order of MidiSource::Kind and MidiBinding::Take.
+constexpr std::array kKinds{"controller", "fine controller", "nrpn",
+                            "pitch bend", "pressure",        "note"};
+constexpr std::array kTakes{"jump", "pick up", "toggle"};
+constexpr std::array<uint16_t, 6> kHighestNumbers{127, 31, 16383, 0, 0, 127};
+
+template <class Names>
+std::optional<size_t> Find(const Names& names, const Json& object, const char* member) {
+    const auto text = object.find(member);
+    if (text == object.end() || !text->is_string())
+        return std::nullopt;
+    const auto found = std::find(names.begin(), names.end(), text->get<std::string>());
+    return found != names.end() ? std::optional<size_t>(found - names.begin()) : std::nullopt;
+}
+
+double NumberOf(const Json& object, const char* member, double otherwise) {
+    const auto found = object.find(member);
+    return found != object.end() && found->is_number() ? found->get<double>() : otherwise;
+}
+
+std::optional<MidiBinding> BindingFrom(const Json& json, const ParameterCatalog& catalog) {
+    if (!json.is_object())
+        return std::nullopt;
+    const auto kind = Find(kKinds, json, "source");
+    const double channel = NumberOf(json, "channel", 1.0);
+    const double number = NumberOf(json, "number", 0.0);
+    const auto name = json.find("parameter");
+    const auto index = name != json.end() && name->is_string()
+                           ? catalog.Find(name->get<std::string>())
+                           : std::nullopt;
+    if (!kind || !index || !(channel >= 1.0 && channel <= 16.0) ||
+        !(number >= 0.0 && number <= kHighestNumbers[*kind]))
+        return std::nullopt;
+    MidiBinding binding;
+    binding.source = {static_cast<MidiSource::Kind>(*kind), static_cast<uint8_t>(channel - 1.0),
+                      static_cast<uint16_t>(number)};
+    binding.index = *index;
+    binding.low = static_cast<float>(std::clamp(NumberOf(json, "low", 0.0), 0.0, 1.0));
+    binding.high = static_cast<float>(std::clamp(NumberOf(json, "high", 1.0), 0.0, 1.0));
+    binding.curve = static_cast<float>(std::clamp(NumberOf(json, "curve", 0.0), -1.0, 1.0));
+    binding.take = static_cast<MidiBinding::Take>(Find(kTakes, json, "take").value_or(0));
+    return binding;
+}
+
+}  // namespace
+
+Json MidiMapJson(const MidiMap& map, const ParameterCatalog& catalog) {
+    Json list = Json::array();
+    for (const MidiBinding& binding : map)
+        list.push_back({{"source", kKinds[static_cast<size_t>(binding.source.kind)]},
+                        {"channel", binding.source.channel + 1},
+                        {"number", binding.source.number},
+                        {"parameter", catalog[binding.index].name},
+                        {"low", Shortest(binding.low)},
+                        {"high", Shortest(binding.high)},
+                        {"curve", Shortest(binding.curve)},
+                        {"take", kTakes[static_cast<size_t>(binding.take)]}});
+    return list;
+}
+
+MidiMap MidiMapFrom(const Json& list, const ParameterCatalog& catalog, std::vector<Issue>& issues) {
+    MidiMap map;
+    for (size_t i = 0; i < list.size() && map.size() < kMostBindings; ++i) {
+        if (const auto binding = BindingFrom(list[i], catalog))
+            map.push_back(*binding);
+        else
+            issues.push_back({Issue::Severity::Warning,
+                              "MIDI assignment " + std::to_string(i + 1) +
+                                  " is left out: it names no source or no parameter that there is."});
+    }
+    return map;
+}
+
+std::string WriteMidiMap(const MidiMap& map, const ParameterCatalog& catalog) {
+    return Json{{"format", kFormat}, {"version", 1}, {"midi", MidiMapJson(map, catalog)}}.dump(1) +
+           "\n";
+}
+
+Parsed<MidiMap> ReadMidiMap(std::string_view text, const ParameterCatalog& catalog) {
+    Parsed<MidiMap> result;
+    const Json root = Json::parse(text, nullptr, false);
+    if (!root.is_object() || root.value("format", Json()) != kFormat || !root.contains("midi") ||
+        !root["midi"].is_array()) {
+        result.issues.push_back({Issue::Severity::Error,
+                                 "This is no MIDI map: it has no \"format\" of that name, or no list "
+                                 "\"midi\"."});
+        return result;
+    }
+    result.value = MidiMapFrom(root["midi"], catalog, result.issues);
+    return result;
+}
+
+}  // namespace Quorvan::Host
