@@ -5,13 +5,9 @@
 #include <string_view>
 #include <vector>
 
-namespace Quorvan::Host {
+#include "host/state/FactoryPreset.h"
 
-/// A preset that comes with the program.
-struct FactoryPreset {
-    std::string_view id;    ///< name of its file without the ending: "dense-cloud"
-    std::string_view json;  ///< content of its file, for ReadPreset
-};
+namespace Quorvan::Host {
 
 /// All of them in alphabetical order, but for "init", which is the first.
 std::span<const FactoryPreset> FactoryPresets();

@@ -123,6 +123,10 @@ public:
 
     /// Any thread. In force where neither the host nor a MIDI clock say where the song is.
     OwnTransport& Song() { return player.song; }
+    /// Audio thread, or while it stands still: where the song is, whoever drives it.
+    Transport Place() const {
+        return player.GetEngine() != nullptr ? player.GetEngine()->GetTransport() : Transport{};
+    }
 
     // ---- Chance
 

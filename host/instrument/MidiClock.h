@@ -10,9 +10,9 @@ namespace Quorvan::Host {
 
 /// Follows MIDI clock, start, stop, continue and song position. Audio side.
 ///
-/// Tempo comes from the last 24 ticks, a quarter note; small wavering of it is left out, since every
-/// other tempo makes another tape length. The song is put right where it is off by more than a
-/// tick's worth.
+/// Tempo comes from the last 24 ticks, a quarter note; small wavering of it is left out, since
+/// every other tempo makes another tape length. The song is put right where it is off by more than
+/// a tick's worth.
 class MidiClock {
 public:
     /// rate in hertz; forgets everything.

@@ -9,12 +9,12 @@ namespace Quorvan::Host {
 /// What a MIDI device moves.
 struct MidiSource {
     enum class Kind : uint8_t {
-        Controller,     ///< control change, 7 bits
-        FineController, ///< control change with its LSB 32 numbers above, 14 bits; number 0..31
-        Nrpn,           ///< non-registered parameter, 14 bits; number 0..16383
-        PitchBend,      ///< 14 bits, its middle is 0.5
-        Pressure,       ///< of the channel
-        Note            ///< as a switch; its value is the velocity, 0 where it ends
+        Controller,      ///< control change, 7 bits
+        FineController,  ///< control change with its LSB 32 numbers above, 14 bits; number 0..31
+        Nrpn,            ///< non-registered parameter, 14 bits; number 0..16383
+        PitchBend,       ///< 14 bits, its middle is 0.5
+        Pressure,        ///< of the channel
+        Note             ///< as a switch; its value is the velocity, 0 where it ends
     };
 
     Kind kind = Kind::Controller;
@@ -47,7 +47,7 @@ public:
 
 private:
     struct Channel {
-        std::array<uint8_t, 32> coarse{};     ///< MSB last heard of controllers 0..31
+        std::array<uint8_t, 32> coarse{};  ///< MSB last heard of controllers 0..31
         std::optional<uint8_t> nrpnCoarse, nrpnFine;
         uint8_t dataCoarse = 0;
         bool registered = false;  ///< data entry belongs to a registered parameter

@@ -18,9 +18,9 @@ struct MidiBinding {
     };
 
     MidiSource source;
-    uint32_t index = 0;               ///< parameter
-    float low = 0.0f, high = 1.0f;    ///< positions for the source's ends; low may be the upper one
-    float curve = 0.0f;               ///< -1..1: below 0 rises early, above 0 late; 0 is straight
+    uint32_t index = 0;             ///< parameter
+    float low = 0.0f, high = 1.0f;  ///< positions for the source's ends; low may be the upper one
+    float curve = 0.0f;             ///< -1..1: below 0 rises early, above 0 late; 0 is straight
     Take take = Take::Jump;
 
     bool operator==(const MidiBinding&) const = default;

@@ -81,9 +81,10 @@ MidiMap MidiMapFrom(const Json& list, const ParameterCatalog& catalog, std::vect
         if (const auto binding = BindingFrom(list[i], catalog))
             map.push_back(*binding);
         else
-            issues.push_back({Issue::Severity::Warning,
-                              "MIDI assignment " + std::to_string(i + 1) +
-                                  " is left out: it names no source or no parameter that there is."});
+            issues.push_back(
+                {Issue::Severity::Warning,
+                 "MIDI assignment " + std::to_string(i + 1) +
+                     " is left out: it names no source or no parameter that there is."});
     }
     return map;
 }
@@ -98,9 +99,10 @@ Parsed<MidiMap> ReadMidiMap(std::string_view text, const ParameterCatalog& catal
     const Json root = Json::parse(text, nullptr, false);
     if (!root.is_object() || root.value("format", Json()) != kFormat || !root.contains("midi") ||
         !root["midi"].is_array()) {
-        result.issues.push_back({Issue::Severity::Error,
-                                 "This is no MIDI map: it has no \"format\" of that name, or no list "
-                                 "\"midi\"."});
+        result.issues.push_back(
+            {Issue::Severity::Error,
+             "This is no MIDI map: it has no \"format\" of that name, or no list "
+             "\"midi\"."});
         return result;
     }
     result.value = MidiMapFrom(root["midi"], catalog, result.issues);

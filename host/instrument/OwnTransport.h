@@ -14,9 +14,7 @@ namespace Quorvan::Host {
 /// Threads  Set, Run and Rewind from any thread; Next on the audio side.
 class OwnTransport {
 public:
-    void SetTempo(double beatsPerMinute) {
-        tempo.store(beatsPerMinute, std::memory_order_relaxed);
-    }
+    void SetTempo(double beatsPerMinute) { tempo.store(beatsPerMinute, std::memory_order_relaxed); }
     double Tempo() const { return tempo.load(std::memory_order_relaxed); }
     void Run(bool runs) { running.store(runs, std::memory_order_relaxed); }
     bool Runs() const { return running.load(std::memory_order_relaxed); }

@@ -1,0 +1,301 @@
+#include "host/instrument/PresetLibrary.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "host/instrument/WholeFile.h"
+#include "host/parameters/NumberText.h"
+#include "host/parameters/Sentence.h"
+#include "host/state/PresetFormat.h"
+
+namespace Quorvan::Host {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+constexpr size_t kMostBytes = 4 << 20;
+constexpr size_t kMostLetters = 120;  // of a file's name; file systems take 255 bytes
+constexpr const char* kFavourites = "favourites.json";
+constexpr const char* kSetList = "set-list.json";
+
+bool IsList(const fs::path& file) {
+    return file.filename() == kFavourites || file.filename() == kSetList;
+}
+
+/// A name that every file system takes, the same for the same preset.
+std::string FileNameOf(const std::string& name) {
+    std::string file;
+    for (const char letter : name.substr(0, kMostLetters)) {
+        const bool dislikes = static_cast<unsigned char>(letter) < 0x20 ||
+                              std::string_view("/\\:*?\"<>|").find(letter) != std::string::npos;
+        file += dislikes ? '-' : letter;
+    }
+    if (file.starts_with('.'))
+        file.front() = '-';
+    return file + ".json";
+}
+
+bool SameName(const std::string& one, std::string_view other) { return Lower(one) == Lower(other); }
+
+PresetEntry EntryOf(const Parsed<Preset>& read, const std::string& otherName) {
+    PresetEntry entry;
+    entry.name = otherName;
+    if (!read.value) {
+        entry.broken = read.issues.empty() ? "" : read.issues.front().text;
+        return entry;
+    }
+    if (!read.value->name.empty())
+        entry.name = read.value->name;
+    entry.description = read.value->description;
+    entry.tags = read.value->tags;
+    return entry;
+}
+
+}  // namespace
+
+PresetLibrary::PresetLibrary(const ParameterCatalog& parameters,
+                             std::span<const FactoryPreset> factoryPresets, fs::path userFolder)
+    : catalog(parameters),
+      factory(factoryPresets.begin(), factoryPresets.end()),
+      folder(std::move(userFolder)) {
+    Scan();
+}
+
+fs::path PresetLibrary::UsualFolder() {
+    const char* const data = std::getenv("XDG_DATA_HOME");
+    const char* const home = std::getenv("HOME");
+    fs::path root = data != nullptr && *data == '/' ? fs::path(data)
+                                                    : fs::path(home != nullptr ? home : "/tmp") /
+                                                          ".local" / "share";
+    return root / "tesserae" / "presets";
+}
+
+void PresetLibrary::Scan() {
+    entries.clear();
+    for (const FactoryPreset& text : factory)
+        entries.push_back(EntryOf(ReadPreset(text.json, catalog), std::string(text.id)));
+    const auto users = static_cast<std::ptrdiff_t>(entries.size());
+    std::error_code error;
+    for (fs::directory_iterator file(folder, error), end; !error && file != end;
+         file.increment(error))
+        if (file->path().extension() == ".json" && !IsList(file->path()) &&
+            !file->path().filename().string().starts_with('.'))
+            ScanFile(file->path());
+    const auto byName = [](const PresetEntry& one, const PresetEntry& other) {
+        return std::pair(Lower(one.name), one.file) < std::pair(Lower(other.name), other.file);
+    };
+    std::sort(entries.begin(), entries.begin() + users, byName);
+    std::sort(entries.begin() + users, entries.end(), byName);
+    ReadLists();
+}
+
+void PresetLibrary::ScanFile(const fs::path& file) {
+    std::string problem;
+    const auto text = ReadWholeFile(file, kMostBytes, problem);
+    PresetEntry entry;
+    entry.name = file.stem().string();
+    entry.broken = problem;
+    if (text)
+        entry = EntryOf(ReadPreset(*text, catalog), entry.name);
+    entry.file = file;
+    entries.push_back(std::move(entry));
+}
+
+void PresetLibrary::ReadLists() {
+    const auto read = [this](const char* file) {
+        std::vector<std::string> names;
+        std::string problem;
+        const auto text = ReadWholeFile(folder / file, kMostBytes, problem);
+        const Json root = text ? Json::parse(*text, nullptr, false) : Json();
+        if (root.is_object() && root.contains("presets") && root["presets"].is_array())
+            for (const Json& name : root["presets"])
+                if (name.is_string())
+                    names.push_back(name);
+        return names;
+    };
+    favourites = read(kFavourites);
+    setList = read(kSetList);
+    for (PresetEntry& entry : entries)
+        entry.favourite =
+            std::find(favourites.begin(), favourites.end(), entry.name) != favourites.end();
+}
+
+std::vector<size_t> PresetLibrary::Search(std::string_view text,
+                                          std::span<const std::string> tags) const {
+    std::vector<size_t> found;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const PresetEntry& entry = entries[i];
+        std::string all = entry.name + "\n" + entry.description;
+        for (const std::string& tag : entry.tags)
+            all += "\n" + tag;
+        all = Lower(all);
+        bool fits = std::all_of(tags.begin(), tags.end(), [&](const std::string& tag) {
+            return std::find(entry.tags.begin(), entry.tags.end(), tag) != entry.tags.end();
+        });
+        std::string_view rest = text;
+        while (fits && !(rest = Trim(rest)).empty()) {
+            const std::string_view word = rest.substr(0, rest.find(' '));
+            fits = all.find(Lower(word)) != std::string::npos;
+            rest.remove_prefix(word.size());
+        }
+        if (fits)
+            found.push_back(i);
+    }
+    return found;
+}
+
+std::vector<std::string> PresetLibrary::Tags() const {
+    std::set<std::string> tags;
+    for (const PresetEntry& entry : entries)
+        tags.insert(entry.tags.begin(), entry.tags.end());
+    return {tags.begin(), tags.end()};
+}
+
+std::optional<size_t> PresetLibrary::Find(std::string_view name) const {
+    for (size_t i = entries.size(); i-- > 0;)
+        if (SameName(entries[i].name, name))
+            return i;
+    return std::nullopt;
+}
+
+std::optional<size_t> PresetLibrary::Beside(std::string_view name, int step) const {
+    const auto count = static_cast<std::ptrdiff_t>(entries.size());
+    const std::optional<size_t> from = Find(name);
+    auto at = from ? static_cast<std::ptrdiff_t>(*from) : (step > 0 ? -1 : count);
+    for (std::ptrdiff_t tried = 0; tried < count; ++tried) {
+        at = (at + (step > 0 ? 1 : count - 1)) % count;
+        if (entries[static_cast<size_t>(at)].broken.empty())
+            return static_cast<size_t>(at);
+    }
+    return std::nullopt;
+}
+
+Parsed<Preset> PresetLibrary::Load(size_t number) const {
+    Parsed<Preset> none;
+    if (number >= entries.size()) {
+        none.issues.push_back({Issue::Severity::Error, "There is no such preset any more."});
+        return none;
+    }
+    const PresetEntry& entry = entries[number];
+    std::string problem;
+    std::optional<std::string> text;
+    if (!entry.IsFactory())
+        text = ReadWholeFile(entry.file, kMostBytes, problem);
+    else
+        for (const FactoryPreset& one : factory)
+            if (const Parsed<Preset> read = ReadPreset(one.json, catalog);
+                read.value && read.value->name == entry.name)
+                text = std::string(one.json);
+    if (!text) {
+        none.issues.push_back({Issue::Severity::Error, problem});
+        return none;
+    }
+    Parsed<Preset> read = ReadPreset(*text, catalog);
+    if (read.value && read.value->name.empty())
+        read.value->name = entry.name;
+    return read;
+}
+
+std::string PresetLibrary::Save(const Preset& preset, bool replace) {
+    if (Trim(preset.name).empty())
+        return "A preset needs a name.";
+    fs::path file = folder / FileNameOf(preset.name);
+    if (IsList(file))
+        return Quoted(preset.name) + " is a name that the folder itself uses. Choose another.";
+    std::error_code error;
+    if (fs::exists(file, error)) {
+        if (!replace)
+            return "There is a preset called " + Quoted(preset.name) +
+                   " already. Replace it, or choose another name.";
+        if (std::string problem = MoveToTrash(file); !problem.empty())
+            return problem;
+    }
+    std::string problem = WriteWholeFile(file, WritePreset(preset, catalog));
+    Scan();
+    return problem;
+}
+
+std::string PresetLibrary::NotAUsers(size_t number) const {
+    if (number >= entries.size())
+        return "There is no such preset any more.";
+    return entries[number].IsFactory() ? Quoted(entries[number].name) +
+                                             " belongs to the factory and stays. Save it under a "
+                                             "name of your own."
+                                       : "";
+}
+
+std::string PresetLibrary::Rename(size_t number, const std::string& name) {
+    if (std::string problem = NotAUsers(number); !problem.empty())
+        return problem;
+    Parsed<Preset> read = Load(number);
+    if (!read.value)
+        return read.issues.front().text;
+    const fs::path before = entries[number].file;
+    const std::string oldName = entries[number].name;
+    read.value->name = name;
+    if (folder / FileNameOf(name) == before)
+        return WriteWholeFile(before, WritePreset(*read.value, catalog));
+    if (std::string problem = Save(*read.value); !problem.empty())
+        return problem;
+    std::error_code error;
+    fs::remove(before, error);
+    for (std::vector<std::string>* list : {&favourites, &setList})
+        std::replace(list->begin(), list->end(), oldName, name);
+    WriteList(kFavourites, "tesserae-favourites", favourites);
+    WriteList(kSetList, "tesserae-set-list", setList);
+    Scan();
+    return error ? Quoted(before.string()) + " can't be taken away; both are there now." : "";
+}
+
+std::string PresetLibrary::MoveToTrash(const fs::path& file) const {
+    const auto now = std::chrono::system_clock::now().time_since_epoch() /
+                     std::chrono::microseconds(1);
+    const fs::path trash = folder / "trash";
+    std::error_code error;
+    fs::create_directories(trash, error);
+    if (!error)
+        fs::rename(file, trash / (file.stem().string() + "." + std::to_string(now) + ".json"),
+                   error);
+    return error ? Quoted(file.string()) + " can't be moved to the trash (" + error.message() + ")."
+                 : "";
+}
+
+std::string PresetLibrary::Delete(size_t number) {
+    std::string problem = NotAUsers(number);
+    if (problem.empty())
+        problem = MoveToTrash(entries[number].file);
+    Scan();
+    return problem;
+}
+
+std::string PresetLibrary::WriteList(const char* file, const char* format,
+                                     const std::vector<std::string>& names) const {
+    const Json root{{"format", format}, {"version", 1}, {"presets", names}};
+    return WriteWholeFile(folder / file,
+                          root.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
+std::string PresetLibrary::SetFavourite(size_t number, bool favourite) {
+    if (number >= entries.size())
+        return "There is no such preset any more.";
+    std::erase(favourites, entries[number].name);
+    if (favourite)
+        favourites.push_back(entries[number].name);
+    entries[number].favourite = favourite;
+    return WriteList(kFavourites, "tesserae-favourites", favourites);
+}
+
+std::string PresetLibrary::SetSetList(std::vector<std::string> names) {
+    setList = std::move(names);
+    return WriteList(kSetList, "tesserae-set-list", setList);
+}
+
+}  // namespace Quorvan::Host

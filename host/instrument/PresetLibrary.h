@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/parameters/ParameterCatalog.h"
+#include "host/state/FactoryPreset.h"
+#include "host/state/Issue.h"
+#include "host/state/Preset.h"
+
+namespace Quorvan::Host {
+
+/// A preset as a browser lists it.
+struct PresetEntry {
+    std::string name;
+    std::string description;
+    std::vector<std::string> tags;
+    std::filesystem::path file;  ///< empty: a factory preset
+    std::string broken;          ///< why the file cannot be used; empty where it can
+    bool favourite = false;
+
+    bool IsFactory() const { return file.empty(); }
+};
+
+/// The presets that there are: those of the factory and those in the user's folder, with favourites
+/// and the set list that MIDI programs choose from. The only part of the host layer that touches
+/// files: they are written beside their places and renamed when they are whole, and nothing is
+/// deleted but moved to the trash folder.
+///
+/// Folder   presets as *.json, "favourites.json", "set-list.json", and "trash/".
+/// Names    of files follow those of the presets, with characters that file systems dislike as "-".
+/// Errors   of the file system come back as sentences, never as exceptions.
+/// Threads  not on the audio thread; calls in turn. Several instances may share a folder: each sees
+///          the others' presets after Scan.
+class PresetLibrary {
+public:
+    PresetLibrary(const ParameterCatalog& parameters, std::span<const FactoryPreset> factory,
+                  std::filesystem::path userFolder);
+
+    /// "$XDG_DATA_HOME/tesserae/presets", or "~/.local/share/tesserae/presets".
+    static std::filesystem::path UsualFolder();
+    const std::filesystem::path& Folder() const { return folder; }
+
+    /// Looks at the folder again: new, changed and vanished files.
+    void Scan();
+    /// Factory presets first, then the user's, each in the order of their names.
+    const std::vector<PresetEntry>& Entries() const { return entries; }
+    /// Numbers of the entries whose name, description or tags hold all words of text, in any case,
+    /// and that have all tags.
+    std::vector<size_t> Search(std::string_view text, std::span<const std::string> tags = {}) const;
+    /// All tags in use, in order.
+    std::vector<std::string> Tags() const;
+    /// Number of the entry of that name, the user's before the factory's.
+    std::optional<size_t> Find(std::string_view name) const;
+    /// The usable entry behind or ahead of one of that name, round the ends; none where there is
+    /// none. An unknown name starts at the first.
+    std::optional<size_t> Beside(std::string_view name, int step) const;
+
+    /// Reads one. Where there is no value, an error says why.
+    Parsed<Preset> Load(size_t entry) const;
+    /// Writes a preset of the user's. The answer is empty, or a sentence why it did not work; a
+    /// name that is taken is refused unless replace is set, and what was there goes to the trash.
+    std::string Save(const Preset& preset, bool replace = false);
+    std::string Rename(size_t entry, const std::string& name);
+    /// Moves the file to the trash folder.
+    std::string Delete(size_t entry);
+
+    std::string SetFavourite(size_t entry, bool favourite);
+    /// Names of presets; program n loads the n-th.
+    const std::vector<std::string>& SetList() const { return setList; }
+    std::string SetSetList(std::vector<std::string> names);
+
+private:
+    void ScanFile(const std::filesystem::path& file);
+    void ReadLists();
+    std::string WriteList(const char* file, const char* format,
+                          const std::vector<std::string>& names) const;
+    std::string MoveToTrash(const std::filesystem::path& file) const;
+    std::string NotAUsers(size_t entry) const;
+
+    const ParameterCatalog& catalog;
+    std::vector<FactoryPreset> factory;
+    std::filesystem::path folder;
+    std::vector<PresetEntry> entries;
+    std::vector<std::string> favourites;
+    std::vector<std::string> setList;
+};
+
+}  // namespace Quorvan::Host

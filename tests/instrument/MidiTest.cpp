@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include "instrument/InstrumentRig.h"
+
+namespace Quorvan::Host {
+namespace {
+
+using namespace test;
+using Kind = MidiSource::Kind;
+
+InstrumentEvent Midi(uint32_t frame, int status, int first = 0, int second = 0) {
+    return {.frame = frame,
+            .kind = InstrumentEvent::Kind::Midi,
+            .midi = {static_cast<uint8_t>(status), static_cast<uint8_t>(first),
+                     static_cast<uint8_t>(second)}};
+}
+
+TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter) {
+    struct Case {
+        std::vector<InstrumentEvent> learns, moves;
+        MidiSource source;
+        float position;
+    };
+    const Case cases[]{
+        {{Midi(0, 0xb2, 74, 10)}, {Midi(0, 0xb2, 74, 127)}, {Kind::Controller, 2, 74}, 1.0f},
+        {{Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 7, 11)},
+         {Midi(0, 0xb0, 7, 0)},
+         {Kind::Controller, 0, 7},
+         0.0f},
+        {{Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 39, 1)},
+         {Midi(0, 0xb0, 7, 64), Midi(0, 0xb0, 39, 1)},
+         {Kind::FineController, 0, 7},
+         8193.0f / 16383.0f},
+        {{Midi(0, 0xb0, 99, 2), Midi(0, 0xb0, 98, 3), Midi(0, 0xb0, 6, 1)},
+         {Midi(0, 0xb0, 6, 127), Midi(0, 0xb0, 38, 127)},
+         {Kind::Nrpn, 0, 259},
+         1.0f},
+        {{Midi(0, 0xe5, 1, 1)}, {Midi(0, 0xe5, 0, 64)}, {Kind::PitchBend, 5, 0}, 0.5f},
+        {{Midi(0, 0xd0, 3)}, {Midi(0, 0xd0, 127)}, {Kind::Pressure, 0, 0}, 1.0f},
+        {{Midi(0, 0x80, 60), Midi(0, 0x90, 60, 90)},
+         {Midi(0, 0x90, 60, 90), Midi(0, 0x90, 60, 0)},
+         {Kind::Note, 0, 60},
+         1.0f}};
+    for (const Case& one : cases) {
+        SCOPED_TRACE(SourceText(one.source));
+        ReadyInstrument instrument("Feedback=@0.3;");
+        const uint32_t feedback = IndexOf("Feedback");
+        instrument.LearnMidi(feedback);
+        instrument.Flush(one.learns);
+        EXPECT_EQ(instrument.Position(feedback), 0.3f);
+        instrument.Poll();
+        ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
+        EXPECT_EQ(instrument.GetMidiMap()[0].source, one.source);
+        EXPECT_EQ(instrument.LearningMidi(), kUnassigned);
+        instrument.Flush(one.moves);
+        EXPECT_FLOAT_EQ(instrument.Position(feedback), one.position);
+        EXPECT_EQ(instrument.sink.moves.back().first, 2u);
+        // It stays with the project.
+        Instrument other(test::Catalog());
+        other.LoadState(instrument.SaveState());
+        EXPECT_EQ(other.GetMidiMap(), instrument.GetMidiMap());
+        EXPECT_EQ(ReadMidiMap(WriteMidiMap(other.GetMidiMap(), test::Catalog()), test::Catalog())
+                      .value,
+                  other.GetMidiMap());
+    }
+}
+
+TEST(MidiTest, RangesCurvesAndPickUp) {
+    MidiBinding binding{{Kind::Controller, 0, 1}, IndexOf("Feedback"), 0.8f, 0.2f, 1.0f};
+    EXPECT_FLOAT_EQ(binding.PositionOf(0.0f), 0.8f);
+    EXPECT_FLOAT_EQ(binding.PositionOf(0.5f), 0.8f - 0.6f * 0.125f);
+    EXPECT_FLOAT_EQ(binding.PositionOf(1.0f), 0.2f);
+
+    ReadyInstrument instrument("Feedback=@0.5;");
+    instrument.SetMidiMap({{{Kind::Controller, 0, 1}, binding.index, 0.0f, 1.0f, 0.0f,
+                            MidiBinding::Take::PickUp}});
+    const auto turn = [&](int value) {
+        instrument.Flush({Midi(0, 0xb0, 1, value)});
+        return instrument.Position(binding.index);
+    };
+    EXPECT_EQ(turn(10), 0.5f);
+    EXPECT_EQ(turn(40), 0.5f);
+    EXPECT_FLOAT_EQ(turn(80), 80.0f / 127.0f);  // past it
+    instrument.Edit(binding.index, 0.1f);
+    EXPECT_EQ(turn(90), 0.1f);
+    EXPECT_FLOAT_EQ(turn(13), 13.0f / 127.0f);  // near it
+}
+
+TEST(MidiTest, ClockAndStartDriveTheSongWhereTheHostHasNone) {
+    ReadyInstrument instrument;
+    std::vector<InstrumentEvent> events;
+    // 150 beats per minute at 44100 Hz: a tick each 735 frames, from the second beat on started.
+    for (uint32_t tick = 0; tick < 72; ++tick) {
+        if (tick == 48)
+            events.push_back(Midi(tick * 735 - 10, 0xfa));
+        events.push_back(Midi(tick * 735 + tick % 3, 0xf8));
+    }
+    instrument.Run(Silence(72 * 735), events);
+    EXPECT_DOUBLE_EQ(instrument.Place().tempo, 150.0);
+    EXPECT_TRUE(instrument.Place().playing);
+    EXPECT_NEAR(instrument.Place().beat, 1.0, 0.001);
+    instrument.Flush({Midi(0, 0xfc), Midi(0, 0xc0, 12)});
+    EXPECT_FALSE(instrument.Place().playing);
+    EXPECT_EQ(instrument.Poll(), 12u);
+    EXPECT_EQ(instrument.Poll(), std::nullopt);
+
+    instrument.Run(Silence(50000));  // the clock is gone
+    instrument.Song().SetTempo(90.0);
+    instrument.Song().Run(true);
+    instrument.Song().Rewind();
+    instrument.Run(Silence(44100));
+    EXPECT_DOUBLE_EQ(instrument.Place().tempo, 90.0);
+    EXPECT_NEAR(instrument.Place().beat, 1.5, 0.001);
+    TapTempo tap;
+    EXPECT_EQ(tap.Tap(1.0), std::nullopt);
+    tap.Tap(1.5);
+    EXPECT_DOUBLE_EQ(tap.Tap(2.0).value_or(0.0), 120.0);
+}
+
+}  // namespace
+}  // namespace Quorvan::Host

@@ -1,0 +1,82 @@
+#include "host/instrument/PresetLibrary.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <fstream>
+
+#include "instrument/InstrumentRig.h"
+
+namespace Quorvan::Host {
+namespace {
+
+using namespace test;
+namespace fs = std::filesystem;
+
+struct TestFolder {
+    fs::path path;
+    TestFolder() {
+        std::string name = (fs::temp_directory_path() / "library-XXXXXX").string();
+        path = fs::path(mkdtemp(name.data())) / "presets";
+    }
+    ~TestFolder() { fs::remove_all(path.parent_path()); }
+};
+
+constexpr FactoryPreset kFactory[]{
+    {"one", R"({"format":"tesserae-preset","version":1,"name":"One","tags":["pad"]})"},
+    {"two", R"({"format":"tesserae-preset","version":1,"name":"Two","description":"Long tails"})"}};
+
+TEST(PresetLibraryTest, PresetsAreSavedFoundRenamedAndThrownIntoTheTrash) {
+    const TestFolder folder;
+    PresetLibrary library(Catalog(), kFactory, folder.path);
+    ASSERT_EQ(library.Entries().size(), 2u);
+    Preset mine = ReadyInstrument::Sound("MoteWeaver_Pitch=5 st;");
+    mine.name = "My / \"pad\"";
+    mine.tags = {"pad"};
+    EXPECT_EQ(library.Save(mine), "");
+    EXPECT_NE(library.Save(mine), "");
+    EXPECT_EQ(library.Save(mine, true), "");
+    const auto found = library.Search("MY", std::vector<std::string>{"pad"});
+    ASSERT_EQ(found.size(), 1u);
+    ReadyInstrument saved, loaded;
+    saved.LoadPreset(mine);
+    loaded.LoadPreset(*library.Load(found[0]).value);
+    EXPECT_EQ(loaded.GetPreset(), saved.GetPreset());
+    EXPECT_EQ(library.Search("tails two").size(), 1u);
+    EXPECT_EQ(library.Beside("Two", 1), found[0]);
+    EXPECT_EQ(library.Beside(mine.name, 1), 0u);
+    EXPECT_EQ(library.Beside("One", -1), found[0]);
+
+    EXPECT_EQ(library.SetFavourite(found[0], true), "");
+    EXPECT_EQ(library.SetSetList({"Two", mine.name}), "");
+    EXPECT_EQ(library.Rename(found[0], "Renamed"), "");
+    PresetLibrary again(Catalog(), kFactory, folder.path);
+    EXPECT_EQ(again.Entries().size(), 3u);
+    EXPECT_EQ(again.SetList(), (std::vector<std::string>{"Two", "Renamed"}));
+    const auto renamed = again.Find("renamed");
+    ASSERT_TRUE(renamed);
+    EXPECT_TRUE(again.Entries()[*renamed].favourite);
+    EXPECT_NE(again.Delete(0), "");
+    EXPECT_EQ(again.Delete(*renamed), "");
+    EXPECT_EQ(again.Entries().size(), 2u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path / "trash"), {}), 2);
+}
+
+TEST(PresetLibraryTest, BrokenFilesAreListedWithTheirSentence) {
+    const TestFolder folder;
+    fs::create_directories(folder.path / "a folder.json");
+    std::ofstream(folder.path / "broken.json") << "{\"format\": \"tesserae-preset\", ";
+    std::ofstream(folder.path / "favourites.json") << "[";
+    PresetLibrary library(Catalog(), kFactory, folder.path);
+    const auto broken = library.Find("broken");
+    ASSERT_TRUE(broken);
+    EXPECT_NE(library.Entries()[*broken].broken, "");
+    EXPECT_FALSE(library.Load(*broken).value);
+    EXPECT_EQ(library.Beside("Two", 1), 0u);
+    PresetLibrary nowhere(Catalog(), kFactory, "/proc/no/such/folder");
+    EXPECT_EQ(nowhere.Entries().size(), 2u);
+    EXPECT_NE(nowhere.Save(ReadyInstrument::Sound("")), "");
+}
+
+}  // namespace
+}  // namespace Quorvan::Host
