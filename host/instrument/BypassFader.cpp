@@ -55,7 +55,7 @@ float BypassFader::Delayed(uint32_t output, uint32_t frame) const {
     float sample = rings[channel][place];
     if (format.outputs == 1 && format.inputs == 2)
         sample = 0.5f * (sample + rings[1][place]);
-    return std::isfinite(sample) ? sample : 0.0f;
+    return std::isnormal(sample) ? sample : 0.0f;
 }
 
 void BypassFader::Mix(float* const* outputs, uint32_t first, uint32_t frames) {

@@ -93,6 +93,26 @@ float Instrument::ControlPosition(uint32_t id) const {
     return index != kUnassigned ? positions.Position(index) : 0.0f;
 }
 
+uint32_t Instrument::ControlSteps(uint32_t id) const {
+    const HostControl* const control = FindHostControl(id);
+    return control != nullptr && control->target == ControlTarget::Parameter
+               ? catalog[control->index].StepCount()
+               : 0;
+}
+
+double Instrument::ControlValue(uint32_t id, float position) const {
+    return ControlSteps(id) > 0 ? catalog.Value(controls.TargetOf(id), position)
+                                : static_cast<double>(position);
+}
+
+float Instrument::PositionOfControlValue(uint32_t id, double value) const {
+    const uint32_t steps = ControlSteps(id);
+    if (steps == 0 || !std::isfinite(value))
+        return std::clamp(static_cast<float>(value), 0.0f, 1.0f);
+    const double step = std::clamp(std::floor(value), 0.0, static_cast<double>(steps - 1));
+    return catalog.PositionOfValue(controls.TargetOf(id), step);
+}
+
 std::string Instrument::ControlText(uint32_t id, float position) const {
     const uint32_t index = controls.TargetOf(id);
     if (index == kUnassigned)

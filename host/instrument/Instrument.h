@@ -69,6 +69,11 @@ public:
     float ControlPosition(uint32_t id) const;
     /// Index that a host control moves now, or kUnassigned.
     uint32_t ControlTarget(uint32_t id) const { return controls.TargetOf(id); }
+    /// Number of settings of a control that always stands for the same choice or switch; 0 for the
+    /// others, which hosts see as positions 0..1. Stepped ones they see as 0, 1, 2, ...
+    uint32_t ControlSteps(uint32_t id) const;
+    double ControlValue(uint32_t id, float position) const;
+    float PositionOfControlValue(uint32_t id, double value) const;
     /// What position of a control shows as, with the name of what it stands for where that varies:
     /// "120 ms", "1/8". Not on the audio thread.
     std::string ControlText(uint32_t id, float position) const;

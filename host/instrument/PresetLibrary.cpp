@@ -72,9 +72,9 @@ PresetLibrary::PresetLibrary(const ParameterCatalog& parameters,
 fs::path PresetLibrary::UsualFolder() {
     const char* const data = std::getenv("XDG_DATA_HOME");
     const char* const home = std::getenv("HOME");
-    fs::path root = data != nullptr && *data == '/' ? fs::path(data)
-                                                    : fs::path(home != nullptr ? home : "/tmp") /
-                                                          ".local" / "share";
+    fs::path root = data != nullptr && *data == '/'
+                        ? fs::path(data)
+                        : fs::path(home != nullptr ? home : "/tmp") / ".local" / "share";
     return root / "tesserae" / "presets";
 }
 
@@ -98,13 +98,7 @@ void PresetLibrary::Scan() {
 }
 
 void PresetLibrary::ScanFile(const fs::path& file) {
-    std::string problem;
-    const auto text = ReadWholeFile(file, kMostBytes, problem);
-    PresetEntry entry;
-    entry.name = file.stem().string();
-    entry.broken = problem;
-    if (text)
-        entry = EntryOf(ReadPreset(*text, catalog), entry.name);
+    PresetEntry entry = EntryOf(Read(file, catalog), file.stem().string());
     entry.file = file;
     entries.push_back(std::move(entry));
 }
@@ -178,30 +172,25 @@ std::optional<size_t> PresetLibrary::Beside(std::string_view name, int step) con
     return std::nullopt;
 }
 
-Parsed<Preset> PresetLibrary::Load(size_t number) const {
-    Parsed<Preset> none;
-    if (number >= entries.size()) {
-        none.issues.push_back({Issue::Severity::Error, "There is no such preset any more."});
-        return none;
-    }
-    const PresetEntry& entry = entries[number];
+Parsed<Preset> PresetLibrary::Read(const fs::path& file, const ParameterCatalog& catalog) {
     std::string problem;
-    std::optional<std::string> text;
-    if (!entry.IsFactory())
-        text = ReadWholeFile(entry.file, kMostBytes, problem);
-    else
-        for (const FactoryPreset& one : factory)
-            if (const Parsed<Preset> read = ReadPreset(one.json, catalog);
-                read.value && read.value->name == entry.name)
-                text = std::string(one.json);
-    if (!text) {
-        none.issues.push_back({Issue::Severity::Error, problem});
-        return none;
-    }
+    const auto text = ReadWholeFile(file, kMostBytes, problem);
+    if (!text)
+        return {std::nullopt, {{Issue::Severity::Error, problem}}};
     Parsed<Preset> read = ReadPreset(*text, catalog);
     if (read.value && read.value->name.empty())
-        read.value->name = entry.name;
+        read.value->name = file.stem().string();
     return read;
+}
+
+Parsed<Preset> PresetLibrary::Load(size_t number) const {
+    if (number < entries.size() && !entries[number].IsFactory())
+        return Read(entries[number].file, catalog);
+    for (const FactoryPreset& one : factory)
+        if (Parsed<Preset> read = ReadPreset(one.json, catalog);
+            number < entries.size() && read.value && read.value->name == entries[number].name)
+            return read;
+    return {std::nullopt, {{Issue::Severity::Error, "There is no such preset any more."}}};
 }
 
 std::string PresetLibrary::Save(const Preset& preset, bool replace) {
@@ -256,8 +245,8 @@ std::string PresetLibrary::Rename(size_t number, const std::string& name) {
 }
 
 std::string PresetLibrary::MoveToTrash(const fs::path& file) const {
-    const auto now = std::chrono::system_clock::now().time_since_epoch() /
-                     std::chrono::microseconds(1);
+    const auto now =
+        std::chrono::system_clock::now().time_since_epoch() / std::chrono::microseconds(1);
     const fs::path trash = folder / "trash";
     std::error_code error;
     fs::create_directories(trash, error);

@@ -61,6 +61,8 @@ public:
     /// none. An unknown name starts at the first.
     std::optional<size_t> Beside(std::string_view name, int step) const;
 
+    /// Reads a file that need not be in the folder; likewise.
+    static Parsed<Preset> Read(const std::filesystem::path& file, const ParameterCatalog& catalog);
     /// Reads one. Where there is no value, an error says why.
     Parsed<Preset> Load(size_t entry) const;
     /// Writes a preset of the user's. The answer is empty, or a sentence why it did not work; a

@@ -59,9 +59,9 @@ TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter)
         Instrument other(test::Catalog());
         other.LoadState(instrument.SaveState());
         EXPECT_EQ(other.GetMidiMap(), instrument.GetMidiMap());
-        EXPECT_EQ(ReadMidiMap(WriteMidiMap(other.GetMidiMap(), test::Catalog()), test::Catalog())
-                      .value,
-                  other.GetMidiMap());
+        EXPECT_EQ(
+            ReadMidiMap(WriteMidiMap(other.GetMidiMap(), test::Catalog()), test::Catalog()).value,
+            other.GetMidiMap());
     }
 }
 
@@ -72,8 +72,8 @@ TEST(MidiTest, RangesCurvesAndPickUp) {
     EXPECT_FLOAT_EQ(binding.PositionOf(1.0f), 0.2f);
 
     ReadyInstrument instrument("Feedback=@0.5;");
-    instrument.SetMidiMap({{{Kind::Controller, 0, 1}, binding.index, 0.0f, 1.0f, 0.0f,
-                            MidiBinding::Take::PickUp}});
+    instrument.SetMidiMap(
+        {{{Kind::Controller, 0, 1}, binding.index, 0.0f, 1.0f, 0.0f, MidiBinding::Take::PickUp}});
     const auto turn = [&](int value) {
         instrument.Flush({Midi(0, 0xb0, 1, value)});
         return instrument.Position(binding.index);

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "clap/ext/params.h"
+#include "clap/ext/state.h"
+#include "clap/ext/timer-support.h"
+#include "clap/plugin.h"
+#include "host/instrument/Instrument.h"
+#include "host/instrument/PresetLibrary.h"
+#include "plugins/clap/AudioPorts.h"
+#include "plugins/clap/ClapExtras.h"
+#include "plugins/clap/EventReader.h"
+
+namespace Quorvan::Clap {
+
+/// One instance in a CLAP host: an instrument behind the interface's tables of functions
+/// (Extensions.cpp). Threads are those that the interface names for each function.
+class ClapPlugin {
+public:
+    /// Released by the host through clap_plugin::destroy. Null where there is no memory.
+    static const clap_plugin_t* Create(const clap_host_t& host);
+    static ClapPlugin& Of(const clap_plugin_t* plugin) {
+        return *static_cast<ClapPlugin*>(plugin->plugin_data);
+    }
+
+    ~ClapPlugin();
+    bool Init();
+    bool Activate(double rate, uint32_t longestBuffer);
+    void Deactivate();
+    void Reset() { instrument.Clear(); }
+    clap_process_status Process(const clap_process_t& process);
+
+    bool GetParameterInfo(uint32_t index, clap_param_info_t& info) const;
+    void Flush(const clap_input_events_t* in, const clap_output_events_t* out);
+    bool SaveState(const clap_ostream_t& stream);
+    bool LoadState(const clap_istream_t& stream);
+    bool LoadPreset(uint32_t kind, const char* location, const char* key);
+    uint32_t TailFrames();
+    /// Takes up what MIDI asked for; called by a timer of the host's.
+    void Poll();
+
+    Host::Instrument instrument;
+    AudioPorts ports;
+
+private:
+    explicit ClapPlugin(const clap_host_t& pluginHost);
+
+    template <class Extension>
+    const Extension* HostExtension(const char* id) const {
+        return static_cast<const Extension*>(host.get_extension(&host, id));
+    }
+    Host::PresetLibrary& Library();
+    bool Take(const Host::Parsed<Host::Preset>& parsed, std::string& problem);
+    void TellOfNewSound();
+    void Log(int32_t severity, const std::string& sentence) const;
+
+    const clap_host_t& host;
+    clap_plugin_t plugin;
+    EventReader reader;
+    std::unique_ptr<Host::PresetLibrary> library;
+    double rate = 0.0;
+    clap_id timer = CLAP_INVALID_ID;
+    std::array<float, Host::kHostControlRoom> defaults{};  ///< positions of a new plug-in
+};
+
+}  // namespace Quorvan::Clap
