@@ -36,17 +36,20 @@ DescriptionRows GranularRows();
 DescriptionRows GranularSequencerRows();
 DescriptionRows BitCrusherRows();
 
-DescriptionRows GeneratorRows();   ///< what all clocks share, with the usual table of rates
-DescriptionRows GrainClockRows();  ///< rows that come before those of a generator
+DescriptionRows GeneratorRows();  ///< what all clocks share, with the usual table of rates
+DescriptionRows DensityRows();    ///< those of the grain clock that set the density
+DescriptionRows SongClockRows();  ///< rows that come before those of a generator
 DescriptionRows TextureClockRows();
 DescriptionRows FunctionRows();
 DescriptionRows LfoRows();
 DescriptionRows StepSequencerRows();
 DescriptionRows EnvelopeFollowerRows();
+DescriptionRows FollowerInputRows();
 
-DescriptionRows SlotRows();  ///< the slot's own and those of modules without a name
+DescriptionRows SlotRows();
 DescriptionRows FilterRows();
 DescriptionRows DistortionRows();
+DescriptionRows DistortionPartRows();
 DescriptionRows CompressorRows();
 DescriptionRows DelayRows();
 DescriptionRows OctaverRows();
@@ -54,6 +57,7 @@ DescriptionRows PitchShiftDelayRows();
 DescriptionRows TapeEchoRows();
 DescriptionRows ChorusRows();
 DescriptionRows FlangerRows();
+DescriptionRows FlangerCoreRows();
 DescriptionRows ReverbRows();
 
 DescriptionRows ProcessorRows();

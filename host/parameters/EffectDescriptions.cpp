@@ -16,23 +16,20 @@ constexpr DescriptionRow DryWet(std::string_view name) {
 
 constexpr DescriptionRow kSlot[]{
     {"BypassUselessParam", "Unused", kPercent, kDriven},
-    {"InGainCompensated", "Distortion Input Gain", kDecibels},
-    DryWet("DryWet"),
+    {"Dry / Wet", "Dry / Wet", kPercent},
+    {"Position", "Position", Choice(Choices::SlotPositions)},
     {"ModuleType", "Effect", Choice(Choices::EffectTypes)},
-    {"Bypass", "Effect Bypass", kSwitch},
+    {"Bypass", "Bypass", kSwitch},
     {"CopyOnBypass", "Pass Through on Bypass", kSwitch},
     {"CrossfadeOnBypass", "Crossfade on Bypass", kSwitch},
     {"FadeOnModuleChange", "Fade on Change", kSwitch},
     {"DryWetInternal", "Dry / Wet of the Effect", kPercent, kDriven},
-    {"Delay_RateType", "Delay Time Type", Choice(Choices::RateTypes)},
-    {"OctaverDelay_DelayTimeType", "Octaver Time Type", Choice(Choices::RateTypes)},
-    {"Flanger_Chorus_RateType", "Flanger Rate Type", Choice(Choices::RateTypes)},
 };
 
 constexpr DescriptionRow kFilter[]{
     DryWet("Wet"),
     {"Mode", "Mode", Choice(Choices::FilterModes)},
-    {"Freq", "Frequency", kHertz},
+    {"Freq", "Cutoff", kHertz},
     {"Q", "Resonance", kPlain},
     {"Slope", "Slope", Choice(Choices::FilterSlopes)},
     {"CombFreq", "Comb Frequency", kHertz},
@@ -44,6 +41,12 @@ constexpr DescriptionRow kDistortion[]{
     {"Drive", "Drive", kDecibels},
     {"OutputGain", "Output Gain", kDecibels},
     {"AutoComp", "Level Compensation", kSwitch},
+};
+
+/// Parts of the distortion that have no name of their own.
+constexpr DescriptionRow kDistortionParts[]{
+    {"InGainCompensated", "Input Gain", kDecibels},
+    DryWet("DryWet"),
 };
 
 constexpr DescriptionRow kCompressor[]{
@@ -68,7 +71,8 @@ constexpr DescriptionRow kCompressor[]{
 };
 
 constexpr DescriptionRow kDelay[]{
-    {"DelayTimeMs", "Time", kMilliseconds},
+    {"RateType", "Time Sync", Choice(Choices::RateTypes)},
+    {"DelayTimeMs", "Time (Free)", kMilliseconds},
     {"Feedback", "Feedback", kPercent},
     DryWet("Wet"),
     {"HPFreq", "Low Cut", kHertz},
@@ -78,17 +82,18 @@ constexpr DescriptionRow kDelay[]{
     {"StereoMode", "Stereo Mode", Choice(Choices::EchoStereoModes)},
     {"MidiSync", "Sync", kSwitch},
     {"RateSyncedType", "Note Type", Choice(Choices::NoteTypes)},
-    {"DelayTimeSynced", "Time Synced", Choice(Choices::EchoTimes)},
+    {"DelayTimeSynced", "Time (Synced)", Choice(Choices::EchoTimes)},
     {"DelayFineMs", "Fine Time", kMilliseconds},
     {"VibratoMaxAmount", "Vibrato Depth", kMilliseconds},
 };
 
 constexpr DescriptionRow kOctaver[]{
+    {"DelayTimeType", "Time Sync", Choice(Choices::RateTypes)},
     {"Mode", "Mode", Choice(Choices::OctaverModes)},
     {"Stereo", "Stereo", kSwitch},
     DryWet("DryWet"),
-    {"DelayTimeMs", "Time", kMilliseconds},
-    {"DelayTimeSynced", "Time Synced", Choice(Choices::EchoTimes)},
+    {"DelayTimeMs", "Time (Free)", kMilliseconds},
+    {"DelayTimeSynced", "Time (Synced)", Choice(Choices::EchoTimes)},
     {"Feedback", "Feedback", kPercent},
     {"PitchShift", "Pitch", kSemitones},
     {"Window", "Window", Choice(Choices::TapWindows)},
@@ -104,8 +109,8 @@ constexpr DescriptionRow kOctaver[]{
 /// The two shifters inside the octaver, which sets them.
 constexpr DescriptionRow kPitchShiftDelay[]{
     {"Stereo", "Stereo", kSwitch},
-    {"DelayTimeMs", "Time", kMilliseconds},
-    {"DelayTimeSynced", "Time Synced", Choice(Choices::EchoTimes)},
+    {"DelayTimeMs", "Time (Free)", kMilliseconds},
+    {"DelayTimeSynced", "Time (Synced)", Choice(Choices::EchoTimes)},
     {"Feedback", "Feedback", kPercent},
     {"PitchShift", "Pitch", kSemitones},
     {"Window", "Window", Choice(Choices::TapWindows)},
@@ -122,12 +127,12 @@ constexpr DescriptionRow kPitchShiftDelay[]{
 
 constexpr DescriptionRow kTapeEcho[]{
     {"InputVolume", "Input Volume", kDecibels},
-    {"DelayTime", "Time", kMilliseconds},
+    {"DelayTime", "Time (Free)", kMilliseconds},
     {"DelayTimeFine", "Fine Time", kMilliseconds},
     {"Intensity", "Intensity", kPercent},
     DryWet("DryWet"),
-    {"DelayTimeType", "Time Type", Choice(Choices::RateTypes)},
-    {"DelayTimeSynced", "Time Synced", Choice(Choices::EchoTimes)},
+    {"DelayTimeType", "Time Sync", Choice(Choices::RateTypes)},
+    {"DelayTimeSynced", "Time (Synced)", Choice(Choices::EchoTimes)},
     {"DelayType", "Stereo Mode", Choice(Choices::EchoStereoModes)},
     {"StereoWidth", "Stereo Offset", kPercent},
     {"StereoWidthPP", "Ping-Pong Width", kPercent},
@@ -141,7 +146,7 @@ constexpr DescriptionRow kChorus[]{
     DryWet("DryWet"),
     {"Delay", "Delay", kMilliseconds},
     {"Depth", "Depth", kMilliseconds},
-    {"Freq", "Rate", kHertz},
+    {"Freq", "Rate (Free)", kHertz},
     {"Feedback", "Feedback", kPercent},
     {"FBPolarity", "Feedback Polarity", Choice(Choices::FeedbackPolarities)},
     {"StereoMode", "Channels", Choice(Choices::ChannelModes)},
@@ -149,7 +154,7 @@ constexpr DescriptionRow kChorus[]{
     {"LFOShape", "Waveform", Choice(Choices::ChorusWaveforms)},
     {"MidiSync", "Sync", kSwitch},
     {"RateSyncedType", "Note Type", Choice(Choices::NoteTypes)},
-    {"RateSynced", "Rate Synced", Choice(Choices::GeneratorRates)},
+    {"RateSynced", "Rate (Synced)", Choice(Choices::GeneratorRates)},
     {"LPFfc", "High Cut", kHertz},
     {"HPFfc", "Low Cut", kHertz},
     {"LPFOn", "High Cut On", kSwitch},
@@ -157,8 +162,15 @@ constexpr DescriptionRow kChorus[]{
 };
 
 constexpr DescriptionRow kFlanger[]{
+    {"Chorus_RateType", "Rate Sync", Choice(Choices::RateTypes)},
     {"MinDelay", "Delay", kMilliseconds},
     {"DepthFlanger", "Depth", kMilliseconds},
+};
+
+/// The chorus inside the flanger, which sets these two.
+constexpr DescriptionRow kFlangerCore[]{
+    {"Delay", "Core Delay", kMilliseconds, kDriven},
+    {"Depth", "Core Depth", kMilliseconds, kDriven},
 };
 
 constexpr DescriptionRow kReverb[]{
@@ -193,6 +205,7 @@ constexpr DescriptionRow kReverb[]{
 DescriptionRows SlotRows() { return kSlot; }
 DescriptionRows FilterRows() { return kFilter; }
 DescriptionRows DistortionRows() { return kDistortion; }
+DescriptionRows DistortionPartRows() { return kDistortionParts; }
 DescriptionRows CompressorRows() { return kCompressor; }
 DescriptionRows DelayRows() { return kDelay; }
 DescriptionRows OctaverRows() { return kOctaver; }
@@ -200,6 +213,7 @@ DescriptionRows PitchShiftDelayRows() { return kPitchShiftDelay; }
 DescriptionRows TapeEchoRows() { return kTapeEcho; }
 DescriptionRows ChorusRows() { return kChorus; }
 DescriptionRows FlangerRows() { return kFlanger; }
+DescriptionRows FlangerCoreRows() { return kFlangerCore; }
 DescriptionRows ReverbRows() { return kReverb; }
 
 }  // namespace Quorvan::Host

@@ -12,8 +12,8 @@ constexpr auto kDriven = ParameterRole::Driven;
 constexpr DescriptionRow kGenerator[]{
     {"Mode", "Run Mode", Choice(Choices::RunModes)},
     {"MidiSync", "Sync", kSwitch},
-    {"RateUnSynced", "Rate", kHertz},
-    {"RateSynced", "Rate Synced", Choice(Choices::GeneratorRates)},
+    {"RateUnSynced", "Rate (Free)", kHertz},
+    {"RateSynced", "Rate (Synced)", Choice(Choices::GeneratorRates)},
     {"RateSyncedType", "Rate Note Type", Choice(Choices::NoteTypes)},
     {"PhaseInit", "Start Phase", kDegrees},
     {"KbTracking", "Key Tracking", kSwitch},
@@ -25,16 +25,21 @@ constexpr DescriptionRow kGenerator[]{
     {"Swing", "Swing", Number(Unit::Percent)},
 };
 
-constexpr DescriptionRow kGrainClock[]{
-    {"RateUnSynced", "Density", kHertz},
-    {"RateSynced", "Density Synced", Choice(Choices::GrainRates)},
+constexpr DescriptionRow kDensity[]{
+    {"RateUnSynced", "Density (Free)", kHertz},
+    {"RateSynced", "Density (Synced)", Choice(Choices::GrainRates)},
+};
+
+constexpr DescriptionRow kSongClock[]{
+    {"RateSynced", "Rate (Synced)", Choice(Choices::GrainRates)},
 };
 
 constexpr DescriptionRow kTextureClock[]{
-    {"RateSynced", "Rate Synced", Choice(Choices::TextureRates)},
+    {"RateSynced", "Rate (Synced)", Choice(Choices::TextureRates)},
 };
 
 constexpr DescriptionRow kFunction[]{
+    {"RateType", "Rate Sync", Choice(Choices::RateTypes)},
     {"LastActivePointIndex", "Last Point", kCount},
     {"RandomAmount", "Random Amount", kPercent},
     {"Bipolar", "Bipolar", kSwitch},
@@ -71,11 +76,20 @@ constexpr DescriptionRow kLfo[]{
 constexpr DescriptionRow kStepSequencer[]{
     {"NbSteps", "Steps", kCount},
     {"CurrentStep", "Current Step", kCount, kOutput},
+    {"RateType", "Rate Sync", Choice(Choices::RateTypes)},
+    {"Bipolar", "Bipolar", kSwitch},
+    {"Scale", "Scale", kPercent},
     {"Smooth", "Glide", kPercent},
     {"LoopMode", "Loop Mode", Choice(Choices::LoopModes)},
     {"RandomAmount", "Random Amount", kPercent},
     {"StepVal#", "Step # Value", kPercent},
     {"StepDev#", "Step # Deviation", kPercent, kOutput},
+};
+
+/// What the processor keeps for the follower.
+constexpr DescriptionRow kFollowerInput[]{
+    {"Source", "Source", Choice(Choices::FollowerSources)},
+    {"Gain", "Gain", kDecibels},
 };
 
 constexpr DescriptionRow kEnvelopeFollower[]{
@@ -89,11 +103,13 @@ constexpr DescriptionRow kEnvelopeFollower[]{
 }  // namespace
 
 DescriptionRows GeneratorRows() { return kGenerator; }
-DescriptionRows GrainClockRows() { return kGrainClock; }
+DescriptionRows DensityRows() { return kDensity; }
+DescriptionRows SongClockRows() { return kSongClock; }
 DescriptionRows TextureClockRows() { return kTextureClock; }
 DescriptionRows FunctionRows() { return kFunction; }
 DescriptionRows LfoRows() { return kLfo; }
 DescriptionRows StepSequencerRows() { return kStepSequencer; }
 DescriptionRows EnvelopeFollowerRows() { return kEnvelopeFollower; }
+DescriptionRows FollowerInputRows() { return kFollowerInput; }
 
 }  // namespace Quorvan::Host

@@ -19,6 +19,9 @@ std::string_view LastPart(std::string_view name) {
 size_t Unlikeness(std::string_view typed, std::string_view name) {
     size_t unlike = EditDistance(typed, name);
     unlike = std::min(unlike, EditDistance(typed, LastPart(name)) + 1);
+    for (size_t blank = name.find(' '); blank != std::string_view::npos;
+         blank = name.find(' ', blank + 1))
+        unlike = std::min(unlike, EditDistance(typed, name.substr(blank + 1)) + 1);
     constexpr size_t kPartLength = 3;  // shorter parts are in too many names
     if (typed.size() >= kPartLength && name.find(typed) != std::string_view::npos)
         unlike = std::min<size_t>(unlike, 2);
@@ -49,6 +52,12 @@ size_t EditDistance(std::string_view a, std::string_view b) {
     return rows[a.size() % 3][b.size()];
 }
 
+std::string BareName(std::string_view name) {
+    std::string bare = Lower(name);
+    std::erase_if(bare, [](char c) { return !(c >= 'a' && c <= 'z') && !(c >= '0' && c <= '9'); });
+    return bare;
+}
+
 std::vector<std::string> NearestNames(std::string_view typed,
                                       const std::vector<std::string>& candidates, size_t count) {
     const std::string lower = Lower(Trim(typed));
@@ -61,21 +70,18 @@ std::vector<std::string> NearestNames(std::string_view typed,
     }
     std::sort(ranked.begin(), ranked.end());
     std::vector<std::string> nearest;
-    for (size_t i = 0; i < std::min(count, ranked.size()); ++i)
+    for (size_t i = 0; i < std::min(count, ranked.size()); ++i) {
+        if (ranked[i].first > ranked[0].first + 1)
+            break;  // plainly not what was meant, beside the first
         nearest.push_back(candidates[ranked[i].second]);
+    }
     return nearest;
 }
 
 std::string DidYouMean(const std::vector<std::string>& names) {
     if (names.empty())
         return {};
-    std::string sentence = "Did you mean ";
-    for (size_t i = 0; i < names.size(); ++i) {
-        if (i > 0)
-            sentence += i + 1 == names.size() ? " or " : ", ";
-        sentence += Quoted(names[i]);
-    }
-    return sentence + "?";
+    return "Did you mean " + Alternatives(names) + "?";
 }
 
 }  // namespace Quorvan::Host

@@ -12,9 +12,12 @@ namespace Quorvan::Host {
 /// insertions and reversals" (1966), with F. J. Damerau's swaps.
 size_t EditDistance(std::string_view a, std::string_view b);
 
+/// A name without case, blanks and signs: "dry/wet" and "Dry / Wet" are the same so.
+std::string BareName(std::string_view name);
+
 /// The candidates most like typed, whatever the case, best first; among equals those that come
-/// earlier. Left out are those that have too little in common. A name that typed is a part of, or
-/// whose last part behind a "_" is like it, counts as near.
+/// earlier. Left out are those that have too little in common, with typed or beside the best. A
+/// name that typed is a part of, or whose end behind a "_" or a blank is like it, counts as near.
 std::vector<std::string> NearestNames(std::string_view typed,
                                       const std::vector<std::string>& candidates, size_t count);
 

@@ -4,13 +4,12 @@
 #include <deque>
 #include <limits>
 #include <new>
-#include <unordered_map>
 
 #include "host/parameters/ChoiceText.h"
 #include "host/parameters/ModulationNames.h"
-#include "host/parameters/NameDistance.h"
 #include "host/parameters/NumberText.h"
 #include "host/parameters/ParameterDescriber.h"
+#include "host/parameters/ParameterNames.h"
 #include "host/parameters/ParameterScale.h"
 #include "host/parameters/PitchScale.h"
 #include "host/parameters/Sentence.h"
@@ -26,31 +25,6 @@ constexpr char kPositionSign = '@';
 const ChoiceList& SwitchNames() {
     static const ChoiceList names{"Off", "On"};
     return names;
-}
-
-bool IsMatrixCell(uint32_t index) {
-    constexpr uint32_t kCells = kModulationSources * kModulationDestinations;
-    return index >= kFirstAmountIndex && index < kFirstAmountIndex + 2 * kCells;
-}
-
-Description DescribeCell(uint32_t index) {
-    const bool isAmount = index < kFirstActivatedIndex;
-    const uint32_t cell = index - (isAmount ? kFirstAmountIndex : kFirstActivatedIndex);
-    Description description;
-    description.group = "Modulation";
-    description.label = SourceName(cell % kModulationSources) + " to " +
-                        DestinationName(cell / kModulationSources) + (isAmount ? "" : " On");
-    description.form = isAmount ? Form::kPercent : Form::kSwitch;
-    return description;
-}
-
-Description DescribeListed(uint32_t index, const std::string& name) {
-    const auto found = DescribeParameter(name);
-    Description description = found ? *found : Description{"Other", name, Form::kPercent};
-    const uint32_t destination = index - kFirstAssignedIndex;
-    if (index >= kFirstAssignedIndex && destination < kModulationDestinations)
-        description.label = DestinationName(destination) + " Assigned";
-    return description;
 }
 
 /// The record of an amount, which the matrix has no record for.
@@ -75,14 +49,13 @@ class ParameterCatalog::Implementation {
 public:
     Implementation();
 
-    std::optional<uint32_t> Find(std::string_view name) const;
-    std::vector<std::string> Nearest(std::string_view name, size_t count) const;
     std::string Text(uint32_t index, float position, const TextContext& context) const;
     TextResult Position(uint32_t index, std::string_view text, const TextContext& context) const;
     double Value(uint32_t index, float position, const TextContext& context) const;
     float PositionOfValue(uint32_t index, double value, const TextContext& context) const;
 
     std::vector<ParameterInfo> infos;
+    std::optional<ParameterNames> names;
 
 private:
     /// What texts need to know of a parameter, over and above its info.
@@ -101,10 +74,7 @@ private:
                               const TextContext& context) const;
 
     std::vector<Entry> entries;
-    std::deque<ChoiceList> numberedChoices;             ///< of steps that have no names
-    std::unordered_map<std::string, uint32_t> indices;  ///< by name in lower case
-    std::vector<std::string> suggestions;               ///< names for typos, those for people first
-    std::vector<std::string> cellNames;
+    std::deque<ChoiceList> numberedChoices;  ///< of steps that have no names
 };
 
 ParameterCatalog::Implementation::Implementation() {
@@ -116,27 +86,20 @@ ParameterCatalog::Implementation::Implementation() {
     entries.reserve(Processor::kParameterCount);
     for (uint32_t index = 0; index < Processor::kParameterCount; ++index)
         Add(*processor, index);
-    for (const ParameterInfo& info : infos) {
-        indices.emplace(Lower(info.name), info.index);
-        if (IsMatrixCell(info.index))
-            cellNames.push_back(info.name);
-        else if (info.role == ParameterRole::Setting)
-            suggestions.push_back(info.name);
-    }
-    for (const ParameterInfo& info : infos) {
-        if (info.role != ParameterRole::Setting)
-            suggestions.push_back(info.name);
-    }
+    std::vector<ParameterNames::Destination> destinations;
+    for (uint32_t row = 0; row < kModulationDestinations; ++row)
+        destinations.push_back({DestinationName(row), TargetOfDestination(*processor, row)});
+    names.emplace(infos, destinations);
 }
 
 void ParameterCatalog::Implementation::Add(Processor::IProcessor& processor, uint32_t index) {
     ParameterInfo info;
     info.index = index;
     info.name = NameOf(processor, index);
-    const Description description =
-        IsMatrixCell(index) ? DescribeCell(index) : DescribeListed(index, info.name);
+    const Description description = DescribeParameter(index, info.name);
     info.group = description.group;
     info.label = description.label;
+    info.title = TitleOf(info.group, info.label);
     info.kind = description.form.kind;
     info.role = description.role;
     info.unit = description.form.unit;
@@ -165,21 +128,10 @@ std::span<const std::string> ParameterCatalog::Implementation::ChoicesOf(const E
         return {};
     if (entry.form.choices != nullptr)
         return entry.form.choices();
-    ChoiceList& names = numberedChoices.emplace_back();
+    ChoiceList& numbers = numberedChoices.emplace_back();
     for (uint32_t step = 0; step < entry.scale->StepCount(); ++step)
-        names.push_back(std::to_string(static_cast<int>(entry.scale->StepValue(step))));
-    return names;
-}
-
-std::optional<uint32_t> ParameterCatalog::Implementation::Find(std::string_view name) const {
-    const auto found = indices.find(Lower(Trim(name)));
-    return found == indices.end() ? std::nullopt : std::optional(found->second);
-}
-
-std::vector<std::string> ParameterCatalog::Implementation::Nearest(std::string_view name,
-                                                                   size_t count) const {
-    const bool meansCell = Lower(Trim(name)).starts_with("modulations");
-    return NearestNames(name, meansCell ? cellNames : suggestions, count);
+        numbers.push_back(std::to_string(static_cast<int>(entry.scale->StepValue(step))));
+    return numbers;
 }
 
 double ParameterCatalog::Implementation::Value(uint32_t index, float position,
@@ -220,7 +172,7 @@ TextResult ParameterCatalog::Implementation::Position(uint32_t index, std::strin
     const ParameterInfo& info = infos[index];
     const std::string_view trimmed = Trim(text);
     if (info.kind == ParameterKind::Binary)
-        return {{}, Quoted(info.name) + " is no number but a piece of memory; leave it out."};
+        return {{}, Cited(info) + " is no number but a piece of memory; leave it out."};
     if (trimmed.starts_with(kPositionSign))
         return BarePosition(index, trimmed.substr(1));
     return info.choices.empty() ? NumberPosition(index, trimmed, context)
@@ -232,7 +184,7 @@ TextResult ParameterCatalog::Implementation::BarePosition(uint32_t index,
     const std::optional<double> position = ParseNumber(number, Unit::None);
     if (!position || *position < 0.0 || *position > 1.0)
         return {{},
-                Quoted(number) + " behind the @ is no position for " + Quoted(infos[index].name) +
+                Quoted(number) + " behind the @ is no position for " + Cited(infos[index]) +
                     ". Write a number from 0 to 1 there."};
     return {static_cast<float>(*position), {}};
 }
@@ -245,8 +197,7 @@ TextResult ParameterCatalog::Implementation::ChoicePosition(uint32_t index,
         choice = FindSwitch(text);
     if (!choice)
         return {{},
-                Quoted(info.name) + " has no choice " + Quoted(text) + ". " +
-                    ChoiceAdvice(info.choices)};
+                Cited(info) + " has no choice " + Quoted(text) + ". " + ChoiceAdvice(info.choices)};
     return {entries[index].scale->PositionOf(*choice), {}};
 }
 
@@ -257,8 +208,8 @@ TextResult ParameterCatalog::Implementation::NumberPosition(uint32_t index, std:
     const std::optional<double> number = ParseNumber(text, form.unit);
     if (!number)
         return {{},
-                Quoted(text) + " is no value for " + Quoted(info.name) +
-                    ". Write a number such as " + Quoted(Text(index, 0.5f, context)) + "."};
+                Quoted(text) + " is no value for " + Cited(info) + ". Write a number such as " +
+                    Quoted(Text(index, 0.5f, context)) + "."};
     // The ends as texts show them may lie a rounding outside the range.
     const std::string lowest = FormatNumber(info.minimum, form.unit);
     const std::string highest = FormatNumber(info.maximum, form.unit);
@@ -267,7 +218,7 @@ TextResult ParameterCatalog::Implementation::NumberPosition(uint32_t index, std:
     if (*number < std::min(info.minimum, *ParseNumber(lowest, form.unit)) ||
         *number > std::max(info.maximum, *ParseNumber(highest, form.unit)))
         return {{},
-                Quoted(text) + " is out of range for " + Quoted(info.name) + ". Use a value from " +
+                Quoted(text) + " is out of range for " + Cited(info) + ". Use a value from " +
                     lowest + " to " + highest + "."};
     // Above silence, by less than a text shows: the bottom itself is silent.
     constexpr double kAudible = 0.02;
@@ -287,15 +238,32 @@ const ParameterInfo& ParameterCatalog::operator[](uint32_t index) const {
 const std::vector<ParameterInfo>& ParameterCatalog::All() const { return implementation->infos; }
 
 std::optional<uint32_t> ParameterCatalog::Find(std::string_view name) const {
-    return implementation->Find(name);
+    return implementation->names->Find(name);
+}
+std::optional<uint32_t> ParameterCatalog::Resolve(std::string_view name,
+                                                  const PresentSettings& settings) const {
+    return implementation->names->Resolve(name, settings);
+}
+bool ParameterCatalog::Decides(uint32_t index) const {
+    return index == kScaleIndex || implementation->names->IsSelector(index);
+}
+std::string ParameterCatalog::CommonName(uint32_t index) const {
+    const LabelFamily* const family = implementation->names->FamilyOf(index);
+    return family != nullptr ? TitleOf(family->group, family->label) : std::string();
+}
+bool ParameterCatalog::IsInForce(uint32_t index, const PresentSettings& settings) const {
+    const LabelFamily* const family = implementation->names->FamilyOf(index);
+    return family == nullptr || family->InForce(settings) == index;
+}
+std::optional<uint32_t> ParameterCatalog::FindDestination(std::string_view name) const {
+    const std::optional<uint32_t> row = Host::FindDestination(name);
+    return row ? row : implementation->names->FindRow(name);
 }
 std::vector<std::string> ParameterCatalog::Nearest(std::string_view name, size_t count) const {
-    return implementation->Nearest(name, count);
+    return implementation->names->Nearest(name, count);
 }
 std::string ParameterCatalog::UnknownName(std::string_view name) const {
-    const std::string suggestion = DidYouMean(Nearest(name));
-    return "There is no parameter called " + Quoted(name) + ". " +
-           (suggestion.empty() ? "Use a name from the list of parameters." : suggestion);
+    return implementation->names->Problem(name);
 }
 
 std::string ParameterCatalog::Text(uint32_t index, float position,

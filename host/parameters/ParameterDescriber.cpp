@@ -1,6 +1,10 @@
 #include "host/parameters/ParameterDescriber.h"
 
 #include <algorithm>
+#include <optional>
+
+#include "host/parameters/ModulationNames.h"
+#include "host/parameters/ShellIndex.h"
 
 namespace Quorvan::Host {
 
@@ -50,9 +54,7 @@ std::optional<Description> DescribeIn(const ModuleDescription& module, std::stri
     return std::nullopt;
 }
 
-}  // namespace
-
-std::optional<Description> DescribeParameter(std::string_view fullName) {
+std::optional<Description> DescribeInTables(std::string_view fullName) {
     // A name may begin like a module's and belong to its parent, such as "FX1_Position": the search
     // goes on where a module does not know the rest.
     for (const ModuleDescription& module : ModuleDescriptions()) {
@@ -62,6 +64,37 @@ std::optional<Description> DescribeParameter(std::string_view fullName) {
             return found;
     }
     return std::nullopt;
+}
+
+bool IsMatrixCell(uint32_t index) {
+    constexpr uint32_t kCells = kModulationSources * kModulationDestinations;
+    return index >= kFirstAmountIndex && index < kFirstAmountIndex + 2 * kCells;
+}
+
+Description DescribeCell(uint32_t index) {
+    const bool isAmount = index < kFirstActivatedIndex;
+    const uint32_t cell = index - (isAmount ? kFirstAmountIndex : kFirstActivatedIndex);
+    Description description;
+    description.group = "Modulation";
+    description.label = SourceName(cell % kModulationSources) + " to " +
+                        DestinationName(cell / kModulationSources) + (isAmount ? "" : " On");
+    description.form = isAmount ? Form::kPercent : Form::kSwitch;
+    return description;
+}
+
+Description DescribeListed(uint32_t index, const std::string& name) {
+    const auto found = DescribeInTables(name);
+    Description description = found ? *found : Description{"Other", name, Form::kPercent};
+    const uint32_t destination = index - kFirstAssignedIndex;
+    if (index >= kFirstAssignedIndex && destination < kModulationDestinations)
+        description.label = DestinationName(destination) + " Assigned";
+    return description;
+}
+
+}  // namespace
+
+Description DescribeParameter(uint32_t index, const std::string& fullName) {
+    return IsMatrixCell(index) ? DescribeCell(index) : DescribeListed(index, fullName);
 }
 
 }  // namespace Quorvan::Host

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <optional>
+#include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "host/parameters/DescriptionTables.h"
 
 namespace Quorvan::Host {
 
-/// What the tables say of one parameter of the tree.
+/// What people are told of one parameter.
 struct Description {
     std::string group;
     std::string label;
@@ -16,8 +15,8 @@ struct Description {
     ParameterRole role = ParameterRole::Setting;
 };
 
-/// Finds a full name in the tables; nothing where no table has it. The cells of the modulation
-/// matrix are in no table.
-std::optional<Description> DescribeParameter(std::string_view fullName);
+/// What the tables say of the parameter with this index and full name; a group "Other" where they
+/// do not know it.
+Description DescribeParameter(uint32_t index, const std::string& fullName);
 
 }  // namespace Quorvan::Host

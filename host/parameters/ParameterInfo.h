@@ -30,7 +30,8 @@ struct ParameterInfo {
     uint32_t index = 0;
     std::string name;   ///< full name, unique, for files: "FX1_Delay_Feedback"
     std::string group;  ///< for people: "FX1 Delay"
-    std::string label;  ///< for people: "Feedback"
+    std::string label;  ///< for people, unique in its group: "Feedback"
+    std::string title;  ///< for people, where the group is not told: "FX1 Delay Feedback"
     ParameterKind kind = ParameterKind::Continuous;
     ParameterRole role = ParameterRole::Setting;
     Unit unit = Unit::None;                  ///< of continuous parameters

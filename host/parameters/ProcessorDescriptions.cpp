@@ -20,14 +20,6 @@ constexpr DescriptionRow kProcessor[]{
     {"Granular Volume", "Granular Volume", kDecibels},
     {"Master Volume", "Master Volume", kDecibels},
     {"Macro #", "Macro #", kPercent},
-    {"FX#_Position", "FX# Position", Choice(Choices::SlotPositions)},
-    {"FX#_Dry / Wet", "FX# Dry / Wet", kPercent},
-    {"Envelope Follower Source", "Envelope Source", Choice(Choices::FollowerSources)},
-    {"Envelope Follower Gain", "Envelope Gain", kDecibels},
-    {"Function#_RateType", "Function # Rate Type", Choice(Choices::RateTypes)},
-    {"StepSeq_RateType", "Step Sequencer Rate Type", Choice(Choices::RateTypes)},
-    {"StepSeq_Bipolar", "Step Sequencer Bipolar", kSwitch},
-    {"StepSeq_Scale", "Step Sequencer Scale", kPercent},
     {"Transport Mute", "Mute While Stopped", kSwitch},
     {"Feedback_BigChunk", "Modulation Display", kBinary, kOutput},
     {"FX_Feedback_Chunk", "Effect Display", kBinary, kOutput},
@@ -45,9 +37,9 @@ constexpr DescriptionRow kProcessor[]{
 constexpr DescriptionRow kSpatializer[]{
     {"Enable", "On", kSwitch},
     {"Trajectory", "Trajectory", Choice(Choices::Trajectories)},
-    {"Rate UnSynced", "Rate", kHertz},
-    {"Rate Synced", "Rate Synced", Choice(Choices::GeneratorRates)},
-    {"Rate Type", "Rate Type", Choice(Choices::RateTypes)},
+    {"Rate UnSynced", "Rate (Free)", kHertz},
+    {"Rate Synced", "Rate (Synced)", Choice(Choices::GeneratorRates)},
+    {"Rate Type", "Rate Sync", Choice(Choices::RateTypes)},
     {"Amount", "Amount", kPercent},
     {"Distance", "Distance", kPercent},
     {"Invert", "Invert", kSwitch},
@@ -58,9 +50,13 @@ constexpr DescriptionRow kMeter[]{
 };
 
 void AddGranular(std::vector<ModuleDescription>& modules) {
+    // For people the density belongs to the grains, whatever clock makes it.
+    modules.push_back({.prefix = "MoteWeaver_GranularPhaseHelper_",
+                       .group = "Granular",
+                       .rows = {DensityRows()}});
     modules.push_back({.prefix = "MoteWeaver_GranularPhaseHelper_",
                        .group = "Grain Clock",
-                       .rows = {GrainClockRows(), GeneratorRows()},
+                       .rows = {GeneratorRows()},
                        .driven = {"MidiSync", "RateSyncedType"}});
     modules.push_back({.prefix = "MoteWeaver_GranularPhaseHelperTexture_",
                        .group = "Texture Clock",
@@ -68,7 +64,7 @@ void AddGranular(std::vector<ModuleDescription>& modules) {
                        .allDriven = true});
     modules.push_back({.prefix = "MoteWeaver_SPPPhaseHelper_",
                        .group = "Song Clock",
-                       .rows = {GrainClockRows(), GeneratorRows()},
+                       .rows = {SongClockRows(), GeneratorRows()},
                        .allDriven = true});
     modules.push_back({.prefix = "MoteWeaver_StepSequencerGranular_",
                        .group = "Beat Sequencer",
@@ -84,6 +80,9 @@ void AddGranular(std::vector<ModuleDescription>& modules) {
 void AddModulators(std::vector<ModuleDescription>& modules) {
     modules.push_back(
         {.prefix = "EnvFollower_", .group = "Envelope Follower", .rows = {EnvelopeFollowerRows()}});
+    modules.push_back({.prefix = "Envelope Follower ",
+                       .group = "Envelope Follower",
+                       .rows = {FollowerInputRows()}});
     for (const char* number : {"1", "2", "3"})
         modules.push_back({.prefix = std::string("Function") + number + "_",
                            .group = std::string("Function ") + number,
@@ -116,10 +115,11 @@ void AddSlot(std::vector<ModuleDescription>& modules, const std::string& slot) {
     add("OctaverDelay_", " Octaver", {OctaverRows()});
     add("TapeEcho_", " Tape Echo", {TapeEchoRows()});
     add("Chorus_", " Chorus", {ChorusRows()});
-    add("Flanger_Chorus_", " Flanger", {ChorusRows()},
-        {"MidiSync", "RateSyncedType", "Delay", "Depth"});
+    add("Flanger_Chorus_", " Flanger", {FlangerCoreRows(), ChorusRows()},
+        {"MidiSync", "RateSyncedType"});
     add("Flanger_", " Flanger", {FlangerRows()});
     add("Reverb_", " Reverb", {ReverbRows()});
+    add("", " Distortion", {DistortionPartRows()});
     add("", "", {SlotRows()});
 }
 

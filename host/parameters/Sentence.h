@@ -2,10 +2,19 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "host/parameters/ParameterInfo.h"
 
 namespace Quorvan::Host {
 
 /// text between double quotes, as sentences cite names.
 std::string Quoted(std::string_view text);
+
+/// How sentences name a parameter: by its title, and by its full name where that is another one.
+std::string Cited(const ParameterInfo& info);
+
+/// '"A", "B" or "C"'. Of many, the first four and how many more there are.
+std::string Alternatives(const std::vector<std::string>& names);
 
 }  // namespace Quorvan::Host

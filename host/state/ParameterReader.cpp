@@ -1,11 +1,11 @@
 #include "host/state/ParameterReader.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <optional>
 #include <string>
 
+#include "host/parameters/PresentSettings.h"
 #include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
 
@@ -23,13 +23,15 @@ class PositionReader {
 public:
     PositionReader(JsonReader& reporter, const ParameterCatalog& parameterCatalog,
                    ParameterScope fileScope)
-        : reader(reporter), catalog(parameterCatalog), scope(fileScope) {}
+        : reader(reporter),
+          catalog(parameterCatalog),
+          scope(fileScope),
+          settings(parameterCatalog) {}
 
     std::vector<ParameterValue> Read(const Json& members);
 
 private:
-    void ReadScale(const Json& members);
-    void ReadMember(const std::string& name, const Json& json);
+    void ReadMember(const std::string& name, uint32_t index, const Json& json);
     void ReportForeign();
     void ReportUnknown(const std::string& name);
     void ReportFurtherUnknown();
@@ -40,16 +42,28 @@ private:
     JsonReader& reader;
     const ParameterCatalog& catalog;
     ParameterScope scope;
-    TextContext context;
+    PresentSettings settings;
     std::map<uint32_t, float> positions;
     std::vector<std::string> foreign;  ///< names that this file has no say in
     size_t unknown = 0;                ///< names that nobody has
 };
 
 std::vector<ParameterValue> PositionReader::Read(const Json& members) {
-    ReadScale(members);
-    for (const auto& [name, json] : members.items())
-        ReadMember(name, json);
+    // What decides the meaning of other names and texts has to be known first: modes and the scale.
+    std::vector<Json::const_iterator> others;
+    for (auto member = members.begin(); member != members.end(); ++member) {
+        const std::optional<uint32_t> index = catalog.Resolve(member.key(), settings);
+        if (index && catalog.Decides(*index))
+            ReadMember(member.key(), *index, *member);
+        else
+            others.push_back(member);
+    }
+    for (const Json::const_iterator& member : others) {
+        if (const auto index = catalog.Resolve(member.key(), settings))
+            ReadMember(member.key(), *index, *member);
+        else
+            ReportUnknown(member.key());
+    }
     ReportForeign();
     ReportFurtherUnknown();
     std::vector<ParameterValue> values;
@@ -58,32 +72,23 @@ std::vector<ParameterValue> PositionReader::Read(const Json& members) {
     return values;
 }
 
-/// A pitch as a text means something else in every scale, so the scale has to be known first.
-void PositionReader::ReadScale(const Json& members) {
-    const ParameterInfo& scale = catalog[kScaleIndex];
-    const auto found = members.find(scale.name);
-    if (found == members.end())
-        return;
-    std::optional<float> position;
-    if (found->is_number())
-        position = static_cast<float>(std::clamp(found->get<double>(), 0.0, 1.0));
-    else if (found->is_string())
-        position = catalog.Position(kScaleIndex, found->get<std::string>()).position;
-    if (position)
-        context.scale = static_cast<uint32_t>(catalog.Value(kScaleIndex, *position));
-}
-
-void PositionReader::ReadMember(const std::string& name, const Json& json) {
-    const std::optional<uint32_t> index = catalog.Find(name);
-    if (!index)
-        return ReportUnknown(name);
-    const ParameterInfo& info = catalog[*index];
+void PositionReader::ReadMember(const std::string& name, uint32_t index, const Json& json) {
+    const ParameterInfo& info = catalog[index];
     if (!IsStored(info, scope)) {
-        foreign.push_back(info.name);
+        foreign.push_back(Cited(info));
         return;
     }
-    if (const auto position = PositionFrom(info, json))
-        positions[*index] = *position;
+    const auto position = PositionFrom(info, json);
+    if (!position)
+        return;
+    // Two names of one parameter: which of them comes last is chance, so the full one counts.
+    if (!positions.emplace(index, *position).second) {
+        reader.Warn(Cited(info) + " is set under more than one name. Keep one of them.");
+        if (!catalog.Find(name))
+            return;
+        positions[index] = *position;
+    }
+    settings.Put(index, *position);
 }
 
 void PositionReader::ReportUnknown(const std::string& name) {
@@ -100,7 +105,7 @@ void PositionReader::ReportFurtherUnknown() {
 void PositionReader::ReportForeign() {
     if (foreign.empty())
         return;
-    const std::string named = Quoted(foreign.front());
+    const std::string& named = foreign.front();
     reader.Warn(foreign.size() == 1
                     ? named + " is left out: it is not for this file to set. Remove it."
                     : std::to_string(foreign.size()) + " parameters, such as " + named +
@@ -114,7 +119,7 @@ std::optional<float> PositionReader::PositionFrom(const ParameterInfo& info, con
         return FromText(info, json.get<std::string>());
     if (json.is_boolean() && info.kind == ParameterKind::Switch)
         return json.get<bool>() ? 1.0f : 0.0f;
-    reader.Warn(Quoted(info.name) +
+    reader.Warn(Cited(info) +
                 " is left out: it has to be a position from 0 to 1, or a text in quotes.");
     return std::nullopt;
 }
@@ -122,13 +127,13 @@ std::optional<float> PositionReader::PositionFrom(const ParameterInfo& info, con
 std::optional<float> PositionReader::FromNumber(const ParameterInfo& info, double number) {
     const double held = std::clamp(number, 0.0, 1.0);
     if (held != number)
-        reader.Warn(Quoted(info.name) + " is at " + Json(number).dump() +
+        reader.Warn(Cited(info) + " is at " + Json(number).dump() +
                     ", but positions go from 0 to 1; " + (held > 0.5 ? "1" : "0") + " is taken.");
     return static_cast<float>(held);
 }
 
 std::optional<float> PositionReader::FromText(const ParameterInfo& info, const std::string& text) {
-    TextResult result = catalog.Position(info.index, text, context);
+    TextResult result = catalog.Position(info.index, text, settings.Texts());
     if (!result.position)
         reader.Warn(result.problem + " It is left out.");
     return result.position;

@@ -32,41 +32,63 @@ std::string Written(const OrderedJson& json) {
     return json.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
 }
 
-/// The beginning of every warning about one routing, which counts from 1.
-std::string RoutingNamed(size_t number) { return "Routing " + std::to_string(number); }
+/// Reads the routings of a preset, and reports those that make no sense.
+class RoutingReader {
+public:
+    RoutingReader(JsonReader& reporter, const ParameterCatalog& parameterCatalog)
+        : reader(reporter), catalog(parameterCatalog) {}
 
-std::optional<Routing> ReadRouting(JsonReader& reader, const nlohmann::json& json, size_t number) {
-    const auto leaveOut = [&](const std::string& why) {
-        reader.Warn(RoutingNamed(number) + " is left out. " + why);
+    std::vector<Routing> Read(const nlohmann::json& list) {
+        std::vector<Routing> routings;
+        for (number = 1; number <= list.size(); ++number)
+            if (const auto routing = ReadOne(list[number - 1]))
+                routings.push_back(*routing);
+        if (leftOut > kNamed)
+            reader.Warn(std::to_string(leftOut - kNamed) +
+                        " more routings are left out for such reasons.");
+        return routings;
+    }
+
+private:
+    /// So many get a sentence of their own: one with a suggestion takes a search.
+    static constexpr size_t kNamed = 5;
+
+    std::optional<Routing> ReadOne(const nlohmann::json& json);
+    /// why makes the reason.
+    template <class Why>
+    std::nullopt_t LeaveOut(const Why& why) {
+        if (leftOut++ < kNamed)
+            reader.Warn(Named() + " is left out. " + why());
         return std::nullopt;
-    };
+    }
+    std::string Named() const { return "Routing " + std::to_string(number); }
+
+    JsonReader& reader;
+    const ParameterCatalog& catalog;
+    size_t number = 0;  ///< of the present one, from 1
+    size_t leftOut = 0;
+};
+
+std::optional<Routing> RoutingReader::ReadOne(const nlohmann::json& json) {
     const std::string source = JsonReader::TextIn(json, "source");
     const std::string destination = JsonReader::TextIn(json, "destination");
     const std::optional<double> amount = JsonReader::NumberIn(json, "amount");
     if (source.empty() || destination.empty() || !amount)
-        return leaveOut(
-            "Give it a \"source\" and a \"destination\" by name and an \"amount\" from -1 to 1.");
+        return LeaveOut([] {
+            return std::string(
+                "Give it a \"source\" and a \"destination\" by name and an \"amount\" from -1 to "
+                "1.");
+        });
     const auto foundSource = FindSource(source);
     if (!foundSource)
-        return leaveOut(UnknownSource(source));
-    const auto foundDestination = FindDestination(destination);
+        return LeaveOut([&] { return UnknownSource(source); });
+    const auto foundDestination = catalog.FindDestination(destination);
     if (!foundDestination)
-        return leaveOut(UnknownDestination(destination));
+        return LeaveOut([&] { return UnknownDestination(destination); });
     const double held = std::clamp(*amount, -1.0, 1.0);
     if (held != *amount)
-        reader.Warn(RoutingNamed(number) + " has an amount beyond -1 to 1; the end of that range " +
-                    "is taken.");
+        reader.Warn(Named() + " has an amount beyond -1 to 1; the end of that range is taken.");
     return Routing{*foundSource, *foundDestination, static_cast<float>(held)};
-}
-
-void ReadRoutings(JsonReader& reader, Preset& preset) {
-    const nlohmann::json* const list = reader.Member("routings", nlohmann::json::value_t::array);
-    if (list == nullptr)
-        return;
-    for (size_t i = 0; i < list->size(); ++i) {
-        if (const auto routing = ReadRouting(reader, (*list)[i], i + 1))
-            preset.routings.push_back(*routing);
-    }
 }
 
 void ReadTags(JsonReader& reader, Preset& preset) {
@@ -117,7 +139,8 @@ Parsed<Preset> ReadPreset(std::string_view json, const ParameterCatalog& catalog
     ReadTags(reader, preset);
     ReadTempo(reader, preset);
     preset.parameters = ReadParameters(reader, catalog, ParameterScope::Sound);
-    ReadRoutings(reader, preset);
+    if (const auto* list = reader.Member("routings", nlohmann::json::value_t::array))
+        preset.routings = RoutingReader(reader, catalog).Read(*list);
     return {std::move(preset), reader.TakeIssues()};
 }
 

@@ -7,6 +7,7 @@
 
 #include "host/HostRig.h"
 #include "host/parameters/ModulationNames.h"
+#include "host/parameters/PresentSettings.h"
 #include "host/parameters/ShellIndex.h"
 #include "processor/ProcessorInternals.h"
 
@@ -21,6 +22,13 @@ std::string ProblemOf(std::string_view name, std::string_view text) {
     return result.problem;
 }
 
+/// A new processor in texture mode.
+PresentSettings Textured() {
+    PresentSettings settings(Catalog());
+    settings.Put(IndexOf("MoteWeaver_GranularMode"), 0.5f);
+    return settings;
+}
+
 TEST(ParameterCatalogTest, EveryParameterIsDescribed) {
     ASSERT_EQ(Catalog().Count(), 3152u);
     std::set<std::string> names;
@@ -29,11 +37,13 @@ TEST(ParameterCatalogTest, EveryParameterIsDescribed) {
         EXPECT_TRUE(names.insert(info.name).second) << info.name;
         EXPECT_NE(info.group, "Other") << info.name;
         EXPECT_FALSE(info.label.empty()) << info.name;
-        if (info.role == ParameterRole::Setting) {
-            EXPECT_TRUE(labels.insert(info.group + "/" + info.label).second)
-                << info.group << " " << info.label;
+        EXPECT_TRUE(labels.insert(info.group + "/" + info.label).second) << info.title;
+        // No name of one is taken by another, whatever the modes.
+        for (const PresentSettings& settings : {PresentSettings(Catalog()), Textured()}) {
+            EXPECT_EQ(Catalog().Resolve(info.name, settings), info.index) << info.name;
+            EXPECT_EQ(Catalog().Resolve(info.group + " " + info.label, settings), info.index)
+                << info.title;
         }
-        EXPECT_EQ(Catalog().Find(info.name), info.index) << info.name;
         if (info.kind == ParameterKind::Choice || info.kind == ParameterKind::Switch) {
             EXPECT_GE(info.choices.size(), 2u) << info.name;
         }
@@ -126,9 +136,65 @@ TEST(ParameterCatalogTest, ReadsWhatPeopleType) {
     EXPECT_NEAR(Set("FX1_TapeEcho_DelayTimeFine", "0 ms").position, 0.5f, 1e-6f);
 }
 
+TEST(ParameterCatalogTest, NamesOfMusiciansFindTheirParameters) {
+    const char* const names[][2] = {{"spray", "MoteWeaver_Spray"},
+                                    {"Dry/Wet", "Dry / Wet"},
+                                    {" persistence ", "MoteWeaver_BufferPersistence"},
+                                    {"fx1  reverb decay", "FX1_Reverb_Decay"},
+                                    {"FX2 Dry / Wet", "FX2_Dry / Wet"},
+                                    {"FX1 Filter Freq", "FX1_MultiModeFilter_Freq"},
+                                    {"FX1 Filter Frequency", "FX1_MultiModeFilter_Freq"},
+                                    {"Direction", "MoteWeaver_RandomDirection"},
+                                    {"Function 1 to Pitch", "Modulations_Dst7_Src2_Amount"},
+                                    {"Grain Size", "MoteWeaver_GrainSizeAbsolute"},
+                                    {"Density", "MoteWeaver_GranularPhaseHelper_RateUnSynced"},
+                                    {"Play Head", "MoteWeaver_Speed"},
+                                    {"Texture Density", "MoteWeaver_TextureDensity"}};
+    const PresentSettings settings(Catalog());
+    for (const auto& [name, full] : names)
+        EXPECT_EQ(Catalog().Resolve(name, settings), IndexOf(full)) << name;
+    EXPECT_EQ(Catalog().Resolve("grain size", Textured()),
+              IndexOf("MoteWeaver_TextureSizeAbsolute"));
+    EXPECT_EQ(Catalog().Resolve("Density", Textured()), IndexOf("MoteWeaver_TextureDensity"));
+    for (const char* name : {"Decay", "FX1_Reverb_Size", "", "Sparkle"})
+        EXPECT_EQ(Catalog().Resolve(name, settings), std::nullopt) << name;
+    EXPECT_EQ(Catalog().UnknownName("Decay"),
+              "\"Decay\" can mean \"FX1 Reverb Decay\" or \"FX2 Reverb Decay\". Write the one that "
+              "is meant.");
+}
+
+/// What a row of modulation moves is what the shared name means, whatever the modes.
+TEST(ParameterCatalogTest, SharedNamesMeanWhatModulationMoves) {
+    ReadyEngine engine;
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> draw(0.0f, 1.0f);
+    for (int round = 0; round < 40; ++round) {
+        std::vector<ParameterValue> modes;
+        for (const ParameterInfo& info : Catalog().All())
+            if (Catalog().Decides(info.index))
+                modes.push_back({info.index, draw(random)});
+        engine.Restore(modes);
+        engine.Pass(100);
+        const PresentSettings settings(Catalog(), [&](uint32_t i) { return engine.Position(i); });
+        const uint32_t mode = settings.Choice(IndexOf("MoteWeaver_GranularMode"));
+        for (uint32_t row = 0; row < kModulationDestinations; ++row) {
+            const std::string& name = DestinationName(row);
+            // Rows with a life of their own: the name goes with the sound, the row with the
+            // display.
+            const bool apart = name.ends_with("Density") || name.ends_with("Chorus Rate") ||
+                               (name == "Play Head" && mode == 2);
+            const uint32_t target = TargetOfDestination(engine.GetProcessor(), row);
+            if (!apart && !Catalog().CommonName(target).empty()) {
+                EXPECT_TRUE(Catalog().IsInForce(target, settings)) << Catalog()[target].title;
+            }
+        }
+    }
+}
+
 TEST(ParameterCatalogTest, ProblemsNameTheThingAndSayWhatToDo) {
     EXPECT_EQ(ProblemOf("MoteWeaver_GranularMode", "Textile"),
-              "\"MoteWeaver_GranularMode\" has no choice \"Textile\". Use \"Classic\", \"Texture\" "
+              "\"Granular Mode\" (MoteWeaver_GranularMode) has no choice \"Textile\". Use "
+              "\"Classic\", \"Texture\" "
               "or \"Beat\".");
     EXPECT_EQ(
         ProblemOf("Master Volume", "6 dB"),
@@ -152,6 +218,11 @@ TEST(ParameterCatalogTest, TyposFindTheirNames) {
     EXPECT_EQ(best("mastervolume"), "Master Volume");
     EXPECT_EQ(best("FX1_Delay_Feedbak"), "FX1_Delay_Feedback");
     EXPECT_EQ(best("GrainSizeAbsolut"), "MoteWeaver_GrainSizeAbsolute");
+    EXPECT_EQ(best("FX1 Reverb Dekay"), "FX1 Reverb Decay");
+    EXPECT_EQ(best("Presistence"), "Persistence");
+    EXPECT_EQ(best("macro 1 to pich"), "Macro 1 to Pitch");
+    EXPECT_EQ(Catalog().UnknownName("Grain Sise"),
+              "There is no parameter called \"Grain Sise\". Did you mean \"Grain Size\"?");
     EXPECT_EQ(best("Modulations_Dst7_Src9_Amount").substr(0, 19), "Modulations_Dst7_Sr");
     EXPECT_TRUE(Catalog().Nearest("qqqqqqqqqqqqqq").empty());
     EXPECT_EQ(Catalog().UnknownName("Marco 1"),
@@ -195,6 +266,10 @@ TEST(ModulationNamesTest, EachNameIsThereOnceAndFindsItsRow) {
     for (uint32_t d = 0; d < kModulationDestinations; ++d)
         EXPECT_EQ(FindDestination(DestinationName(d)), d) << DestinationName(d);
     EXPECT_EQ(FindSource("macro 2"), 6u);
+    EXPECT_EQ(Catalog().FindDestination("FX1 Filter Frequency"),
+              FindDestination("FX1 Filter Freq"));
+    EXPECT_EQ(Catalog().FindDestination("MoteWeaver_RandomDirection"), 14u);
+    EXPECT_EQ(Catalog().FindDestination("Grain Size (Texture, Free)"), 9u);
     EXPECT_EQ(DestinationName(94), "FX2 Reverb Damping");
     EXPECT_EQ(Catalog()[AmountIndex(1, 6)].name, "Modulations_Dst7_Src2_Amount");
     EXPECT_EQ(Catalog()[ActivatedIndex(6, 94)].name, "Modulations_Dst95_Src7_Activated");

@@ -77,6 +77,23 @@ TEST(PresetTest, ParametersMayStandAsTexts) {
     EXPECT_EQ(Catalog().Text(kPitchIndex, expected[0].position, major), "7.00 st");
 }
 
+TEST(PresetTest, LabelsMeanWhatTheModesOfThePresetPutInForce) {
+    const Parsed<Preset> parsed = ReadMembers(
+        R"(, "parameters": {"Grain Size": "120 ms", "Density": "4", "Granular Mode": "Texture",
+            "FX1 Delay Time": "1/4", "FX1 Delay Time Sync": "Dotted", "Freeze": true})");
+    EXPECT_TRUE(parsed.issues.empty());
+    std::vector<ParameterValue> expected = Settings(
+        "MoteWeaver_BufferFreeze=On;MoteWeaver_GranularMode=Texture;"
+        "MoteWeaver_TextureDensity=4;MoteWeaver_TextureSizeAbsolute=120 ms;"
+        "FX1_Delay_DelayTimeSynced=1/4;FX1_Delay_RateType=Dotted");
+    EXPECT_EQ(parsed.value->parameters, expected);
+    const Parsed<Preset> twice =
+        ReadMembers(R"(, "parameters": {"MoteWeaver_Spray": 0.25, "Spray": 0.75})");
+    EXPECT_EQ(IssueOf(twice, Issue::Severity::Warning),
+              "\"Spray\" (MoteWeaver_Spray) is set under more than one name. Keep one of them.");
+    EXPECT_EQ(twice.value->parameters, std::vector{Set("MoteWeaver_Spray", "@0.25")});
+}
+
 TEST(PresetTest, WhatMakesNoSenseIsMendedOrLeftOut) {
     EXPECT_EQ(WarningOf(R"(, "parameters": {"Marco 1": 0.5})"),
               "There is no parameter called \"Marco 1\". Did you mean \"Macro 1\" or \"Macro 2\"? "
@@ -98,13 +115,19 @@ TEST(PresetTest, WhatMakesNoSenseIsMendedOrLeftOut) {
 }
 
 TEST(PresetTest, ManyUnknownNamesAreCountedNotSearchedFor) {
-    std::string members;
-    for (int i = 0; i < 20000; ++i)  // minutes, if each were compared with all there are
-        members += (i == 0 ? "\"Nonsense" : ", \"Nonsense") + std::to_string(i) + "\": 0.5";
-    const Parsed<Preset> parsed = ReadMembers(", \"parameters\": {" + members + "}");
-    ASSERT_EQ(parsed.issues.size(), 6u);
-    EXPECT_EQ(parsed.issues.back().text,
+    std::ostringstream members, routings;
+    for (int i = 0; i < 20000; ++i) {  // minutes, if each were compared with all there are
+        const char* const comma = i == 0 ? "" : ", ";
+        members << comma << "\"Nonsense" << i << "\": 0.5";
+        routings << comma << R"({"source": "Macro 1", "amount": 1, "destination": "Nonsense)" << i
+                 << "\"}";
+    }
+    const Parsed<Preset> parsed = ReadMembers(", \"parameters\": {" + members.str() +
+                                              "}, \"routings\": [" + routings.str() + "]");
+    ASSERT_EQ(parsed.issues.size(), 12u);
+    EXPECT_EQ(parsed.issues[5].text,
               "19995 more names are those of no parameter. They are left out.");
+    EXPECT_EQ(parsed.issues[11].text, "19995 more routings are left out for such reasons.");
 }
 
 TEST(PresetTest, RoutingsAreCheckedPieceByPiece) {

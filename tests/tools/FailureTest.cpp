@@ -65,7 +65,7 @@ TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure(Render({"--set", "Dry / Wet=1.5"}), 2, {"\"Dry / Wet\"", "0 to 1"});
     ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolute=9 parsec"}), 2,
                   {"9 parsec", "ms"});
-    ExpectFailure(Render({"--set", "PresetLoading=1"}), 2, {"\"PresetLoading\"", "can't be set"});
+    ExpectFailure(Render({"--set", "PresetLoading=1"}), 2, {"PresetLoading", "can't be set"});
     for (const Arguments& option : std::vector<Arguments>{{"--tempo", "0"},
                                                           {"--tempo", "nan"},
                                                           {"--tail", "nan"},

@@ -30,15 +30,16 @@ using Json = nlohmann::json;
 /// Puts a point together from its three texts.
 AutomationPoint MakePoint(const std::string& name, const std::string& where,
                           const std::array<std::string, 3>& texts, bool bareIsBeat,
-                          const Host::ParameterCatalog& catalog) {
+                          const Host::ParameterCatalog& catalog,
+                          const Host::PresentSettings& initial) {
     const std::optional<AutomationTime> time = AutomationTime::Read(texts[0], bareIsBeat);
     if (!time)
         Refuse(name, where,
                Host::Quoted(texts[0]) + " is no time. Write seconds, or beats as \"4 beats\".");
-    const NamedParameter parameter = FindWritable(catalog, texts[1]);
+    const NamedParameter parameter = FindWritable(catalog, texts[1], initial);
     if (!parameter.index)
         Refuse(name, where, parameter.problem);
-    return {time->time, time->isBeat, *parameter.index, texts[2], where};
+    return {time->time, time->isBeat, texts[1], texts[2], where};
 }
 
 std::string JsonText(const Json& value) {
@@ -80,6 +81,7 @@ Automation Automation::Load(const std::filesystem::path& path,
 Automation Automation::ReadCsv(const std::string& name, std::string_view text,
                                const Host::ParameterCatalog& catalog) {
     Automation automation(name);
+    const Host::PresentSettings initial(catalog);
     bool isBeat = false;
     bool mayBeHead = true;
     size_t number = 0;
@@ -100,7 +102,7 @@ Automation Automation::ReadCsv(const std::string& name, std::string_view text,
                    "It has " + std::to_string(fields.size()) +
                        " fields. Write time, parameter name, position.");
         automation.points.push_back(
-            MakePoint(name, where, {fields[0], fields[1], fields[2]}, isBeat, catalog));
+            MakePoint(name, where, {fields[0], fields[1], fields[2]}, isBeat, catalog, initial));
     }
     return automation;
 }
@@ -108,6 +110,7 @@ Automation Automation::ReadCsv(const std::string& name, std::string_view text,
 Automation Automation::ReadJson(const std::string& name, std::string_view text,
                                 const Host::ParameterCatalog& catalog) {
     Automation automation(name);
+    const Host::PresentSettings initial(catalog);
     const Json json = Json::parse(text, nullptr, false, true);
     if (json.is_discarded())
         throw Failure(ExitCode::Input, "Automation " + Host::Quoted(name) +
@@ -124,13 +127,13 @@ Automation Automation::ReadJson(const std::string& name, std::string_view text,
             Refuse(name, where,
                    "Write {\"seconds\": 1.5, \"parameter\": \"Feedback\", \"position\": 0.7}, or "
                    "\"beats\" in place of \"seconds\".");
-        automation.points.push_back(MakePoint(name, where, *texts, isBeat, catalog));
+        automation.points.push_back(MakePoint(name, where, *texts, isBeat, catalog, initial));
     }
     return automation;
 }
 
 std::vector<TimedWrite> Automation::Resolve(double rate, double tempo, double startBeat,
-                                            Host::TextContext context,
+                                            Host::PresentSettings settings,
                                             const Host::ParameterCatalog& catalog) const {
     struct Placed {
         uint64_t frame;
@@ -148,12 +151,13 @@ std::vector<TimedWrite> Automation::Resolve(double rate, double tempo, double st
                      [](const Placed& a, const Placed& b) { return a.frame < b.frame; });
     std::vector<TimedWrite> writes;
     for (const auto& [frame, point] : placed) {
+        const uint32_t index = catalog.Resolve(point->parameter, settings).value();
         const Host::TextResult result =
-            ReadPosition(catalog, point->index, point->position, context);
+            ReadPosition(catalog, index, point->position, settings.Texts());
         if (!result.position)
             Refuse(name, point->where, result.problem);
-        FollowScale(context, catalog, point->index, *result.position);
-        writes.push_back({frame, point->index, *result.position});
+        settings.Put(index, *result.position);
+        writes.push_back({frame, index, *result.position});
     }
     return writes;
 }

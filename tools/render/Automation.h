@@ -6,17 +6,17 @@
 #include <string_view>
 #include <vector>
 
-#include "host/parameters/ParameterCatalog.h"
+#include "host/parameters/PresentSettings.h"
 
 namespace Quorvan::Tools {
 
 /// One write of an automation file.
 struct AutomationPoint {
     double time = 0.0;
-    bool isBeat = false;   ///< time counts quarter notes of the song in place of seconds
-    uint32_t index = 0;    ///< of the parameter
-    std::string position;  ///< as ReadPosition takes it
-    std::string where;     ///< place in the file, for messages: "line 3"
+    bool isBeat = false;    ///< time counts quarter notes of the song in place of seconds
+    std::string parameter;  ///< name, whose meaning may follow the modes of its moment
+    std::string position;   ///< as ReadPosition takes it
+    std::string where;      ///< place in the file, for messages: "line 3"
 };
 
 /// A parameter write at a frame of the input.
@@ -39,9 +39,10 @@ public:
                                const Host::ParameterCatalog& catalog);
 
     /// The writes in order of their frames, and of the file where those are equal. Beats count in
-    /// the song, which is at startBeat at frame 0; what lies ahead of frame 0 lands there.
+    /// the song, which is at startBeat at frame 0; what lies ahead of frame 0 lands there. Names
+    /// and texts are read with settings and the writes so far.
     std::vector<TimedWrite> Resolve(double rate, double tempo, double startBeat,
-                                    Host::TextContext context,
+                                    Host::PresentSettings settings,
                                     const Host::ParameterCatalog& catalog) const;
 
     const std::vector<AutomationPoint>& Points() const { return points; }

@@ -68,10 +68,11 @@ std::string ModulationLog::Csv(double rate, uint64_t endFrame) const {
     return text;
 }
 
-std::vector<uint32_t> FindDestinations(const std::vector<std::string>& names) {
+std::vector<uint32_t> FindDestinations(const std::vector<std::string>& names,
+                                       const Host::ParameterCatalog& catalog) {
     std::vector<uint32_t> rows;
     for (const std::string& name : names) {
-        const std::optional<uint32_t> row = Host::FindDestination(name);
+        const std::optional<uint32_t> row = catalog.FindDestination(name);
         if (!row)
             throw Failure(ExitCode::Usage, Host::UnknownDestination(name) +
                                                " \"tesserae destinations\" lists them all.");

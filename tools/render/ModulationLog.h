@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/engine/Engine.h"
+#include "host/parameters/ParameterCatalog.h"
 
 namespace Quorvan::Tools {
 
@@ -44,7 +45,8 @@ private:
 };
 
 /// Rows of the matrix by their readable names. Throws Failure for a name that there is not.
-std::vector<uint32_t> FindDestinations(const std::vector<std::string>& names);
+std::vector<uint32_t> FindDestinations(const std::vector<std::string>& names,
+                                       const Host::ParameterCatalog& catalog);
 /// Sources that reach any destination at present.
 std::vector<uint32_t> RoutedSources(const Host::Engine& engine);
 

@@ -21,13 +21,14 @@ Host::TextResult ReadPosition(const Host::ParameterCatalog& catalog, uint32_t in
         return {static_cast<float>(*number), {}};
     return {
         {},
-        Host::Quoted(catalog[index].name) + " can't be put at " + std::string(Host::Trim(text)) +
+        Host::Cited(catalog[index]) + " can't be put at " + std::string(Host::Trim(text)) +
             ": a bare number is a position from 0 to 1. Write a value with its unit, such as \"" +
             catalog.Text(index, 0.5f, context) + "\"."};
 }
 
-NamedParameter FindWritable(const Host::ParameterCatalog& catalog, std::string_view name) {
-    const std::optional<uint32_t> index = catalog.Find(name);
+NamedParameter FindWritable(const Host::ParameterCatalog& catalog, std::string_view name,
+                            const Host::PresentSettings& settings) {
+    const std::optional<uint32_t> index = catalog.Resolve(name, settings);
     if (!index)
         return {{}, catalog.UnknownName(Host::Trim(name))};
     const Host::ParameterInfo& info = catalog[*index];
@@ -36,14 +37,7 @@ NamedParameter FindWritable(const Host::ParameterCatalog& catalog, std::string_v
         (info.role == Host::ParameterRole::Control && *index != Host::kPresetLoadingIndex);
     if (isFree && info.kind != Host::ParameterKind::Binary)
         return {index, {}};
-    return {{},
-            Host::Quoted(info.name) + " is the processor's own and can't be set; leave it out."};
-}
-
-void FollowScale(Host::TextContext& context, const Host::ParameterCatalog& catalog, uint32_t index,
-                 float position) {
-    if (index == Host::kScaleIndex)
-        context.scale = static_cast<uint32_t>(catalog.Value(index, position));
+    return {{}, Host::Cited(info) + " is the processor's own and can't be set; leave it out."};
 }
 
 }  // namespace Quorvan::Tools

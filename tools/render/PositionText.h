@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "host/parameters/ParameterCatalog.h"
+#include "host/parameters/PresentSettings.h"
 
 namespace Quorvan::Tools {
 
@@ -13,16 +13,14 @@ namespace Quorvan::Tools {
 Host::TextResult ReadPosition(const Host::ParameterCatalog& catalog, uint32_t index,
                               std::string_view text, const Host::TextContext& context);
 
-/// The parameter of that name, where a user may write it; else a sentence says what to do.
+/// The parameter that a name means with these settings (ParameterCatalog::Resolve), where a user
+/// may write it; else a sentence says what to do.
 struct NamedParameter {
     std::optional<uint32_t> index;
     std::string problem;
 };
-NamedParameter FindWritable(const Host::ParameterCatalog& catalog, std::string_view name);
-
-/// The context behind a write: what one of "MoteWeaver_Scale" leaves of it.
-void FollowScale(Host::TextContext& context, const Host::ParameterCatalog& catalog, uint32_t index,
-                 float position);
+NamedParameter FindWritable(const Host::ParameterCatalog& catalog, std::string_view name,
+                            const Host::PresentSettings& settings);
 
 /// text as a number, whatever the locale; nothing where it is something else.
 std::optional<double> PlainNumber(std::string_view text);

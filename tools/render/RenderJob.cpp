@@ -48,7 +48,7 @@ RenderJob::RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parame
     summary.seed = settings.seed.value_or(prims::SeedFromClock());
     tempo = settings.tempo.value_or(sound.preset.tempo.value_or(kUsualTempo));
     if (WantsModulation())
-        modulation.emplace(FindDestinations(settings.modulationDestinations));
+        modulation.emplace(FindDestinations(settings.modulationDestinations, catalog));
     if (settings.automation)
         automation = Automation::Load(*settings.automation, catalog);
 }
@@ -188,7 +188,8 @@ void RenderJob::Render() {
         engine->AddListener(*modulation);
 
     Renderer renderer(*engine, *main, side.get());
-    renderer.SetWrites(automation.Resolve(rate, tempo, settings.startBeat, sound.context, catalog));
+    renderer.SetWrites(
+        automation.Resolve(rate, tempo, settings.startBeat, sound.Settings(catalog), catalog));
     renderer.SetTail(tail);
     TailTrimmer trimmer;
     const auto connect = [&](RenderSink& sink) {

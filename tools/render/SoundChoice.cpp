@@ -59,22 +59,33 @@ void SpellRoutingsOut(Host::Preset& preset) {
     throw Failure(ExitCode::Usage, "--set " + Host::Quoted(assignment) + ": " + problem);
 }
 
-void Assign(SoundChoice& sound, const std::string& assignment,
-            const Host::ParameterCatalog& catalog) {
-    const size_t sign = assignment.find('=');
+/// The parts of a text NAME=POSITION.
+struct Assignment {
+    std::string whole;
+    std::string name;
+    std::string position;
+};
+
+Assignment Split(const std::string& text) {
+    const size_t sign = text.find('=');
     if (sign == std::string::npos)
-        Refuse(assignment, "Write NAME=POSITION, such as \"Dry / Wet=0.5\".");
-    const NamedParameter named = FindWritable(catalog, assignment.substr(0, sign));
+        Refuse(text, "Write NAME=POSITION, such as \"Dry / Wet=0.5\".");
+    return {text, text.substr(0, sign), text.substr(sign + 1)};
+}
+
+void Assign(SoundChoice& sound, Host::PresentSettings& settings, const Assignment& assignment,
+            const Host::ParameterCatalog& catalog) {
+    const NamedParameter named = FindWritable(catalog, assignment.name, settings);
     if (!named.index)
-        Refuse(assignment, named.problem);
+        Refuse(assignment.whole, named.problem);
     const Host::TextResult result =
-        ReadPosition(catalog, *named.index, assignment.substr(sign + 1), sound.context);
+        ReadPosition(catalog, *named.index, assignment.position, settings.Texts());
     if (!result.position)
-        Refuse(assignment, result.problem);
+        Refuse(assignment.whole, result.problem);
     const Host::ParameterValue value{*named.index, *result.position};
     const bool isLever = catalog[value.index].role == Host::ParameterRole::Control;
     Put(isLever ? sound.levers : sound.preset.parameters, value);
-    FollowScale(sound.context, catalog, value.index, value.position);
+    settings.Put(value.index, value.position);
 }
 
 }  // namespace
@@ -94,13 +105,29 @@ Host::Preset LoadPreset(const std::string& nameOrFile, const Host::ParameterCata
 
 SoundChoice SoundChoice::Make(Host::Preset preset, const std::vector<std::string>& assignments,
                               const Host::ParameterCatalog& catalog) {
-    SoundChoice sound{std::move(preset), {}, {}};
+    SoundChoice sound{std::move(preset), {}};
     SpellRoutingsOut(sound.preset);
-    for (const Host::ParameterValue& value : sound.preset.parameters)
-        FollowScale(sound.context, catalog, value.index, value.position);
-    for (const std::string& assignment : assignments)
-        Assign(sound, assignment, catalog);
+    Host::PresentSettings settings = sound.Settings(catalog);
+    std::vector<Assignment> others;
+    for (const std::string& text : assignments) {
+        Assignment assignment = Split(text);
+        const std::optional<uint32_t> index = catalog.Resolve(assignment.name, settings);
+        if (index && catalog.Decides(*index))
+            Assign(sound, settings, assignment, catalog);
+        else
+            others.push_back(std::move(assignment));
+    }
+    for (const Assignment& assignment : others)
+        Assign(sound, settings, assignment, catalog);
     return sound;
+}
+
+Host::PresentSettings SoundChoice::Settings(const Host::ParameterCatalog& catalog) const {
+    Host::PresentSettings settings(catalog);
+    for (const auto* values : {&preset.parameters, &levers})
+        for (const Host::ParameterValue& value : *values)
+            settings.Put(value.index, value.position);
+    return settings;
 }
 
 }  // namespace Quorvan::Tools

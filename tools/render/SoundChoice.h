@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/parameters/ParameterCatalog.h"
+#include "host/parameters/PresentSettings.h"
 #include "host/state/Preset.h"
 
 namespace Quorvan::Tools {
@@ -18,11 +18,14 @@ Host::Preset LoadPreset(const std::string& nameOrFile, const Host::ParameterCata
 struct SoundChoice {
     Host::Preset preset;
     std::vector<Host::ParameterValue> levers;  ///< writes to the shell's own, such as "Bypass"
-    Host::TextContext context;                 ///< how texts read with that sound
 
-    /// assignments are texts NAME=POSITION. Throws Failure for one that makes no sense.
+    /// assignments are texts NAME=POSITION. Those that decide what the names and texts of others
+    /// mean go first, such as the mode ahead of "Grain Size". Throws Failure for one that makes no
+    /// sense.
     static SoundChoice Make(Host::Preset preset, const std::vector<std::string>& assignments,
                             const Host::ParameterCatalog& catalog);
+    /// Where the parameters stand with that sound.
+    Host::PresentSettings Settings(const Host::ParameterCatalog& catalog) const;
 };
 
 }  // namespace Quorvan::Tools
