@@ -18,9 +18,9 @@ constexpr double kLoudestFilter = 16.0;   // peak with the level compensation, a
 constexpr double kMakeupSlope = 0.70711;  // decibels of makeup for each below 0 dB of threshold
 constexpr double kTapeRound = 1.19;       // of the tape loop at its loudest frequency, 400 Hz
 constexpr double kRecordShelf = 2.0;
-constexpr double kTapeFeedback = 0.915;   // of the echo's intensity
-constexpr double kTankLevel = 0.26801;    // gain behind the reverb's taps
-constexpr double kTankTaps = 7.0;         // on each side
+constexpr double kTapeFeedback = 0.915;  // of the echo's intensity
+constexpr double kTankLevel = 0.26801;   // gain behind the reverb's taps
+constexpr double kTankTaps = 7.0;        // on each side
 
 /// What a loop adds up to that goes round with a gain.
 double Rounds(double gain) {
@@ -77,10 +77,10 @@ double GainOf(const SlotReach& slot) {
         case SlotEffect::Octaver:  // the two stages of its octave modes are heard both
             return 1.0 + 4.0 * Rounds(OctaverLoopGain(slot));
         case SlotEffect::TapeEcho:
-            return 1.0 + kRecordShelf * kTapeRound *
-                             DecibelGain(
-                                 slot.Highest("TapeEcho_InputVolume", SlotRow::kEchoInput)) *
-                             Rounds(TapeLoopGain(slot));
+            return 1.0 +
+                   kRecordShelf * kTapeRound *
+                       DecibelGain(slot.Highest("TapeEcho_InputVolume", SlotRow::kEchoInput)) *
+                       Rounds(TapeLoopGain(slot));
         case SlotEffect::Chorus:
             return ChorusGain(0.01 * slot.Highest("Chorus_Feedback", SlotRow::kChorusFeedback),
                               1.0 + slot.Choice("Chorus_Voices"));
