@@ -1,132 +1,148 @@
 #include "host/engine/EffectTail.h"
 
 #include <algorithm>
+#include <numbers>
 #include <string>
 
 #include "effects/NoteValues.h"
+#include "effects/TankLengths.h"
+#include "host/engine/EffectGain.h"
 #include "host/engine/TailMath.h"
 
 namespace Quorvan::Host {
 
 namespace {
 
-/// Rows of the matrix for the first slot; those of the second are as many behind as kSlotRows says.
-namespace Row {
-constexpr uint32_t kDryWet = 35, kDelayTime = 42, kDelayFeedback = 43, kOctaverTime = 46,
-                   kOctaverFeedback = 47, kOctaverSpray = 49, kEchoTime = 52, kEchoIntensity = 54,
-                   kChorusFeedback = 58, kFlangerFeedback = 60, kReverbDecay = 61, kReverbSize = 62,
-                   kPredelay = 63;
-}
-constexpr uint32_t kSlotRows = 30;
-
-/// The choices of "ModuleType".
-enum Effect : uint32_t { kFilter = 1, kDelay = 4, kOctaver, kTapeEcho, kChorus, kFlanger, kReverb };
-
-constexpr double kFineTime = 0.05;      // seconds that fine times reach
-constexpr double kWidening = 1.2;       // how much longer than the left echo the right one can be
-constexpr double kLongestSynced = 4.0;  // seconds: longer notes are halved until they fit
+constexpr uint32_t kCombFeedback = 3;  // choices of "MultiModeFilter_Mode"
+constexpr uint32_t kCombForward = 4;
+constexpr double kLongestSynced = 4.0;  // seconds: longer notes are halved or cut to it
 constexpr double kShifterSpan = 0.5;    // seconds that a shifted echo sweeps at most
-constexpr double kTapeLoss = 0.915;     // gain of the tape loop at an intensity of 1
-constexpr double kTankLap = 0.36;       // seconds of half the tank of the reverb at size 1
-constexpr double kCombRing = 1.0;       // seconds that combs and resonances ring at most
-constexpr double kChorusLap = 0.04;     // seconds of the lines of chorus and flanger at most
+constexpr double kTapeWidening = 1.2;   // how much longer than the left echo the right one can be
+constexpr double kTapeWow = 0.05;       // seconds that the tape's speed moves the echo at most
+constexpr double kChorusLap = 0.045;    // seconds of the lines of chorus and flanger at most
+constexpr double kLookahead = 0.01;     // seconds of a compressor at most
+constexpr double kTankRate = dsp::TankLengths::kReferenceRate;
 
-/// Reads the parameters of one slot.
-class SlotTailEstimator {
+/// Reads the parameters of one slot. Times are in seconds.
+class SlotTail {
 public:
-    SlotTailEstimator(const ParameterReach& parameters, double tempo, uint32_t slot)
-        : reach(parameters),
-          wholeNote(WholeNoteSeconds(tempo)),
-          prefix("FX" + std::to_string(slot) + "_"),
-          rowShift((slot - 1) * kSlotRows) {}
+    SlotTail(const SlotReach& parameters, double tempo, double silenceLeft)
+        : slot(parameters), wholeNote(WholeNoteSeconds(tempo)), silence(silenceLeft) {}
 
     Tail Estimate() const;
 
 private:
+    Tail Filter() const;
     Tail Delay() const;
     Tail Octaver() const;
     Tail TapeEcho() const;
-    Tail Chorus(const char* module, uint32_t feedbackRow) const;
     Tail Reverb() const;
-    double SyncedTime(const char* name, uint32_t row, uint32_t rateType) const;
+    double EchoTime(const char* type, const char* free, const char* synced, uint32_t row) const;
 
-    double Value(const char* name) const { return reach.Value(prefix + name); }
-    uint32_t Choice(const char* name) const { return reach.Choice(prefix + name); }
-    double Highest(const char* name, uint32_t row) const {
-        return reach.Highest(prefix + name, row + rowShift);
-    }
-
-    const ParameterReach& reach;
+    const SlotReach& slot;
     double wholeNote;
-    std::string prefix;
-    uint32_t rowShift;
+    double silence;
 };
 
-double SlotTailEstimator::SyncedTime(const char* name, uint32_t row, uint32_t rateType) const {
-    const auto choice = static_cast<size_t>(Highest(name, row));
+double SlotTail::EchoTime(const char* type, const char* free, const char* synced,
+                          uint32_t row) const {
+    const uint32_t rateType = slot.Choice(type);
+    if (rateType == 0)
+        return 0.001 * slot.Highest(free, row);
+    const auto choice = static_cast<size_t>(slot.Highest(synced, row));
     const double time = static_cast<double>(dsp::kNoteValues[choice]) * wholeNote;
-    return std::min(time * RateTypeFactor(rateType), kLongestSynced);
+    return std::min(time, kLongestSynced) * RateTypeFactor(rateType);
+}
+
+/// Resonances ring by their width, for each of up to three sections in turn.
+Tail SlotTail::Filter() const {
+    const uint32_t mode = slot.Choice("MultiModeFilter_Mode");
+    if (mode == kCombFeedback || mode == kCombForward) {
+        const double lap = 1.0 / slot.Lowest("MultiModeFilter_CombFreq", SlotRow::kFilterFrequency);
+        return LoopTail(lap, mode == kCombFeedback ? CombLoopGain(slot) : 0.0, silence);
+    }
+    const double q = slot.Highest("MultiModeFilter_Q", SlotRow::kFilterResonance);
+    const double frequency = slot.Lowest("MultiModeFilter_Freq", SlotRow::kFilterFrequency);
+    const double sections = 1.0 + slot.Choice("MultiModeFilter_Slope");
+    return {-std::log(silence) * sections * q / (std::numbers::pi * frequency), false, 0.0};
 }
 
 /// A ping-pong echo goes through two lines for each pass of the feedback.
-Tail SlotTailEstimator::Delay() const {
-    const uint32_t type = Choice("Delay_RateType");
-    const double time = type == 0 ? 0.001 * Highest("Delay_DelayTimeMs", Row::kDelayTime)
-                                  : SyncedTime("Delay_DelayTimeSynced", Row::kDelayTime, type);
-    const double lines = Value("Delay_StereoMode") > 0.5 ? 2.0 : 1.0;
-    return LoopTail((time + kFineTime) * kWidening * lines,
-                    0.01 * Highest("Delay_Feedback", Row::kDelayFeedback));
+Tail SlotTail::Delay() const {
+    const double time = EchoTime("Delay_RateType", "Delay_DelayTimeMs", "Delay_DelayTimeSynced",
+                                 SlotRow::kDelayTime) +
+                        0.001 * slot.Highest("Delay_DelayFineMs", SlotRow::kDelayFine);
+    const bool pingPong = slot.IsOn("Delay_StereoMode");
+    const double lap =
+        pingPong ? 2.0 : 1.0 + 0.01 * slot.Highest("Delay_StereoWidth", SlotRow::kDelayWidth);
+    return LoopTail(std::max(time, 0.0) * lap,
+                    0.01 * slot.Highest("Delay_Feedback", SlotRow::kDelayFeedback), silence);
 }
 
-Tail SlotTailEstimator::Octaver() const {
-    const uint32_t type = Choice("OctaverDelay_DelayTimeType");
-    const double time = type == 0
-                            ? 0.001 * Highest("OctaverDelay_DelayTimeMs", Row::kOctaverTime)
-                            : SyncedTime("OctaverDelay_DelayTimeSynced", Row::kOctaverTime, type);
-    const double spray = 0.001 * Highest("OctaverDelay_Spray", Row::kOctaverSpray);
-    return LoopTail(time + spray + kShifterSpan,
-                    0.01 * Highest("OctaverDelay_Feedback", Row::kOctaverFeedback));
+Tail SlotTail::Octaver() const {
+    const double time = EchoTime("OctaverDelay_DelayTimeType", "OctaverDelay_DelayTimeMs",
+                                 "OctaverDelay_DelayTimeSynced", SlotRow::kOctaverTime) +
+                        0.001 * slot.Highest("OctaverDelay_Spray", SlotRow::kOctaverSpray) +
+                        kShifterSpan;
+    const double stages = slot.Choice("OctaverDelay_Mode") == 0 ? 1.0 : 2.0;
+    return LoopTail(time * stages, OctaverLoopGain(slot), silence);
 }
 
-Tail SlotTailEstimator::TapeEcho() const {
-    const uint32_t type = Choice("TapeEcho_DelayTimeType");
-    const double time = type == 0 ? 0.001 * Highest("TapeEcho_DelayTime", Row::kEchoTime)
-                                  : SyncedTime("TapeEcho_DelayTimeSynced", Row::kEchoTime, type);
-    const double intensity = 0.01 * Highest("TapeEcho_Intensity", Row::kEchoIntensity);
-    return LoopTail((time + kFineTime) * kWidening, kTapeLoss * intensity);
+Tail SlotTail::TapeEcho() const {
+    const double time = EchoTime("TapeEcho_DelayTimeType", "TapeEcho_DelayTime",
+                                 "TapeEcho_DelayTimeSynced", SlotRow::kEchoTime) +
+                        0.001 * slot.Highest("TapeEcho_DelayTimeFine", SlotRow::kEchoFine);
+    const bool pingPong = slot.Choice("TapeEcho_DelayType") != 0;
+    return LoopTail(std::max(time, 0.0) * (pingPong ? 2.0 : kTapeWidening) + kTapeWow,
+                    TapeLoopGain(slot), silence);
 }
 
-Tail SlotTailEstimator::Chorus(const char* module, uint32_t feedbackRow) const {
-    const std::string feedback = std::string(module) + "_Feedback";
-    return LoopTail(kChorusLap, 0.01 * Highest(feedback.c_str(), feedbackRow));
+/// Each half of the tank is gone through with the gain of the decay; the first half is the slower
+/// one. Its all-passes hold a sound longer than they are long, at the worst frequencies by
+/// (1 + c) / (1 - c). What a tail fades by lies between that and their length; the middle of both,
+/// 1 / (1 - c), has lasted longer than any that was measured.
+Tail SlotTail::Reverb() const {
+    if (slot.IsOn("Reverb_Freeze"))
+        return HeldTail();
+    const auto length = [](uint32_t place) {
+        return static_cast<double>(dsp::TankLengths::kBase[place]) / kTankRate;
+    };
+    const auto held = [&length](uint32_t allpass, double coefficient) {
+        return coefficient < kLossless ? length(allpass) / (1.0 - coefficient) : kLongestTail;
+    };
+    const double size = slot.Highest("Reverb_E_Size", SlotRow::kReverbSize);
+    const double half = held(4, 0.01 * slot.Value("Reverb_E_Dd1")) +
+                        held(5, 0.01 * slot.Value("Reverb_E_Dd2")) + length(8) + length(9);
+    const Tail tank =
+        LoopTail(half * size, 0.01 * slot.Highest("Reverb_Decay", SlotRow::kReverbDecay), silence);
+    const double diffusion = std::max(slot.Value("Reverb_E_Id1"), slot.Value("Reverb_E_Id2"));
+    const Tail input =
+        LoopTail((length(0) + length(1) + length(2) + length(3)) * size, 0.01 * diffusion, silence);
+    const double predelay = slot.Highest("Reverb_Predelay", SlotRow::kPredelay);
+    return tank + input + Tail{predelay, false, predelay};
 }
 
-Tail SlotTailEstimator::Reverb() const {
-    if (Value("Reverb_Freeze") > 0.5)
-        return {0.0, true};
-    Tail tail = LoopTail(kTankLap * Highest("Reverb_E_Size", Row::kReverbSize),
-                         0.01 * Highest("Reverb_Decay", Row::kReverbDecay));
-    tail.seconds += Highest("Reverb_Predelay", Row::kPredelay);
-    return tail;
-}
-
-Tail SlotTailEstimator::Estimate() const {
-    if (Value("Bypass") > 0.5 || Highest("Dry / Wet", Row::kDryWet) <= 0.0)
-        return {};
-    switch (Choice("ModuleType")) {
-        case kFilter:
-            return {kCombRing, false};
-        case kDelay:
+Tail SlotTail::Estimate() const {
+    switch (slot.Effect()) {
+        case SlotEffect::Filter:
+            return Filter();
+        case SlotEffect::Compressor:
+            return {kLookahead, false, kLookahead};
+        case SlotEffect::Delay:
             return Delay();
-        case kOctaver:
+        case SlotEffect::Octaver:
             return Octaver();
-        case kTapeEcho:
+        case SlotEffect::TapeEcho:
             return TapeEcho();
-        case kChorus:
-            return Chorus("Chorus", Row::kChorusFeedback);
-        case kFlanger:
-            return Chorus("Flanger_Chorus", Row::kFlangerFeedback);
-        case kReverb:
+        case SlotEffect::Chorus:
+            return LoopTail(kChorusLap,
+                            0.01 * slot.Highest("Chorus_Feedback", SlotRow::kChorusFeedback),
+                            silence);
+        case SlotEffect::Flanger:
+            return LoopTail(
+                kChorusLap,
+                0.01 * slot.Highest("Flanger_Chorus_Feedback", SlotRow::kFlangerFeedback), silence);
+        case SlotEffect::Reverb:
             return Reverb();
         default:
             return {};
@@ -135,8 +151,8 @@ Tail SlotTailEstimator::Estimate() const {
 
 }  // namespace
 
-Tail EffectTail(const ParameterReach& reach, double tempo, uint32_t slot) {
-    return SlotTailEstimator(reach, tempo, slot).Estimate();
+Tail EffectTail(const SlotReach& slot, double tempo, double silence) {
+    return SlotTail(slot, tempo, silence).Estimate();
 }
 
 }  // namespace Quorvan::Host

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <cstdint>
-
-#include "host/engine/ParameterReach.h"
+#include "host/engine/SlotReach.h"
 #include "host/engine/TailEstimator.h"
 
 namespace Quorvan::Host {
 
-/// Share of the effect in slot 1 or 2 in a tail.
-Tail EffectTail(const ParameterReach& reach, double tempo, uint32_t slot);
+/// Share of the effect of a slot in a tail: until silence, a linear gain, is left of what it holds.
+Tail EffectTail(const SlotReach& slot, double tempo, double silence);
 
 }  // namespace Quorvan::Host

@@ -25,11 +25,17 @@ public:
     uint32_t HighestChoice(std::string_view name, uint32_t destination) const {
         return static_cast<uint32_t>(Highest(name, destination));
     }
+    /// The position 0..1 at that end.
+    double HighestPosition(std::string_view name, uint32_t destination) const;
     /// And at the lower end.
     double Lowest(std::string_view name, uint32_t destination) const;
 
+    /// Whether a source moves a destination.
+    bool IsRouted(uint32_t source, uint32_t destination) const;
+
 private:
     double ValueMoved(std::string_view name, float move) const;
+    float PositionMoved(uint32_t index, float move) const;
     /// Sum of the routings to a destination, all taken as going one way.
     float TravelOf(uint32_t destination) const;
 

@@ -1,25 +1,38 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "host/engine/TailEstimator.h"
 
 namespace Quorvan::Host {
 
-/// What is this far down counts as over: 60 dB.
-inline constexpr double kInaudible = 0.001;
+/// What is this far down counts as over: 90 dB.
+inline constexpr double kInaudible = 3.1622777e-5;
 /// A loop that keeps more than this of what goes round counts as one that loses nothing.
 inline constexpr double kLossless = 0.999;
 
-/// The fading of a loop that takes period seconds and keeps gain of what goes round.
-inline Tail LoopTail(double period, double gain) {
-    if (gain >= kLossless)
-        return {0.0, true};
-    if (gain <= kInaudible)
-        return {period, false};
-    return {period * (1.0 + std::log(kInaudible) / std::log(gain)), false};
+/// Of something that holds its sound.
+inline Tail HeldTail() { return {0.0, true, std::numeric_limits<double>::infinity()}; }
+
+/// The fading of a loop that takes period seconds and keeps gain of what goes round, until silence
+/// of it is left.
+inline Tail LoopTail(double period, double gain, double silence) {
+    if (!(gain < kLossless))
+        return {0.0, true, period};
+    if (gain <= silence)
+        return {period, false, period};
+    return {period * (1.0 + std::log(silence) / std::log(gain)), false, period};
 }
+
+/// Tails of stages that follow each other.
+inline Tail operator+(const Tail& one, const Tail& other) {
+    return {one.seconds + other.seconds, one.endless || other.endless, one.memory + other.memory};
+}
+
+inline double DecibelGain(double decibels) { return std::pow(10.0, 0.05 * decibels); }
 
 inline double WholeNoteSeconds(double tempo) { return 240.0 / tempo; }
 

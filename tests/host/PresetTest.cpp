@@ -293,5 +293,26 @@ TEST(StateTransferTest, TheSamePresetAgainLeavesDerivedParametersInForce) {
     EXPECT_EQ(engine.Position(IndexOf("Function1_MidiSync")), 1.0f);
 }
 
+/// The limiter's look-ahead decides the latency, and a position that reads back a little too short
+/// would take a sample off it: no state and no preset touches it.
+TEST(StateTransferTest, DryPathIsTheInputAtItsLatencyAfterAStateAndAtANewRate) {
+    const StereoSignal input = NoiseInput(4000);
+    ReadyEngine made(Settings("Dry / Wet=0 %;Master Volume=0 dB"), {.sampleRate = 48000.0});
+    made.Run(input);
+    const std::string state = WriteState(CaptureState(made, Catalog()), Catalog());
+    const std::string preset = WritePreset(CapturePreset(made, Catalog()), Catalog());
+    for (const double rate : {44100.0, 48000.0, 96000.0}) {
+        ReadyEngine engine;
+        ApplyPreset(*ReadPreset(preset, Catalog()).value, engine, Catalog());
+        ApplyState(*ReadState(state, Catalog()).value, engine, Catalog());
+        engine.Prepare({.sampleRate = rate});
+        const StereoSignal output = engine.Run(input);
+        const uint32_t latency = engine.LatencyFrames();
+        for (uint32_t c = 0; c < 2; ++c)
+            EXPECT_TRUE(std::equal(output[c].begin() + latency, output[c].end(), input[c].begin()))
+                << rate;
+    }
+}
+
 }  // namespace
 }  // namespace Quorvan::Host

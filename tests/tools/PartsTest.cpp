@@ -77,43 +77,60 @@ TEST(AutomationTest, BrokenListsAreRefused) {
     EXPECT_THROW(Automation::ReadCsv("x.csv", "1,Feedback", catalog), Failure);
 }
 
-/// Keeps what a trimmer passes on.
-struct Keeper : RenderSink {
+/// What a trimmer passes on of a mono sound behind 10 frames of input, in pieces of cut frames.
+struct Trimmed : RenderSink {
+    Trimmed(const TailPlan& plan, const std::vector<float>& whole, size_t cut) : trimmer(plan) {
+        trimmer.AddSink(*this);
+        trimmer.OnInputEnd(10);
+        for (size_t at = 0; at < whole.size(); at += cut) {
+            const float* const channel = whole.data() + at;
+            trimmer.OnOutput({at, std::min(cut, whole.size() - at), &channel, 1});
+        }
+        quiet = trimmer.QuietFrames();
+        trimmer.OnEnd();
+    }
     void OnOutput(const SoundPiece& piece) override {
         EXPECT_EQ(piece.frame, sound.size());
         sound.insert(sound.end(), piece.channels[0], piece.channels[0] + piece.frames);
     }
+    TailTrimmer trimmer;
     std::vector<float> sound;
+    uint64_t quiet = 0;
 };
 
 TEST(TailTrimmerTest, OnlyTheSilenceBehindTheTailGoes) {
-    // Input of 10 frames, silent itself at its end; an echo at 25; then nothing.
+    // Input silent itself at its end; an echo at 25; then nothing.
     std::vector<float> sound(60, 1.0e-5f);
     sound[3] = 0.5f;
+    std::fill(sound.begin() + 12, sound.begin() + 24, 0.0f);
     sound[25] = -0.1f;
     for (const size_t cut : {size_t{1}, size_t{7}, size_t{60}}) {
-        Keeper keeper;
-        TailTrimmer trimmer;
-        trimmer.AddSink(keeper);
-        trimmer.OnInputEnd(10);
-        for (size_t at = 0; at < sound.size(); at += cut) {
-            const float* const channel = sound.data() + at;
-            trimmer.OnOutput({at, std::min(cut, sound.size() - at), &channel, 1});
-        }
-        trimmer.OnEnd();
-        EXPECT_EQ(keeper.sound, std::vector<float>(sound.begin(), sound.begin() + 26));
+        const Trimmed trimmed({}, sound, cut);
+        EXPECT_EQ(trimmed.sound, std::vector<float>(sound.begin(), sound.begin() + 26));
+        EXPECT_EQ(trimmed.quiet, 34u);
+        EXPECT_EQ(trimmed.trimmer.End(), TailEnd::Silence);
+        EXPECT_EQ(Trimmed({.settled = 40}, sound, cut).quiet, 20u);
     }
+    EXPECT_EQ(Trimmed({}, std::vector<float>(20, 0.0f), 20).sound.size(), 10u) << "input is kept";
 }
 
-TEST(TailTrimmerTest, InputIsKeptHoweverQuiet) {
-    const std::vector<float> silence(20, 0.0f);
-    Keeper keeper;
-    TailTrimmer trimmer;
-    trimmer.AddSink(keeper);
-    trimmer.OnInputEnd(10);
-    const float* const channel = silence.data();
-    trimmer.OnOutput({0, 20, &channel, 1});
-    EXPECT_EQ(keeper.sound.size(), 10u);
+TEST(TailTrimmerTest, WhatReachesTheLimitFadesAheadOfIt) {
+    const std::vector<float> loud(40, 0.5f);
+    for (const size_t cut : {size_t{1}, size_t{7}, size_t{40}}) {
+        const Trimmed faded({.limit = 30, .fade = 8, .nearLimit = 4}, loud, cut);
+        EXPECT_EQ(faded.trimmer.End(), TailEnd::Fade);
+        ASSERT_EQ(faded.sound.size(), 40u);
+        for (size_t i = 0; i < 40; ++i)
+            EXPECT_EQ(faded.sound[i] < 0.5f, i >= 32) << i;
+        EXPECT_NEAR(faded.sound[35], 0.25f, 1.0e-6f);
+        EXPECT_EQ(faded.sound[39], 0.0f);
+        EXPECT_EQ(Trimmed({.limit = 30, .fade = 8, .isExact = true}, loud, cut).sound, faded.sound);
+        EXPECT_EQ(Trimmed({.limit = 30, .nearLimit = 4}, loud, cut).trimmer.End(), TailEnd::Cut);
+        std::vector<float> early = loud;
+        std::fill(early.begin() + 34, early.end(), 0.0f);
+        EXPECT_EQ(Trimmed({.limit = 30, .fade = 8, .nearLimit = 4}, early, cut).sound,
+                  std::vector<float>(34, 0.5f));
+    }
 }
 
 TEST(AtomicOutputTest, NothingIsThereUntilCommit) {

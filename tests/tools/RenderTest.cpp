@@ -129,6 +129,32 @@ TEST_F(RenderTest, TailIsAsLongAsAskedForOrAsItSounds) {
     EXPECT_GT(std::max(std::abs(sound[0].back()), std::abs(sound[1].back())), 3.0e-5f);
 }
 
+TEST_F(RenderTest, TailIsHeardToItsEndOrFadesOutWhereItHasNone) {
+    Input({Noise(1, kSecond / 4, 0.3f)});
+    const auto summary = [&](const char* intensity, const Arguments& more = {}) {
+        Arguments all{"render", folder / "in.wav", "-o", folder / "b.wav", "--force", "--json"};
+        for (const std::string& assignment :
+             {std::string("FX1_ModuleType=Tape Echo"), std::string("FX1_Dry / Wet=50 %"),
+              std::string("FX1_TapeEcho_DelayTime=900 ms"),
+              "FX1_TapeEcho_Intensity=" + std::string(intensity)})
+            all.insert(all.end(), {"--set", assignment});
+        all.insert(all.end(), more.begin(), more.end());
+        return nlohmann::json::parse(RunTool(all).out);
+    };
+    const auto fading = summary("50 %");
+    EXPECT_EQ(fading["tailEnd"], "silence");
+    EXPECT_LT(fading["tailSeconds"], 20.0);
+    EXPECT_GT(fading["tailSeconds"], 5.0);
+    EXPECT_EQ(summary("120 %", {"--tail-fade", "0"})["tailEnd"], "cut");
+    const auto endless = summary("120 %");
+    EXPECT_EQ(endless["tailEnd"], "fade");
+    EXPECT_NEAR(endless["tailSeconds"].get<double>(), 30.0, 0.01);
+    const std::vector<float> sound = ReadSound(folder / "b.wav")[0];
+    EXPECT_GT(PeakLevel(std::vector<float>(sound.end() - 4 * kSecond, sound.end() - 2 * kSecond)),
+              0.05f);
+    EXPECT_LT(PeakLevel(std::vector<float>(sound.end() - kSecond / 20, sound.end())), 0.005f);
+}
+
 TEST_F(RenderTest, SideChainDrivesTheFollower) {
     Input({Sine(300.0, 48000.0, kSecond, 0.3f)});
     WriteFile(folder / "p.json",

@@ -81,8 +81,13 @@ void RenderCommand::AddTime() {
         ->check(NumberFrom(-1.0e6, 1.0e6))
         ->type_name("B");
     app.add_option("--tail", settings.tail,
-                   "Sound behind the end of the input (default: as long as it lasts, at most 30)")
+                   "Sound behind the end of the input (default: until it has faded, at most 30)")
         ->check(NumberFrom(0.0, 3600.0))
+        ->type_name("SECONDS");
+    app.add_option("--tail-fade", settings.tailFade,
+                   "Fade at the end of a tail that is still sounding after its 30 seconds, 0 for "
+                   "none (default: 2); with --tail a fade over its last seconds")
+        ->check(NumberFrom(0.0, 30.0))
         ->type_name("SECONDS");
 }
 

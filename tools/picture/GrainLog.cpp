@@ -19,6 +19,13 @@ void GrainLog::OnGrainStart(const Host::GrainStart& grain) {
     pairs.push_back(pair);
 }
 
+void GrainLog::CutAt(uint64_t frame) {
+    while (!kept.empty() && kept.back().frame >= frame) {
+        kept.pop_back();
+        pairs.pop_back();
+    }
+}
+
 void GrainLog::Thin() {
     stride *= 2;
     size_t to = 0;

@@ -13,6 +13,8 @@ class GrainLog final : public Host::EngineListener {
 public:
     void OnGrainStart(const Host::GrainStart& grain) override;
 
+    /// Forgets those that start at a frame or later.
+    void CutAt(uint64_t frame);
     const std::vector<Host::GrainStart>& Kept() const { return kept; }
     /// One pair of so many is kept.
     uint64_t Stride() const { return stride; }

@@ -16,7 +16,8 @@ PictureData::PictureData(Host::Engine& source)
 PictureData::~PictureData() { engine.RemoveListener(grains); }
 
 void PictureData::OnInput(const SoundPiece& piece) {
-    input.Add(piece);
+    if (!inputHasEnded || piece.frame < inputFrames)
+        input.Add(piece);
     if (pieces++ % headStride != 0 || !snapshot.Read(engine.GetProcessor(), false))
         return;
     heads.push_back({piece.frame + piece.frames, snapshot.writePosition, snapshot.tapeLength});
@@ -29,6 +30,17 @@ void PictureData::ThinHeads() {
         heads[i] = heads[2 * i];
     heads.resize(heads.size() / 2);
     headStride *= 2;
+}
+
+void PictureData::OnInputEnd(uint64_t frame) {
+    inputFrames = frame;
+    inputHasEnded = true;
+}
+
+/// Processing may have gone on behind the output's end, to hear whether anything follows.
+void PictureData::OnEnd() {
+    spectrogram.Finish();
+    grains.CutAt(outputFrames);
 }
 
 void PictureData::OnOutput(const SoundPiece& piece) {

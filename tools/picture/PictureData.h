@@ -32,8 +32,8 @@ public:
 
     void OnInput(const SoundPiece& piece) override;
     void OnOutput(const SoundPiece& piece) override;
-    void OnInputEnd(uint64_t frame) override { inputFrames = frame; }
-    void OnEnd() override { spectrogram.Finish(); }
+    void OnInputEnd(uint64_t frame) override;
+    void OnEnd() override;
 
     std::string title;     ///< what was rendered
     std::string subtitle;  ///< and how it came out
@@ -54,6 +54,7 @@ private:
 
     Host::Engine& engine;
     Host::DisplaySnapshot snapshot;
+    bool inputHasEnded = false;
     uint64_t headStride = 1;  ///< pieces from one kept head to the next
     uint64_t pieces = 0;
 };

@@ -33,6 +33,10 @@ namespace {
 constexpr double kUsualTempo = 120.0;
 /// The longest tail that comes without being asked for, in seconds.
 constexpr double kLongestTail = 30.0;
+/// The fade of what is still sounding then.
+constexpr double kUsualFade = 2.0;
+/// Still sounding is what was heard in the last seconds ahead of it.
+constexpr double kNearLimit = 2.0;
 
 std::string SampleRateText(double rate) { return Fixed(rate / 1000.0, 1) + " kHz"; }
 
@@ -171,10 +175,28 @@ void RenderJob::NoteRoutes() {
             effects.push_back(std::move(text));
 }
 
-double RenderJob::TailSeconds() {
-    if (settings.tail)
-        return *settings.tail;
-    return std::min(kLongestTail, Host::EstimateTail(*engine, catalog).seconds);
+double RenderJob::TailSeconds() const { return settings.tail.value_or(kLongestTail); }
+
+TailPlan RenderJob::PlanTail(const std::vector<TimedWrite>& writes) const {
+    const auto frames = [this](double seconds) {
+        return static_cast<uint64_t>(std::llround(seconds * rate));
+    };
+    return {.limit = frames(TailSeconds()),
+            .fade = frames(settings.tailFade.value_or(settings.tail ? 0.0 : kUsualFade)),
+            .nearLimit = frames(kNearLimit),
+            .isExact = settings.tail.has_value(),
+            .settled = writes.empty() ? 0 : writes.back().frame};
+}
+
+/// Whether nothing can follow any more: it has been quiet for longer than the chain remembers.
+bool RenderJob::HasFaded(uint64_t quietFrames) {
+    if (settings.tail || quietFrames == 0) {
+        memory.reset();
+        return false;
+    }
+    if (!memory)
+        memory = Host::EstimateTail(*engine, catalog).memory;
+    return static_cast<double>(quietFrames) > *memory * rate;
 }
 
 void RenderJob::Render() {
@@ -188,22 +210,21 @@ void RenderJob::Render() {
         engine->AddListener(*modulation);
 
     Renderer renderer(*engine, *main, side.get());
-    renderer.SetWrites(
-        automation.Resolve(rate, tempo, settings.startBeat, sound.Settings(catalog), catalog));
+    auto writes =
+        automation.Resolve(rate, tempo, settings.startBeat, sound.Settings(catalog), catalog);
+    TailTrimmer trimmer(PlanTail(writes));
+    renderer.SetWrites(std::move(writes));
     renderer.SetTail(tail);
-    TailTrimmer trimmer;
-    const auto connect = [&](RenderSink& sink) {
-        settings.tail ? renderer.AddSink(sink) : trimmer.AddSink(sink);
-    };
-    connect(file);
+    renderer.SetStop([&] { return HasFaded(trimmer.QuietFrames()); });
+    renderer.AddSink(trimmer);
+    trimmer.AddSink(file);
+    trimmer.AddSink(grains);
     if (picture)
-        connect(*picture);
-    if (!settings.tail)
-        renderer.AddSink(trimmer);
+        trimmer.AddSink(*picture);
 
     const std::optional<uint64_t> total =
         inputFrames ? std::optional(*inputFrames + tail) : std::nullopt;
-    Progress progress(rate, total, settings.progress);
+    Progress progress(rate, total, settings.tail.has_value(), settings.progress);
     const bool routesMove = settings.automation.has_value();
     renderer.Run([&](uint64_t frames) {
         progress.Show(frames);
@@ -220,6 +241,9 @@ void RenderJob::Render() {
     summary.clipped = writer.ClippedSamples();
     summary.grains = grains.Count();
     summary.inputSeconds = static_cast<double>(renderer.InputFrames()) / rate;
+    summary.tailEnd = trimmer.End();
+    summary.tailLimit = TailSeconds();
+    summary.tailFade = settings.tailFade.value_or(kUsualFade);
     summary.cpuShare = renderer.CpuSeconds() * rate / static_cast<double>(engine->FramesIn());
 }
 

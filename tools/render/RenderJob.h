@@ -35,7 +35,9 @@ private:
     void RefuseSharedFiles() const;
     void RefuseOtherPictures() const;
     void PrepareEngine();
-    double TailSeconds();
+    double TailSeconds() const;
+    TailPlan PlanTail(const std::vector<TimedWrite>& writes) const;
+    bool HasFaded(uint64_t quietFrames);
     void Render();
     void WritePicture();
     void WriteModulation();
@@ -65,6 +67,7 @@ private:
     std::optional<PictureData> picture;
     std::vector<std::string> effects;  ///< for the picture, in order of appearance
     std::optional<ModulationLog> modulation;
+    std::optional<double> memory;  ///< of the chain, in seconds, while it has been quiet
 };
 
 }  // namespace Quorvan::Tools

@@ -24,12 +24,13 @@ struct RenderSettings {
 
     std::optional<double> tempo;  ///< beats per minute; else the preset's, else 120
     bool playing = true;
-    double startBeat = 0.0;        ///< quarter notes
-    std::optional<double> tail;    ///< seconds; else as long as the sound lasts
-    std::optional<uint64_t> seed;  ///< else one of chance, which the summary tells
-    std::optional<uint32_t> rate;  ///< hertz; else the input's
-    std::string format;            ///< as AudioFormat::Choose takes it
-    bool mono = false;             ///< one output channel
+    double startBeat = 0.0;          ///< quarter notes
+    std::optional<double> tail;      ///< seconds; else as long as the sound lasts
+    std::optional<double> tailFade;  ///< seconds; else 2, or none where the tail is asked for
+    std::optional<uint64_t> seed;    ///< else one of chance, which the summary tells
+    std::optional<uint32_t> rate;    ///< hertz; else the input's
+    std::string format;              ///< as AudioFormat::Choose takes it
+    bool mono = false;               ///< one output channel
 
     bool force = false;    ///< replace files that exist
     bool progress = true;  ///< show a bar where there is a terminal

@@ -28,7 +28,7 @@ Renderer::Renderer(Host::Engine& target, AudioSource& mainSource, AudioSource* s
       output(target.Format().outputs, kPiece) {}
 
 void Renderer::Run(const std::function<void(uint64_t)>& progress) {
-    while (given < end) {
+    while (!IsOver()) {
         ReadPiece();
         QueueWrites();
         ProcessPiece();
@@ -40,6 +40,8 @@ void Renderer::Run(const std::function<void(uint64_t)>& progress) {
     for (RenderSink* sink : sinks)
         sink->OnEnd();
 }
+
+bool Renderer::IsOver() const { return given >= end || (end != kUnknown && mayStop && mayStop()); }
 
 void Renderer::ReadPiece() {
     size_t got = 0;

@@ -24,7 +24,10 @@ public:
 
     /// In order of their frames.
     void SetWrites(std::vector<TimedWrite> timed) { writes = std::move(timed); }
+    /// Frames of output behind the input's end.
     void SetTail(uint64_t frames) { tail = frames; }
+    /// Asked after each piece behind the input: whether the output may end ahead of that tail.
+    void SetStop(std::function<bool()> question) { mayStop = std::move(question); }
     void AddSink(RenderSink& sink) { sinks.push_back(&sink); }
 
     /// progress hears the frames that are done.
@@ -44,6 +47,7 @@ private:
     void ProcessPiece();
     void GiveInput();
     void GiveOutput();
+    bool IsOver() const;
 
     Host::Engine& engine;
     AudioSource& main;
@@ -52,12 +56,13 @@ private:
     std::vector<TimedWrite> writes;
     size_t nextWrite = 0;
     uint64_t tail = 0;
+    std::function<bool()> mayStop;
 
     Planes input, sideChain, output;
     uint64_t fed = 0;    ///< frames that the engine has taken
     uint64_t given = 0;  ///< frames of output that the sinks have
     uint64_t inputFrames = 0;
-    uint64_t end = kUnknown;  ///< length of the output; known when the input has ended
+    uint64_t end = kUnknown;  ///< of the output at most; known when the input has ended
     double cpuSeconds = 0.0;
 };
 

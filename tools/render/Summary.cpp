@@ -1,5 +1,7 @@
 #include "tools/render/Summary.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -11,6 +13,9 @@
 namespace Quorvan::Tools {
 
 namespace {
+
+/// Words of the JSON for the values of TailEnd.
+constexpr std::array<const char*, 4> kTailEnds{"asked", "silence", "fade", "cut"};
 
 double Decibels(float level) {
     return level > 0.0f ? 20.0 * std::log10(static_cast<double>(level))
@@ -27,6 +32,13 @@ std::string Summary::LoudnessText() const {
     return loudness ? Fixed(*loudness, 1) + " LUFS" : "not measurable (too short or too quiet)";
 }
 
+std::string Summary::TailText() const {
+    const std::string still = ", still sounding " + Fixed(tailLimit, 0) + " s behind the input: ";
+    if (tailEnd == TailEnd::Fade)
+        return still + "faded out in the last " + Fixed(tailFade, 1) + " s";
+    return tailEnd == TailEnd::Cut ? still + "cut off" : "";
+}
+
 std::string Summary::Line() const {
     std::string line = output.string() + ": " + Fixed(seconds, 2) + " s, peak " + PeakText() +
                        ", loudness " + LoudnessText() + ", " + Grouped(grains) + " grains, CPU " +
@@ -39,7 +51,7 @@ std::string Summary::Line() const {
     add(badSideChain, "NaN or infinite side-chain samples taken as 0");
     add(badOutputs, "NaN or infinite output samples taken as 0");
     add(clipped, "samples clipped");
-    return line;
+    return line + TailText();
 }
 
 std::string Summary::Json() const {
@@ -56,6 +68,8 @@ std::string Summary::Json() const {
     json["channels"] = channels;
     json["seconds"] = seconds;
     json["inputSeconds"] = inputSeconds;
+    json["tailSeconds"] = std::max(0.0, seconds - inputSeconds);
+    json["tailEnd"] = kTailEnds[static_cast<size_t>(tailEnd)];
     json["tempo"] = tempo;
     json["latencyFrames"] = latencyFrames;
     json["peakDb"] = peak > 0.0f ? nlohmann::ordered_json(Decibels(peak)) : nullptr;

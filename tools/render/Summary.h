@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/render/TailPlan.h"
+
 namespace Quorvan::Tools {
 
 /// What came of a render.
@@ -21,6 +23,9 @@ struct Summary {
     uint32_t channels = 0;
     double seconds = 0.0;  ///< length of the output
     double inputSeconds = 0.0;
+    TailEnd tailEnd = TailEnd::Asked;
+    double tailLimit = 0.0;  ///< seconds that the output may go on behind the input
+    double tailFade = 0.0;   ///< seconds of the fade ahead of that limit
     double tempo = 0.0;
     uint32_t latencyFrames = 0;      ///< taken off the front
     float peak = 0.0f;               ///< linear
@@ -42,6 +47,10 @@ struct Summary {
     std::string PeakText() const;
     /// "-18.3 LUFS"; a word where it could not be measured.
     std::string LoudnessText() const;
+
+private:
+    /// What there is to say of a sound that had not ended; empty for others.
+    std::string TailText() const;
 };
 
 }  // namespace Quorvan::Tools

@@ -1,7 +1,6 @@
 #include "tools/render/TailTrimmer.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace Quorvan::Tools {
@@ -32,44 +31,43 @@ void TailTrimmer::OnInput(const SoundPiece& piece) {
         sink->OnInput(piece);
 }
 
+uint64_t TailTrimmer::AheadOfLimit(uint64_t frames) const {
+    if (inputEnd == kUnknown || plan.limit > kUnknown - inputEnd)
+        return kUnknown;
+    return inputEnd + plan.limit - std::min(frames, plan.limit);
+}
+
+uint64_t TailTrimmer::QuietFrames() const {
+    const uint64_t from = std::max({inputEnd, audibleEnd, plan.settled});
+    const uint64_t reached = passed + held.Frames();
+    return reached > from ? reached - from : 0;
+}
+
 void TailTrimmer::OnOutput(const SoundPiece& piece) {
-    held.resize(piece.channelCount);
-    size_t count = AudibleFrames(piece);
-    if (piece.frame < inputEnd)
-        count = std::max<size_t>(count, std::min<uint64_t>(piece.frames, inputEnd - piece.frame));
+    const size_t audible = AudibleFrames(piece);
+    if (audible > 0)
+        audibleEnd = piece.frame + audible;
+    const uint64_t pieceEnd = piece.frame + piece.frames;
+    uint64_t wanted = plan.isExact ? pieceEnd : piece.frame + audible;
+    wanted = std::max(wanted, std::min(inputEnd, pieceEnd));
+    wanted = std::min(wanted, AheadOfLimit(plan.fade));
+    const auto count = static_cast<size_t>(wanted > piece.frame ? wanted - piece.frame : 0);
     if (count > 0) {
-        LetGo();
-        PassOn(piece, 0, count);
+        LetGo(held.Frames());
+        PassOn({piece.frame, count, piece.channels, piece.channelCount});
     }
-    Hold(piece, count);
+    if (count < piece.frames)
+        held.Add(piece, count);
 }
 
-void TailTrimmer::PassOn(const SoundPiece& piece, size_t from, size_t count) {
-    std::array<const float*, 2> channels{};
-    for (uint32_t c = 0; c < piece.channelCount; ++c)
-        channels[c] = piece.channels[c] + from;
-    const SoundPiece part{passed, count, channels.data(), piece.channelCount};
+void TailTrimmer::PassOn(const SoundPiece& piece) {
     for (RenderSink* sink : sinks)
-        sink->OnOutput(part);
-    passed += count;
+        sink->OnOutput(piece);
+    passed += piece.frames;
 }
 
-void TailTrimmer::Hold(const SoundPiece& piece, size_t from) {
-    for (uint32_t c = 0; c < piece.channelCount; ++c)
-        held[c].insert(held[c].end(), piece.channels[c] + from, piece.channels[c] + piece.frames);
-}
-
-void TailTrimmer::LetGo() {
-    if (held.empty() || held.front().empty())
-        return;
-    std::array<const float*, 2> channels{};
-    for (size_t c = 0; c < held.size(); ++c)
-        channels[c] = held[c].data();
-    const SoundPiece quiet{passed, held.front().size(), channels.data(),
-                           static_cast<uint32_t>(held.size())};
-    PassOn(quiet, 0, quiet.frames);
-    for (std::vector<float>& channel : held)
-        channel.clear();
+void TailTrimmer::LetGo(uint64_t frames) {
+    held.Give(passed, frames, [this](const SoundPiece& piece) { PassOn(piece); });
 }
 
 void TailTrimmer::OnInputEnd(uint64_t frame) {
@@ -78,7 +76,23 @@ void TailTrimmer::OnInputEnd(uint64_t frame) {
         sink->OnInputEnd(frame);
 }
 
+void TailTrimmer::FinishAsAsked() {
+    end = TailEnd::Asked;
+    held.FadeOut(std::min(plan.fade, plan.limit));
+    LetGo(held.Frames());
+}
+
+void TailTrimmer::FinishBySound() {
+    const uint64_t reached = passed + held.Frames();
+    if (reached >= AheadOfLimit(0) && audibleEnd > AheadOfLimit(plan.nearLimit)) {
+        end = plan.fade > 0 ? TailEnd::Fade : TailEnd::Cut;
+        held.FadeOut(std::min(plan.fade, plan.limit));
+    }
+    LetGo(std::min(held.Frames(), audibleEnd > passed ? audibleEnd - passed : 0));
+}
+
 void TailTrimmer::OnEnd() {
+    plan.isExact ? FinishAsAsked() : FinishBySound();
     for (RenderSink* sink : sinks)
         sink->OnEnd();
 }

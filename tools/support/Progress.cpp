@@ -30,8 +30,11 @@ std::string Bar(double share) {
 
 }  // namespace
 
-Progress::Progress(double rate, std::optional<uint64_t> total, bool wanted)
-    : sampleRate(rate), totalFrames(total), visible(wanted && isatty(STDERR_FILENO) != 0) {}
+Progress::Progress(double rate, std::optional<uint64_t> total, bool isCertain, bool wanted)
+    : sampleRate(rate),
+      totalFrames(total),
+      certain(isCertain),
+      visible(wanted && isatty(STDERR_FILENO) != 0) {}
 
 void Progress::Show(uint64_t frames) {
     if (!visible)
@@ -52,7 +55,8 @@ void Progress::Draw(uint64_t frames, double elapsed) const {
         const double all = static_cast<double>(*totalFrames) / sampleRate;
         const double share = std::min(1.0, done / all);
         line.append("[").append(Bar(share)).append("] ").append(Percent(share)).append("  ");
-        line.append(Clockwise(done)).append(" of ").append(Clockwise(all));
+        line.append(Clockwise(done)).append(certain ? " of " : " of at most ");
+        line.append(Clockwise(all));
         if (speed > 0.0)
             line.append("  ").append(Clockwise((all - done) / speed)).append(" left");
     } else {

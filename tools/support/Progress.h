@@ -10,8 +10,9 @@ namespace Quorvan::Tools {
 /// real time. Draws nothing where that stream is no terminal.
 class Progress {
 public:
-    /// rate turns frames into seconds of sound; total is left out where nobody knows it.
-    Progress(double rate, std::optional<uint64_t> total, bool wanted);
+    /// rate turns frames into seconds of sound; total is left out where nobody knows it, and is the
+    /// most that there can be where it is not certain.
+    Progress(double rate, std::optional<uint64_t> total, bool isCertain, bool wanted);
     ~Progress() { Clear(); }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -28,6 +29,7 @@ private:
 
     double sampleRate;
     std::optional<uint64_t> totalFrames;
+    bool certain;
     bool visible;
     bool drawn = false;
     Clock::time_point start = Clock::now();
