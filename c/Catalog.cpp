@@ -4,6 +4,7 @@
 
 #include "c/CallerText.h"
 #include "c/Guard.h"
+#include "c/ParameterName.h"
 #include "c/SharedCatalog.h"
 #include "host/state/ParameterReader.h"
 
@@ -74,17 +75,13 @@ const char* tesserae_choice(uint32_t index, uint32_t choice) {
     });
 }
 
-tesserae_result tesserae_find_parameter(const char* name, uint32_t* index) {
-    return Guarded(nullptr, [=] {
+tesserae_result tesserae_find_parameter(const tesserae_processor* processor, const char* name,
+                                        uint32_t* index) {
+    return Guarded(processor, [=] {
         if (name == nullptr)
-            return FailForNull(nullptr, "name");
-        if (index == nullptr)
-            return FailForNull(nullptr, "index");
-        const auto found = SharedCatalog().Find(name);
-        if (!found)
-            return Fail(nullptr, TESSERAE_UNKNOWN_NAME, SharedCatalog().UnknownName(name));
-        *index = *found;
-        return tesserae_result{TESSERAE_OK};
+            return FailForNull(processor, "name");
+        return index != nullptr ? FindNamed(processor, name, *index)
+                                : FailForNull(processor, "index");
     });
 }
 

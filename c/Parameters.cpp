@@ -3,6 +3,7 @@
 
 #include "c/CallerText.h"
 #include "c/Guard.h"
+#include "c/ParameterName.h"
 #include "host/state/ParameterReader.h"
 #include "processor/IProcessor.h"
 
@@ -73,12 +74,12 @@ tesserae_result tesserae_set_text(tesserae_processor* processor, const char* nam
             return FailForNull(processor, "name");
         if (text == nullptr)
             return FailForNull(processor, "text");
-        const Host::ParameterCatalog& catalog = processor->catalog;
-        const auto index = catalog.Find(name);
-        if (!index)
-            return Fail(processor, TESSERAE_UNKNOWN_NAME, catalog.UnknownName(name));
-        const Host::TextResult result = catalog.Position(*index, text, ContextOf(*processor));
-        return result.position ? tesserae_set(processor, *index, *result.position)
+        uint32_t index = 0;
+        if (const tesserae_result found = FindNamed(processor, name, index); found != TESSERAE_OK)
+            return found;
+        const Host::TextResult result =
+            processor->catalog.Position(index, text, ContextOf(*processor));
+        return result.position ? tesserae_set(processor, index, *result.position)
                                : Fail(processor, TESSERAE_BAD_TEXT, result.problem);
     });
 }

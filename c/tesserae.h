@@ -148,8 +148,10 @@ TESSERAE_API tesserae_result tesserae_describe_parameter(uint32_t index,
                                                          tesserae_parameter* parameter);
 /// Name of a choice or of a switch's position; null where there is none.
 TESSERAE_API const char* tesserae_choice(uint32_t index, uint32_t choice);
-/// The number of a parameter by its name, whatever the case of its letters.
-TESSERAE_API tesserae_result tesserae_find_parameter(const char* name, uint32_t* index);
+/// The number of a parameter by its name, whatever the case of its letters. processor may be null:
+/// it is for names that mean what its settings put in force.
+TESSERAE_API tesserae_result tesserae_find_parameter(const tesserae_processor* processor,
+                                                     const char* name, uint32_t* index);
 
 /// What a position reads as: "1.25 kHz", "-6.0 dB", "Texture". At most size bytes with the zero; 64
 /// are enough for any. scale is what tesserae_scale answers: pitches are shown in its steps; 0 is
