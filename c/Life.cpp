@@ -1,4 +1,6 @@
 #include <memory>
+#include <stdexcept>
+#include <utility>
 
 #include "c/Guard.h"
 
@@ -35,10 +37,18 @@ void tesserae_destroy(tesserae_processor* processor) {
 tesserae_result tesserae_prepare(tesserae_processor* processor, double sample_rate, uint32_t inputs,
                                  uint32_t outputs, uint32_t side_chain_inputs) {
     return WithProcessor(processor, [=] {
-        processor->engine.Prepare({.sampleRate = sample_rate,
-                                   .inputs = inputs,
-                                   .outputs = outputs,
-                                   .sideChainInputs = side_chain_inputs});
+        // Where memory lacks halfway, no block may run on what is there; a refused format is looked
+        // at before anything changes.
+        const bool before = std::exchange(processor->prepared, false);
+        try {
+            processor->engine.Prepare({.sampleRate = sample_rate,
+                                       .inputs = inputs,
+                                       .outputs = outputs,
+                                       .sideChainInputs = side_chain_inputs});
+        } catch (const std::invalid_argument&) {
+            processor->prepared = before;
+            throw;
+        }
         processor->prepared = true;
         return TESSERAE_OK;
     });

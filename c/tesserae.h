@@ -78,7 +78,8 @@ TESSERAE_API const char* tesserae_error(const tesserae_processor* processor);
 
 /// Sets up a rate in hertz, 1000 to 768000, 1 or 2 inputs and outputs, and 0 to 2 side-chain
 /// inputs. Again for another format: parameters keep their positions, writes that wait are dropped,
-/// all that sounds is cleared. There is no longest buffer to name.
+/// all that sounds is cleared. There is no longest buffer to name. After TESSERAE_NO_MEMORY it has
+/// to be prepared again.
 TESSERAE_API tesserae_result tesserae_prepare(tesserae_processor* processor, double sample_rate,
                                               uint32_t inputs, uint32_t outputs,
                                               uint32_t side_chain_inputs);
@@ -185,7 +186,8 @@ TESSERAE_API tesserae_result tesserae_set_at(tesserae_processor* processor, uint
 /// What the present position of a parameter reads as, in the scale in force.
 TESSERAE_API tesserae_result tesserae_get_text(const tesserae_processor* processor, uint32_t index,
                                                char* text, size_t size);
-/// Puts a parameter by name at what a text asks for: ("MoteWeaver_GranularMode", "Texture").
+/// Puts a parameter by name at what a text asks for: ("MoteWeaver_GranularMode", "Texture"). Name
+/// and text are read as settings stand now, writes that wait not counted.
 TESSERAE_API tesserae_result tesserae_set_text(tesserae_processor* processor, const char* name,
                                                const char* text);
 /// The scale that pitches step through now; 0 is none. [audio]

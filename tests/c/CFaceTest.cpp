@@ -33,9 +33,13 @@ TEST(CFaceTest, WhatTheAudioThreadMayCallTakesNoMemory) {
     float moved = 0.0f, position = 0.0f;
     const AllocationTrap trap;
     for (uint32_t n = 0; n < 300; ++n) {
-        EXPECT_EQ(tesserae_set_transport(p, 100.0, n * 0.01, 1), TESSERAE_OK);
+        EXPECT_EQ(tesserae_set_transport(p, 100.0 + n, n * 0.9, n % 5 != 0), TESSERAE_OK);
         EXPECT_EQ(tesserae_watch(p, 1), TESSERAE_OK);
-        EXPECT_EQ(tesserae_set_at(p, n % 90, 3024, 0.5f), TESSERAE_OK);
+        for (uint32_t write = 0; write < 20; ++write)
+            EXPECT_EQ(tesserae_set_at(p, 997 * write % 1500, 3024, 0.5f), TESSERAE_OK);
+        if (n % 60 == 7) {
+            EXPECT_EQ(tesserae_panic(p), TESSERAE_OK);
+        }
         EXPECT_EQ(tesserae_set(p, 3013, 0.5f), TESSERAE_READ_ONLY);
         EXPECT_EQ(tesserae_set(p, 3024, std::nanf("")), TESSERAE_BAD_ARGUMENT);
         EXPECT_EQ(tesserae_process(p, channels, channels, channels, nullptr, n * 2), TESSERAE_OK);
@@ -44,7 +48,6 @@ TEST(CFaceTest, WhatTheAudioThreadMayCallTakesNoMemory) {
         shown += display.grain_count;
         moved += display.destinations[0];
     }
-    EXPECT_EQ(tesserae_panic(p), TESSERAE_OK);
     EXPECT_EQ(trap.caught, 0u);
     EXPECT_GT(shown, 0u);
     EXPECT_GT(moved, 0.0f);
