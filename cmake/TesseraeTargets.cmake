@@ -11,19 +11,39 @@ if(TESSERAE_SANITIZE)
 endif()
 
 # tesserae_add_library(NAME [dependencies...]): one folder of sources as a static library whose
-# objects can go into a shared one. A folder of headers alone becomes an interface library.
+# objects can go into a shared one. A folder of headers alone becomes an interface library. The
+# property TESSERAE_LIBRARIES lists those that have objects.
 function(tesserae_add_library name)
     file(GLOB sources CONFIGURE_DEPENDS *.cpp)
     if(sources)
         add_library(${name} STATIC ${sources})
         set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON
             CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+        set_property(GLOBAL APPEND PROPERTY TESSERAE_LIBRARIES ${name})
         target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
         target_link_libraries(${name} PUBLIC ${ARGN} PRIVATE $<BUILD_INTERFACE:tesserae_flags>)
     else()
         add_library(${name} INTERFACE)
         target_include_directories(${name} INTERFACE ${PROJECT_SOURCE_DIR}/src)
         target_link_libraries(${name} INTERFACE ${ARGN})
+    endif()
+endfunction()
+
+# tesserae_add_shared(NAME MAP [sources...]): a library for others to load. The version script keeps
+# every symbol inside that it does not name, those of the standard library's templates too.
+function(tesserae_add_shared name map)
+    add_library(${name} SHARED ${ARGN})
+    set_target_properties(${name} PROPERTIES
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+        CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+        LINK_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${map})
+    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:tesserae_flags>)
+    if(NOT APPLE AND NOT WIN32)
+        target_link_options(${name} PRIVATE
+            -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/${map})
+        if(NOT TESSERAE_SANITIZE)
+            target_link_options(${name} PRIVATE -Wl,--no-undefined)
+        endif()
     endif()
 endfunction()
 

@@ -10,7 +10,6 @@
 #include "host/parameters/ModulationNames.h"
 #include "host/parameters/ShellIndex.h"
 #include "primitives/Clock.h"
-#include "support/AllocationTrap.h"
 
 namespace Quorvan::Host {
 namespace {
@@ -244,30 +243,6 @@ TEST(EngineTest, PanicClearsWhateverSounds) {
         EXPECT_EQ(PeakLevel(output[0], 1000), 0.0f);
         EXPECT_EQ(engine.Position(kPanicIndex), 0.0f);
     }
-}
-
-TEST(EngineTest, RunningAllocatesNothing) {
-    ReadyEngine engine(AudibleSettings(), {.sideChainInputs = 2});
-    EngineListener listener;
-    engine.AddListener(listener);
-    engine.Write(kGuiVisibleIndex, 1.0f);
-    const Signal input = Noise(1, 1000);
-    Signal output(1000);
-    const std::array<const float*, 2> in{input.data(), input.data()};
-    const std::array<float*, 2> out{output.data(), output.data()};
-    const AllocationTrap trap;
-    for (uint32_t i = 0; i < 60; ++i) {
-        engine.SetTransport({.tempo = 100.0 + i, .beat = i * 0.9, .playing = i % 5 != 0});
-        for (uint32_t write = 0; write < 20; ++write)
-            engine.WriteAt(engine.FramesIn() + 997 * write % 1500, 11 * write,
-                           static_cast<float>(write) / 20.0f);
-        if (i % 20 == 7)
-            engine.Panic();
-        engine.Process({.inputs = in.data(), .outputs = out.data(), .frames = 1 + 16 * i});
-    }
-    EXPECT_EQ(trap.caught, 0u);
-    EXPECT_EQ(engine.Counts().refusedWrites, 0u);
-    EXPECT_GT(engine.Counts().blocks, 500u);
 }
 
 }  // namespace

@@ -1,0 +1,18 @@
+#include "c/Processor.h"
+
+#include "c/SharedCatalog.h"
+
+namespace {
+
+/// As much as the processor's display ever holds, so that reading it takes no memory.
+constexpr size_t kShownGrains = 258;
+constexpr size_t kShownMarkers = 200;
+
+}  // namespace
+
+tesserae_processor::tesserae_processor(std::optional<uint64_t> seed)
+    : catalog(Quorvan::C::SharedCatalog()), engine(seed) {
+    snapshot.grains.reserve(kShownGrains);
+    snapshot.markers.reserve(kShownMarkers);
+    engine.AddListener(modulation);
+}
