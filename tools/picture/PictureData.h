@@ -55,6 +55,7 @@ private:
     Host::Engine& engine;
     Host::DisplaySnapshot snapshot;
     bool inputHasEnded = false;
+    uint64_t inputShown = 0;  ///< frames that are in its waveform
     uint64_t headStride = 1;  ///< pieces from one kept head to the next
     uint64_t pieces = 0;
 };

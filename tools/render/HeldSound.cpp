@@ -10,11 +10,10 @@ void HeldSound::Add(const SoundPiece& piece, size_t from) {
     sound.resize(piece.channelCount);
     const size_t count = piece.frames - from;
     const auto isZero = [](float sample) { return sample == 0.0f; };
-    const bool silent = std::all_of(piece.channels, piece.channels + piece.channelCount,
-                                    [&](const float* channel) {
-                                        return std::all_of(channel + from, channel + piece.frames,
-                                                           isZero);
-                                    });
+    const bool silent =
+        std::all_of(piece.channels, piece.channels + piece.channelCount, [&](const float* channel) {
+            return std::all_of(channel + from, channel + piece.frames, isZero);
+        });
     if (silent) {
         zeros += count;
         return;
