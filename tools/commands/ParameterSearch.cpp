@@ -24,7 +24,7 @@ ParameterSearch::ParameterSearch(const std::string& text, const Host::ParameterC
       meant(parameters.Resolve(wanted, settings)),
       // The matrix has seven cells for everything that can be modulated: only "X to Y" asks for
       // those.
-      wantsCells(wanted.empty() || Holds(wanted, " to ") || Holds(wanted, "modulation")) {
+      wantsCells(wanted.empty() || Holds(wanted + " ", " to ") || Holds(wanted, "modulation")) {
     std::istringstream stream(wanted);
     for (std::string word; stream >> word;)
         words.push_back(word);
