@@ -36,6 +36,8 @@ constexpr CaseRow kGrainSize[]{
     {"GrainSizeRatio", {"DensitySizeLink", kOn}},
     {"GrainSizeSynced", {"GrainSizeMode", kSynced}},
     {"GrainSizeAbsolute"}};
+constexpr CaseRow kTextureSize[]{{"TextureSizeSynced", {"TextureSizeMidiSync", kOn}},
+                                 {"TextureSizeAbsolute"}};
 constexpr CaseRow kDensity[]{
     {"TextureDensity", {"GranularMode", kTexture}},
     {"GranularPhaseHelper_RateUnSynced", {"GranularMode", kClassic}, {"DensityType", 1}},
@@ -49,6 +51,7 @@ constexpr CaseRow kPlayHead[]{{"OffsetSynced", {"PlaybackMode", kFollow}, {"Gran
                               {"Speed", {"PlaybackMode", kScan}},
                               {"ManualScanPosition"}};
 constexpr FamilyRow kGranular[]{{"Grain Size", kGrainSize},
+                                {"Texture Size", kTextureSize},
                                 {"Density", kDensity},
                                 {"Play Head Offset", kOffset},
                                 {"Play Head", kPlayHead}};

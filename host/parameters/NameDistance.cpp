@@ -19,10 +19,10 @@ std::string_view LastPart(std::string_view name) {
 size_t Unlikeness(std::string_view typed, std::string_view name) {
     size_t unlike = EditDistance(typed, name);
     unlike = std::min(unlike, EditDistance(typed, LastPart(name)) + 1);
-    for (size_t blank = name.find(' '); blank != std::string_view::npos;
+    constexpr size_t kPartLength = 3;  // shorter parts are in too many names
+    for (size_t blank = name.find(' '); blank < name.size() - std::min(name.size(), kPartLength);
          blank = name.find(' ', blank + 1))
         unlike = std::min(unlike, EditDistance(typed, name.substr(blank + 1)) + 1);
-    constexpr size_t kPartLength = 3;  // shorter parts are in too many names
     if (typed.size() >= kPartLength && name.find(typed) != std::string_view::npos)
         unlike = std::min<size_t>(unlike, 2);
     return unlike;

@@ -41,10 +41,10 @@ struct TextResult {
 ///    granular group goes first ("Pitch", "Spray"), then the main one ("Bypass"); other labels that
 ///    several share, such as "Decay", are refused.
 /// 4. Destinations of modulation (ModulationNames.h): "FX1 Filter Freq".
-/// In 2 to 4 a few names stand for several parameters: "Grain Size", "Density", "Play Head", "Play
-/// Head Offset", every "Rate" and "Time", "Frequency" of filters and "Width" of echoes. They mean
-/// the one that present settings put in force. Each of those has a label of its own as well: "Grain
-/// Size (Texture, Free)".
+/// In 2 to 4 a few names stand for several parameters: "Grain Size", "Texture Size", "Density",
+/// "Play Head", "Play Head Offset", every "Rate" and "Time", "Frequency" of filters and "Width" of
+/// echoes. They mean the one that present settings put in force. Each of those has a label of its
+/// own as well: "Grain Size (Texture, Free)".
 ///
 /// Texts look like "1.25 kHz", "-6.0 dB", "Texture", "1/8" or "On". Reading takes what Text wrote,
 /// in any case and with or without the unit; the start of a choice's name where no other choice

@@ -225,8 +225,6 @@ TEST(ParameterCatalogTest, TyposFindTheirNames) {
               "There is no parameter called \"Grain Sise\". Did you mean \"Grain Size\"?");
     EXPECT_EQ(best("Modulations_Dst7_Src9_Amount").substr(0, 19), "Modulations_Dst7_Sr");
     EXPECT_TRUE(Catalog().Nearest("qqqqqqqqqqqqqq").empty());
-    EXPECT_EQ(Catalog().UnknownName("Marco 1"),
-              "There is no parameter called \"Marco 1\". Did you mean \"Macro 1\" or \"Macro 2\"?");
     EXPECT_EQ(Catalog().Find("dry / WET"), IndexOf("Dry / Wet"));
 }
 

@@ -62,35 +62,25 @@ TEST(PresetTest, WhatIsWrittenIsReadBack) {
     EXPECT_EQ(ReadMembers("").value, Preset{});  // only format and version are needed
 }
 
-TEST(PresetTest, ParametersMayStandAsTexts) {
+TEST(PresetTest, ParametersMayStandAsTextsUnderAnyName) {
+    // The mode, the scale and the sync count for names and texts ahead of them too.
     const Parsed<Preset> parsed = ReadMembers(
-        R"(, "parameters": {"MoteWeaver_GranularMode": "texture", "Master Volume": "-6 dB",
-            "MoteWeaver_BufferFreeze": true, "MoteWeaver_Pitch": "7 st",
-            "MoteWeaver_Scale": "Major"})");
+        R"(, "parameters": {"Grain Size": "120 ms", "Density": "4", "Granular Mode": "texture",
+            "FX1 Delay Time": "1/4", "FX1 Delay Time Sync": "Dotted", "Freeze": true,
+            "MoteWeaver_Pitch": "7 st", "MoteWeaver_Scale": "Major", "Master Volume": "-6 dB"})");
     EXPECT_TRUE(parsed.issues.empty());
     const TextContext major{5};
-    const std::vector<ParameterValue> expected{
-        Set("MoteWeaver_Pitch", "7 st", major), Set("MoteWeaver_Scale", "Major"),
-        Set("MoteWeaver_BufferFreeze", "On"), Set("MoteWeaver_GranularMode", "Texture"),
-        Set("Master Volume", "-6 dB")};
+    std::vector<ParameterValue> expected = Settings(
+        "MoteWeaver_Scale=Major;MoteWeaver_BufferFreeze=On;MoteWeaver_GranularMode=Texture;"
+        "MoteWeaver_TextureDensity=4;MoteWeaver_TextureSizeAbsolute=120 ms;"
+        "FX1_Delay_DelayTimeSynced=1/4;FX1_Delay_RateType=Dotted;Master Volume=-6 dB");
+    expected.insert(expected.begin(), Set("MoteWeaver_Pitch", "7 st", major));
     EXPECT_EQ(parsed.value->parameters, expected);
     EXPECT_EQ(Catalog().Text(kPitchIndex, expected[0].position, major), "7.00 st");
-}
-
-TEST(PresetTest, LabelsMeanWhatTheModesOfThePresetPutInForce) {
-    const Parsed<Preset> parsed = ReadMembers(
-        R"(, "parameters": {"Grain Size": "120 ms", "Density": "4", "Granular Mode": "Texture",
-            "FX1 Delay Time": "1/4", "FX1 Delay Time Sync": "Dotted", "Freeze": true})");
-    EXPECT_TRUE(parsed.issues.empty());
-    std::vector<ParameterValue> expected = Settings(
-        "MoteWeaver_BufferFreeze=On;MoteWeaver_GranularMode=Texture;"
-        "MoteWeaver_TextureDensity=4;MoteWeaver_TextureSizeAbsolute=120 ms;"
-        "FX1_Delay_DelayTimeSynced=1/4;FX1_Delay_RateType=Dotted");
-    EXPECT_EQ(parsed.value->parameters, expected);
     const Parsed<Preset> twice =
         ReadMembers(R"(, "parameters": {"MoteWeaver_Spray": 0.25, "Spray": 0.75})");
-    EXPECT_EQ(IssueOf(twice, Issue::Severity::Warning),
-              "\"Spray\" (MoteWeaver_Spray) is set under more than one name. Keep one of them.");
+    EXPECT_NE(IssueOf(twice, Issue::Severity::Warning).find("more than one name"),
+              std::string::npos);
     EXPECT_EQ(twice.value->parameters, std::vector{Set("MoteWeaver_Spray", "@0.25")});
 }
 

@@ -134,6 +134,7 @@ TEST(DestinationsTest, RowsTellWhatTheyMoveNow) {
 
     const nlohmann::json synced = Destinations("clockwork-arpeggio");
     EXPECT_EQ(synced[11]["parameter"], "MoteWeaver_GranularPhaseHelper_RateSynced");
+    EXPECT_EQ(synced[11]["title"], "Density (Synced)");
     EXPECT_EQ(synced[6]["sources"].dump(),
               R"([{"amount":0.25,"source":"Function 1"},{"amount":0.1,"source":"Function 2"}])");
 }
@@ -144,6 +145,27 @@ TEST(DestinationsTest, TheListForPeopleHoldsTheSame) {
     const size_t third = list.find("\n3 ");
     const std::string row = list.substr(third + 1, list.find('\n', third + 1) - third - 1);
     EXPECT_NE(row.find("Envelope Follower -0.35"), std::string::npos) << row;
+}
+
+TEST(ParamsTest, WhatIsLookedForStandsFirstAmongItsGroup) {
+    const auto first = [](const Arguments& filter) {
+        Arguments all{"params", "--json"};
+        all.insert(all.end(), filter.begin(), filter.end());
+        return nlohmann::json::parse(RunTool(all).out)[0]["name"].get<std::string>();
+    };
+    EXPECT_EQ(first({"Pitch"}), "MoteWeaver_Pitch");
+    EXPECT_EQ(first({"reverb", "decay"}), "FX1_Reverb_Decay");
+    EXPECT_EQ(first({"grain size", "--preset", "beat-slicer"}), "MoteWeaver_GrainSizeRatio");
+    EXPECT_EQ(first({"_Dst7_"}), "Modulations_Dst7_Src1_Amount");
+    const auto list = [](const char* columns) {
+        return RunTool({"params", "grain size"}, [=] { setenv("COLUMNS", columns, 1); }).out;
+    };
+    const std::string wide = list("0"), narrow = list("72");
+    EXPECT_NE(wide.find("\n\nGranular\n  Grain Size (Free) *"), std::string::npos) << wide;
+    std::istringstream lines(narrow);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_LE(line.size(), line[0] == '*' ? 80u : 72u) << line;
+    EXPECT_NE(narrow.find("MoteWeaver_GrainSizeAbsolute, 100\n"), std::string::npos) << narrow;
 }
 
 }  // namespace

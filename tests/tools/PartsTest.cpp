@@ -54,11 +54,14 @@ TEST(AutomationTest, WritesComeInOrderOfTimeAndReadTheScaleOfTheirMoment) {
                                                 "2 s,MoteWeaver_Pitch,12 st\n"
                                                 "0.5,MoteWeaver_Scale,Octaves\n"
                                                 "# a remark\n"
+                                                "3 s,grain size,@0.5\n"
+                                                "2.5 s,Granular Mode,Texture\n"
                                                 "6,Feedback,0.75\n",
                                                 catalog);
     // The song starts at beat 4 and runs at 120 BPM: beat 6 comes after a second.
-    const auto writes = automation.Resolve(1000.0, 120.0, 4.0, {}, catalog);
-    ASSERT_EQ(writes.size(), 4u);
+    const auto writes =
+        automation.Resolve(1000.0, 120.0, 4.0, Host::PresentSettings(catalog), catalog);
+    ASSERT_EQ(writes.size(), 6u);
     EXPECT_EQ(writes[0].frame, 0u);
     EXPECT_EQ(writes[1].frame, 1000u);
     EXPECT_EQ(writes[1].position, 0.25f);
@@ -66,6 +69,7 @@ TEST(AutomationTest, WritesComeInOrderOfTimeAndReadTheScaleOfTheirMoment) {
     EXPECT_EQ(writes[3].frame, 2000u);
     // In octaves from -36 to 36, +12 is the fifth of seven steps.
     EXPECT_NEAR(writes[3].position, 4.5f / 7.0f, 0.5f / 7.0f);
+    EXPECT_EQ(writes[5].index, catalog.Find("MoteWeaver_TextureSizeAbsolute"));
 }
 
 TEST(AutomationTest, BrokenListsAreRefused) {

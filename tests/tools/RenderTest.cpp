@@ -175,6 +175,10 @@ TEST_F(RenderTest, SetTakesPositionsAndValues) {
     Input({Noise(1, kSecond / 2, 0.3f)});
     const Channels texture = Render({"--set", "MoteWeaver_GranularMode=0.5"});
     const Channels pitch = Render({"--set", "MoteWeaver_Pitch=0.75"});
+    // In whatever order: the size that is meant is the texture's.
+    EXPECT_EQ(Render({"--set", "Grain Size=80 ms", "--set", "Granular Mode=Texture"}),
+              Render({"--set", "MoteWeaver_GranularMode=Texture", "--set",
+                      "MoteWeaver_TextureSizeAbsolute=80 ms"}));
     EXPECT_EQ(texture, Render({"--set", "MoteWeaver_GranularMode=texture"}));
     EXPECT_EQ(pitch, Render({"--set", "motewEaver_pitch = 18 st"}));
     EXPECT_NE(texture, pitch);

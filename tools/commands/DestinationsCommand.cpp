@@ -57,13 +57,16 @@ void DestinationsCommand::PrintJson(const std::vector<Row>& rows) const {
                         {"name", Host::DestinationName(row.row)},
                         {"index", row.parameter->index},
                         {"parameter", row.parameter->name},
+                        {"group", row.parameter->group},
+                        {"label", row.parameter->label},
+                        {"title", row.parameter->title},
                         {"sources", std::move(sources)}});
     }
     std::cout << list.dump(1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
 }
 
 void DestinationsCommand::PrintTable(const std::vector<Row>& rows) const {
-    TextTable table({"Number", "Name", "Index", "Parameter", "Moved by"});
+    TextTable table({"Number", "Name", "Moves now", "Index", "Parameter", "Moved by"});
     for (const Row& row : rows) {
         std::string movers;
         for (const Mover& mover : row.movers)
@@ -71,7 +74,8 @@ void DestinationsCommand::PrintTable(const std::vector<Row>& rows) const {
                       (mover.amount > 0.0f ? "+" : "") +
                       Fixed(static_cast<double>(mover.amount), 2);
         table.Add({std::to_string(row.row + 1), Host::DestinationName(row.row),
-                   std::to_string(row.parameter->index), row.parameter->name, movers});
+                   row.parameter->title, std::to_string(row.parameter->index), row.parameter->name,
+                   movers});
     }
     table.Print(std::cout);
 }

@@ -1,17 +1,18 @@
 #include "tools/commands/ParamsCommand.h"
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
 #include <iostream>
 
 #include <nlohmann/json.hpp>
 
-#include "host/parameters/NumberText.h"
-#include "host/parameters/Sentence.h"
 #include "host/state/StateTransfer.h"
-#include "processor/IProcessor.h"
+#include "tools/commands/ParameterSearch.h"
 #include "tools/render/SoundChoice.h"
 #include "tools/support/Failure.h"
-#include "tools/support/Numbers.h"
-#include "tools/support/TextTable.h"
 
 namespace Quorvan::Tools {
 
@@ -47,103 +48,95 @@ const char* RoleText(Host::ParameterRole role) {
     return "";
 }
 
-std::string RangeText(const Host::ParameterInfo& info) {
-    constexpr size_t kLongest = 56;  // letters of a list of choices
-    if (info.kind == Host::ParameterKind::Binary)
-        return "";
-    if (info.choices.empty())
-        return Host::FormatNumber(info.minimum, info.unit) + " .. " +
-               Host::FormatNumber(info.maximum, info.unit);
-    std::string text;
-    for (const std::string& choice : info.choices)
-        text += (text.empty() ? "" : " | ") + choice;
-    return text.size() <= kLongest ? text : text.substr(0, kLongest - 3) + "...";
-}
-
-std::string UnitText(const Host::ParameterInfo& info) {
-    return info.kind == Host::ParameterKind::Continuous ? Host::SignOf(info.unit)
-                                                        : KindText(info.kind);
-}
-
-Json RowJson(const Host::ParameterInfo& info, float position, const std::string& text) {
+Json RowJson(const ParameterRow& row) {
+    const Host::ParameterInfo& info = *row.info;
     Json json;
     json["index"] = info.index;
     json["name"] = info.name;
     json["group"] = info.group;
     json["label"] = info.label;
+    json["title"] = info.title;
+    if (!row.commonName.empty()) {
+        json["commonName"] = row.commonName;
+        json["inForce"] = row.inForce;
+    }
     json["kind"] = KindText(info.kind);
     json["role"] = RoleText(info.role);
     json["unit"] = Host::SignOf(info.unit);
     json["minimum"] = info.minimum;
     json["maximum"] = info.maximum;
-    json["position"] = position;
-    json["text"] = text;
+    json["position"] = row.position;
+    json["text"] = row.text;
     if (!info.choices.empty())
         json["choices"] = std::vector<std::string>(info.choices.begin(), info.choices.end());
     return json;
+}
+
+/// Columns of the terminal, 0 where the list goes elsewhere.
+size_t Columns() {
+    if (const char* const told = std::getenv("COLUMNS"))
+        return std::strtoul(told, nullptr, 10);
+    winsize size{};
+    return isatty(STDOUT_FILENO) != 0 && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col
+                                                                                      : 0;
 }
 
 }  // namespace
 
 ParamsCommand::ParamsCommand(CLI::App& program)
     : Command(program, "params",
-              "List the parameters: index, full name, position, range, unit, "
-              "value") {
-    Options().add_option("filter", filter, "Only names that hold this text")->type_name("FILTER");
+              "List the parameters by group: label, value, range with unit, index, full name") {
     Options()
-        .add_option("--preset", preset, "Show the positions of this preset (default: init)")
+        .add_option("filter", words, "Only those whose name or full name holds this text")
+        ->type_name("FILTER");
+    Options()
+        .add_option("--preset", preset, "Show the values of this preset (default: init)")
         ->type_name("FILE|NAME");
-    Options().add_flag("--json", asJson, "Print JSON");
+    Options().add_flag("--json", asJson, "Print JSON, with positions");
 }
 
-bool ParamsCommand::Matches(const Host::ParameterInfo& info) const {
-    const std::string wanted = Host::Lower(filter);
-    if (Host::Lower(info.name).find(wanted) != std::string::npos)
-        return true;
-    // The matrix has seven cells for everything that can be modulated: only "X to Y" asks for
-    // those.
-    const bool isCell = info.name.starts_with("Modulations_");
-    const std::string label = Host::Lower(info.group + " " + info.label);
-    return (!isCell || wanted.find(" to ") != std::string::npos) &&
-           label.find(wanted) != std::string::npos;
+std::string ParamsCommand::Filter() const {
+    std::string filter;
+    for (const std::string& word : words)
+        filter += (filter.empty() ? "" : " ") + word;
+    return filter;
 }
 
-std::vector<ParamsCommand::Row> ParamsCommand::Collect(
-    const Host::ParameterCatalog& catalog) const {
+std::vector<ParameterRow> ParamsCommand::Collect(const Host::ParameterCatalog& catalog) const {
     std::vector<std::string> warnings;
     Host::Engine engine(0);
     Host::ApplyPreset(LoadPreset(preset, catalog, warnings), engine, catalog);
     for (const std::string& warning : warnings)
         std::cerr << "tesserae: " << warning << "\n";
-    const auto context = Host::TextContext::Of(engine.GetProcessor());
-    std::vector<Row> rows;
-    for (const Host::ParameterInfo& info : catalog.All()) {
-        if (!Matches(info))
-            continue;
-        const float position = engine.Position(info.index);
-        rows.push_back({&info, position, catalog.Text(info.index, position, context)});
-    }
+    const Host::PresentSettings settings(catalog,
+                                         [&](uint32_t index) { return engine.Position(index); });
+    const ParameterSearch search(Filter(), catalog, settings);
+    std::vector<ParameterRow> rows;
+    for (const Host::ParameterInfo& info : catalog.All())
+        if (const std::optional<int> rank = search.Rank(info)) {
+            const float position = settings.Position(info.index);
+            rows.push_back({&info, position, catalog.Text(info.index, position, settings.Texts()),
+                            *rank, catalog.CommonName(info.index),
+                            catalog.IsInForce(info.index, settings)});
+        }
     return rows;
 }
 
 ExitCode ParamsCommand::Run() {
     const Host::ParameterCatalog catalog;
-    const std::vector<Row> rows = Collect(catalog);
+    std::vector<ParameterRow> rows = Collect(catalog);
     if (rows.empty())
-        throw Failure(ExitCode::Usage, catalog.UnknownName(filter));
-    if (asJson) {
-        Json list = Json::array();
-        for (const Row& row : rows)
-            list.push_back(RowJson(*row.info, row.position, row.text));
-        std::cout << list.dump(1, ' ', false, Json::error_handler_t::replace) << "\n";
+        throw Failure(ExitCode::Usage, catalog.UnknownName(Filter()));
+    if (!asJson) {
+        PrintParameters(std::cout, std::move(rows), Columns());
         return Printed();
     }
-    TextTable table({"Index", "Name", "Position", "Value", "Unit", "Range"});
-    for (const Row& row : rows)
-        table.Add({std::to_string(row.info->index), row.info->name,
-                   Fixed(static_cast<double>(row.position), 4), row.text, UnitText(*row.info),
-                   RangeText(*row.info)});
-    table.Print(std::cout);
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](const ParameterRow& a, const ParameterRow& b) { return a.rank < b.rank; });
+    Json list = Json::array();
+    for (const ParameterRow& row : rows)
+        list.push_back(RowJson(row));
+    std::cout << list.dump(1, ' ', false, Json::error_handler_t::replace) << "\n";
     return Printed();
 }
 

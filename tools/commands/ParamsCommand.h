@@ -6,6 +6,7 @@
 #include "host/engine/Engine.h"
 #include "host/parameters/ParameterCatalog.h"
 #include "tools/commands/Command.h"
+#include "tools/commands/ParameterTable.h"
 
 namespace Quorvan::Tools {
 
@@ -16,17 +17,10 @@ public:
     ExitCode Run() override;
 
 private:
-    /// One line of the list.
-    struct Row {
-        const Host::ParameterInfo* info;
-        float position;
-        std::string text;
-    };
+    std::vector<ParameterRow> Collect(const Host::ParameterCatalog& catalog) const;
+    std::string Filter() const;
 
-    std::vector<Row> Collect(const Host::ParameterCatalog& catalog) const;
-    bool Matches(const Host::ParameterInfo& info) const;
-
-    std::string filter;
+    std::vector<std::string> words;  ///< of the filter
     std::string preset = "init";
     bool asJson = false;
 };

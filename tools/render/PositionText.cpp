@@ -37,7 +37,12 @@ NamedParameter FindWritable(const Host::ParameterCatalog& catalog, std::string_v
         (info.role == Host::ParameterRole::Control && *index != Host::kPresetLoadingIndex);
     if (isFree && info.kind != Host::ParameterKind::Binary)
         return {index, {}};
-    return {{}, Host::Cited(info) + " is the processor's own and can't be set; leave it out."};
+    constexpr std::string_view kDryWet = "Dry / Wet";  // of an effect follows that of its slot
+    const bool isSlots = info.label == kDryWet && info.group.starts_with("FX");
+    const std::string advice =
+        isSlots ? "set " + Host::Quoted(info.group.substr(0, 3) + " " + std::string(kDryWet))
+                : "leave it out";
+    return {{}, Host::Cited(info) + " is the processor's own and can't be set; " + advice + "."};
 }
 
 }  // namespace Quorvan::Tools

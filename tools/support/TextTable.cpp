@@ -18,13 +18,15 @@ size_t Letters(const std::string& text) {
 void TextTable::Print(std::ostream& out) const {
     std::vector<size_t> widths;
     for (const auto& row : rows) {
+        if (row.size() == 1)
+            continue;
         widths.resize(std::max(widths.size(), row.size()), 0);
         for (size_t i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], Letters(row[i]));
     }
     for (const auto& row : rows) {
-        std::string line;
-        for (size_t i = 0; i < row.size(); ++i)
+        std::string line = row.size() == 1 ? row.front() : "";
+        for (size_t i = 0; i < row.size() && row.size() > 1; ++i)
             line += row[i] + std::string(widths[i] - Letters(row[i]) + 2, ' ');
         line.erase(line.find_last_not_of(' ') + 1);
         out << line << "\n";

@@ -6,7 +6,7 @@
 
 namespace Quorvan::Tools {
 
-/// Lines of text in columns that fit their content.
+/// Lines of text in columns that fit their content. A row of one cell stands across the columns.
 class TextTable {
 public:
     explicit TextTable(std::vector<std::string> heads) { Add(std::move(heads)); }
