@@ -24,6 +24,7 @@ tesserae_parameter Described(const Host::ParameterInfo& info, size_t size) {
     parameter.name = info.name.c_str();
     parameter.group = info.group.c_str();
     parameter.label = info.label.c_str();
+    parameter.title = info.title.c_str();
     parameter.unit = Host::SignOf(info.unit);
     parameter.kind = static_cast<int>(info.kind);
     parameter.role = static_cast<int>(info.role);

@@ -46,7 +46,7 @@ typedef int tesserae_result;
 enum {
     TESSERAE_OK = 0,
     TESSERAE_BAD_ARGUMENT = 1,  ///< a null, or a number out of its range
-    TESSERAE_UNKNOWN_NAME = 2,  ///< no parameter or preset is called so; the sentence suggests
+    TESSERAE_UNKNOWN_NAME = 2,  ///< nothing is called so, or several are; the sentence suggests
     TESSERAE_BAD_TEXT = 3,      ///< a text that makes no value, or is no preset or state
     TESSERAE_NOT_PREPARED = 4,  ///< needs tesserae_prepare first
     TESSERAE_READ_ONLY = 5,     ///< the parameter is the processor's own
@@ -97,8 +97,9 @@ TESSERAE_API tesserae_result tesserae_process(tesserae_processor* processor,
 
 /// Frames by which the output is late: constant while a format is prepared, 0 before. [audio]
 TESSERAE_API uint32_t tesserae_latency(const tesserae_processor* processor);
-/// How long the processor goes on sounding after its input has ended, as parameters and tempo stand
-/// now, latency not counted: an upper estimate in seconds, INFINITY where it holds or feeds itself.
+/// How long the processor goes on sounding above -90 dB after its input has ended, as parameters
+/// and tempo stand now, latency not counted: seconds, an upper bound, or INFINITY where it may hold
+/// or feed itself.
 TESSERAE_API tesserae_result tesserae_tail(tesserae_processor* processor, double* seconds);
 /// Clears all that sounds, from the next block on. [audio]
 TESSERAE_API tesserae_result tesserae_panic(tesserae_processor* processor);
@@ -132,7 +133,8 @@ typedef struct tesserae_parameter {
     size_t size;              ///< set to sizeof(tesserae_parameter) ahead of the call
     const char* name;         ///< full name, unique, for files: "FX1_Delay_Feedback"
     const char* group;        ///< for people: "FX1 Delay"
-    const char* label;        ///< for people: "Feedback"
+    const char* label;        ///< for people, unique in its group: "Feedback"
+    const char* title;        ///< for people, where the group is not told: "FX1 Delay Feedback"
     const char* unit;         ///< "Hz", "dB", ...; empty for plain numbers
     int kind;                 ///< TESSERAE_CONTINUOUS to TESSERAE_BINARY
     int role;                 ///< TESSERAE_SETTING to TESSERAE_DRIVEN
@@ -149,8 +151,11 @@ TESSERAE_API tesserae_result tesserae_describe_parameter(uint32_t index,
                                                          tesserae_parameter* parameter);
 /// Name of a choice or of a switch's position; null where there is none.
 TESSERAE_API const char* tesserae_choice(uint32_t index, uint32_t choice);
-/// The number of a parameter by its name, whatever the case of its letters. processor may be null:
-/// it is for names that mean what its settings put in force.
+/// The number of a parameter by its full name, its title or its label, whatever the case of their
+/// letters. Of a label that several groups have, the granular engine's is meant ("Pitch") or the
+/// main one's ("Bypass"); others are refused. "Grain Size", "Density" and every "Rate" stand for
+/// several parameters: the one is meant that the settings of processor put in force or, where that
+/// is null, those of a new one.
 TESSERAE_API tesserae_result tesserae_find_parameter(const tesserae_processor* processor,
                                                      const char* name, uint32_t* index);
 

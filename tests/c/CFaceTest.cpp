@@ -49,6 +49,10 @@ TEST(CFaceTest, WhatTheAudioThreadMayCallTakesNoMemory) {
         moved += display.destinations[0];
     }
     EXPECT_EQ(trap.caught, 0u);
+    uint32_t texture = 0, classic = 0;
+    EXPECT_EQ(tesserae_find_parameter(p, "grain size", &texture), TESSERAE_OK);
+    EXPECT_EQ(tesserae_find_parameter(nullptr, "grain size", &classic), TESSERAE_OK);
+    EXPECT_NE(texture, classic) << "the one in force is meant";
     EXPECT_GT(shown, 0u);
     EXPECT_GT(moved, 0.0f);
     EXPECT_EQ(position, 0.5f);
