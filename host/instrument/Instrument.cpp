@@ -88,6 +88,12 @@ void Instrument::Clear() { player.Clear(); }
 
 // ---- Controls
 
+void Instrument::PutControl(uint32_t id, float position) {
+    const uint32_t index = controls.TargetOf(id);
+    if (index != kUnassigned && std::isfinite(position))
+        positions.Put(index, std::clamp(position, 0.0f, 1.0f));
+}
+
 float Instrument::ControlPosition(uint32_t id) const {
     const uint32_t index = controls.TargetOf(id);
     return index != kUnassigned ? positions.Position(index) : 0.0f;

@@ -62,6 +62,9 @@ public:
 
     // ---- Controls and parameters (any thread, unless it says otherwise)
 
+    /// The host puts a control somewhere, from the next buffer on; for formats that have no events.
+    void PutControl(uint32_t id, float position);
+
     const ParameterCatalog& Catalog() const { return catalog; }
     /// Where a parameter stands, 0..1; offsets by the host are not in it.
     float Position(uint32_t index) const { return positions.Position(index); }

@@ -10,9 +10,7 @@ namespace {
 constexpr clap_id kMainInput = 0, kSideChain = 1, kMainOutput = 2;
 constexpr uint32_t kStereo = 2;
 
-const char* TypeOf(uint32_t channels) {
-    return channels == 1 ? CLAP_PORT_MONO : CLAP_PORT_STEREO;
-}
+const char* TypeOf(uint32_t channels) { return channels == 1 ? CLAP_PORT_MONO : CLAP_PORT_STEREO; }
 
 template <size_t N>
 void SetText(char (&target)[N], const char* text) {

@@ -37,9 +37,8 @@ ClapPlugin::ClapPlugin(const clap_host_t& pluginHost)
       plugin(PluginFunctions(this)),
       reader(instrument) {
     // A new processor is silent; a new plug-in sounds.
-    instrument.LoadPreset(*Host::ReadPreset(Host::FactoryPresets().front().json,
-                                            Plugins::SharedCatalog())
-                               .value);
+    instrument.LoadPreset(
+        *Host::ReadPreset(Host::FactoryPresets().front().json, Plugins::SharedCatalog()).value);
     for (const Host::HostControl& control : Host::HostControls())
         defaults[control.id] = instrument.ControlPosition(control.id);
 }
@@ -122,8 +121,7 @@ bool ClapPlugin::GetParameterInfo(uint32_t index, clap_param_info_t& info) const
     std::snprintf(info.name, sizeof info.name, "%s", std::string(control->name).c_str());
     std::snprintf(info.module, sizeof info.module, "%s", std::string(control->group).c_str());
     info.max_value = steps > 0 ? steps - 1 : 1.0;
-    info.default_value =
-        instrument.ControlValue(control->id, defaults[control->id]);
+    info.default_value = instrument.ControlValue(control->id, defaults[control->id]);
     return true;
 }
 
@@ -162,9 +160,8 @@ bool ClapPlugin::LoadState(const clap_istream_t& stream) {
 
 Host::PresetLibrary& ClapPlugin::Library() {
     if (library == nullptr)
-        library = std::make_unique<Host::PresetLibrary>(Plugins::SharedCatalog(),
-                                                        Host::FactoryPresets(),
-                                                        Host::PresetLibrary::UsualFolder());
+        library = std::make_unique<Host::PresetLibrary>(
+            Plugins::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder());
     return *library;
 }
 
@@ -205,8 +202,7 @@ void ClapPlugin::Poll() {
     if (!program)
         return;
     const std::vector<std::string>& setList = Library().SetList();
-    const auto entry =
-        *program < setList.size() ? Library().Find(setList[*program]) : std::nullopt;
+    const auto entry = *program < setList.size() ? Library().Find(setList[*program]) : std::nullopt;
     std::string problem = "Program " + std::to_string(*program + 1) + " of the set list is empty.";
     if (!entry || !Take(Library().Load(*entry), problem))
         Log(kLogWarning, problem);

@@ -47,8 +47,8 @@ void EventReader::Add(const clap_event_header_t& header) {
             events.push_back({.frame = header.time,
                               .kind = Kind::Control,
                               .id = event.param_id,
-                              .value = static_cast<double>(instrument.PositionOfControlValue(
-                                  event.param_id, event.value))});
+                              .value = static_cast<double>(
+                                  instrument.PositionOfControlValue(event.param_id, event.value))});
             break;
         }
         case CLAP_EVENT_PARAM_MOD: {
@@ -61,10 +61,9 @@ void EventReader::Add(const clap_event_header_t& header) {
             break;
         }
         case CLAP_EVENT_TRANSPORT:
-            events.push_back(
-                {.frame = header.time,
-                 .kind = Kind::Transport,
-                 .place = *TransportOf(&As<clap_event_transport_t>(header))});
+            events.push_back({.frame = header.time,
+                              .kind = Kind::Transport,
+                              .place = *TransportOf(&As<clap_event_transport_t>(header))});
             break;
         case CLAP_EVENT_MIDI: {
             const auto& event = As<clap_event_midi_t>(header);

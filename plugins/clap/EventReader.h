@@ -16,8 +16,9 @@ public:
         events.reserve(kMost);
     }
 
-    /// Calls run(events) with the events of list in order, in as many pieces as its memory asks for;
-    /// each piece but the last ends at a frame that has come whole. Neither allocates nor waits.
+    /// Calls run(events) with the events of list in order, in as many pieces as its memory asks
+    /// for; each piece but the last ends at a frame that has come whole. Neither allocates nor
+    /// waits.
     template <class Run>
     void Read(const clap_input_events_t* list, Run&& run) {
         events.clear();

@@ -153,17 +153,13 @@ const void* CLAP_ABI GetExtension(const clap_plugin_t*, const char* id) {
         std::string_view id;
         const void* functions;
     };
-    static constexpr Row kRows[]{{CLAP_EXT_AUDIO_PORTS, &kPorts},
-                                 {kAudioPortsConfigExtension, &kConfigs},
-                                 {CLAP_EXT_NOTE_PORTS, &kNotePorts},
-                                 {CLAP_EXT_PARAMS, &kParameters},
-                                 {CLAP_EXT_STATE, &kState},
-                                 {CLAP_EXT_LATENCY, &kLatency},
-                                 {kTailExtension, &kTail},
-                                 {kRenderExtension, &kRender},
-                                 {CLAP_EXT_TIMER_SUPPORT, &kTimer},
-                                 {kPresetLoadExtension, &kPresetLoad},
-                                 {kPresetLoadDraft, &kPresetLoad}};
+    static constexpr Row kRows[]{
+        {CLAP_EXT_AUDIO_PORTS, &kPorts},    {kAudioPortsConfigExtension, &kConfigs},
+        {CLAP_EXT_NOTE_PORTS, &kNotePorts}, {CLAP_EXT_PARAMS, &kParameters},
+        {CLAP_EXT_STATE, &kState},          {CLAP_EXT_LATENCY, &kLatency},
+        {kTailExtension, &kTail},           {kRenderExtension, &kRender},
+        {CLAP_EXT_TIMER_SUPPORT, &kTimer},  {kPresetLoadExtension, &kPresetLoad},
+        {kPresetLoadDraft, &kPresetLoad}};
     for (const Row& row : kRows)
         if (id != nullptr && row.id == id)
             return row.functions;

@@ -1,0 +1,24 @@
+#pragma once
+
+// What the framework is built for; it looks for this file by its name.
+
+#define DISTRHO_PLUGIN_BRAND "Quorvan"
+#define DISTRHO_PLUGIN_NAME "Tesserae"
+#define DISTRHO_PLUGIN_URI "urn:quorvan:tesserae"
+
+/// Stereo in and a stereo side-chain.
+#define DISTRHO_PLUGIN_NUM_INPUTS 4
+#define DISTRHO_PLUGIN_NUM_OUTPUTS 2
+
+#define DISTRHO_PLUGIN_HAS_UI 0
+#define DISTRHO_PLUGIN_IS_RT_SAFE 1
+#define DISTRHO_PLUGIN_WANT_LATENCY 1
+#define DISTRHO_PLUGIN_WANT_MIDI_INPUT 1
+#define DISTRHO_PLUGIN_WANT_PARAMETER_VALUE_CHANGE_REQUEST 1
+#define DISTRHO_PLUGIN_WANT_PROGRAMS 1
+#define DISTRHO_PLUGIN_WANT_STATE 1
+#define DISTRHO_PLUGIN_WANT_FULL_STATE 1
+#define DISTRHO_PLUGIN_WANT_TIMEPOS 1
+
+#define DISTRHO_PLUGIN_LV2_CATEGORY "lv2:ModulatorPlugin"
+#define DISTRHO_PLUGIN_VST3_CATEGORIES "Fx|Modulation|Stereo"

@@ -1,0 +1,55 @@
+#include "plugins/shared/Caretaker.h"
+
+#include <chrono>
+
+#include "host/state/PresetFormat.h"
+#include "plugins/shared/SharedCatalog.h"
+#include "presets/FactoryPresets.h"
+
+namespace Quorvan::Plugins {
+
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLooks{50};
+
+}  // namespace
+
+Caretaker::Caretaker(Host::Instrument& caredFor)
+    : instrument(caredFor), thread([this] {
+          while (!ends.load(std::memory_order_relaxed)) {
+              Look();
+              std::this_thread::sleep_for(kBetweenLooks);
+          }
+      }) {}
+
+Caretaker::~Caretaker() {
+    ends.store(true, std::memory_order_relaxed);
+    thread.join();
+}
+
+void Caretaker::Look() {
+    const int32_t number = wanted.exchange(-1, std::memory_order_relaxed);
+    const auto presets = Host::FactoryPresets();
+    if (number >= 0 && static_cast<size_t>(number) < presets.size())
+        if (const auto read =
+                Host::ReadPreset(presets[static_cast<size_t>(number)].json, SharedCatalog());
+            read.value)
+            instrument.LoadPreset(*read.value);
+    if (const auto program = instrument.Poll())
+        LoadProgram(*program);
+}
+
+/// A program that the set list does not have changes nothing.
+void Caretaker::LoadProgram(uint32_t program) {
+    if (library == nullptr)
+        library = std::make_unique<Host::PresetLibrary>(SharedCatalog(), Host::FactoryPresets(),
+                                                        Host::PresetLibrary::UsualFolder());
+    const auto& names = library->SetList();
+    const auto entry = program < names.size() ? library->Find(names[program]) : std::nullopt;
+    if (!entry)
+        return;
+    if (const auto read = library->Load(*entry); read.value)
+        instrument.LoadPreset(*read.value);
+}
+
+}  // namespace Quorvan::Plugins

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "host/instrument/Instrument.h"
+#include "host/instrument/PresetLibrary.h"
+
+namespace Quorvan::Plugins {
+
+/// Looks after an instrument in hosts that give a plug-in no thread of its own for slow work: takes
+/// up what MIDI has taught, and loads the presets that programs ask for. Its thread lives as long as
+/// it does and looks twenty times a second.
+class Caretaker {
+public:
+    explicit Caretaker(Host::Instrument& caredFor);
+    ~Caretaker();
+    Caretaker(const Caretaker&) = delete;
+    Caretaker& operator=(const Caretaker&) = delete;
+
+    /// Asks for a factory preset by its number; from any thread, waits for nothing. The last one
+    /// asked for counts.
+    void AskForFactoryPreset(uint32_t number) {
+        wanted.store(static_cast<int32_t>(number), std::memory_order_relaxed);
+    }
+
+private:
+    void Look();
+    void LoadProgram(uint32_t program);
+
+    Host::Instrument& instrument;
+    std::unique_ptr<Host::PresetLibrary> library;  ///< made at the first program change
+    std::atomic<int32_t> wanted{-1};
+    std::atomic<bool> ends{false};
+    std::thread thread;
+};
+
+}  // namespace Quorvan::Plugins
