@@ -12,8 +12,8 @@
 namespace Quorvan::Plugins {
 
 /// Looks after an instrument in hosts that give a plug-in no thread of its own for slow work: takes
-/// up what MIDI has taught, and loads the presets that programs ask for. Its thread lives as long as
-/// it does and looks twenty times a second.
+/// up what MIDI has taught, and loads the presets that programs ask for. Its thread lives as long
+/// as it does and looks twenty times a second.
 class Caretaker {
 public:
     explicit Caretaker(Host::Instrument& caredFor);

@@ -191,10 +191,10 @@ TEST(InstrumentTest, EditsAreTakenBackByGestureAndSoundsCompared) {
     instrument.Flush({ControlAt(0, kMorphControl, 0.25)});
     EXPECT_FLOAT_EQ(instrument.Position(feedback), 0.7f);
 
-    const std::vector<float> pans{instrument.Position(109), instrument.Position(feedback)};
-    instrument.Randomise(Catalog()[109].group, 0.5f, 3);
-    EXPECT_NE(instrument.Position(109), pans[0]);
-    EXPECT_EQ(instrument.Position(feedback), pans[1]);
+    const std::vector<float> before{instrument.Position(98), instrument.Position(feedback)};
+    instrument.Randomise(Catalog()[98].group, 0.5f, 3);
+    EXPECT_NE(instrument.Position(98), before[0]);
+    EXPECT_EQ(instrument.Position(feedback), before[1]);
 }
 
 /// One thread plays as a host does and traps what it must not do; others work on the same
