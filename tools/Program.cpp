@@ -21,6 +21,7 @@
 #include "tools/commands/PresetsCommand.h"
 #include "tools/commands/RenderCommand.h"
 #include "tools/support/Failure.h"
+#include "tools/support/StandardStreams.h"
 #include "tools/support/TemporaryFiles.h"
 
 namespace Quorvan::Tools {
@@ -67,9 +68,11 @@ ExitCode Complain(ExitCode code, const std::string& sentence) {
     return code;
 }
 
-ExitCode RunGuarded(const Commands& commands) {
+/// Turns everything that a command throws into a sentence and a code.
+template <class Run>
+ExitCode Guarded(Run run) {
     try {
-        return RunAsked(commands);
+        return run();
     } catch (const Failure& failure) {
         return Complain(failure.Code(), failure.what());
     } catch (const std::bad_alloc&) {
@@ -109,29 +112,40 @@ void SetUp(CLI::App& program) {
     });
 }
 
+ExitCode Dispatch(CLI::App& program, const Commands& commands, int count,
+                  const char* const* arguments) {
+    if (count < 2) {
+        std::cerr << program.help();
+        return ExitCode::Usage;
+    }
+    const std::string_view typed = arguments[1];
+    if (typed == "help" || typed == "version") {
+        std::cout << (typed == "help" ? program.help() : std::string(TESSERAE_VERSION) + "\n");
+        return ExitCode::Success;
+    }
+    if (const auto sentence = UnknownCommand(program, typed))
+        return Complain(ExitCode::Usage, *sentence);
+    try {
+        program.parse(count, arguments);
+    } catch (const CLI::ParseError& wrong) {
+        return program.exit(wrong) == 0 ? ExitCode::Success : ExitCode::Usage;
+    }
+    return RunAsked(commands);
+}
+
 }  // namespace
 
 int RunProgram(int count, const char* const* arguments) {
+    StandardStreams::HoldPlaces();
     TemporaryFiles::InstallHandlers();
     CLI::App program("Tesserae renders sound through its live granular processor.", "tesserae");
     SetUp(program);
     const Commands commands = MakeCommands(program);
-    if (count < 2) {
-        std::cerr << program.help();
-        return static_cast<int>(ExitCode::Usage);
-    }
-    if (const std::string_view typed = arguments[1]; typed == "help" || typed == "version") {
-        std::cout << (typed == "help" ? program.help() : std::string(TESSERAE_VERSION) + "\n");
-        return static_cast<int>(ExitCode::Success);
-    }
-    if (const auto sentence = UnknownCommand(program, arguments[1]))
-        return static_cast<int>(Complain(ExitCode::Usage, *sentence));
-    try {
-        program.parse(count, arguments);
-    } catch (const CLI::ParseError& wrong) {
-        return program.exit(wrong) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
-    }
-    return static_cast<int>(RunGuarded(commands));
+    return static_cast<int>(Guarded([&] {
+        const ExitCode code = Dispatch(program, commands, count, arguments);
+        Command::CheckPrinted();
+        return code;
+    }));
 }
 
 }  // namespace Quorvan::Tools

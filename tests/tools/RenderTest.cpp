@@ -49,6 +49,27 @@ TEST_F(RenderTest, LatencyIsTakenOffTheFront) {
     }
 }
 
+TEST_F(RenderTest, PipesCarryWhatFilesHold) {
+    Input({Noise(3, 4800, 0.4f)}, 44100);
+    Run({});
+    const std::string file = ReadFile(folder / "out.wav");
+    const auto pipe = [this](const std::string& options) {
+        const std::string line = "cat " + (folder / "in.wav") + " | " TESSERAE_BINARY " render - " +
+                                 options + " --seed 5 --tail 0 -o - 2>" + (folder / "words") +
+                                 " | cat >" + (folder / "piped");
+        EXPECT_EQ(std::system(line.c_str()), 0);
+        return ReadFile(folder / "piped");
+    };
+    EXPECT_TRUE(pipe("") == file);
+    EXPECT_NE(ReadFile(folder / "words").find("seed 5"), std::string::npos);
+    // Without headers, the same sound at the same rate.
+    const std::string raw = pipe("--format raw");
+    EXPECT_EQ(raw.size(), 4800u * 2 * sizeof(float));
+    WriteFile(folder / "in.wav", raw);
+    EXPECT_TRUE(pipe("--raw-rate 44100 --format raw --set 'Dry / Wet=0' --set 'Master Volume=1'") ==
+                raw);
+}
+
 TEST_F(RenderTest, MonoGoesInAsMonoAndComesOutOnBothSides) {
     const std::vector<float> noise = Noise(3, 4800, 0.4f);
     Input({noise});

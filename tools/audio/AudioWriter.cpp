@@ -6,7 +6,6 @@
 #include <cmath>
 #include <string>
 
-#include "host/parameters/Sentence.h"
 #include "tools/audio/OggSerial.h"
 #include "tools/support/Failure.h"
 
@@ -62,8 +61,8 @@ void AudioWriter::Open(double rate, uint64_t expectedFrames) {
     file->handle = sf_open_virtual(&file->operations, SFM_WRITE, &info, &output);
     if (file->handle == nullptr) {
         output.ThrowIfFailed();
-        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
-                                            " could not be begun: " + sf_strerror(nullptr));
+        throw Failure(ExitCode::Output,
+                      output.Text() + " could not be begun: " + sf_strerror(nullptr));
     }
     // That chunk would hold the time of day.
     sf_command(file->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
@@ -100,17 +99,16 @@ void AudioWriter::WriteIntegers(const float* const* channels, size_t frames) {
 void AudioWriter::Check(int64_t written, size_t wanted) const {
     output.ThrowIfFailed();
     if (written != static_cast<int64_t>(wanted))
-        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
-                                            " could not be written: " + sf_strerror(file->handle) +
-                                            ".");
+        throw Failure(ExitCode::Output,
+                      output.Text() + " could not be written: " + sf_strerror(file->handle) + ".");
 }
 
 void AudioWriter::Finish() {
     const int error = file->Close();
     output.ThrowIfFailed();
     if (error != 0)
-        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
-                                            " could not be completed: " + sf_error_number(error));
+        throw Failure(ExitCode::Output,
+                      output.Text() + " could not be completed: " + sf_error_number(error));
     if (form.isOgg)
         FixOggSerial(output);
 }

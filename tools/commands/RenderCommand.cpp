@@ -22,12 +22,26 @@ RenderCommand::RenderCommand(CLI::App& program)
 
 void RenderCommand::AddFiles() {
     CLI::App& app = Options();
-    app.add_option("input", settings.input, "Sound file to read, mono or stereo")
+    app.add_option("input", settings.input,
+                   "Sound file to read, mono or stereo; - is standard input")
         ->required()
         ->type_name("IN");
-    app.add_option("-o,--output", settings.output, "Sound file to write")
+    app.add_option(
+           "-o,--output", settings.output,
+           "Sound file to write; - is standard output, as WAV unless --format says otherwise")
         ->required()
         ->type_name("OUT");
+    CLI::Option* const rawRate =
+        app.add_option("--raw-rate", settings.rawRate,
+                       "IN has no header: 32-bit floats at this rate, low byte first, channels "
+                       "interleaved")
+            ->check(NumberFrom(1000, 768000))
+            ->type_name("HZ");
+    app.add_option("--raw-channels", settings.rawChannels,
+                   "Channels of an input without header, 1 or 2 (default: 2)")
+        ->check(NumberFrom(1, 2))
+        ->needs(rawRate)
+        ->type_name("N");
     app.add_option("--sidechain", settings.sideChain,
                    "Sound file that the envelope follower can listen to")
         ->type_name("FILE");
@@ -97,8 +111,8 @@ void RenderCommand::AddForm() {
         ->check(NumberFrom(1000, 768000))
         ->type_name("HZ");
     app.add_option("--format", settings.format,
-                   "wav, aiff, flac, ogg, caf; 16, 24, 32, float, vorbis, opus; or both: wav-float "
-                   "(default: by the ending, 24 bit, Vorbis in .ogg)")
+                   "wav, aiff, flac, ogg, caf, raw; 16, 24, 32, float, vorbis, opus; or both: "
+                   "wav-float (default: by the ending, 24 bit, Vorbis in .ogg, float in raw)")
         ->type_name("FORMAT");
     app.add_flag("--mono", settings.mono, "Write one channel");
     app.add_flag("--json", asJson, "Print the summary as JSON");
@@ -111,13 +125,18 @@ ExitCode RenderCommand::Run() {
     const Host::ParameterCatalog catalog;
     RenderJob job(settings, catalog);
     const Summary summary = job.Run();
-    for (const std::string& warning : summary.warnings)
-        std::cerr << "tesserae: " << warning << "\n";
+    // Where the sound goes to standard output, what is told of it can't.
+    const bool isTaken = job.UsesStandardOutput();
+    std::ostream& words = isTaken ? std::cerr : std::cout;
+    if (!asJson || !isTaken) {  // JSON holds them, and should stay JSON
+        for (const std::string& warning : summary.warnings)
+            std::cerr << "tesserae: " << warning << "\n";
+    }
     if (asJson)
-        std::cout << summary.Json() << "\n";
+        words << summary.Json() << "\n";
     else if (!quiet)
-        std::cout << summary.Line() << "\n";
-    return Printed();
+        words << summary.Line() << "\n";
+    return ExitCode::Success;
 }
 
 }  // namespace Quorvan::Tools

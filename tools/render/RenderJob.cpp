@@ -76,7 +76,10 @@ Summary RenderJob::Run() {
 
 std::unique_ptr<AudioSource> RenderJob::OpenSource(const std::filesystem::path& path,
                                                    double wantedRate, AudioReader*& reader) const {
-    auto opened = std::make_unique<AudioReader>(path);
+    std::optional<RawSound> raw;
+    if (&path == &settings.input && settings.rawRate)
+        raw = RawSound{*settings.rawRate, settings.rawChannels};
+    auto opened = std::make_unique<AudioReader>(path, raw);
     reader = opened.get();
     const double target = wantedRate > 0.0 ? wantedRate : reader->Rate();
     return Resampler::At(target, std::move(opened));
@@ -118,15 +121,19 @@ void RenderJob::RefuseSharedFiles() const {
     const auto same = [](const std::optional<Path>& one, const std::optional<Path>& other) {
         return one && other && AtomicOutput::PlaceOf(*one) == AtomicOutput::PlaceOf(*other);
     };
+    if (settings.sideChain && StandardStreams::IsMeant(settings.input) &&
+        StandardStreams::IsMeant(*settings.sideChain))
+        throw Failure(ExitCode::Usage,
+                      "Sound and side-chain can't both come from standard input. Name a file.");
     for (const Use& one : outputs)
         for (const Use& other : outputs)
             if (&one < &other && same(one.file, other.file))
                 throw Failure(ExitCode::Usage,
                               one.what + " and " + Host::Lower(other.what) + " can't both go to " +
-                                  Host::Quoted(one.file->string()) + ". Name two files.");
+                                  StandardStreams::OutputText(*one.file) + ". Name two files.");
     for (const Use& output : outputs)
         for (const Use& source : sources)
-            if (same(output.file, source.file))
+            if (same(output.file, source.file) && !StandardStreams::IsMeant(*output.file))
                 throw Failure(ExitCode::Usage, Host::Quoted(output.file->string()) + " is the " +
                                                    source.what +
                                                    " that this run reads. Name another file to "
@@ -134,7 +141,8 @@ void RenderJob::RefuseSharedFiles() const {
 }
 
 void RenderJob::RefuseOtherPictures() const {
-    if (settings.picture && Host::Lower(settings.picture->extension().string()) != ".png")
+    if (settings.picture && !StandardStreams::IsMeant(*settings.picture) &&
+        Host::Lower(settings.picture->extension().string()) != ".png")
         throw Failure(ExitCode::Usage, "Pictures are written as PNG only. Let the name " +
                                            Host::Quoted(settings.picture->string()) +
                                            " end in .png.");
@@ -250,8 +258,11 @@ void RenderJob::Render() {
 void RenderJob::WritePicture() {
     if (!picture)
         return;
-    picture->title = settings.input.filename().string() + "  \xe2\x86\x92  " +
-                     settings.output.filename().string();
+    const auto name = [](const std::filesystem::path& file, const char* stream) {
+        return StandardStreams::IsMeant(file) ? stream : file.filename().string();
+    };
+    picture->title = name(settings.input, "standard input") + "  \xe2\x86\x92  " +
+                     name(settings.output, "standard output");
     picture->subtitle = "Preset \xe2\x80\x9c" + summary.preset + "\xe2\x80\x9d   \xc2\xb7   " +
                         Fixed(tempo, 0) + " BPM, song " +
                         (settings.playing ? "playing" : "stopped") + "   \xc2\xb7   " +
@@ -280,7 +291,7 @@ void RenderJob::WriteModulation() {
 
 void RenderJob::WarnOfBadSamples(const std::filesystem::path& path, uint64_t count) {
     if (count > 0)
-        summary.warnings.push_back(Host::Quoted(path.string()) + " holds " + Grouped(count) +
+        summary.warnings.push_back(StandardStreams::InputText(path) + " holds " + Grouped(count) +
                                    " samples that are no numbers (NaN or infinity). They were " +
                                    "taken as 0; export the file again if it should hold sound.");
 }
@@ -303,13 +314,21 @@ void RenderJob::Account() {
                                    "many fall on one moment. Thin them out.");
 }
 
+bool RenderJob::UsesStandardOutput() const {
+    return StandardStreams::IsMeant(settings.output) ||
+           (settings.picture && StandardStreams::IsMeant(*settings.picture)) ||
+           (settings.modulationCsv && StandardStreams::IsMeant(*settings.modulationCsv));
+}
+
 void RenderJob::Commit() {
+    // Standard output comes first and without the pause: its reader may be slow, or gone.
+    for (std::optional<AtomicOutput>* file : {&soundFile, &pictureFile, &modulationFile})
+        if (*file && (*file)->IsStandardOutput())
+            (*file)->Commit();
     const SignalPause pause;
-    if (pictureFile)
-        pictureFile->Commit();
-    if (modulationFile)
-        modulationFile->Commit();
-    soundFile->Commit();
+    for (std::optional<AtomicOutput>* file : {&pictureFile, &modulationFile, &soundFile})
+        if (*file && !(*file)->IsStandardOutput())
+            (*file)->Commit();
 }
 
 }  // namespace Quorvan::Tools

@@ -28,6 +28,8 @@ public:
 
     /// Throws Failure; then no file has been made or touched.
     Summary Run();
+    /// One of the results goes to standard output.
+    bool UsesStandardOutput() const;
 
 private:
     void OpenSources();

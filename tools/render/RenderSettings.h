@@ -10,8 +10,10 @@ namespace Quorvan::Tools {
 
 /// What a render is asked for: the command line in order.
 struct RenderSettings {
-    std::filesystem::path input;
-    std::filesystem::path output;
+    std::filesystem::path input;      ///< "-" is standard input
+    std::filesystem::path output;     ///< "-" is standard output, here and with the two below
+    std::optional<uint32_t> rawRate;  ///< hertz; the input has no header then (RawSound)
+    uint32_t rawChannels = 2;
     std::optional<std::filesystem::path> sideChain;
     std::optional<std::filesystem::path> automation;
     std::optional<std::filesystem::path> picture;

@@ -53,6 +53,11 @@ fs::path AtomicOutput::PlaceOf(const fs::path& name) {
 
 AtomicOutput::AtomicOutput(const fs::path& target, bool replace)
     : name(target), place(PlaceOf(target)), replaces(replace) {
+    if (IsStandardOutput()) {
+        StandardStreams::CheckOutput();
+        file = StandardStreams::OpenNameless();
+        return;
+    }
     CheckPlace();
     OpenTemporary();
 }
@@ -62,6 +67,8 @@ AtomicOutput::~AtomicOutput() {
         return;
     const SignalPause pause;
     close(file);
+    if (IsStandardOutput())
+        return;
     unlink(temporary.c_str());
     TemporaryFiles::Forget(registration);
 }
@@ -140,8 +147,7 @@ bool AtomicOutput::Keep(bool succeeded) {
 }
 
 void AtomicOutput::Fail(int error) const {
-    throw Failure(ExitCode::Output,
-                  Host::Quoted(name.string()) + " could not be written: " + Reason(error));
+    throw Failure(ExitCode::Output, Text() + " could not be written: " + Reason(error));
 }
 
 void AtomicOutput::ThrowIfFailed() const {
@@ -151,6 +157,8 @@ void AtomicOutput::ThrowIfFailed() const {
 
 void AtomicOutput::Commit() {
     ThrowIfFailed();
+    if (IsStandardOutput())
+        return StandardStreams::CopyToOutput(file);
     KeepPermissions();
     // Some disks tell that they are full only here. Those that know no such call have nothing to
     // tell.
