@@ -205,6 +205,21 @@ TEST_F(RenderTest, SetTakesPositionsAndValues) {
     EXPECT_NE(texture, pitch);
 }
 
+TEST_F(RenderTest, SavedPresetIsTheSound) {
+    Input({Noise(1, kSecond / 2, 0.3f)});
+    const Arguments sound{
+        "--preset", "clockwork-arpeggio", "--set", "MoteWeaver_Pitch=7 st", "--tempo", "97"};
+    Arguments saving = sound;
+    saving.insert(saving.end(), {"--save-preset", folder / "mine.json"});
+    const Channels first = Render(saving);
+    EXPECT_EQ(Render({"--preset", folder / "mine.json"}), first);
+    const auto preset = nlohmann::json::parse(ReadFile(folder / "mine.json"));
+    EXPECT_EQ(preset["name"], "mine");
+    EXPECT_FALSE(preset["routings"].empty());
+    saving.back() = folder / "in.wav";
+    EXPECT_EQ(RunTool(Command(saving)).exitCode, 2) << "the run reads it";
+}
+
 TEST_F(RenderTest, AutomationLandsOnTheBlockThatHoldsItsMoment) {
     Input({std::vector<float>(kSecond, 0.25f)});
     WriteFile(folder / "a.csv", "seconds,parameter,position\n0.25,Bypass,1\n0.5,Bypass,0\n");

@@ -73,6 +73,9 @@ void RenderCommand::AddSound() {
                    "repeated")
         ->type_name("NAME=POSITION")
         ->allow_extra_args(false);
+    app.add_option("--save-preset", settings.savePreset,
+                   "Also write the sound that --preset and --set make, as a preset")
+        ->type_name("FILE");
     app.add_option("--automation", settings.automation,
                    "CSV or JSON list of time, parameter name, position")
         ->type_name("FILE");
@@ -126,7 +129,7 @@ ExitCode RenderCommand::Run() {
     RenderJob job(settings, catalog);
     const Summary summary = job.Run();
     // Where the sound goes to standard output, what is told of it can't.
-    const bool isTaken = job.UsesStandardOutput();
+    const bool isTaken = RenderOutputs::UseStandardOutput(settings);
     std::ostream& words = isTaken ? std::cerr : std::cout;
     if (!asJson || !isTaken) {  // JSON holds them, and should stay JSON
         for (const std::string& warning : summary.warnings)

@@ -12,6 +12,7 @@
 #include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
+#include "host/state/PresetFormat.h"
 #include "host/state/StateTransfer.h"
 #include "primitives/Clock.h"
 #include "tools/audio/Resampler.h"
@@ -19,12 +20,11 @@
 #include "tools/render/FileSink.h"
 #include "tools/render/GrainCounter.h"
 #include "tools/render/Renderer.h"
+#include "tools/render/SavedPreset.h"
 #include "tools/render/SlotText.h"
 #include "tools/render/TailTrimmer.h"
-#include "tools/support/Failure.h"
 #include "tools/support/Numbers.h"
 #include "tools/support/Progress.h"
-#include "tools/support/TemporaryFiles.h"
 
 namespace Quorvan::Tools {
 
@@ -68,7 +68,7 @@ Summary RenderJob::Run() {
     WritePicture();
     WriteModulation();
     Account();
-    Commit();
+    outputs->Commit();
     summary.elapsed =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return summary;
@@ -95,57 +95,7 @@ void RenderJob::OpenSources() {
 void RenderJob::OpenOutputs() {
     summary.channels = settings.mono ? 1 : 2;
     format = AudioFormat::Choose(settings.output, settings.format, rate, summary.channels);
-    RefuseSharedFiles();
-    RefuseOtherPictures();
-    soundFile.emplace(settings.output, settings.force);
-    if (settings.picture)
-        pictureFile.emplace(*settings.picture, settings.force);
-    if (settings.modulationCsv)
-        modulationFile.emplace(*settings.modulationCsv, settings.force);
-}
-
-void RenderJob::RefuseSharedFiles() const {
-    using Path = std::filesystem::path;
-    struct Use {
-        std::string what;
-        std::optional<Path> file;
-    };
-    const Use outputs[] = {{"Sound", settings.output},
-                           {"Picture", settings.picture},
-                           {"Modulation", settings.modulationCsv}};
-    const Use sources[] = {{"sound", settings.input},
-                           {"side-chain", settings.sideChain},
-                           {"automation", settings.automation},
-                           {"preset", settings.preset}};
-    // One file can have several names: "out.wav", "./out.wav", a link.
-    const auto same = [](const std::optional<Path>& one, const std::optional<Path>& other) {
-        return one && other && AtomicOutput::PlaceOf(*one) == AtomicOutput::PlaceOf(*other);
-    };
-    if (settings.sideChain && StandardStreams::IsMeant(settings.input) &&
-        StandardStreams::IsMeant(*settings.sideChain))
-        throw Failure(ExitCode::Usage,
-                      "Sound and side-chain can't both come from standard input. Name a file.");
-    for (const Use& one : outputs)
-        for (const Use& other : outputs)
-            if (&one < &other && same(one.file, other.file))
-                throw Failure(ExitCode::Usage,
-                              one.what + " and " + Host::Lower(other.what) + " can't both go to " +
-                                  StandardStreams::OutputText(*one.file) + ". Name two files.");
-    for (const Use& output : outputs)
-        for (const Use& source : sources)
-            if (same(output.file, source.file) && !StandardStreams::IsMeant(*output.file))
-                throw Failure(ExitCode::Usage, Host::Quoted(output.file->string()) + " is the " +
-                                                   source.what +
-                                                   " that this run reads. Name another file to "
-                                                   "write to.");
-}
-
-void RenderJob::RefuseOtherPictures() const {
-    if (settings.picture && !StandardStreams::IsMeant(*settings.picture) &&
-        Host::Lower(settings.picture->extension().string()) != ".png")
-        throw Failure(ExitCode::Usage, "Pictures are written as PNG only. Let the name " +
-                                           Host::Quoted(settings.picture->string()) +
-                                           " end in .png.");
+    outputs.emplace(settings);
 }
 
 void RenderJob::PrepareEngine() {
@@ -158,6 +108,7 @@ void RenderJob::PrepareEngine() {
                      .sideChainInputs = side != nullptr ? side->Channels() : 0,
                      .sendsFeedback = WantsModulation()});
     Host::ApplyPreset(sound.preset, *engine, catalog);
+    WritePreset();
     for (const Host::ParameterValue& lever : sound.levers)
         engine->Write(lever.index, lever.position);
     if (WantsModulation())
@@ -167,6 +118,16 @@ void RenderJob::PrepareEngine() {
     if (settings.picture)
         picture.emplace(*engine);
     NoteRoutes();
+}
+
+/// Called ahead of the levers and of the first block: the sound and nothing else.
+void RenderJob::WritePreset() {
+    if (!outputs->preset)
+        return;
+    const std::string text = Host::WritePreset(
+        SavedPreset(Host::CapturePreset(*engine, catalog), sound.preset, settings), catalog);
+    outputs->preset->Write(text.data(), static_cast<int64_t>(text.size()));
+    summary.savedPreset = *settings.savePreset;
 }
 
 /// Sources that are routed and effects that are heard now join those that the picture shows.
@@ -210,7 +171,8 @@ bool RenderJob::HasFaded(uint64_t quietFrames) {
 void RenderJob::Render() {
     const auto tail = static_cast<uint64_t>(std::llround(TailSeconds() * rate));
     const std::optional<uint64_t> inputFrames = main->Frames();
-    AudioWriter writer(*soundFile, format, rate, summary.channels, inputFrames.value_or(0) + tail);
+    AudioWriter writer(outputs->sound, format, rate, summary.channels,
+                       inputFrames.value_or(0) + tail);
     FileSink file(writer, rate, summary.channels);
     GrainCounter grains;
     engine->AddListener(grains);
@@ -276,16 +238,16 @@ void RenderJob::WritePicture() {
         std::iota(picture->sources.begin(), picture->sources.end(), 0u);
     }
     picture->effects = JoinSlotTexts(effects);
-    DrawPicture(*picture, *pictureFile);
+    DrawPicture(*picture, *outputs->picture);
     summary.picture = *settings.picture;
 }
 
 void RenderJob::WriteModulation() {
-    if (!modulationFile)
+    if (!outputs->modulation)
         return;
     const auto end = static_cast<uint64_t>(std::llround(summary.seconds * rate));
     const std::string text = modulation->Csv(rate, end);
-    modulationFile->Write(text.data(), static_cast<int64_t>(text.size()));
+    outputs->modulation->Write(text.data(), static_cast<int64_t>(text.size()));
     summary.modulationCsv = *settings.modulationCsv;
 }
 
@@ -312,23 +274,6 @@ void RenderJob::Account() {
     if (const uint64_t lost = engine->Counts().refusedWrites; lost > 0)
         summary.warnings.push_back(Grouped(lost) + " writes of the automation were left out: too " +
                                    "many fall on one moment. Thin them out.");
-}
-
-bool RenderJob::UsesStandardOutput() const {
-    return StandardStreams::IsMeant(settings.output) ||
-           (settings.picture && StandardStreams::IsMeant(*settings.picture)) ||
-           (settings.modulationCsv && StandardStreams::IsMeant(*settings.modulationCsv));
-}
-
-void RenderJob::Commit() {
-    // Standard output comes first and without the pause: its reader may be slow, or gone.
-    for (std::optional<AtomicOutput>* file : {&soundFile, &pictureFile, &modulationFile})
-        if (*file && (*file)->IsStandardOutput())
-            (*file)->Commit();
-    const SignalPause pause;
-    for (std::optional<AtomicOutput>* file : {&pictureFile, &modulationFile, &soundFile})
-        if (*file && !(*file)->IsStandardOutput())
-            (*file)->Commit();
 }
 
 }  // namespace Quorvan::Tools

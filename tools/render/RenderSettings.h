@@ -21,8 +21,9 @@ struct RenderSettings {
     std::optional<std::filesystem::path> modulationCsv;
     std::vector<std::string> modulationDestinations;  ///< readable names, for the CSV
 
-    std::string preset = "init";           ///< a factory preset's name, or a file
-    std::vector<std::string> assignments;  ///< NAME=POSITION
+    std::string preset = "init";                      ///< a factory preset's name, or a file
+    std::vector<std::string> assignments;             ///< NAME=POSITION
+    std::optional<std::filesystem::path> savePreset;  ///< file for the sound that both make
 
     std::optional<double> tempo;  ///< beats per minute; else the preset's, else 120
     bool playing = true;

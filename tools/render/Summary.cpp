@@ -63,6 +63,8 @@ std::string Summary::Json() const {
         json["picture"] = picture.string();
     if (!modulationCsv.empty())
         json["modulationCsv"] = modulationCsv.string();
+    if (!savedPreset.empty())
+        json["savedPreset"] = savedPreset.string();
     json["seed"] = seed;
     json["rate"] = rate;
     json["channels"] = channels;

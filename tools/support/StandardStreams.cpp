@@ -57,8 +57,8 @@ int TakeInput() {
         STDIN_FILENO, file,
         [](int error) { Refuse(ExitCode::Input, "Standard input can't be read", error); },
         [](int error) {
-            Refuse(ExitCode::Output, "Standard input can't be kept in the folder for temporary files",
-                   error);
+            Refuse(ExitCode::Output,
+                   "Standard input can't be kept in the folder for temporary files", error);
         });
     return file;
 }
@@ -97,9 +97,10 @@ int OpenInput() {
 
 void CheckOutput() {
     if (isatty(STDOUT_FILENO) != 0)
-        throw Failure(ExitCode::Usage,
-                      "Standard output is a terminal, which can't show files. Send it on with \"|\" "
-                      "or \">\", or name a file.");
+        throw Failure(
+            ExitCode::Usage,
+            "Standard output is a terminal, which can't show files. Send it on with \"|\" "
+            "or \">\", or name a file.");
 }
 
 void CopyToOutput(int file) {
