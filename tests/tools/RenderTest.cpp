@@ -205,6 +205,22 @@ TEST_F(RenderTest, SetTakesPositionsAndValues) {
     EXPECT_NE(texture, pitch);
 }
 
+TEST_F(RenderTest, VariationsAreTheSeedsThatFollow) {
+    Input({Noise(1, kSecond / 4, 0.3f)});
+    const auto all = Summary({"--variations", "10", "--picture", folder / "out.png"})["variations"];
+    ASSERT_EQ(all.size(), 10u);
+    EXPECT_EQ(all[9]["seed"], 14);
+    EXPECT_EQ(all[9]["picture"], folder / "out-10.png");
+    const std::string third = ReadFile(folder / "out-03.wav");
+    Run({"--seed", "7"});
+    EXPECT_TRUE(ReadFile(folder / "out.wav") == third);
+    EXPECT_FALSE(ReadFile(folder / "out-04.wav") == third);
+    Arguments again{"render", folder / "in.wav", "-o", folder / "new.wav", "--variations", "3"};
+    WriteFile(folder / "new-3.wav", "older");
+    EXPECT_EQ(RunTool(again).exitCode, 4);
+    EXPECT_FALSE(std::filesystem::exists(folder / "new-1.wav")) << "all places are looked at first";
+}
+
 TEST_F(RenderTest, SavedPresetIsTheSound) {
     Input({Noise(1, kSecond / 2, 0.3f)});
     const Arguments sound{

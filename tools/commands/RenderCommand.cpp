@@ -2,8 +2,11 @@
 
 #include <iostream>
 
+#include <nlohmann/json.hpp>
+
 #include "host/parameters/ParameterCatalog.h"
 #include "tools/render/RenderJob.h"
+#include "tools/render/Variations.h"
 #include "tools/support/NumberChecks.h"
 
 namespace Quorvan::Tools {
@@ -84,6 +87,11 @@ void RenderCommand::AddSound() {
                    "chooses, and the summary tells")
         ->transform(WholeNumber())
         ->type_name("N");
+    app.add_option("--variations", variations,
+                   "Render so often, with seeds from --seed upward, into files with numbers: "
+                   "out-1.wav, out-2.wav, ...")
+        ->check(NumberFrom(1, 999))
+        ->type_name("COUNT");
 }
 
 void RenderCommand::AddTime() {
@@ -122,23 +130,48 @@ void RenderCommand::AddForm() {
     app.add_flag("-q,--quiet", quiet, "No progress bar and no summary");
 }
 
-ExitCode RenderCommand::Run() {
-    settings.playing = !stopped;
-    settings.progress = !quiet;
+void RenderCommand::Warn(const Summary& summary) const {
+    for (const std::string& warning : summary.warnings)
+        std::cerr << "tesserae: " << warning << "\n";
+}
+
+void RenderCommand::RunOne() {
     const Host::ParameterCatalog catalog;
     RenderJob job(settings, catalog);
     const Summary summary = job.Run();
     // Where the sound goes to standard output, what is told of it can't.
     const bool isTaken = RenderOutputs::UseStandardOutput(settings);
     std::ostream& words = isTaken ? std::cerr : std::cout;
-    if (!asJson || !isTaken) {  // JSON holds them, and should stay JSON
-        for (const std::string& warning : summary.warnings)
-            std::cerr << "tesserae: " << warning << "\n";
-    }
+    if (!asJson || !isTaken)  // JSON holds them, and should stay JSON
+        Warn(summary);
     if (asJson)
         words << summary.Json() << "\n";
     else if (!quiet)
         words << summary.Line() << "\n";
+}
+
+void RenderCommand::RunVariations() {
+    const Host::ParameterCatalog catalog;
+    const std::vector<RenderSettings> all = Variations(settings, variations);
+    for (const RenderSettings& one : all)
+        const RenderOutputs trial(one);
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const RenderSettings& one : all) {
+        const Summary summary = RenderJob(one, catalog).Run();
+        Warn(summary);
+        if (asJson)
+            list.push_back(nlohmann::ordered_json::parse(summary.Json()));
+        else if (!quiet)
+            std::cout << summary.Line() << std::endl;  // as soon as its file is there
+    }
+    if (asJson)
+        std::cout << nlohmann::ordered_json{{"variations", list}}.dump(2) << "\n";
+}
+
+ExitCode RenderCommand::Run() {
+    settings.playing = !stopped;
+    settings.progress = !quiet;
+    variations > 0 ? RunVariations() : RunOne();
     return ExitCode::Success;
 }
 

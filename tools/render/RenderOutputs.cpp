@@ -44,11 +44,11 @@ void RefuseSharedOutputs(const RenderSettings& settings) {
     for (const Use& one : outputs)
         for (const Use& other : outputs)
             if (&one < &other && IsSame(one, other))
-                throw Failure(ExitCode::Usage,
-                              one.what + " and " + Host::Lower(other.what) + " can't both go to " +
-                                  (IsStream(one) ? "standard output"
-                                                 : Host::Quoted(one.file->string())) +
-                                  ". Name two files.");
+                throw Failure(
+                    ExitCode::Usage,
+                    one.what + " and " + Host::Lower(other.what) + " can't both go to " +
+                        (IsStream(one) ? "standard output" : Host::Quoted(one.file->string())) +
+                        ". Name two files.");
 }
 
 void RefuseSharedSources(const RenderSettings& settings) {
