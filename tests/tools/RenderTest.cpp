@@ -221,6 +221,28 @@ TEST_F(RenderTest, VariationsAreTheSeedsThatFollow) {
     EXPECT_FALSE(std::filesystem::exists(folder / "new-1.wav")) << "all places are looked at first";
 }
 
+TEST_F(RenderTest, FilesTellWhatTheyAreAndHowTheyWereMade) {
+    SF_INFO form{0, 48000, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 0, 0};
+    SNDFILE* const file = sf_open((folder / "in.wav").c_str(), SFM_WRITE, &form);
+    sf_set_string(file, SF_STR_TITLE, "Im Fr\xc3\xbchling");
+    sf_set_string(file, SF_STR_ARTIST, "Nobody");
+    sf_set_string(file, SF_STR_COMMENT, "first take");
+    const std::vector<float> noise = Noise(1, 4800, 0.3f);
+    sf_writef_float(file, noise.data(), 4800);
+    sf_close(file);
+    for (const std::string name : {"a.wav", "a.aiff", "a.flac", "a.ogg", "a.opus", "a.caf"}) {
+        Run({"-o", folder / name, "--preset", "dense-cloud", "--set", "Feedback=-6 dB"});
+        const auto facts = nlohmann::json::parse(RunTool({"info", folder / name, "--json"}).out);
+        EXPECT_EQ(facts["tags"]["title"], "Im Fr\xc3\xbchling") << name;
+        EXPECT_EQ(facts["tags"]["artist"], "Nobody") << name;
+        EXPECT_EQ(facts["comment"].get<std::string>().substr(0, 11), "first take\n") << name;
+        EXPECT_EQ(facts["made"]["preset"], "dense-cloud") << name;
+        EXPECT_EQ(facts["made"]["seed"], 5) << name;
+        EXPECT_EQ(facts["made"]["options"][5], "Feedback=-6 dB") << name;
+        EXPECT_EQ(facts["channels"], 2) << name;
+    }
+}
+
 TEST_F(RenderTest, SavedPresetIsTheSound) {
     Input({Noise(1, kSecond / 2, 0.3f)});
     const Arguments sound{

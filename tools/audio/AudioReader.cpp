@@ -105,6 +105,19 @@ std::optional<uint64_t> AudioReader::Frames() const {
     return static_cast<uint64_t>(file->info.frames);
 }
 
+SoundTags AudioReader::Tags() const { return SoundTags(file->handle); }
+
+std::string AudioReader::FormatText() const {
+    const auto nameOf = [](int format) {
+        SF_FORMAT_INFO info{};
+        info.format = format;
+        const bool known = sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) == 0;
+        return std::string(known && info.name != nullptr ? info.name : "unknown");
+    };
+    return nameOf(file->info.format & SF_FORMAT_TYPEMASK) + ", " +
+           nameOf(file->info.format & SF_FORMAT_SUBMASK);
+}
+
 size_t AudioReader::Read(float* const* channels, size_t frames) {
     size_t done = 0;
     while (done < frames) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/audio/AudioSource.h"
+#include "tools/audio/SoundTags.h"
 
 namespace Quorvan::Tools {
 
@@ -31,6 +32,10 @@ public:
     size_t Read(float* const* channels, size_t frames) override;
 
     uint64_t BadSamples() const { return badSamples; }
+    /// What the file says beside its sound.
+    SoundTags Tags() const;
+    /// For people: "WAV (Microsoft), Signed 24 bit PCM".
+    std::string FormatText() const;
 
 private:
     void Open(const std::optional<RawSound>& raw);

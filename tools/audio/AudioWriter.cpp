@@ -43,14 +43,14 @@ struct AudioWriter::File {
 };
 
 AudioWriter::AudioWriter(AtomicOutput& target, const AudioFormat& format, double rate,
-                         uint32_t channels, uint64_t expectedFrames)
+                         uint32_t channels, uint64_t expectedFrames, const SoundTags& tags)
     : output(target), form(format), channelCount(channels), file(std::make_unique<File>()) {
-    Open(rate, expectedFrames);
+    Open(rate, expectedFrames, tags);
 }
 
 AudioWriter::~AudioWriter() = default;
 
-void AudioWriter::Open(double rate, uint64_t expectedFrames) {
+void AudioWriter::Open(double rate, uint64_t expectedFrames, const SoundTags& tags) {
     SF_INFO info{};
     info.samplerate = static_cast<int>(std::lround(rate));
     info.channels = static_cast<int>(channelCount);
@@ -67,6 +67,7 @@ void AudioWriter::Open(double rate, uint64_t expectedFrames) {
     // That chunk would hold the time of day.
     sf_command(file->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(file->handle, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    tags.WriteTo(file->handle);
 }
 
 void AudioWriter::Write(const float* const* channels, size_t frames) {

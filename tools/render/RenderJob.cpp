@@ -19,6 +19,7 @@
 #include "tools/picture/Picture.h"
 #include "tools/render/FileSink.h"
 #include "tools/render/GrainCounter.h"
+#include "tools/render/Recipe.h"
 #include "tools/render/Renderer.h"
 #include "tools/render/SavedPreset.h"
 #include "tools/render/SlotText.h"
@@ -172,7 +173,7 @@ void RenderJob::Render() {
     const auto tail = static_cast<uint64_t>(std::llround(TailSeconds() * rate));
     const std::optional<uint64_t> inputFrames = main->Frames();
     AudioWriter writer(outputs->sound, format, rate, summary.channels,
-                       inputFrames.value_or(0) + tail);
+                       inputFrames.value_or(0) + tail, Tags());
     FileSink file(writer, rate, summary.channels);
     GrainCounter grains;
     engine->AddListener(grains);
@@ -249,6 +250,14 @@ void RenderJob::WriteModulation() {
     const std::string text = modulation->Csv(rate, end);
     outputs->modulation->Write(text.data(), static_cast<int64_t>(text.size()));
     summary.modulationCsv = *settings.modulationCsv;
+}
+
+/// Those of the input, with how the render was made.
+SoundTags RenderJob::Tags() const {
+    SoundTags tags = mainReader->Tags();
+    tags.SetSoftware("Tesserae " TESSERAE_VERSION);
+    tags.AddToComment(Recipe::Of(settings, summary.seed).Line());
+    return tags;
 }
 
 void RenderJob::WarnOfBadSamples(const std::filesystem::path& path, uint64_t count) {

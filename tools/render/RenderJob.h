@@ -42,6 +42,7 @@ private:
     void WriteModulation();
     void NoteRoutes();
     bool WantsModulation() const { return settings.picture || settings.modulationCsv; }
+    SoundTags Tags() const;
     void Account();
     void WarnOfBadSamples(const std::filesystem::path& path, uint64_t count);
     std::unique_ptr<AudioSource> OpenSource(const std::filesystem::path& path, double rate,

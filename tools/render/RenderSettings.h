@@ -11,7 +11,7 @@ namespace Quorvan::Tools {
 /// What a render is asked for: the command line in order.
 struct RenderSettings {
     std::filesystem::path input;      ///< "-" is standard input
-    std::filesystem::path output;     ///< "-" is standard output, here and with the two below
+    std::filesystem::path output;     ///< "-" is standard output, as with the other results
     std::optional<uint32_t> rawRate;  ///< hertz; the input has no header then (RawSound)
     uint32_t rawChannels = 2;
     std::optional<std::filesystem::path> sideChain;
