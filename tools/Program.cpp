@@ -101,6 +101,25 @@ std::optional<std::string> UnknownCommand(const CLI::App& program, std::string_v
     return sentence.append(" Run \"tesserae --help\" for a list.");
 }
 
+/// The first word that looks like an option and is none.
+std::optional<std::string> UnknownOption(const CLI::App& command) {
+    for (const std::string& typed : command.remaining()) {
+        if (typed.size() < 2 || typed.front() != '-')
+            continue;
+        std::vector<std::string> names;
+        for (const CLI::Option* option : command.get_options())
+            for (const std::string& name : option->get_lnames())
+                names.push_back("--" + name);
+        const std::string name = typed.substr(0, typed.find('='));
+        const std::string all = std::string("tesserae ") + command.get_name() + " --help";
+        std::string sentence = "\"tesserae " + command.get_name() + "\" has no option ";
+        sentence.append(Host::Quoted(name)).append(". ");
+        sentence += Host::DidYouMean(Host::NearestNames(name, names, 2));
+        return sentence + (sentence.back() == '?' ? " " : "") + Host::Quoted(all) + " lists all.";
+    }
+    return std::nullopt;
+}
+
 void SetUp(CLI::App& program) {
     program.set_version_flag("--version", TESSERAE_VERSION);
     program.require_subcommand(1);
@@ -128,6 +147,10 @@ ExitCode Dispatch(CLI::App& program, const Commands& commands, int count,
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& wrong) {
+        for (const CLI::App* command : program.get_subcommands())
+            if (const auto sentence = UnknownOption(*command);
+                sentence && wrong.get_exit_code() != 0)
+                return Complain(ExitCode::Usage, *sentence);
         return program.exit(wrong) == 0 ? ExitCode::Success : ExitCode::Usage;
     }
     return RunAsked(commands);

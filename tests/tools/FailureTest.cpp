@@ -56,6 +56,8 @@ protected:
 TEST_F(FailureTest, TyposGiveTheNearestNames) {
     ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolut=0.5"}), 2,
                   {"MoteWeaver_GrainSizeAbsolut", "MoteWeaver_GrainSizeAbsolute"});
+    ExpectFailure(Render({"--presett", "dense-cloud"}), 2, {"\"--presett\"", "\"--preset\""});
+    ExpectFailure({"params", "--jsn"}, 2, {"\"--jsn\"", "\"--json\""});
     ExpectFailure(Render({"--preset", "dense-clud"}), 2, {"\"dense-clud\"", "\"dense-cloud\""});
     ExpectFailure(Render({"--set", "MoteWeaver_GranularMode=Textur3"}), 2, {"Classic", "Texture"});
 }
@@ -154,6 +156,10 @@ TEST_F(FailureTest, PlacesThatCannotBeWrittenAreNamed) {
     expect(folder / ".", {"folder"});
     expect("/dev/full", {"/dev/full", "device"});
     expect(folder / (std::string(300, 'x') + ".wav"), {"too long"});
+    expect(folder / "no\n\x1b[2Jwhere/out.wav", {"/no\\n\\x1b[2Jwhere/out.wav\""});
+    std::filesystem::create_symlink("gone.wav", folder / "link.wav");
+    before = folder.Content();
+    expect(folder / "link.wav", {"is a link", "\"gone.wav\"", "does not exist"});
     if (geteuid() != 0) {  // root may write anywhere
         mkdir((folder / "locked").c_str(), 0500);
         before = folder.Content();

@@ -35,8 +35,8 @@ ExitCode DemoSoundCommand::Run() {
     writer.Finish();
     file.Commit();
     std::ostream& words = file.IsStandardOutput() ? std::cerr : std::cout;
-    words << output.string() << ": " << Fixed(seconds, 2) << " s, " << Fixed(kDemoTempo, 0)
-          << " BPM, " << form.text << "\n";
+    words << StandardStreams::Heading(output) << ": " << Fixed(seconds, 2) << " s, "
+          << Fixed(kDemoTempo, 0) << " BPM, " << form.text << "\n";
     return ExitCode::Success;
 }
 

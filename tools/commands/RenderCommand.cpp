@@ -127,10 +127,13 @@ void RenderCommand::AddForm() {
         ->type_name("FORMAT");
     app.add_flag("--mono", settings.mono, "Write one channel");
     app.add_flag("--json", asJson, "Print the summary as JSON");
-    app.add_flag("-q,--quiet", quiet, "No progress bar and no summary");
+    app.add_flag("-q,--quiet", quiet,
+                 "No progress bar and no summary; with --json nothing but that");
 }
 
 void RenderCommand::Warn(const Summary& summary) const {
+    if (quiet && asJson)
+        return;
     for (const std::string& warning : summary.warnings)
         std::cerr << "tesserae: " << warning << "\n";
 }

@@ -5,8 +5,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/parameters/Sentence.h"
 #include "tools/audio/AudioReader.h"
 #include "tools/support/Numbers.h"
+#include "tools/support/StandardStreams.h"
 #include "tools/support/TextTable.h"
 
 namespace Quorvan::Tools {
@@ -47,7 +49,7 @@ SoundFacts::SoundFacts(const std::filesystem::path& file) : name(file) {
 }
 
 std::string SoundFacts::Text() const {
-    TextTable table({"File", name.string()});
+    TextTable table({"File", StandardStreams::Heading(name)});
     table.Add({"Format", format});
     table.Add({"Rate", Fixed(rate, 0) + " Hz"});
     table.Add({"Channels", std::to_string(channels)});
@@ -55,14 +57,14 @@ std::string SoundFacts::Text() const {
         table.Add({"Length", Fixed(static_cast<double>(*frames) / rate, 3) + " s (" +
                                  Grouped(*frames) + " frames)"});
     for (const auto& [kind, text] : tags)
-        table.Add({Capital(kind), text});
+        table.Add({Capital(kind), Host::Visible(text)});
     if (recipe) {
         table.Add({"Made by", "Tesserae " + recipe->version});
         table.Add({"Preset", recipe->ValueOf("--preset")});
         table.Add({"Seed", recipe->ValueOf("--seed")});
         table.Add({"Options", recipe->OptionsText()});
     } else if (!comment.empty()) {
-        table.Add({"Comment", comment});
+        table.Add({"Comment", Host::Visible(comment)});
     }
     std::ostringstream text;
     table.Print(text);
@@ -70,10 +72,8 @@ std::string SoundFacts::Text() const {
 }
 
 std::string SoundFacts::Json() const {
-    nlohmann::ordered_json json{{"file", name.string()},
-                                {"format", format},
-                                {"rate", rate},
-                                {"channels", channels}};
+    nlohmann::ordered_json json{
+        {"file", name.string()}, {"format", format}, {"rate", rate}, {"channels", channels}};
     if (frames) {
         json["frames"] = *frames;
         json["seconds"] = static_cast<double>(*frames) / rate;

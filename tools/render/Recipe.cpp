@@ -110,9 +110,7 @@ std::optional<Recipe> Recipe::Find(std::string_view comment) {
     return last;
 }
 
-std::string Recipe::Line() const {
-    return std::string(kProgram) + version + ": " + OptionsText();
-}
+std::string Recipe::Line() const { return std::string(kProgram) + version + ": " + OptionsText(); }
 
 std::string Recipe::ValueOf(std::string_view option) const {
     const auto found = std::find(options.begin(), options.end(), option);

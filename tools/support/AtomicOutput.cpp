@@ -10,6 +10,7 @@
 
 #include "host/parameters/Sentence.h"
 #include "tools/support/Failure.h"
+#include "tools/support/PartFile.h"
 #include "tools/support/TemporaryFiles.h"
 
 namespace Quorvan::Tools {
@@ -17,8 +18,6 @@ namespace Quorvan::Tools {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr mode_t kPermissions = 0666;  // the user's mask takes off what shall not be
 
 std::string Reason(int error) {
     switch (error) {
@@ -38,6 +37,9 @@ std::string Reason(int error) {
             return "that folder does not exist. Make it first, or choose another one.";
         case ENAMETOOLONG:
             return "the name is too long. Choose a shorter one.";
+        case EEXIST:
+            return "another run of this program is writing it. Wait for that, or choose another "
+                   "name.";
         default:
             return std::string(std::strerror(error)) + ".";
     }
@@ -80,8 +82,14 @@ void AtomicOutput::CheckPlace() const {
     struct stat there {};
     if (name.filename().empty())
         refuse("names a folder. Name a file in it.");
-    if (stat(place.c_str(), &there) != 0)
+    if (stat(place.c_str(), &there) != 0) {
+        if (errno != ENOENT)
+            Fail(errno);
+        if (fs::is_symlink(fs::symlink_status(place)))
+            refuse("is a link to " + Host::Quoted(fs::read_symlink(place).string()) +
+                   ", which does not exist. Make that, remove the link, or choose another name.");
         return;
+    }
     if (S_ISDIR(there.st_mode))
         refuse("is a folder. Name a file in it.");
     if (!S_ISREG(there.st_mode))
@@ -91,13 +99,11 @@ void AtomicOutput::CheckPlace() const {
 }
 
 void AtomicOutput::OpenTemporary() {
-    // The process number keeps two runs apart that write to one place.
-    std::string leaf(".");
-    leaf.append(place.filename()).append(".").append(std::to_string(getpid())).append(".part");
-    temporary = place.parent_path() / leaf;
+    const PartFile part(place);
+    temporary = part.Path().string();
     const SignalPause pause;
-    unlink(temporary.c_str());  // of a process that had this number and lost its power
-    file = open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kPermissions);
+    part.RemoveLeftovers();
+    file = part.Open();
     if (file < 0)
         Fail(errno);
     try {

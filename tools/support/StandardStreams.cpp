@@ -120,4 +120,8 @@ std::string OutputText(const std::filesystem::path& name) {
     return IsMeant(name) ? "Standard output" : Host::Quoted(name.string());
 }
 
+std::string Heading(const std::filesystem::path& name) {
+    return IsMeant(name) ? "standard output" : Host::Visible(name.string());
+}
+
 }  // namespace Quorvan::Tools::StandardStreams

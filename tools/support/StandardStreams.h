@@ -33,6 +33,8 @@ void CopyToOutput(int file);
 std::string InputText(const std::filesystem::path& name);
 /// Likewise, or "Standard output".
 std::string OutputText(const std::filesystem::path& name);
+/// The file ahead of what is told of it: out.wav, or standard output.
+std::string Heading(const std::filesystem::path& name);
 
 }  // namespace StandardStreams
 
