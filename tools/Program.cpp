@@ -1,5 +1,6 @@
 #include "tools/Program.h"
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -13,10 +14,13 @@
 
 #include "host/parameters/NameDistance.h"
 #include "host/parameters/Sentence.h"
+#include "tools/commands/CompleteLineCommand.h"
+#include "tools/commands/CompletionsCommand.h"
 #include "tools/commands/DemoSoundCommand.h"
 #include "tools/commands/DestinationsCommand.h"
 #include "tools/commands/DoctorCommand.h"
 #include "tools/commands/InfoCommand.h"
+#include "tools/commands/ManualCommand.h"
 #include "tools/commands/ParamsCommand.h"
 #include "tools/commands/PresetsCommand.h"
 #include "tools/commands/RenderCommand.h"
@@ -51,6 +55,9 @@ Commands MakeCommands(CLI::App& program) {
     commands.push_back(std::make_unique<InfoCommand>(program));
     commands.push_back(std::make_unique<DoctorCommand>(program));
     commands.push_back(std::make_unique<DemoSoundCommand>(program));
+    commands.push_back(std::make_unique<CompletionsCommand>(program));
+    commands.push_back(std::make_unique<ManualCommand>(program));
+    commands.push_back(std::make_unique<CompleteLineCommand>(program));
     return commands;
 }
 
@@ -101,23 +108,36 @@ std::optional<std::string> UnknownCommand(const CLI::App& program, std::string_v
     return sentence.append(" Run \"tesserae --help\" for a list.");
 }
 
-/// The first word that looks like an option and is none.
+/// A sentence for the first word that looks like an option of the command and is none.
 std::optional<std::string> UnknownOption(const CLI::App& command) {
-    for (const std::string& typed : command.remaining()) {
-        if (typed.size() < 2 || typed.front() != '-')
-            continue;
-        std::vector<std::string> names;
-        for (const CLI::Option* option : command.get_options())
-            for (const std::string& name : option->get_lnames())
-                names.push_back("--" + name);
-        const std::string name = typed.substr(0, typed.find('='));
-        const std::string all = std::string("tesserae ") + command.get_name() + " --help";
-        std::string sentence = "\"tesserae " + command.get_name() + "\" has no option ";
-        sentence.append(Host::Quoted(name)).append(". ");
-        sentence += Host::DidYouMean(Host::NearestNames(name, names, 2));
-        return sentence + (sentence.back() == '?' ? " " : "") + Host::Quoted(all) + " lists all.";
-    }
-    return std::nullopt;
+    const std::vector<std::string> rest = command.remaining();
+    const auto typed = std::find_if(rest.begin(), rest.end(), [](const std::string& word) {
+        return word.size() > 1 && word.front() == '-' && word != "--";
+    });
+    if (typed == rest.end())
+        return std::nullopt;
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options())
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    const std::string name = typed->substr(0, typed->find('='));
+    const std::string caller =
+        command.get_parent() != nullptr ? "tesserae " + command.get_name() : "tesserae";
+    std::string suggestion = Host::DidYouMean(Host::NearestNames(name, names, 2));
+    if (!suggestion.empty())
+        suggestion += " ";
+    return Host::Quoted(caller) + " has no option " + Host::Quoted(name) + ". " + suggestion +
+           Host::Quoted(caller + " --help") + " lists all.";
+}
+
+ExitCode Explain(const CLI::App& program, const CLI::ParseError& wrong) {
+    std::vector<const CLI::App*> asked{&program};
+    for (const CLI::App* command : program.get_subcommands())
+        asked.push_back(command);
+    for (const CLI::App* command : asked)
+        if (const auto sentence = UnknownOption(*command); sentence && wrong.get_exit_code() != 0)
+            return Complain(ExitCode::Usage, *sentence);
+    return program.exit(wrong) == 0 ? ExitCode::Success : ExitCode::Usage;
 }
 
 void SetUp(CLI::App& program) {
@@ -147,11 +167,7 @@ ExitCode Dispatch(CLI::App& program, const Commands& commands, int count,
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& wrong) {
-        for (const CLI::App* command : program.get_subcommands())
-            if (const auto sentence = UnknownOption(*command);
-                sentence && wrong.get_exit_code() != 0)
-                return Complain(ExitCode::Usage, *sentence);
-        return program.exit(wrong) == 0 ? ExitCode::Success : ExitCode::Usage;
+        return Explain(program, wrong);
     }
     return RunAsked(commands);
 }

@@ -82,7 +82,7 @@ TEST_F(RenderTest, IntegersComeThroughTheDryPathUnchanged) {
         RunTool({"demo-sound", folder / "in.wav", "--seconds", "0.5", "--format", "16"});
     ASSERT_EQ(demo.exitCode, 0);
     Run(Dry({"--format", "16"}));
-    EXPECT_EQ(ReadFile(folder / "in.wav"), ReadFile(folder / "out.wav"));
+    EXPECT_EQ(ReadSound(folder / "in.wav"), ReadSound(folder / "out.wav"));
 }
 
 TEST_F(RenderTest, BadSamplesBecomeSilenceAndAreCounted) {
@@ -222,16 +222,21 @@ TEST_F(RenderTest, VariationsAreTheSeedsThatFollow) {
 }
 
 TEST_F(RenderTest, FilesTellWhatTheyAreAndHowTheyWereMade) {
-    SF_INFO form{0, 48000, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 0, 0};
-    SNDFILE* const file = sf_open((folder / "in.wav").c_str(), SFM_WRITE, &form);
+    SF_INFO form{0, 48000, 1, SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 0, 0};
+    SNDFILE* const file = sf_open((folder / "in.flac").c_str(), SFM_WRITE, &form);
     sf_set_string(file, SF_STR_TITLE, "Im Fr\xc3\xbchling");
     sf_set_string(file, SF_STR_ARTIST, "Nobody");
-    sf_set_string(file, SF_STR_COMMENT, "first take");
+    // A comment so long would break the headers of some containers.
+    const std::string comment = std::string(9000, 'x') + "\nfirst take";
+    sf_set_string(file, SF_STR_COMMENT, comment.c_str());
     const std::vector<float> noise = Noise(1, 4800, 0.3f);
     sf_writef_float(file, noise.data(), 4800);
     sf_close(file);
     for (const std::string name : {"a.wav", "a.aiff", "a.flac", "a.ogg", "a.opus", "a.caf"}) {
-        Run({"-o", folder / name, "--preset", "dense-cloud", "--set", "Feedback=-6 dB"});
+        EXPECT_EQ(RunTool({"render", folder / "in.flac", "-o", folder / name, "--seed", "5",
+                           "--preset", "dense-cloud", "--set", "Feedback=-6 dB"})
+                      .exitCode,
+                  0);
         const auto facts = nlohmann::json::parse(RunTool({"info", folder / name, "--json"}).out);
         EXPECT_EQ(facts["tags"]["title"], "Im Fr\xc3\xbchling") << name;
         EXPECT_EQ(facts["tags"]["artist"], "Nobody") << name;
@@ -241,6 +246,24 @@ TEST_F(RenderTest, FilesTellWhatTheyAreAndHowTheyWereMade) {
         EXPECT_EQ(facts["made"]["options"][5], "Feedback=-6 dB") << name;
         EXPECT_EQ(facts["channels"], 2) << name;
     }
+}
+
+TEST_F(RenderTest, BashCompletesCommandLines) {
+    WriteFile(folder / "complete", "source <(" TESSERAE_BINARY R"( completions bash)
+        COMP_LINE=$1 COMP_POINT=${#1} COMP_WORDS=("$2") COMP_CWORD=0
+        _tesserae )" TESSERAE_BINARY R"(
+        printf '%s\n' "${COMPREPLY[@]}")");
+    const auto complete = [this](const std::string& line, const std::string& word) {
+        const std::string call = "bash " + (folder / "complete") + " 'tesserae " + line + "' '" +
+                                 word + "' >" + (folder / "words") + " 2>/dev/null";
+        EXPECT_EQ(std::system(call.c_str()), 0);
+        return ReadFile(folder / "words");
+    };
+    EXPECT_EQ(complete("ren", "ren"), "render\n");
+    EXPECT_EQ(complete("render in.wav --pres", "--pres"), "--preset\n");
+    EXPECT_EQ(complete("render in.wav --preset dense-c", "dense-c"), "dense-cloud\n");
+    EXPECT_EQ(complete("render in.wav --set Master", "Master"), "Master\\ Volume=\n");
+    EXPECT_EQ(complete("render in.wav --set \"Master V", "\"Master V"), "Master Volume=\n");
 }
 
 TEST_F(RenderTest, SavedPresetIsTheSound) {

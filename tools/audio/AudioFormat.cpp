@@ -141,4 +141,13 @@ AudioFormat AudioFormat::Choose(const std::filesystem::path& name, const std::st
     return format;
 }
 
+std::vector<std::string> AudioFormat::Names() {
+    std::vector<std::string> names;
+    for (const Container& container : kContainers)
+        names.emplace_back(container.name);
+    for (const Encoding& encoding : kEncodings)
+        names.emplace_back(encoding.name);
+    return names;
+}
+
 }  // namespace Quorvan::Tools

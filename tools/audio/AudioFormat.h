@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace Quorvan::Tools {
 
@@ -21,6 +22,9 @@ struct AudioFormat {
     /// such format, or it can't hold that sound.
     static AudioFormat Choose(const std::filesystem::path& name, const std::string& wanted,
                               double rate, uint32_t channels);
+
+    /// The containers and encodings that wanted can hold.
+    static std::vector<std::string> Names();
 };
 
 }  // namespace Quorvan::Tools
