@@ -1,5 +1,6 @@
 #include "tools/Program.h"
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -13,14 +14,18 @@
 
 #include "host/parameters/NameDistance.h"
 #include "host/parameters/Sentence.h"
+#include "tools/commands/CompleteLineCommand.h"
+#include "tools/commands/CompletionsCommand.h"
 #include "tools/commands/DemoSoundCommand.h"
 #include "tools/commands/DestinationsCommand.h"
 #include "tools/commands/DoctorCommand.h"
 #include "tools/commands/InfoCommand.h"
+#include "tools/commands/ManualCommand.h"
 #include "tools/commands/ParamsCommand.h"
 #include "tools/commands/PresetsCommand.h"
 #include "tools/commands/RenderCommand.h"
 #include "tools/support/Failure.h"
+#include "tools/support/StandardStreams.h"
 #include "tools/support/TemporaryFiles.h"
 
 namespace Quorvan::Tools {
@@ -50,6 +55,9 @@ Commands MakeCommands(CLI::App& program) {
     commands.push_back(std::make_unique<InfoCommand>(program));
     commands.push_back(std::make_unique<DoctorCommand>(program));
     commands.push_back(std::make_unique<DemoSoundCommand>(program));
+    commands.push_back(std::make_unique<CompletionsCommand>(program));
+    commands.push_back(std::make_unique<ManualCommand>(program));
+    commands.push_back(std::make_unique<CompleteLineCommand>(program));
     return commands;
 }
 
@@ -67,9 +75,11 @@ ExitCode Complain(ExitCode code, const std::string& sentence) {
     return code;
 }
 
-ExitCode RunGuarded(const Commands& commands) {
+/// Turns everything that a command throws into a sentence and a code.
+template <class Run>
+ExitCode Guarded(Run run) {
     try {
-        return RunAsked(commands);
+        return run();
     } catch (const Failure& failure) {
         return Complain(failure.Code(), failure.what());
     } catch (const std::bad_alloc&) {
@@ -98,6 +108,38 @@ std::optional<std::string> UnknownCommand(const CLI::App& program, std::string_v
     return sentence.append(" Run \"tesserae --help\" for a list.");
 }
 
+/// A sentence for the first word that looks like an option of the command and is none.
+std::optional<std::string> UnknownOption(const CLI::App& command) {
+    const std::vector<std::string> rest = command.remaining();
+    const auto typed = std::find_if(rest.begin(), rest.end(), [](const std::string& word) {
+        return word.size() > 1 && word.front() == '-' && word != "--";
+    });
+    if (typed == rest.end())
+        return std::nullopt;
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options())
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    const std::string name = typed->substr(0, typed->find('='));
+    const std::string caller =
+        command.get_parent() != nullptr ? "tesserae " + command.get_name() : "tesserae";
+    std::string suggestion = Host::DidYouMean(Host::NearestNames(name, names, 2));
+    if (!suggestion.empty())
+        suggestion += " ";
+    return Host::Quoted(caller) + " has no option " + Host::Quoted(name) + ". " + suggestion +
+           Host::Quoted(caller + " --help") + " lists all.";
+}
+
+ExitCode Explain(const CLI::App& program, const CLI::ParseError& wrong) {
+    std::vector<const CLI::App*> asked{&program};
+    for (const CLI::App* command : program.get_subcommands())
+        asked.push_back(command);
+    for (const CLI::App* command : asked)
+        if (const auto sentence = UnknownOption(*command); sentence && wrong.get_exit_code() != 0)
+            return Complain(ExitCode::Usage, *sentence);
+    return program.exit(wrong) == 0 ? ExitCode::Success : ExitCode::Usage;
+}
+
 void SetUp(CLI::App& program) {
     program.set_version_flag("--version", TESSERAE_VERSION);
     program.require_subcommand(1);
@@ -109,29 +151,40 @@ void SetUp(CLI::App& program) {
     });
 }
 
+ExitCode Dispatch(CLI::App& program, const Commands& commands, int count,
+                  const char* const* arguments) {
+    if (count < 2) {
+        std::cerr << program.help();
+        return ExitCode::Usage;
+    }
+    const std::string_view typed = arguments[1];
+    if (typed == "help" || typed == "version") {
+        std::cout << (typed == "help" ? program.help() : std::string(TESSERAE_VERSION) + "\n");
+        return ExitCode::Success;
+    }
+    if (const auto sentence = UnknownCommand(program, typed))
+        return Complain(ExitCode::Usage, *sentence);
+    try {
+        program.parse(count, arguments);
+    } catch (const CLI::ParseError& wrong) {
+        return Explain(program, wrong);
+    }
+    return RunAsked(commands);
+}
+
 }  // namespace
 
 int RunProgram(int count, const char* const* arguments) {
+    StandardStreams::HoldPlaces();
     TemporaryFiles::InstallHandlers();
     CLI::App program("Tesserae renders sound through its live granular processor.", "tesserae");
     SetUp(program);
     const Commands commands = MakeCommands(program);
-    if (count < 2) {
-        std::cerr << program.help();
-        return static_cast<int>(ExitCode::Usage);
-    }
-    if (const std::string_view typed = arguments[1]; typed == "help" || typed == "version") {
-        std::cout << (typed == "help" ? program.help() : std::string(TESSERAE_VERSION) + "\n");
-        return static_cast<int>(ExitCode::Success);
-    }
-    if (const auto sentence = UnknownCommand(program, arguments[1]))
-        return static_cast<int>(Complain(ExitCode::Usage, *sentence));
-    try {
-        program.parse(count, arguments);
-    } catch (const CLI::ParseError& wrong) {
-        return program.exit(wrong) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
-    }
-    return static_cast<int>(RunGuarded(commands));
+    return static_cast<int>(Guarded([&] {
+        const ExitCode code = Dispatch(program, commands, count, arguments);
+        Command::CheckPrinted();
+        return code;
+    }));
 }
 
 }  // namespace Quorvan::Tools

@@ -4,14 +4,25 @@
 
 namespace Quorvan::Host {
 
-std::string Quoted(std::string_view text) {
-    std::string quoted;
-    quoted.reserve(text.size() + 2);
-    quoted += '"';
-    quoted += text;
-    quoted += '"';
-    return quoted;
+std::string Visible(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string visible;
+    visible.reserve(text.size());
+    for (const char letter : text) {
+        const auto code = static_cast<unsigned char>(letter);
+        if (letter == '\n')
+            visible += "\\n";
+        else if (letter == '\t')
+            visible += "\\t";
+        else if (code < 0x20 || code == 0x7f)
+            visible.append("\\x") += {kDigits[code >> 4], kDigits[code & 15]};
+        else
+            visible += letter;
+    }
+    return visible;
 }
+
+std::string Quoted(std::string_view text) { return '"' + Visible(text) + '"'; }
 
 std::string Cited(const ParameterInfo& info) {
     return info.title == info.name ? Quoted(info.name)

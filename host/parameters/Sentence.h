@@ -8,7 +8,11 @@
 
 namespace Quorvan::Host {
 
-/// text between double quotes, as sentences cite names.
+/// text with what would move a terminal's cursor or worse spelled out: a line feed as "\n", an
+/// escape as "\x1b".
+std::string Visible(std::string_view text);
+
+/// text between double quotes, as sentences cite names, made visible.
 std::string Quoted(std::string_view text);
 
 /// How sentences name a parameter: by its title, and by its full name where that is another one.

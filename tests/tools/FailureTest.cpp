@@ -56,6 +56,8 @@ protected:
 TEST_F(FailureTest, TyposGiveTheNearestNames) {
     ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolut=0.5"}), 2,
                   {"MoteWeaver_GrainSizeAbsolut", "MoteWeaver_GrainSizeAbsolute"});
+    ExpectFailure(Render({"--presett", "dense-cloud"}), 2, {"\"--presett\"", "\"--preset\""});
+    ExpectFailure({"params", "--jsn"}, 2, {"\"--jsn\"", "\"--json\""});
     ExpectFailure(Render({"--preset", "dense-clud"}), 2, {"\"dense-clud\"", "\"dense-cloud\""});
     ExpectFailure(Render({"--set", "MoteWeaver_GranularMode=Textur3"}), 2, {"Classic", "Texture"});
 }
@@ -154,6 +156,10 @@ TEST_F(FailureTest, PlacesThatCannotBeWrittenAreNamed) {
     expect(folder / ".", {"folder"});
     expect("/dev/full", {"/dev/full", "device"});
     expect(folder / (std::string(300, 'x') + ".wav"), {"too long"});
+    expect(folder / "no\n\x1b[2Jwhere/out.wav", {"/no\\n\\x1b[2Jwhere/out.wav\""});
+    std::filesystem::create_symlink("gone.wav", folder / "link.wav");
+    before = folder.Content();
+    expect(folder / "link.wav", {"is a link", "\"gone.wav\"", "does not exist"});
     if (geteuid() != 0) {  // root may write anywhere
         mkdir((folder / "locked").c_str(), 0500);
         before = folder.Content();
@@ -178,12 +184,29 @@ TEST_F(FailureTest, FullDiskLeavesNothing) {
                   limit(32000));
     ExpectFailure({"render", folder / "in.wav", "-o", folder / "older.wav", "--force"}, 4,
                   {"older.wav"}, limit(20000));
-    for (const char* list : {"params", "presets", "destinations", "info"})
-        ExpectFailure({list}, 4, {"could not be written"},
-                      [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
-    const Outcome lost =
-        RunTool(Render({"--json"}), [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
+    const auto full = [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); };
+    for (const char* command : {"params", "presets", "destinations", "info", "help", "--version"})
+        ExpectFailure({command}, 4, {"could not be written"}, full);
+    ExpectFailure({"render", folder / "in.wav", "-o", "-"}, 4, {"Standard output"}, full);
+    const Outcome lost = RunTool(Render({"--json"}), full);
     EXPECT_EQ(lost.exitCode, 4) << "the sound is whole, but what was told of it is not";
+}
+
+TEST_F(FailureTest, ReaderThatHasGoneEndsTheRunWithoutAWord) {
+    const auto closed = [] {
+        int ends[2];
+        if (pipe(ends) == 0 && close(ends[0]) == 0)
+            dup2(ends[1], STDOUT_FILENO);
+    };
+    const std::string picture = folder / "out.png";
+    for (const Arguments& arguments :
+         {Arguments{"params"},
+          {"render", folder / "in.wav", "-o", "-", "--picture", picture, "--force"}}) {
+        const Outcome outcome = RunTool(arguments, closed);
+        EXPECT_EQ(outcome.exitCode, -1) << "ended by the signal";
+        EXPECT_EQ(outcome.err, "");
+        ExpectUntouched();
+    }
 }
 
 TEST_F(FailureTest, NothingThatIsReadIsReplaced) {

@@ -176,6 +176,30 @@ TEST(AtomicOutputTest, LinksAndPermissionsStay) {
     EXPECT_EQ(there.st_mode & 0777u, 0640u);
 }
 
+TEST(AtomicOutputTest, LongestNamesFit) {
+    const Folder folder;
+    for (const char ending : {'a', 'b'}) {
+        const std::string name = std::string(254, 'x') + ending;
+        AtomicOutput other(folder / (std::string(254, 'x') + 'c'), false);
+        AtomicOutput output(folder / name, false);
+        output.Commit();
+        EXPECT_EQ(folder.Content().front().front(), '.');  // the other one's
+        EXPECT_TRUE(std::filesystem::exists(folder / name));
+    }
+}
+
+TEST(AtomicOutputTest, LeftoversGoAndFilesOfLiveRunsStay) {
+    const Folder folder;
+    for (const char* name :
+         {".a.1.part", ".a.99999999.part", ".a.b.1.part", ".a.x1.part", ".a.part"})
+        test::WriteFile(folder / name, "left");
+    const AtomicOutput live(folder / "a", false);
+    const auto before = folder.Content();
+    EXPECT_EQ(before.size(), 4u) << "the two of \"a\" are gone, the live one is there";
+    EXPECT_THROW(AtomicOutput(folder / "a", false), Failure) << "is being written";
+    EXPECT_EQ(folder.Content(), before);
+}
+
 /// What the picture of a sound with these settings says of its effects.
 std::string TextOf(const std::map<std::string, std::string>& settings) {
     static const Host::ParameterCatalog catalog;

@@ -49,6 +49,27 @@ TEST_F(RenderTest, LatencyIsTakenOffTheFront) {
     }
 }
 
+TEST_F(RenderTest, PipesCarryWhatFilesHold) {
+    Input({Noise(3, 4800, 0.4f)}, 44100);
+    Run({});
+    const std::string file = ReadFile(folder / "out.wav");
+    const auto pipe = [this](const std::string& options) {
+        const std::string line = "cat " + (folder / "in.wav") + " | " TESSERAE_BINARY " render - " +
+                                 options + " --seed 5 --tail 0 -o - 2>" + (folder / "words") +
+                                 " | cat >" + (folder / "piped");
+        EXPECT_EQ(std::system(line.c_str()), 0);
+        return ReadFile(folder / "piped");
+    };
+    EXPECT_TRUE(pipe("") == file);
+    EXPECT_NE(ReadFile(folder / "words").find("seed 5"), std::string::npos);
+    // Without headers, the same sound at the same rate.
+    const std::string raw = pipe("--format raw");
+    EXPECT_EQ(raw.size(), 4800u * 2 * sizeof(float));
+    WriteFile(folder / "in.wav", raw);
+    EXPECT_TRUE(pipe("--raw-rate 44100 --format raw --set 'Dry / Wet=0' --set 'Master Volume=1'") ==
+                raw);
+}
+
 TEST_F(RenderTest, MonoGoesInAsMonoAndComesOutOnBothSides) {
     const std::vector<float> noise = Noise(3, 4800, 0.4f);
     Input({noise});
@@ -61,7 +82,7 @@ TEST_F(RenderTest, IntegersComeThroughTheDryPathUnchanged) {
         RunTool({"demo-sound", folder / "in.wav", "--seconds", "0.5", "--format", "16"});
     ASSERT_EQ(demo.exitCode, 0);
     Run(Dry({"--format", "16"}));
-    EXPECT_EQ(ReadFile(folder / "in.wav"), ReadFile(folder / "out.wav"));
+    EXPECT_EQ(ReadSound(folder / "in.wav"), ReadSound(folder / "out.wav"));
 }
 
 TEST_F(RenderTest, BadSamplesBecomeSilenceAndAreCounted) {
@@ -182,6 +203,82 @@ TEST_F(RenderTest, SetTakesPositionsAndValues) {
     EXPECT_EQ(texture, Render({"--set", "MoteWeaver_GranularMode=texture"}));
     EXPECT_EQ(pitch, Render({"--set", "motewEaver_pitch = 18 st"}));
     EXPECT_NE(texture, pitch);
+}
+
+TEST_F(RenderTest, VariationsAreTheSeedsThatFollow) {
+    Input({Noise(1, kSecond / 4, 0.3f)});
+    const auto all = Summary({"--variations", "10", "--picture", folder / "out.png"})["variations"];
+    ASSERT_EQ(all.size(), 10u);
+    EXPECT_EQ(all[9]["seed"], 14);
+    EXPECT_EQ(all[9]["picture"], folder / "out-10.png");
+    const std::string third = ReadFile(folder / "out-03.wav");
+    Run({"--seed", "7"});
+    EXPECT_TRUE(ReadFile(folder / "out.wav") == third);
+    EXPECT_FALSE(ReadFile(folder / "out-04.wav") == third);
+    Arguments again{"render", folder / "in.wav", "-o", folder / "new.wav", "--variations", "3"};
+    WriteFile(folder / "new-3.wav", "older");
+    EXPECT_EQ(RunTool(again).exitCode, 4);
+    EXPECT_FALSE(std::filesystem::exists(folder / "new-1.wav")) << "all places are looked at first";
+}
+
+TEST_F(RenderTest, FilesTellWhatTheyAreAndHowTheyWereMade) {
+    SF_INFO form{0, 48000, 1, SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 0, 0};
+    SNDFILE* const file = sf_open((folder / "in.flac").c_str(), SFM_WRITE, &form);
+    sf_set_string(file, SF_STR_TITLE, "Im Fr\xc3\xbchling");
+    sf_set_string(file, SF_STR_ARTIST, "Nobody");
+    // A comment so long would break the headers of some containers.
+    const std::string comment = std::string(9000, 'x') + "\nfirst take";
+    sf_set_string(file, SF_STR_COMMENT, comment.c_str());
+    const std::vector<float> noise = Noise(1, 4800, 0.3f);
+    sf_writef_float(file, noise.data(), 4800);
+    sf_close(file);
+    for (const std::string name : {"a.wav", "a.aiff", "a.flac", "a.ogg", "a.opus", "a.caf"}) {
+        EXPECT_EQ(RunTool({"render", folder / "in.flac", "-o", folder / name, "--seed", "5",
+                           "--preset", "dense-cloud", "--set", "Feedback=-6 dB"})
+                      .exitCode,
+                  0);
+        const auto facts = nlohmann::json::parse(RunTool({"info", folder / name, "--json"}).out);
+        EXPECT_EQ(facts["tags"]["title"], "Im Fr\xc3\xbchling") << name;
+        EXPECT_EQ(facts["tags"]["artist"], "Nobody") << name;
+        EXPECT_EQ(facts["comment"].get<std::string>().substr(0, 11), "first take\n") << name;
+        EXPECT_EQ(facts["made"]["preset"], "dense-cloud") << name;
+        EXPECT_EQ(facts["made"]["seed"], 5) << name;
+        EXPECT_EQ(facts["made"]["options"][5], "Feedback=-6 dB") << name;
+        EXPECT_EQ(facts["channels"], 2) << name;
+    }
+}
+
+TEST_F(RenderTest, BashCompletesCommandLines) {
+    WriteFile(folder / "complete", "source <(" TESSERAE_BINARY R"( completions bash)
+        COMP_LINE=$1 COMP_POINT=${#1} COMP_WORDS=("$2") COMP_CWORD=0
+        _tesserae )" TESSERAE_BINARY R"(
+        printf '%s\n' "${COMPREPLY[@]}")");
+    const auto complete = [this](const std::string& line, const std::string& word) {
+        const std::string call = "bash " + (folder / "complete") + " 'tesserae " + line + "' '" +
+                                 word + "' >" + (folder / "words") + " 2>/dev/null";
+        EXPECT_EQ(std::system(call.c_str()), 0);
+        return ReadFile(folder / "words");
+    };
+    EXPECT_EQ(complete("ren", "ren"), "render\n");
+    EXPECT_EQ(complete("render in.wav --pres", "--pres"), "--preset\n");
+    EXPECT_EQ(complete("render in.wav --preset dense-c", "dense-c"), "dense-cloud\n");
+    EXPECT_EQ(complete("render in.wav --set Master", "Master"), "Master\\ Volume=\n");
+    EXPECT_EQ(complete("render in.wav --set \"Master V", "\"Master V"), "Master Volume=\n");
+}
+
+TEST_F(RenderTest, SavedPresetIsTheSound) {
+    Input({Noise(1, kSecond / 2, 0.3f)});
+    const Arguments sound{
+        "--preset", "clockwork-arpeggio", "--set", "MoteWeaver_Pitch=7 st", "--tempo", "97"};
+    Arguments saving = sound;
+    saving.insert(saving.end(), {"--save-preset", folder / "mine.json"});
+    const Channels first = Render(saving);
+    EXPECT_EQ(Render({"--preset", folder / "mine.json"}), first);
+    const auto preset = nlohmann::json::parse(ReadFile(folder / "mine.json"));
+    EXPECT_EQ(preset["name"], "mine");
+    EXPECT_FALSE(preset["routings"].empty());
+    saving.back() = folder / "in.wav";
+    EXPECT_EQ(RunTool(Command(saving)).exitCode, 2) << "the run reads it";
 }
 
 TEST_F(RenderTest, AutomationLandsOnTheBlockThatHoldsItsMoment) {

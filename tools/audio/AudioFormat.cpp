@@ -11,6 +11,7 @@
 #include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
 #include "tools/support/Failure.h"
+#include "tools/support/StandardStreams.h"
 
 namespace Quorvan::Tools {
 
@@ -28,6 +29,7 @@ constexpr std::array kContainers{
     Container{"flac", " .flac ", SF_FORMAT_FLAC, "FLAC"},
     Container{"ogg", " .ogg .oga .opus ", SF_FORMAT_OGG, "OGG"},
     Container{"caf", " .caf ", SF_FORMAT_CAF, "CAF"},
+    Container{"raw", "", SF_FORMAT_RAW | SF_ENDIAN_LITTLE, "raw"},
 };
 
 struct Encoding {
@@ -46,8 +48,8 @@ constexpr std::array kEncodings{
 };
 
 constexpr const char* kKnown =
-    "Known are the containers wav, aiff, flac, ogg and caf, and the encodings 16, 24, 32, float, "
-    "vorbis and opus; both together are written wav-float.";
+    "Known are the containers wav, aiff, flac, ogg, caf and raw, and the encodings 16, 24, 32, "
+    "float, vorbis and opus; both together are written wav-float.";
 
 template <class Table>
 const typename Table::value_type* Find(const Table& table, std::string_view name) {
@@ -59,6 +61,8 @@ const typename Table::value_type* Find(const Table& table, std::string_view name
 }
 
 const Container& ContainerOf(const std::filesystem::path& name) {
+    if (StandardStreams::IsMeant(name))
+        return *Find(kContainers, "wav");
     std::string ending(" ");
     ending.append(Host::Lower(name.extension().string())).append(" ");
     for (const Container& container : kContainers) {
@@ -71,6 +75,8 @@ const Container& ContainerOf(const std::filesystem::path& name) {
 }
 
 const Encoding& UsualEncoding(const Container& container, const std::filesystem::path& name) {
+    if (container.name == "raw")
+        return *Find(kEncodings, "float");
     if (container.code != SF_FORMAT_OGG)
         return *Find(kEncodings, "24");
     return *Find(kEncodings, name.extension() == ".opus" ? "opus" : "vorbis");
@@ -133,6 +139,15 @@ AudioFormat AudioFormat::Choose(const std::filesystem::path& name, const std::st
                                            std::to_string(info.samplerate) +
                                            " Hz. Choose another --format. " + kKnown);
     return format;
+}
+
+std::vector<std::string> AudioFormat::Names() {
+    std::vector<std::string> names;
+    for (const Container& container : kContainers)
+        names.emplace_back(container.name);
+    for (const Encoding& encoding : kEncodings)
+        names.emplace_back(encoding.name);
+    return names;
 }
 
 }  // namespace Quorvan::Tools

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace Quorvan::Tools {
 
@@ -14,12 +15,16 @@ struct AudioFormat {
     bool isOgg = false;
     std::string text;  ///< for people: "WAV, 24 bit"
 
-    /// The format for a file of this name. wanted holds a container (wav, aiff, flac, ogg, caf), an
-    /// encoding (16, 24, 32, float, vorbis, opus), both with a "-" between, or nothing. The
-    /// container is then that of the name's ending; the encoding 24 bits, and Vorbis in OGG. Throws
-    /// Failure where there is no such format, or it can't hold that sound.
+    /// The format for a file of this name. wanted holds a container (wav, aiff, flac, ogg, caf,
+    /// raw), an encoding (16, 24, 32, float, vorbis, opus), both with a "-" between, or nothing.
+    /// The container is then that of the name's ending, WAV on standard output; the encoding 24
+    /// bits, Vorbis in OGG, floats in raw. Raw is low byte first. Throws Failure where there is no
+    /// such format, or it can't hold that sound.
     static AudioFormat Choose(const std::filesystem::path& name, const std::string& wanted,
                               double rate, uint32_t channels);
+
+    /// The containers and encodings that wanted can hold.
+    static std::vector<std::string> Names();
 };
 
 }  // namespace Quorvan::Tools

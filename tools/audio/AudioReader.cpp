@@ -8,8 +8,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "host/parameters/Sentence.h"
 #include "tools/support/Failure.h"
+#include "tools/support/StandardStreams.h"
 
 namespace Quorvan::Tools {
 
@@ -20,7 +20,12 @@ constexpr int kLowestRate = 1000;     // hertz, what the processor runs at
 constexpr int kHighestRate = 768000;  // hertz
 
 [[noreturn]] void Refuse(const std::filesystem::path& name, const std::string& rest) {
-    throw Failure(ExitCode::Input, Host::Quoted(name.string()) + " " + rest);
+    throw Failure(ExitCode::Input, StandardStreams::InputText(name) + " " + rest);
+}
+
+void CheckFilled(const std::filesystem::path& name, const struct stat& there) {
+    if (S_ISREG(there.st_mode) && there.st_size == 0)
+        Refuse(name, "is empty, 0 bytes long. Export or copy it again.");
 }
 
 /// What libsndfile would only call a system error, in words.
@@ -34,8 +39,7 @@ void CheckReadable(const std::filesystem::path& name) {
         Refuse(name, "is a folder. Name a sound file in it.");
     if (access(name.c_str(), R_OK) != 0)
         Refuse(name, "may not be read by you. Change its permissions or take a copy.");
-    if (S_ISREG(there.st_mode) && there.st_size == 0)
-        Refuse(name, "is empty, 0 bytes long. Export or copy it again.");
+    CheckFilled(name, there);
 }
 
 }  // namespace
@@ -49,10 +53,9 @@ struct AudioReader::File {
     SF_INFO info{};
 };
 
-AudioReader::AudioReader(const std::filesystem::path& path)
+AudioReader::AudioReader(const std::filesystem::path& path, std::optional<RawSound> raw)
     : name(path), file(std::make_unique<File>()) {
-    CheckReadable(name);
-    file->handle = sf_open(name.c_str(), SFM_READ, &file->info);
+    Open(raw);
     if (file->handle == nullptr)
         Refuse(name, std::string("is no sound file that can be read (") + sf_strerror(nullptr) +
                          ") Convert it to WAV, AIFF, FLAC, OGG or CAF first.");
@@ -61,6 +64,24 @@ AudioReader::AudioReader(const std::filesystem::path& path)
 }
 
 AudioReader::~AudioReader() = default;
+
+void AudioReader::Open(const std::optional<RawSound>& raw) {
+    if (raw) {
+        file->info.samplerate = static_cast<int>(raw->rate);
+        file->info.channels = static_cast<int>(raw->channels);
+        file->info.format = SF_FORMAT_RAW | SF_FORMAT_FLOAT | SF_ENDIAN_LITTLE;
+    }
+    if (StandardStreams::IsMeant(name)) {
+        const int input = StandardStreams::OpenInput();
+        struct stat there {};
+        if (fstat(input, &there) == 0)
+            CheckFilled(name, there);
+        file->handle = sf_open_fd(input, SFM_READ, &file->info, SF_TRUE);
+    } else {
+        CheckReadable(name);
+        file->handle = sf_open(name.c_str(), SFM_READ, &file->info);
+    }
+}
 
 void AudioReader::Check() const {
     const SF_INFO& info = file->info;
@@ -82,6 +103,19 @@ std::optional<uint64_t> AudioReader::Frames() const {
     if (file->info.frames < 0 || file->info.frames == SF_COUNT_MAX)
         return std::nullopt;
     return static_cast<uint64_t>(file->info.frames);
+}
+
+SoundTags AudioReader::Tags() const { return SoundTags(file->handle); }
+
+std::string AudioReader::FormatText() const {
+    const auto nameOf = [](int format) {
+        SF_FORMAT_INFO info{};
+        info.format = format;
+        const bool known = sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) == 0;
+        return std::string(known && info.name != nullptr ? info.name : "unknown");
+    };
+    return nameOf(file->info.format & SF_FORMAT_TYPEMASK) + ", " +
+           nameOf(file->info.format & SF_FORMAT_SUBMASK);
 }
 
 size_t AudioReader::Read(float* const* channels, size_t frames) {

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <string>
 
-#include "host/parameters/Sentence.h"
 #include "tools/audio/OggSerial.h"
 #include "tools/support/Failure.h"
 
@@ -44,14 +43,14 @@ struct AudioWriter::File {
 };
 
 AudioWriter::AudioWriter(AtomicOutput& target, const AudioFormat& format, double rate,
-                         uint32_t channels, uint64_t expectedFrames)
+                         uint32_t channels, uint64_t expectedFrames, const SoundTags& tags)
     : output(target), form(format), channelCount(channels), file(std::make_unique<File>()) {
-    Open(rate, expectedFrames);
+    Open(rate, expectedFrames, tags);
 }
 
 AudioWriter::~AudioWriter() = default;
 
-void AudioWriter::Open(double rate, uint64_t expectedFrames) {
+void AudioWriter::Open(double rate, uint64_t expectedFrames, const SoundTags& tags) {
     SF_INFO info{};
     info.samplerate = static_cast<int>(std::lround(rate));
     info.channels = static_cast<int>(channelCount);
@@ -62,12 +61,13 @@ void AudioWriter::Open(double rate, uint64_t expectedFrames) {
     file->handle = sf_open_virtual(&file->operations, SFM_WRITE, &info, &output);
     if (file->handle == nullptr) {
         output.ThrowIfFailed();
-        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
-                                            " could not be begun: " + sf_strerror(nullptr));
+        throw Failure(ExitCode::Output,
+                      output.Text() + " could not be begun: " + sf_strerror(nullptr));
     }
     // That chunk would hold the time of day.
     sf_command(file->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(file->handle, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    tags.WriteTo(file->handle);
 }
 
 void AudioWriter::Write(const float* const* channels, size_t frames) {
@@ -100,17 +100,16 @@ void AudioWriter::WriteIntegers(const float* const* channels, size_t frames) {
 void AudioWriter::Check(int64_t written, size_t wanted) const {
     output.ThrowIfFailed();
     if (written != static_cast<int64_t>(wanted))
-        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
-                                            " could not be written: " + sf_strerror(file->handle) +
-                                            ".");
+        throw Failure(ExitCode::Output,
+                      output.Text() + " could not be written: " + sf_strerror(file->handle) + ".");
 }
 
 void AudioWriter::Finish() {
     const int error = file->Close();
     output.ThrowIfFailed();
     if (error != 0)
-        throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
-                                            " could not be completed: " + sf_error_number(error));
+        throw Failure(ExitCode::Output,
+                      output.Text() + " could not be completed: " + sf_error_number(error));
     if (form.isOgg)
         FixOggSerial(output);
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/audio/AudioFormat.h"
+#include "tools/audio/SoundTags.h"
 #include "tools/support/AtomicOutput.h"
 
 namespace Quorvan::Tools {
@@ -16,7 +17,7 @@ class AudioWriter {
 public:
     /// expectedFrames may be a guess: a WAV file that grows beyond 4 GB takes its long form by it.
     AudioWriter(AtomicOutput& target, const AudioFormat& format, double rate, uint32_t channels,
-                uint64_t expectedFrames);
+                uint64_t expectedFrames, const SoundTags& tags = {});
     ~AudioWriter();
     AudioWriter(const AudioWriter&) = delete;
     AudioWriter& operator=(const AudioWriter&) = delete;
@@ -28,7 +29,7 @@ public:
     uint64_t ClippedSamples() const { return clipped; }
 
 private:
-    void Open(double rate, uint64_t expectedFrames);
+    void Open(double rate, uint64_t expectedFrames, const SoundTags& tags);
     void WriteFloats(const float* const* channels, size_t frames);
     void WriteIntegers(const float* const* channels, size_t frames);
     void Check(int64_t written, size_t wanted) const;

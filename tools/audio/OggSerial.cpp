@@ -7,7 +7,6 @@
 #include <numeric>
 #include <vector>
 
-#include "host/parameters/Sentence.h"
 #include "tools/support/Failure.h"
 
 namespace Quorvan::Tools {
@@ -71,8 +70,8 @@ void FixOggSerial(AtomicOutput& output) {
     for (int64_t at = 0; at < length; at += static_cast<int64_t>(page.size())) {
         output.Seek(at, SEEK_SET);
         if (!ReadPage(output, page))
-            throw Failure(ExitCode::Output, Host::Quoted(output.Name().string()) +
-                                                " came out damaged. Write another format.");
+            throw Failure(ExitCode::Output,
+                          output.Text() + " came out damaged. Write another format.");
         Put(page, kSerialAt, kSerial);
         Put(page, kChecksumAt, 0);
         Put(page, kChecksumAt, Checksum(page));

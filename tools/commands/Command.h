@@ -19,11 +19,12 @@ public:
     bool IsAsked() const { return subcommand->parsed(); }
     /// Throws Failure where it can't do what it is asked for.
     virtual ExitCode Run() = 0;
+    /// Throws Failure where what was printed did not arrive, such as on a full disk.
+    static void CheckPrinted();
 
 protected:
     CLI::App& Options() { return *subcommand; }
-    /// End of a command whose result is what it has printed. Throws Failure where that did not
-    /// arrive, such as on a full disk.
+    /// End of a command whose result is what it has printed.
     static ExitCode Printed();
 
 private:

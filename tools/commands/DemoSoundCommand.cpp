@@ -13,7 +13,9 @@ DemoSoundCommand::DemoSoundCommand(CLI::App& program)
     : Command(program, "demo-sound", "Write a piece of music to try presets on"),
       seconds(kDemoSeconds) {
     CLI::App& app = Options();
-    app.add_option("output", output, "Sound file to write")->required()->type_name("OUT");
+    app.add_option("output", output, "Sound file to write; - is standard output")
+        ->required()
+        ->type_name("OUT");
     app.add_option("--seconds", seconds, "Length (default: 8, four bars at 120 BPM)")
         ->check(NumberFrom(0.1, 600.0))
         ->type_name("SECONDS");
@@ -32,8 +34,9 @@ ExitCode DemoSoundCommand::Run() {
     writer.Write(sound.Pointers(), sound.Frames());
     writer.Finish();
     file.Commit();
-    std::cout << output.string() << ": " << Fixed(seconds, 2) << " s, " << Fixed(kDemoTempo, 0)
-              << " BPM, " << form.text << "\n";
+    std::ostream& words = file.IsStandardOutput() ? std::cerr : std::cout;
+    words << StandardStreams::Heading(output) << ": " << Fixed(seconds, 2) << " s, "
+          << Fixed(kDemoTempo, 0) << " BPM, " << form.text << "\n";
     return ExitCode::Success;
 }
 

@@ -13,6 +13,7 @@
 #include "host/engine/Engine.h"
 #include "presets/FactoryPresets.h"
 #include "processor/IProcessor.h"
+#include "tools/commands/SoundFacts.h"
 #include "tools/support/NumberChecks.h"
 #include "tools/support/Numbers.h"
 #include "tools/support/TextTable.h"
@@ -58,7 +59,13 @@ Json AtRate(double rate) {
 }  // namespace
 
 InfoCommand::InfoCommand(CLI::App& program)
-    : Command(program, "info", "Print versions, and latency and block size at a sample rate") {
+    : Command(
+          program, "info",
+          "Print versions, and latency and block size at a sample rate; or what a sound file is "
+          "and how it was made") {
+    Options()
+        .add_option("file", file, "Tell of this sound file instead; - is standard input")
+        ->type_name("FILE");
     Options()
         .add_option("--rate", rate, "Sample rate (default: 48000)")
         ->check(NumberFrom(1000.0, 768000.0))
@@ -67,6 +74,16 @@ InfoCommand::InfoCommand(CLI::App& program)
 }
 
 ExitCode InfoCommand::Run() {
+    file.empty() ? PrintVersions() : PrintFile();
+    return ExitCode::Success;
+}
+
+void InfoCommand::PrintFile() const {
+    const SoundFacts facts(file);
+    std::cout << (asJson ? facts.Json() : facts.Text());
+}
+
+void InfoCommand::PrintVersions() const {
     const Json versions = Versions();
     const Json processing = AtRate(rate);
     if (asJson) {
@@ -75,7 +92,7 @@ ExitCode InfoCommand::Run() {
                        {"parameters", Processor::kParameterCount},
                        {"presets", Host::FactoryPresets().size()}};
         std::cout << all.dump(2) << "\n";
-        return Printed();
+        return;
     }
     std::cout << "Tesserae " << TESSERAE_VERSION << "\n\n";
     TextTable table({"Part", "Version"});
@@ -90,7 +107,6 @@ ExitCode InfoCommand::Run() {
               << " ms): one block of the queue and "
               << processing["processorLatencyFrames"].get<uint32_t>()
               << " of the limiter. Renders have it taken off.\n";
-    return Printed();
 }
 
 }  // namespace Quorvan::Tools

@@ -2,8 +2,11 @@
 
 #include <iostream>
 
+#include <nlohmann/json.hpp>
+
 #include "host/parameters/ParameterCatalog.h"
 #include "tools/render/RenderJob.h"
+#include "tools/render/Variations.h"
 #include "tools/support/NumberChecks.h"
 
 namespace Quorvan::Tools {
@@ -22,12 +25,26 @@ RenderCommand::RenderCommand(CLI::App& program)
 
 void RenderCommand::AddFiles() {
     CLI::App& app = Options();
-    app.add_option("input", settings.input, "Sound file to read, mono or stereo")
+    app.add_option("input", settings.input,
+                   "Sound file to read, mono or stereo; - is standard input")
         ->required()
         ->type_name("IN");
-    app.add_option("-o,--output", settings.output, "Sound file to write")
+    app.add_option(
+           "-o,--output", settings.output,
+           "Sound file to write; - is standard output, as WAV unless --format says otherwise")
         ->required()
         ->type_name("OUT");
+    CLI::Option* const rawRate =
+        app.add_option("--raw-rate", settings.rawRate,
+                       "IN has no header: 32-bit floats at this rate, low byte first, channels "
+                       "interleaved")
+            ->check(NumberFrom(1000, 768000))
+            ->type_name("HZ");
+    app.add_option("--raw-channels", settings.rawChannels,
+                   "Channels of an input without header, 1 or 2 (default: 2)")
+        ->check(NumberFrom(1, 2))
+        ->needs(rawRate)
+        ->type_name("N");
     app.add_option("--sidechain", settings.sideChain,
                    "Sound file that the envelope follower can listen to")
         ->type_name("FILE");
@@ -59,6 +76,9 @@ void RenderCommand::AddSound() {
                    "repeated")
         ->type_name("NAME=POSITION")
         ->allow_extra_args(false);
+    app.add_option("--save-preset", settings.savePreset,
+                   "Also write the sound that --preset and --set make, as a preset")
+        ->type_name("FILE");
     app.add_option("--automation", settings.automation,
                    "CSV or JSON list of time, parameter name, position")
         ->type_name("FILE");
@@ -67,6 +87,11 @@ void RenderCommand::AddSound() {
                    "chooses, and the summary tells")
         ->transform(WholeNumber())
         ->type_name("N");
+    app.add_option("--variations", variations,
+                   "Render so often, with seeds from --seed upward, into files with numbers: "
+                   "out-1.wav, out-2.wav, ...")
+        ->check(NumberFrom(1, 999))
+        ->type_name("COUNT");
 }
 
 void RenderCommand::AddTime() {
@@ -97,27 +122,60 @@ void RenderCommand::AddForm() {
         ->check(NumberFrom(1000, 768000))
         ->type_name("HZ");
     app.add_option("--format", settings.format,
-                   "wav, aiff, flac, ogg, caf; 16, 24, 32, float, vorbis, opus; or both: wav-float "
-                   "(default: by the ending, 24 bit, Vorbis in .ogg)")
+                   "wav, aiff, flac, ogg, caf, raw; 16, 24, 32, float, vorbis, opus; or both: "
+                   "wav-float (default: by the ending, 24 bit, Vorbis in .ogg, float in raw)")
         ->type_name("FORMAT");
     app.add_flag("--mono", settings.mono, "Write one channel");
     app.add_flag("--json", asJson, "Print the summary as JSON");
-    app.add_flag("-q,--quiet", quiet, "No progress bar and no summary");
+    app.add_flag("-q,--quiet", quiet,
+                 "No progress bar and no summary; with --json nothing but that");
+}
+
+void RenderCommand::Warn(const Summary& summary) const {
+    if (quiet && asJson)
+        return;
+    for (const std::string& warning : summary.warnings)
+        std::cerr << "tesserae: " << warning << "\n";
+}
+
+void RenderCommand::RunOne() {
+    const Host::ParameterCatalog catalog;
+    RenderJob job(settings, catalog);
+    const Summary summary = job.Run();
+    // Where the sound goes to standard output, what is told of it can't.
+    const bool isTaken = RenderOutputs::UseStandardOutput(settings);
+    std::ostream& words = isTaken ? std::cerr : std::cout;
+    if (!asJson || !isTaken)  // JSON holds them, and should stay JSON
+        Warn(summary);
+    if (asJson)
+        words << summary.Json() << "\n";
+    else if (!quiet)
+        words << summary.Line() << "\n";
+}
+
+void RenderCommand::RunVariations() {
+    const Host::ParameterCatalog catalog;
+    const std::vector<RenderSettings> all = Variations(settings, variations);
+    for (const RenderSettings& one : all)
+        const RenderOutputs trial(one);
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const RenderSettings& one : all) {
+        const Summary summary = RenderJob(one, catalog).Run();
+        Warn(summary);
+        if (asJson)
+            list.push_back(nlohmann::ordered_json::parse(summary.Json()));
+        else if (!quiet)
+            std::cout << summary.Line() << std::endl;  // as soon as its file is there
+    }
+    if (asJson)
+        std::cout << nlohmann::ordered_json{{"variations", list}}.dump(2) << "\n";
 }
 
 ExitCode RenderCommand::Run() {
     settings.playing = !stopped;
     settings.progress = !quiet;
-    const Host::ParameterCatalog catalog;
-    RenderJob job(settings, catalog);
-    const Summary summary = job.Run();
-    for (const std::string& warning : summary.warnings)
-        std::cerr << "tesserae: " << warning << "\n";
-    if (asJson)
-        std::cout << summary.Json() << "\n";
-    else if (!quiet)
-        std::cout << summary.Line() << "\n";
-    return Printed();
+    variations > 0 ? RunVariations() : RunOne();
+    return ExitCode::Success;
 }
 
 }  // namespace Quorvan::Tools

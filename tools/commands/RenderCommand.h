@@ -2,6 +2,7 @@
 
 #include "tools/commands/Command.h"
 #include "tools/render/RenderSettings.h"
+#include "tools/render/Summary.h"
 
 namespace Quorvan::Tools {
 
@@ -16,8 +17,12 @@ private:
     void AddSound();
     void AddTime();
     void AddForm();
+    void RunOne();
+    void RunVariations();
+    void Warn(const Summary& summary) const;
 
     RenderSettings settings;
+    uint32_t variations = 0;  ///< 0: one render, as it is named
     bool playing = false;
     bool stopped = false;
     bool asJson = false;

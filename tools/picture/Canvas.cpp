@@ -126,9 +126,8 @@ void Canvas::Save(AtomicOutput& output) const {
     const cairo_status_t status = cairo_surface_write_to_png_stream(surface, Append, &output);
     output.ThrowIfFailed();
     if (status != CAIRO_STATUS_SUCCESS)
-        throw Failure(ExitCode::Internal,
-                      "The picture " + Host::Quoted(output.Name().string()) +
-                          " could not be made: " + cairo_status_to_string(status) + ".");
+        throw Failure(ExitCode::Internal, "The picture " + output.Text() + " could not be made: " +
+                                              cairo_status_to_string(status) + ".");
 }
 
 }  // namespace Quorvan::Tools

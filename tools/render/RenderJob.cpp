@@ -12,19 +12,20 @@
 #include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
+#include "host/state/PresetFormat.h"
 #include "host/state/StateTransfer.h"
 #include "primitives/Clock.h"
 #include "tools/audio/Resampler.h"
 #include "tools/picture/Picture.h"
 #include "tools/render/FileSink.h"
 #include "tools/render/GrainCounter.h"
+#include "tools/render/Recipe.h"
 #include "tools/render/Renderer.h"
+#include "tools/render/SavedPreset.h"
 #include "tools/render/SlotText.h"
 #include "tools/render/TailTrimmer.h"
-#include "tools/support/Failure.h"
 #include "tools/support/Numbers.h"
 #include "tools/support/Progress.h"
-#include "tools/support/TemporaryFiles.h"
 
 namespace Quorvan::Tools {
 
@@ -68,7 +69,7 @@ Summary RenderJob::Run() {
     WritePicture();
     WriteModulation();
     Account();
-    Commit();
+    outputs->Commit();
     summary.elapsed =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return summary;
@@ -76,7 +77,10 @@ Summary RenderJob::Run() {
 
 std::unique_ptr<AudioSource> RenderJob::OpenSource(const std::filesystem::path& path,
                                                    double wantedRate, AudioReader*& reader) const {
-    auto opened = std::make_unique<AudioReader>(path);
+    std::optional<RawSound> raw;
+    if (&path == &settings.input && settings.rawRate)
+        raw = RawSound{*settings.rawRate, settings.rawChannels};
+    auto opened = std::make_unique<AudioReader>(path, raw);
     reader = opened.get();
     const double target = wantedRate > 0.0 ? wantedRate : reader->Rate();
     return Resampler::At(target, std::move(opened));
@@ -92,52 +96,7 @@ void RenderJob::OpenSources() {
 void RenderJob::OpenOutputs() {
     summary.channels = settings.mono ? 1 : 2;
     format = AudioFormat::Choose(settings.output, settings.format, rate, summary.channels);
-    RefuseSharedFiles();
-    RefuseOtherPictures();
-    soundFile.emplace(settings.output, settings.force);
-    if (settings.picture)
-        pictureFile.emplace(*settings.picture, settings.force);
-    if (settings.modulationCsv)
-        modulationFile.emplace(*settings.modulationCsv, settings.force);
-}
-
-void RenderJob::RefuseSharedFiles() const {
-    using Path = std::filesystem::path;
-    struct Use {
-        std::string what;
-        std::optional<Path> file;
-    };
-    const Use outputs[] = {{"Sound", settings.output},
-                           {"Picture", settings.picture},
-                           {"Modulation", settings.modulationCsv}};
-    const Use sources[] = {{"sound", settings.input},
-                           {"side-chain", settings.sideChain},
-                           {"automation", settings.automation},
-                           {"preset", settings.preset}};
-    // One file can have several names: "out.wav", "./out.wav", a link.
-    const auto same = [](const std::optional<Path>& one, const std::optional<Path>& other) {
-        return one && other && AtomicOutput::PlaceOf(*one) == AtomicOutput::PlaceOf(*other);
-    };
-    for (const Use& one : outputs)
-        for (const Use& other : outputs)
-            if (&one < &other && same(one.file, other.file))
-                throw Failure(ExitCode::Usage,
-                              one.what + " and " + Host::Lower(other.what) + " can't both go to " +
-                                  Host::Quoted(one.file->string()) + ". Name two files.");
-    for (const Use& output : outputs)
-        for (const Use& source : sources)
-            if (same(output.file, source.file))
-                throw Failure(ExitCode::Usage, Host::Quoted(output.file->string()) + " is the " +
-                                                   source.what +
-                                                   " that this run reads. Name another file to "
-                                                   "write to.");
-}
-
-void RenderJob::RefuseOtherPictures() const {
-    if (settings.picture && Host::Lower(settings.picture->extension().string()) != ".png")
-        throw Failure(ExitCode::Usage, "Pictures are written as PNG only. Let the name " +
-                                           Host::Quoted(settings.picture->string()) +
-                                           " end in .png.");
+    outputs.emplace(settings);
 }
 
 void RenderJob::PrepareEngine() {
@@ -150,6 +109,7 @@ void RenderJob::PrepareEngine() {
                      .sideChainInputs = side != nullptr ? side->Channels() : 0,
                      .sendsFeedback = WantsModulation()});
     Host::ApplyPreset(sound.preset, *engine, catalog);
+    WritePreset();
     for (const Host::ParameterValue& lever : sound.levers)
         engine->Write(lever.index, lever.position);
     if (WantsModulation())
@@ -159,6 +119,16 @@ void RenderJob::PrepareEngine() {
     if (settings.picture)
         picture.emplace(*engine);
     NoteRoutes();
+}
+
+/// Called ahead of the levers and of the first block: the sound and nothing else.
+void RenderJob::WritePreset() {
+    if (!outputs->preset)
+        return;
+    const std::string text = Host::WritePreset(
+        SavedPreset(Host::CapturePreset(*engine, catalog), sound.preset, settings), catalog);
+    outputs->preset->Write(text.data(), static_cast<int64_t>(text.size()));
+    summary.savedPreset = *settings.savePreset;
 }
 
 /// Sources that are routed and effects that are heard now join those that the picture shows.
@@ -202,7 +172,8 @@ bool RenderJob::HasFaded(uint64_t quietFrames) {
 void RenderJob::Render() {
     const auto tail = static_cast<uint64_t>(std::llround(TailSeconds() * rate));
     const std::optional<uint64_t> inputFrames = main->Frames();
-    AudioWriter writer(*soundFile, format, rate, summary.channels, inputFrames.value_or(0) + tail);
+    AudioWriter writer(outputs->sound, format, rate, summary.channels,
+                       inputFrames.value_or(0) + tail, Tags());
     FileSink file(writer, rate, summary.channels);
     GrainCounter grains;
     engine->AddListener(grains);
@@ -250,8 +221,11 @@ void RenderJob::Render() {
 void RenderJob::WritePicture() {
     if (!picture)
         return;
-    picture->title = settings.input.filename().string() + "  \xe2\x86\x92  " +
-                     settings.output.filename().string();
+    const auto name = [](const std::filesystem::path& file, const char* stream) {
+        return StandardStreams::IsMeant(file) ? stream : file.filename().string();
+    };
+    picture->title = name(settings.input, "standard input") + "  \xe2\x86\x92  " +
+                     name(settings.output, "standard output");
     picture->subtitle = "Preset \xe2\x80\x9c" + summary.preset + "\xe2\x80\x9d   \xc2\xb7   " +
                         Fixed(tempo, 0) + " BPM, song " +
                         (settings.playing ? "playing" : "stopped") + "   \xc2\xb7   " +
@@ -265,22 +239,30 @@ void RenderJob::WritePicture() {
         std::iota(picture->sources.begin(), picture->sources.end(), 0u);
     }
     picture->effects = JoinSlotTexts(effects);
-    DrawPicture(*picture, *pictureFile);
+    DrawPicture(*picture, *outputs->picture);
     summary.picture = *settings.picture;
 }
 
 void RenderJob::WriteModulation() {
-    if (!modulationFile)
+    if (!outputs->modulation)
         return;
     const auto end = static_cast<uint64_t>(std::llround(summary.seconds * rate));
     const std::string text = modulation->Csv(rate, end);
-    modulationFile->Write(text.data(), static_cast<int64_t>(text.size()));
+    outputs->modulation->Write(text.data(), static_cast<int64_t>(text.size()));
     summary.modulationCsv = *settings.modulationCsv;
+}
+
+/// Those of the input, with how the render was made.
+SoundTags RenderJob::Tags() const {
+    SoundTags tags = mainReader->Tags();
+    tags.SetSoftware("Tesserae " TESSERAE_VERSION);
+    tags.AddToComment(Recipe::Of(settings, summary.seed).Line());
+    return tags;
 }
 
 void RenderJob::WarnOfBadSamples(const std::filesystem::path& path, uint64_t count) {
     if (count > 0)
-        summary.warnings.push_back(Host::Quoted(path.string()) + " holds " + Grouped(count) +
+        summary.warnings.push_back(StandardStreams::InputText(path) + " holds " + Grouped(count) +
                                    " samples that are no numbers (NaN or infinity). They were " +
                                    "taken as 0; export the file again if it should hold sound.");
 }
@@ -301,15 +283,6 @@ void RenderJob::Account() {
     if (const uint64_t lost = engine->Counts().refusedWrites; lost > 0)
         summary.warnings.push_back(Grouped(lost) + " writes of the automation were left out: too " +
                                    "many fall on one moment. Thin them out.");
-}
-
-void RenderJob::Commit() {
-    const SignalPause pause;
-    if (pictureFile)
-        pictureFile->Commit();
-    if (modulationFile)
-        modulationFile->Commit();
-    soundFile->Commit();
 }
 
 }  // namespace Quorvan::Tools

@@ -12,10 +12,10 @@
 #include "tools/picture/PictureData.h"
 #include "tools/render/Automation.h"
 #include "tools/render/ModulationLog.h"
+#include "tools/render/RenderOutputs.h"
 #include "tools/render/RenderSettings.h"
 #include "tools/render/SoundChoice.h"
 #include "tools/render/Summary.h"
-#include "tools/support/AtomicOutput.h"
 
 namespace Quorvan::Tools {
 
@@ -32,9 +32,8 @@ public:
 private:
     void OpenSources();
     void OpenOutputs();
-    void RefuseSharedFiles() const;
-    void RefuseOtherPictures() const;
     void PrepareEngine();
+    void WritePreset();
     double TailSeconds() const;
     TailPlan PlanTail(const std::vector<TimedWrite>& writes) const;
     bool HasFaded(uint64_t quietFrames);
@@ -43,9 +42,9 @@ private:
     void WriteModulation();
     void NoteRoutes();
     bool WantsModulation() const { return settings.picture || settings.modulationCsv; }
+    SoundTags Tags() const;
     void Account();
     void WarnOfBadSamples(const std::filesystem::path& path, uint64_t count);
-    void Commit();
     std::unique_ptr<AudioSource> OpenSource(const std::filesystem::path& path, double rate,
                                             AudioReader*& reader) const;
 
@@ -58,7 +57,7 @@ private:
     AudioReader* mainReader = nullptr;  ///< inside main
     AudioReader* sideReader = nullptr;  ///< inside side
     std::unique_ptr<AudioSource> main, side;
-    std::optional<AtomicOutput> soundFile, pictureFile, modulationFile;
+    std::optional<RenderOutputs> outputs;
     AudioFormat format;
     double rate = 0.0;
     double tempo = 0.0;

@@ -10,8 +10,10 @@ namespace Quorvan::Tools {
 
 /// What a render is asked for: the command line in order.
 struct RenderSettings {
-    std::filesystem::path input;
-    std::filesystem::path output;
+    std::filesystem::path input;      ///< "-" is standard input
+    std::filesystem::path output;     ///< "-" is standard output, as with the other results
+    std::optional<uint32_t> rawRate;  ///< hertz; the input has no header then (RawSound)
+    uint32_t rawChannels = 2;
     std::optional<std::filesystem::path> sideChain;
     std::optional<std::filesystem::path> automation;
     std::optional<std::filesystem::path> picture;
@@ -19,8 +21,9 @@ struct RenderSettings {
     std::optional<std::filesystem::path> modulationCsv;
     std::vector<std::string> modulationDestinations;  ///< readable names, for the CSV
 
-    std::string preset = "init";           ///< a factory preset's name, or a file
-    std::vector<std::string> assignments;  ///< NAME=POSITION
+    std::string preset = "init";                      ///< a factory preset's name, or a file
+    std::vector<std::string> assignments;             ///< NAME=POSITION
+    std::optional<std::filesystem::path> savePreset;  ///< file for the sound that both make
 
     std::optional<double> tempo;  ///< beats per minute; else the preset's, else 120
     bool playing = true;

@@ -9,6 +9,7 @@
 
 #include "host/parameters/NumberText.h"
 #include "tools/support/Numbers.h"
+#include "tools/support/StandardStreams.h"
 
 namespace Quorvan::Tools {
 
@@ -40,9 +41,10 @@ std::string Summary::TailText() const {
 }
 
 std::string Summary::Line() const {
-    std::string line = output.string() + ": " + Fixed(seconds, 2) + " s, peak " + PeakText() +
-                       ", loudness " + LoudnessText() + ", " + Grouped(grains) + " grains, CPU " +
-                       Fixed(100.0 * cpuShare, 1) + " % of real time, seed " + std::to_string(seed);
+    std::string line = StandardStreams::Heading(output) + ": " + Fixed(seconds, 2) + " s, peak " +
+                       PeakText() + ", loudness " + LoudnessText() + ", " + Grouped(grains) +
+                       " grains, CPU " + Fixed(100.0 * cpuShare, 1) + " % of real time, seed " +
+                       std::to_string(seed);
     const auto add = [&line](uint64_t count, const std::string& what) {
         if (count > 0)
             line += ", " + Grouped(count) + " " + what;
@@ -63,6 +65,8 @@ std::string Summary::Json() const {
         json["picture"] = picture.string();
     if (!modulationCsv.empty())
         json["modulationCsv"] = modulationCsv.string();
+    if (!savedPreset.empty())
+        json["savedPreset"] = savedPreset.string();
     json["seed"] = seed;
     json["rate"] = rate;
     json["channels"] = channels;

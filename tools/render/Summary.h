@@ -17,6 +17,7 @@ struct Summary {
     std::string preset;                   ///< its name
     std::filesystem::path picture;        ///< empty where there is none
     std::filesystem::path modulationCsv;  ///< likewise
+    std::filesystem::path savedPreset;    ///< likewise
     uint64_t seed = 0;
 
     double rate = 0.0;  ///< hertz

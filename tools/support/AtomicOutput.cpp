@@ -10,6 +10,7 @@
 
 #include "host/parameters/Sentence.h"
 #include "tools/support/Failure.h"
+#include "tools/support/PartFile.h"
 #include "tools/support/TemporaryFiles.h"
 
 namespace Quorvan::Tools {
@@ -17,8 +18,6 @@ namespace Quorvan::Tools {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr mode_t kPermissions = 0666;  // the user's mask takes off what shall not be
 
 std::string Reason(int error) {
     switch (error) {
@@ -38,6 +37,9 @@ std::string Reason(int error) {
             return "that folder does not exist. Make it first, or choose another one.";
         case ENAMETOOLONG:
             return "the name is too long. Choose a shorter one.";
+        case EEXIST:
+            return "another run of this program is writing it. Wait for that, or choose another "
+                   "name.";
         default:
             return std::string(std::strerror(error)) + ".";
     }
@@ -53,6 +55,11 @@ fs::path AtomicOutput::PlaceOf(const fs::path& name) {
 
 AtomicOutput::AtomicOutput(const fs::path& target, bool replace)
     : name(target), place(PlaceOf(target)), replaces(replace) {
+    if (IsStandardOutput()) {
+        StandardStreams::CheckOutput();
+        file = StandardStreams::OpenNameless();
+        return;
+    }
     CheckPlace();
     OpenTemporary();
 }
@@ -62,6 +69,8 @@ AtomicOutput::~AtomicOutput() {
         return;
     const SignalPause pause;
     close(file);
+    if (IsStandardOutput())
+        return;
     unlink(temporary.c_str());
     TemporaryFiles::Forget(registration);
 }
@@ -73,8 +82,14 @@ void AtomicOutput::CheckPlace() const {
     struct stat there {};
     if (name.filename().empty())
         refuse("names a folder. Name a file in it.");
-    if (stat(place.c_str(), &there) != 0)
+    if (stat(place.c_str(), &there) != 0) {
+        if (errno != ENOENT)
+            Fail(errno);
+        if (fs::is_symlink(fs::symlink_status(place)))
+            refuse("is a link to " + Host::Quoted(fs::read_symlink(place).string()) +
+                   ", which does not exist. Make that, remove the link, or choose another name.");
         return;
+    }
     if (S_ISDIR(there.st_mode))
         refuse("is a folder. Name a file in it.");
     if (!S_ISREG(there.st_mode))
@@ -84,13 +99,11 @@ void AtomicOutput::CheckPlace() const {
 }
 
 void AtomicOutput::OpenTemporary() {
-    // The process number keeps two runs apart that write to one place.
-    std::string leaf(".");
-    leaf.append(place.filename()).append(".").append(std::to_string(getpid())).append(".part");
-    temporary = place.parent_path() / leaf;
+    const PartFile part(place);
+    temporary = part.Path().string();
     const SignalPause pause;
-    unlink(temporary.c_str());  // of a process that had this number and lost its power
-    file = open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kPermissions);
+    part.RemoveLeftovers();
+    file = part.Open();
     if (file < 0)
         Fail(errno);
     try {
@@ -140,8 +153,7 @@ bool AtomicOutput::Keep(bool succeeded) {
 }
 
 void AtomicOutput::Fail(int error) const {
-    throw Failure(ExitCode::Output,
-                  Host::Quoted(name.string()) + " could not be written: " + Reason(error));
+    throw Failure(ExitCode::Output, Text() + " could not be written: " + Reason(error));
 }
 
 void AtomicOutput::ThrowIfFailed() const {
@@ -151,6 +163,8 @@ void AtomicOutput::ThrowIfFailed() const {
 
 void AtomicOutput::Commit() {
     ThrowIfFailed();
+    if (IsStandardOutput())
+        return StandardStreams::CopyToOutput(file);
     KeepPermissions();
     // Some disks tell that they are full only here. Those that know no such call have nothing to
     // tell.

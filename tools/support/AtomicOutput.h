@@ -4,11 +4,14 @@
 #include <filesystem>
 #include <string>
 
+#include "tools/support/StandardStreams.h"
+
 namespace Quorvan::Tools {
 
 /// A file that appears whole or not at all: written under a name of its own beside its place, and
 /// renamed to its place by Commit. Without Commit, or when a signal ends the process, nothing is
-/// left of it, and an older file stays as it was.
+/// left of it, and an older file stays as it was. "-" is standard output, which likewise gets the
+/// whole or nothing.
 class AtomicOutput {
 public:
     /// Opens the file for target. Throws Failure where it can't be written, or where something is
@@ -35,8 +38,9 @@ public:
     /// and not the link.
     static std::filesystem::path PlaceOf(const std::filesystem::path& name);
 
-    /// The name as the user gave it.
-    const std::filesystem::path& Name() const { return name; }
+    /// How sentences cite it.
+    std::string Text() const { return StandardStreams::OutputText(name); }
+    bool IsStandardOutput() const { return StandardStreams::IsMeant(name); }
 
 private:
     void OpenTemporary();

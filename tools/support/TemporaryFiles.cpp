@@ -23,15 +23,27 @@ struct Place {
 };
 std::array<Place, 8> places;
 
-/// Uses nothing but what a handler may call.
-extern "C" void RemoveAndExit(int signal) {
-    constexpr std::string_view message = "\nInterrupted. No file was left unfinished.\n";
+void RemoveAll() {
     for (const Place& place : places) {
         if (place.taken != 0)
             unlink(place.path);
     }
+}
+
+/// Uses nothing but what a handler may call.
+extern "C" void RemoveAndExit(int signal) {
+    constexpr std::string_view message = "\nInterrupted. No file was left unfinished.\n";
+    RemoveAll();
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, message.data(), message.size());
     _exit(static_cast<int>(ExitCode::Signal) + signal);
+}
+
+/// The reader of a pipe has seen enough: the end that every program takes then, without a word. The
+/// signal strikes again when this handler returns.
+extern "C" void RemoveAndEnd(int signal) {
+    RemoveAll();
+    std::signal(signal, SIG_DFL);
+    raise(signal);
 }
 
 sigset_t EndingSet() {
@@ -50,7 +62,8 @@ void TemporaryFiles::InstallHandlers() {
     action.sa_mask = EndingSet();
     for (const int signal : kEndingSignals)
         sigaction(signal, &action, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
+    action.sa_handler = RemoveAndEnd;
+    sigaction(SIGPIPE, &action, nullptr);
     std::signal(SIGXFSZ, SIG_IGN);
 }
 

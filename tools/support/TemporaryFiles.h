@@ -14,8 +14,8 @@ namespace Quorvan::Tools {
 namespace TemporaryFiles {
 
 /// From now on SIGINT, SIGTERM and SIGHUP remove what is registered, say so, and end the process
-/// with ExitCode::Signal plus the signal's number. Signals that would end it in the middle of a
-/// write, for a broken pipe or the limit of a file's size, are left to the writes, which then fail.
+/// with ExitCode::Signal plus the signal's number. SIGPIPE removes them and ends it as ever. The
+/// signal for the limit of a file's size is left to the writes, which then fail.
 void InstallHandlers();
 
 /// Registers a path, and answers the place to forget it by. Throws Failure where too many are open.

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <filesystem>
+
+namespace Quorvan::Tools {
+
+/// The hidden file beside a place in which it is written until it is whole: ".out.wav.123.part", by
+/// the number of the process. A live process holds a lock on its own, so that those which a killed
+/// or crashed run has left behind can be told from those of other runs, on other machines too.
+class PartFile {
+public:
+    /// Names only; nothing is made.
+    explicit PartFile(const std::filesystem::path& place);
+
+    /// Makes the file, open for reading and writing and locked. Answers its descriptor, or -1 with
+    /// errno set.
+    int Open() const;
+    /// Removes what runs that live no more have left for the same place.
+    void RemoveLeftovers() const;
+
+    const std::filesystem::path& Path() const { return path; }
+
+private:
+    std::filesystem::path folder;
+    std::string stem;  ///< ".out.wav."
+    std::filesystem::path path;
+};
+
+}  // namespace Quorvan::Tools
