@@ -35,15 +35,5 @@ TEST(WithDryWetTest, CrossfadesTheChildWithItsInput) {
     }
 }
 
-TEST(WithDryWetTest, DryIsTheInputAndResetJumpsToTheMix) {
-    const Stereo input{test::Noise(3, 480), test::Noise(4, 480)};
-    test::ModuleRig<Mixed> mixed(48000.0f, 48, "");
-    EXPECT_EQ(mixed.Run(input), input);
-    mixed.module.SetParameterValue(Mixed::DryWet, 1.0f);
-    mixed.module.Reset(false);
-    test::ModuleRig<Processor::CompensatedMultiDist> alone(48000.0f, 48, "");
-    EXPECT_EQ(mixed.Run(input), alone.Run(input));
-}
-
 }  // namespace
 }  // namespace Quorvan::engine
