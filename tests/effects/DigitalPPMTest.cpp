@@ -38,6 +38,8 @@ TEST(DigitalPPMTest, MatchesAPlainModel) {
         ASSERT_NEAR(static_cast<double>(rig.After(Channel(first, first + 440))),
                     std::min(level, 1.0), 1.0e-3 * level);
     }
+    rig.module.Reset(false);
+    EXPECT_EQ(rig.After(Channel(44)), 0.0f);
 }
 
 TEST(DigitalPPMTest, ABlockWithoutSamplesShowsZero) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdint>
 
 #include "support/ModuleRig.h"
 #include "support/PlainTapeEcho.h"

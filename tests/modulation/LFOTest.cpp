@@ -54,7 +54,6 @@ TEST(LFOTest, WaveformsFollowThePhaseScaled) {
                 lfo.Modulate(1, -0.25f);
                 lfo.Blocks(20);
                 ASSERT_EQ(lfo.outputs[0].size(), 20 * stepsPerBlock);
-                // Mono: as the base leaves it. The spread is compared in the chorus.
                 EXPECT_EQ(lfo.outputs[1], std::vector<float>(20 * stepsPerBlock, 0.0f));
                 for (uint32_t i = 0; i < 20 * stepsPerBlock; ++i) {
                     const double phase = Frac((i * (kBlock / stepsPerBlock) + 1e-4) / 480.0 +

@@ -25,8 +25,9 @@ TEST(WithDryWetTest, CrossfadesTheChildWithItsInput) {
     mixed.Modulate(2, 0.3f);   // Drive of the child
     mixed.Modulate(3, 0.25f);  // DryWet
     mixed.module.SetParameterValue(Mixed::DryWet, 0.5f);
+    mixed.module.Reset(false);
     const Stereo output = mixed.Run(input);
-    double share = 0.0;  // the glide starts at the mix of the set-up
+    double share = 0.5;  // a reset jumps to the mix, from where the row makes it glide
     for (size_t i = 0; i < 4800; ++i) {
         share += (0.75 - share) * (1.0 - std::exp(-5.0 / 480.0));
         const auto w = static_cast<float>(share);
