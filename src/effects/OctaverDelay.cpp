@@ -106,9 +106,10 @@ bool OctaverDelay::OnProcess(ProcessBlock& block) {
     for (uint32_t c = 0; c < kChannels; ++c) {
         for (uint32_t i = 0; i < count; ++i)
             stage1In[c][i] = stage2Out[c][i] * loopGain[i] + inputs[c][i];
-        // A stage in mono leaves its right output alone, which must not repeat an older block.
+        // A stage in mono leaves its right output alone, which must not repeat an older block. Nor
+        // may a longer block that comes next: behind what this one has, the loop is silent.
         std::fill_n(stage1Out[c].begin(), count, 0.0f);
-        std::fill_n(stage2Out[c].begin(), count, 0.0f);
+        std::fill_n(stage2Out[c].begin(), count > 0 ? blockFrames : 0, 0.0f);
     }
     RunStage(Child<0>(), block, stage1In, stage1Out);
     if (mode != 0) {

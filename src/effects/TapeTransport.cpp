@@ -61,6 +61,8 @@ void TapeTransport::BeginBlock(const std::array<float, kChannels>& delays, uint3
     setting = TapeFlutter::Setting(Milliseconds(std::max(motors[0].Now(), motors[1].Now())));
     flutterFrequency = setting.frequency;
     flutterStart = lastFlutter;
+    if (count == 0)  // no sample to take the flutter on to
+        return;
     flutterStep =
         (flutter.Advance(flutterFrequency, blockFrames) - lastFlutter) / static_cast<float>(count);
     lastFlutter = flutterStart + flutterStep * static_cast<float>(count);

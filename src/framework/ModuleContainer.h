@@ -27,7 +27,8 @@ namespace details {
 
 template <size_t I, class M>
 struct ChildHolder {
-    template <class Arguments>
+    // Built from a tuple, never from another holder.
+    template <class Arguments>  // NOLINTNEXTLINE(bugprone-forwarding-reference-overload)
     explicit ChildHolder(Arguments&& arguments)
         : module(std::make_from_tuple<M>(std::forward<Arguments>(arguments))) {}
     M module;

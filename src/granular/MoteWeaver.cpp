@@ -385,6 +385,7 @@ void MoteWeaver::RunClocks(const ProcessBlock& block) {
     inner.outputs = outputs;
     inner.numOutputs = 1;
     Sequencer().Process(inner);
+    Sequencer().HoldSingleStep(sequence, frames);
 
     if (settings.granularMode == GranularSettings::kBeat) {
         // One entry of the rate table is this far from the next, and doubles the rate.

@@ -176,6 +176,8 @@ bool IGenerator::OnProcess(ProcessBlock& block) {
         RunOneShotSynced(run);
     else
         RunSynced(run);
+    HoldSingleStep(phaseBuffer, frames);
+    HoldSingleStep(cycleBuffer, frames);
     ProcessBlock inner = block;
     inner.numFrames = run.steps;
     return Generate(inner);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -67,7 +68,7 @@ public:
     void SetSyncedRates(const std::vector<float>& table);
     void SetSyncedRates(const float* table, size_t count);
 
-    /// Of the last block, one entry a step. Rates are in hertz, or in whole notes when synced.
+    /// Of the last block, one entry a frame. Rates are in hertz, or in whole notes when synced.
     const float* RateBuffer() const { return rateBuffer; }
     const float* PhaseBuffer() const { return phaseBuffer; }
     /// 1 at a step on which a cycle began, else 0.
@@ -77,6 +78,12 @@ public:
     float Tempo() const { return tempo; }
     /// Rate of a step in hertz, free or synced.
     float RateHertz(uint32_t step) const { return RateInHertz(rateBuffer[step]); }
+    /// Holds the one step that "ControlRate" makes of a block over all its frames: what reads them
+    /// would else meet those of blocks before.
+    void HoldSingleStep(float* row, uint32_t frames) const {
+        if (controlRate)
+            std::fill_n(row, frames, row[0]);
+    }
 
 protected:
     /// Present rate in hertz, free or synced.

@@ -34,6 +34,7 @@ public:
     }
 
     void OnSetup(float sampleRate, uint32_t newBlockSize) override;
+    bool OnProcess(ProcessBlock& block) override;
     bool IsDestinationConnected(uint32_t destination) override {
         return GetDestinationRow(destination)[-1] == Policy::kConnected;
     }
@@ -67,6 +68,25 @@ void MonoModulations<NumSources, NumDestinations, Channels, Policy>::OnSetup(
         sources[s] = sourceStorage.data() + size_t{s} * blockSize;
     UpdateConnectionMarkers(DestinationSet::All());
     RecomputeDestinations(DestinationSet::All(), blockSize);
+}
+
+/// Rows are also read before their sources have run again, and then by a block that may be longer:
+/// behind a short block all rows hold its last sample.
+template <uint32_t NumSources, uint32_t NumDestinations, uint32_t Channels, ModulationPolicy Policy>
+bool MonoModulations<NumSources, NumDestinations, Channels, Policy>::OnProcess(
+    ProcessBlock& block) {
+    const bool result = Base::OnProcess(block);
+    const uint32_t frames = block.numFrames;
+    if (frames == 0 || frames >= blockSize)
+        return result;
+    const auto hold = [&](float* row) {
+        std::fill(row + frames, row + blockSize, row[frames - 1]);
+    };
+    for (float* const row : sources)
+        hold(row);
+    for (uint32_t d = 0; d < NumDestinations; ++d)
+        hold(GetDestinationRow(d));
+    return result;
 }
 
 template <uint32_t NumSources, uint32_t NumDestinations, uint32_t Channels, ModulationPolicy Policy>

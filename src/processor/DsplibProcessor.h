@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <exception>
 #include <string>
 
 #include "framework/EventQueue.h"
@@ -29,6 +28,9 @@ const std::string& PseudoParameterName(uint32_t index);
 uint32_t BlockSizeAt(float sampleRate);
 /// The rate itself, or 44100 for one that isn't above 0.
 float ValidSampleRate(float sampleRate);
+/// Hertz. Nobody records at less, and the shortest delays fall below a sample. The effects are made
+/// for 8000 and more: between the two, extreme settings of the tape echo may overflow.
+inline constexpr float kLowestSampleRate = 1000.0f;
 /// Hertz. Beyond what any converter runs at; delay memories grow with the rate, 0.6 GB here.
 inline constexpr float kHighestSampleRate = 768000.0f;
 
@@ -159,6 +161,18 @@ private:
                 return false;
         return true;
     }
+    /// The call with counts of 0 for channels that are not there, which one of no frames may leave
+    /// out.
+    static ProcessData WithoutMissing(ProcessData data) {
+        const auto drop = [](float** channels, uint32_t& count) {
+            count = HasChannels(channels, count) ? count : 0;
+        };
+        drop(data.inputs, data.inputCount);
+        drop(data.outputs, data.outputCount);
+        drop(data.auxInputs, data.auxInputCount);
+        drop(data.auxOutputs, data.auxOutputCount);
+        return data;
+    }
     bool Fits(const ProcessData& data) const;
     static void Silence(float** channels, uint32_t count, uint32_t frames);
     float** Cleaned(float** channels, uint32_t count, uint32_t frames, uint32_t place);
@@ -188,7 +202,7 @@ template <class T>
 bool DsplibProcessor<T>::Initialize(const float* config) {
     initialized = false;
     const float asked = config != nullptr ? config[0] : 0.0f;
-    if (asked > kHighestSampleRate)
+    if (asked > kHighestSampleRate || (asked > 0.0f && asked < kLowestSampleRate))
         return false;
     const float rate = ValidSampleRate(asked);
     try {
@@ -198,7 +212,7 @@ bool DsplibProcessor<T>::Initialize(const float* config) {
             channel.assign(blockSize, 0.0f);
         effect.Setup(rate, blockSize);
         initialized = true;
-    } catch (const std::exception&) {  // no memory: silent until an Initialize that succeeds
+    } catch (...) {  // no memory: silent until an Initialize that succeeds
     }
     return initialized;
 }
@@ -306,20 +320,23 @@ bool DsplibProcessor<T>::GetBlobChanges(const BlobChange** list, int32_t* count)
 
 template <class T>
 bool DsplibProcessor<T>::Process(ProcessData* data) {
-    if (data == nullptr || !HasChannels(data->outputs, data->outputCount) ||
-        !HasChannels(data->auxOutputs, data->auxOutputCount))
+    if (data == nullptr)
+        return false;
+    const ProcessData call = data->frameCount == 0 ? WithoutMissing(*data) : *data;
+    if (!HasChannels(call.outputs, call.outputCount) ||
+        !HasChannels(call.auxOutputs, call.auxOutputCount))
         return false;
     data->outEventCount = 0;
     data->outEvents = outRecords;
-    Silence(data->outputs, data->outputCount, data->frameCount);
-    Silence(data->auxOutputs, data->auxOutputCount, data->frameCount);
+    Silence(call.outputs, call.outputCount, call.frameCount);
+    Silence(call.auxOutputs, call.auxOutputCount, call.frameCount);
     if (!initialized)
         return true;
-    if (!Fits(*data))
+    if (!Fits(call))
         return false;
 
     const DenormalGuard guard;
-    dsp::ProcessBlock block = MakeBlock(*data);
+    dsp::ProcessBlock block = MakeBlock(call);
     effect.Process(block);
     ListOutEvents(*data);
     return true;

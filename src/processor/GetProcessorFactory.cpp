@@ -2,5 +2,9 @@
 #include "processor/MoteWeaverVst3ProcessorFactory.h"
 
 Quorvan::Processor::IProcessorFactory* GetProcessorFactory() {
-    return new Quorvan::Processor::MoteWeaverVst3ProcessorFactory();
+    try {
+        return new Quorvan::Processor::MoteWeaverVst3ProcessorFactory();
+    } catch (...) {
+        return nullptr;
+    }
 }

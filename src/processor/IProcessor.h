@@ -90,7 +90,7 @@ static_assert(sizeof(MidiOutRecord) == 16);
 /// Channels. Two inputs are stereo, one is mono into stereo; no input gives silence. One
 /// output is mono, two are stereo. Buffers hold frameCount floats each, full scale is 1; outputs
 /// and inputs are different memory. Null channels or a block that is too long or not a multiple of
-/// 4 answer false, with silence.
+/// 4 answer false, with silence; in a block of no frames null channels count as none.
 ///
 /// Auxiliary outputs show what moves, for drawing or for routing on: 0 the left channel that the
 /// envelope follower listens to, 1 the follower's envelope, 2 and 3 the spatialiser's position on
@@ -179,9 +179,10 @@ public:
     /// OptionalOperationA to J do nothing here; their answers are fixed.
     virtual bool OptionalOperationA() = 0;
     /// config[0] is the sample rate in hertz; 44100 stands in for one that isn't above 0. Takes all
-    /// memory that running needs and resets all that sounds. False above 768000 and where there is
-    /// not enough memory: the processor is silent then until an Initialize that succeeds. Nothing
-    /// in this interface throws.
+    /// memory that running needs and resets all that sounds. False above 768000, below 1000,
+    /// and where there is not enough memory: the processor is silent then until an Initialize that
+    /// succeeds. Below 8000 extreme settings of the tape echo may overflow. Nothing in this
+    /// interface throws.
     virtual bool Initialize(const float* config) = 0;
     /// Null for none. Completes the info records.
     virtual bool SetLogger(Logger* logger) = 0;
@@ -266,7 +267,7 @@ public:
 class IProcessorFactory {
 public:
     virtual uint32_t GetInterfaceVersion() { return 5; }
-    /// A new processor, released with delete; null where there is no memory.
+    /// A new processor, released with delete; null where it cannot be made, as without memory.
     virtual IProcessor* CreateProcessor() = 0;
     virtual ~IProcessorFactory() = default;
 
@@ -277,5 +278,5 @@ public:
 
 }  // namespace Quorvan::Processor
 
-/// A new factory, released with delete.
+/// A new factory, released with delete; null where there is no memory.
 extern "C" QUORVAN_EXPORT Quorvan::Processor::IProcessorFactory* GetProcessorFactory();

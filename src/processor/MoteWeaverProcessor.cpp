@@ -8,6 +8,7 @@
 
 #include "primitives/BlockDelay.h"
 #include "primitives/FiniteSamples.h"
+#include "primitives/RingStretch.h"
 #include "primitives/UnpairedSine.h"
 
 namespace Quorvan::Processor {
@@ -241,11 +242,21 @@ void MoteWeaverProcessor::HighPass(uint32_t frames) {
     }
 }
 
-/// What comes out of the lines here goes into the grains with the next block.
+/// What comes out of the lines here goes into the grains with the next block. That one may be
+/// longer: the lines are read on for it, as far as they have been written, and silence follows.
 void MoteWeaverProcessor::RunFeedbackDelay(uint32_t frames) {
-    for (uint32_t c = 0; c < 2; ++c)
-        dsp::RunBlockDelay(feedbackLines[c], feedbackDelay, feedbackSend[c], feedbackReturn[c],
-                           frames);
+    if (frames == 0)  // has taken nothing in, so that what waits goes on waiting
+        return;
+    const uint32_t more = blockSize - frames;
+    const uint32_t written = std::min(more, feedbackDelay);
+    for (uint32_t c = 0; c < 2; ++c) {
+        dsp::DelayLine& line = feedbackLines[c];
+        float* const rest = feedbackReturn[c] + frames;
+        dsp::RunBlockDelay(line, feedbackDelay, feedbackSend[c], feedbackReturn[c], frames);
+        dsp::CopyFromRing(line, line.writeIndex - static_cast<int32_t>(feedbackDelay),
+                          static_cast<int32_t>(written), rest);
+        std::fill_n(rest + written, more - written, 0.0f);
+    }
 }
 
 void MoteWeaverProcessor::ApplyGain(dsp::Smoother& gain, float** channels, uint32_t count,

@@ -24,13 +24,6 @@ constexpr std::array<int8_t, 48> kSlotRows{
 /// Rows of "FX2" against those of "FX1".
 constexpr uint32_t kSlotRowStep = 30;
 
-/// A generator that makes one step a block holds it over the block: the row's other samples would
-/// be those of blocks before, and what works on the row in place would run away with them.
-void HoldSingleStep(dsp::IGenerator& generator, float* row, uint32_t frames) {
-    if (generator.Value(dsp::IGenerator::ControlRate) >= 0.5f)
-        std::fill_n(row, frames, row[0]);
-}
-
 }  // namespace
 
 void MoteWeaverProcessor::RunModulation(dsp::ProcessBlock& block, const Inputs& in) {
@@ -71,7 +64,7 @@ void MoteWeaverProcessor::RunFunctions(const dsp::ProcessBlock& block) {
         float* rows[] = {Row(27 + k), Row(30 + k)};
         float* source[] = {Matrix().GetSourceRow(kFunctionSource + k)};
         RunChild(Function(k), block, rows, 2, source, 1);
-        HoldSingleStep(Function(k), source[0], block.numFrames);
+        Function(k).HoldSingleStep(source[0], block.numFrames);
         Matrix().SourceUpdated(kFunctionSource + k, block.numFrames);
     }
 }
@@ -82,7 +75,7 @@ void MoteWeaverProcessor::RunSequencer(const dsp::ProcessBlock& block) {
     float* const source = Matrix().GetSourceRow(kSequencerSource);
     float* outputs[] = {source};
     RunChild(Sequencer(), block, rate, 1, outputs, 1);
-    HoldSingleStep(Sequencer(), source, frames);
+    Sequencer().HoldSingleStep(source, frames);
     if (Position(kStepSeqBipolar) > 0.5f)
         for (uint32_t i = 0; i < frames; ++i)
             source[i] = 2.0f * source[i] - 1.0f;

@@ -1,7 +1,6 @@
 #include "processor/MoteWeaverVst3ProcessorFactory.h"
 
 #include <cstring>
-#include <new>
 
 #include "processor/DsplibProcessor.h"
 #include "processor/MoteWeaverProcessor.h"
@@ -17,7 +16,7 @@ MoteWeaverVst3ProcessorFactory::MoteWeaverVst3ProcessorFactory() {
 IProcessor* MoteWeaverVst3ProcessorFactory::CreateProcessor() {
     try {
         return new DsplibProcessor<MoteWeaverProcessor>();
-    } catch (const std::bad_alloc&) {
+    } catch (...) {  // a wrapper may know nothing of exceptions
         return nullptr;
     }
 }

@@ -32,12 +32,6 @@ struct Rig : test::EffectRig<C> {
         Set(C::Ratio, ratio);
         module.Reset(true);
     }
-    /// Gain in dB that a constant input of this level ends up with.
-    float StaticGainDb(float levelDb) {
-        const float level = std::pow(10.0f, levelDb * 0.05f);
-        const Channel held(24000, level);
-        return test::DecibelsOf(Run({held, held})[0].back() / level);
-    }
 };
 
 /// The same compressor sample by sample, with nothing worked out ahead and unending delay lines in
@@ -241,58 +235,6 @@ TEST(CompressorTest, MatchesAPlainModelWhileEverythingMoves) {
         });
         EXPECT_LT(worst, 2.0e-4f) << rate;
     }
-}
-
-TEST(CompressorTest, StaticCurveBendsAtTheThresholdOrInItsKnee) {
-    struct Case {
-        float knee, levelDb, gainDb;
-    };
-    for (const Case& c : {Case{0.0f, -40.0f, 0.0f},
-                          {0.0f, -20.1f, 0.0f},
-                          {0.0f, -10.0f, -7.5f},
-                          {0.0f, 0.0f, -15.0f},
-                          {12.0f, -26.0f, 0.0f},
-                          {12.0f, -20.0f, -0.75f * 12.0f / 8.0f},
-                          {12.0f, -14.0f, -4.5f},
-                          {12.0f, -10.0f, -7.5f}}) {
-        Rig rig(-20.0f, 4.0f);
-        rig.Set(C::KneeWidth, c.knee);
-        EXPECT_NEAR(rig.StaticGainDb(c.levelDb), c.gainDb, 0.001f) << c.knee << ", " << c.levelDb;
-        rig.Set(C::RatioInfinite, 1.0f);
-        EXPECT_NEAR(rig.StaticGainDb(c.levelDb), c.gainDb / 0.75f, 0.001f);
-        rig.Set(C::RatioInfinite, 0.0f);
-        rig.Set(C::Ratio, 1.0f);
-        EXPECT_NEAR(rig.StaticGainDb(c.levelDb), 0.0f, 0.001f);
-    }
-    Rig rig(-20.0f, 4.0f);
-    rig.Set(C::Makeup, 1.0f);
-    EXPECT_NEAR(rig.StaticGainDb(-100.0f), 15.0f / std::sqrt(2.0f), 0.001f);
-}
-
-TEST(CompressorTest, AttackAndReleaseAreTimeConstantsOfTheDecibels) {
-    Rig rig(-20.0f, 4.0f);
-    rig.Set(C::Attack, 10.0f);
-    rig.Set(C::Release, 20.0f);
-    const Channel loud(4800, 1.0f);
-    const Channel attack = rig.Run({loud, loud})[0];
-    const float reached = -15.0f * (1.0f - std::exp(-1.0f));
-    EXPECT_NEAR(test::DecibelsOf(attack[479]), reached, 0.01f);
-    rig.Run({loud, loud});
-    const Channel quiet(4800, 0.01f);
-    const Channel release = rig.Run({quiet, quiet})[0];
-    EXPECT_NEAR(test::DecibelsOf(release[959] / 0.01f), -15.0f * std::exp(-1.0f), 0.01f);
-}
-
-TEST(CompressorTest, BelowTheThresholdTheLookaheadOnlyDelays) {
-    const Stereo input{test::Bursts(1, 4800, 0.9f), test::Bursts(2, 4800, 0.9f)};
-    Rig rig(0.0f, 1.0f);
-    rig.Set(C::LookaheadEnable, 1.0f);
-    rig.Set(C::LookaheadTimeMs, 2.5f);
-    rig.module.Reset(true);
-    const Stereo delayed = rig.Run(input);
-    EXPECT_EQ(rig.module.LookaheadSamples(), 120);
-    for (size_t i = 0; i < 4800; ++i)
-        ASSERT_EQ(delayed[1][i], i < 120 ? 0.0f : input[1][i - 120]);
 }
 
 }  // namespace

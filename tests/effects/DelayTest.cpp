@@ -132,34 +132,5 @@ TEST(DelayTest, NotesLastAsTheTempoSaysAndStepDownToFourSeconds) {
     }
 }
 
-// Bursts of 2 kHz, which the filters leave alone.
-TEST(DelayTest, PingPongHalvesEveryOtherEchoAndWidthMixesThem) {
-    for (const float rate : kRates) {
-        const auto step = static_cast<size_t>(rate * 0.1f);
-        for (const float width : {1.0f, 0.0f}) {
-            Rig rig(rate);
-            rig.Open(100.0f);
-            rig.Set(D::StereoMode, 1.0f);
-            rig.Set(D::StereoWidthPP, width);
-            rig.Set(D::Feedback, 0.5f);
-            rig.Rest();
-            Channel burst = test::Sine(2000.0, double{rate}, step / 2);
-            burst.resize(8 * step);
-            const Stereo output = rig.Run({burst, burst});
-            for (size_t k = 0; k < 6; ++k) {
-                const double echo = k == 0 ? 0.0 : std::pow(0.5, static_cast<double>((k - 1) / 2));
-                for (size_t c = 0; c < 2; ++c) {
-                    const bool isHome = c == (k + 1) % 2;
-                    const double wanted = width == 0.0f ? 0.5 * echo : isHome ? echo : 0.0;
-                    const auto tone = test::ToneIn(output[c], k * step + step / 10,
-                                                   k * step + step * 2 / 5, 2000.0, double{rate});
-                    EXPECT_NEAR(std::abs(tone), wanted, 1.0e-3)
-                        << "echo " << k << ", channel " << c << ", width " << width;
-                }
-            }
-        }
-    }
-}
-
 }  // namespace
 }  // namespace Quorvan::dsp

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "effects/CompensatedMultiDist.h"
-#include "effects/DistortionLevel.h"
 #include "support/ModuleRig.h"
 #include "support/RampedPole.h"
 #include "support/SideBySide.h"
@@ -167,33 +166,6 @@ TEST(DistortionCurvesTest, FollowTheirFormulas) {
     }
 }
 
-TEST(DistortionCurvesTest, StaircaseHasSixteenLevelsAndFullScale) {
-    std::vector<float> seen;
-    for (int32_t k = 0; k <= 10000; ++k) {
-        float y = static_cast<float>(k) * 1.0e-4f;
-        DistortionCurves::Instance().Apply(kStaircase, &y, 1);
-        if (seen.empty() || y != seen.back())
-            seen.push_back(y);
-    }
-    ASSERT_EQ(seen.size(), 17u);
-    for (size_t k = 0; k < seen.size(); ++k)
-        EXPECT_EQ(seen[k], static_cast<float>(k) / 16.0f);
-}
-
-TEST(DistortionLevelTest, FollowsItsFits) {
-    std::vector<float> drives, gains(601);
-    for (uint32_t k = 0; k < gains.size(); ++k)
-        drives.push_back(static_cast<float>(k) * 0.1f);
-    for (int32_t type = 0; type < kTypes; ++type) {
-        FillLevelCompensation(type, drives.data(), gains.data(), 601);
-        for (size_t k = 0; k < gains.size(); ++k)
-            ASSERT_NEAR(static_cast<double>(gains[k]),
-                        CompensationDb(type, static_cast<double>(drives[k])),
-                        type == kStaircase ? 2.0e-3 : 2.0e-5)
-                << type << " at " << drives[k];
-    }
-}
-
 /// The distortion with its parameters read block by block, on the class's own resamplers.
 class Plain {
 public:
@@ -289,18 +261,6 @@ float LevelOf(test::ModuleRig<M>& rig, float amplitude) {
         out += std::pow(static_cast<double>(output[i]), 2.0);
     }
     return static_cast<float>(std::sqrt(out / in));
-}
-
-TEST(MultiDistTest, SmallSignalsDoubleAndTheCompensationTakesItsShare) {
-    for (const int32_t type : {1, 2, 12}) {
-        Rig rig;
-        rig.Set(MultiDist::DistType, static_cast<float>(type));
-        rig.SetPosition(MultiDist::AutoComp, 0.0f);
-        EXPECT_NEAR(LevelOf(rig, 0.05f), 2.0f, 0.01f);
-        rig.SetPosition(MultiDist::AutoComp, 1.0f);
-        const float compensation = type == 12 ? -6.42352f : -4.927435f;
-        EXPECT_NEAR(test::DecibelsOf(LevelOf(rig, 0.05f)), 6.0206f + compensation, 0.05f);
-    }
 }
 
 TEST(CompensatedMultiDistTest, InputGainMovesAlongTheCurveAndNotTheLevel) {

@@ -5,13 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <complex>
 #include <numbers>
-#include <tuple>
 #include <utility>
 #include <vector>
 
-#include "support/EchoMeters.h"
 #include "support/ModuleRig.h"
 #include "support/RampedPole.h"
 #include "support/SideBySide.h"
@@ -212,58 +209,6 @@ struct Still : Rig {
         module.Reset(true);
     }
 };
-
-TEST(MultiModeFilterTest, RespondsAsTheAnalogueSectionWithItsLevelEvenedOut) {
-    constexpr double q = 3.75, corner = 1000.0;
-    constexpr double passDb[3] = {-2.5, -7, -16}, bandDb[3] = {0, -6, -10.5};  // by sections
-    for (const float rate : kRates) {
-        for (int mode = 0; mode < 3; ++mode) {
-            for (int n = 1; n <= 3; ++n) {
-                Still filter(rate, mode, 12.0f * static_cast<float>(n), 1000.0f, 3.75f);
-                const double decibels = (mode == 2 ? bandDb : passDb)[n - 1];
-                for (const double hertz : {250.0, 1000.0, 9000.0}) {
-                    const auto warped = [rate](double f) {
-                        return std::tan(std::numbers::pi * f / double{rate});
-                    };
-                    const std::complex<double> s(0.0, warped(hertz) / warped(corner));
-                    const std::complex<double> top[3] = {1.0, s * s, s};
-                    const auto section = top[mode] / (s * s + s / q + 1.0);
-                    const auto wanted = std::pow(10.0, decibels / 20.0) * std::pow(section, n);
-                    const auto got = test::ResponseAt(filter, hertz, rate);
-                    EXPECT_LT(std::abs(got - wanted), 0.002 * std::abs(wanted) + 1.0e-6)
-                        << "mode " << mode << ", " << n << " sections, " << hertz << " Hz";
-                }
-            }
-        }
-    }
-}
-
-TEST(MultiModeFilterTest, CombsHaveTheirPeaksAtMultiplesAndLittleBetween) {
-    constexpr double f = 0.99,
-                     level = 1.00086 - 0.5438554 * f + 1.296221 * f * f - 1.560468 * f * f * f;
-    for (const auto& [mode, peak, between] :
-         {std::tuple{Filter::kCombFeedForward, 1.99, 0.01},
-          {Filter::kCombFeedback, level / 0.01, level / 1.99}}) {
-        Still comb(48000.0f, mode, 12.0f, 500.0f, 15.0f);
-        for (const auto& [hertz, wanted] :
-             {std::pair{500.0, peak}, {1500.0, peak}, {250.0, between}}) {
-            const Channel tone = test::Sine(hertz, 48000.0, 96000, 0.1f);
-            comb.Run({tone, tone});  // until it has swung in
-            EXPECT_NEAR(std::abs(test::ResponseAt(comb, hertz, 48000.0f)), wanted, 2.0e-3 * peak)
-                << mode << " at " << hertz;
-        }
-    }
-}
-
-TEST(MultiModeFilterTest, LowestQLeavesTheCombsWithoutEffect) {
-    const Stereo input{test::Noise(1, 4800), test::Noise(2, 4800)};
-    Still feedForward(48000.0f, Filter::kCombFeedForward, 12.0f, 1000.0f, 0.5f);
-    EXPECT_EQ(feedForward.Run(input), input);
-    Still recursive(48000.0f, Filter::kCombFeedback, 12.0f, 1000.0f, 0.5f);
-    const Stereo output = recursive.Run(input);
-    for (size_t i = 2400; i < 4800; ++i)  // behind the glide of the gain
-        EXPECT_NEAR(output[0][i], input[0][i] * 1.00086f, 1.0e-5f);
-}
 
 TEST(MultiModeFilterTest, CornersBeyondHalfTheRateAreHeldBelowIt) {
     constexpr float rate = 11025.0f;

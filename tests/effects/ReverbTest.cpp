@@ -94,5 +94,20 @@ TEST(ReverbTest, LowAndUnusableRatesStayStable) {
     }
 }
 
+TEST(ReverbTest, ThePlateRunsAtItsReferenceRateBelowItAndStartsAfreshAtANewOne) {
+    test::ModuleRig<Core> low(8000.0f, 48, ""), reference(29761.0f, 48, "");
+    for (auto* rig : {&low, &reference}) {
+        rig->module.SetParameterValue(Core::Predelay, 0.01f);
+        rig->module.Reset(true);
+    }
+    const test::Channel in = test::Noise(1, 9600);
+    EXPECT_EQ(low.RunMono(in), reference.RunMono(in));
+    test::ModuleRig<Core> fresh(96000.0f, 48, "");
+    fresh.module.SetParameterValue(Core::Predelay, 0.01f);
+    for (auto* rig : {&low, &fresh})
+        rig->module.Setup(96000.0f, 48);
+    EXPECT_EQ(low.RunMono(in), fresh.RunMono(in));
+}
+
 }  // namespace
 }  // namespace Quorvan::dsp

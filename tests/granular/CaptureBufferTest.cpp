@@ -353,56 +353,5 @@ TEST(CaptureBufferTest, FollowsThePlainRulesThroughWholeTakes) {
     EXPECT_GT(clears, 100u);
 }
 
-/// Plays from song position 0 at a tempo, with a loop of a whole note, for a number of samples.
-struct LockedTape : CaptureBuffer {
-    explicit LockedTape(float tempo) {
-        Setup(kRate);
-        SetLength(240.0f / tempo, 64.0f);
-        Reset();
-    }
-    void Play(float tempo, uint32_t samples) {
-        Transport transport{.playing = true,
-                            .started = song == 0.0,
-                            .songPosition = 0.0f,
-                            .wholeNote = 240.0f / tempo};
-        for (uint32_t i = 0; i < samples; ++i) {
-            Write(1.0f, 1.0f, 0.0f);
-            AdvanceLocked(static_cast<float>(song * 16.0), transport, song == 0.0, ring);
-            song += static_cast<double>(tempo) / 60.0 / static_cast<double>(kRate);
-        }
-    }
-
-    MarkerRing ring;
-    double song = 0.0;  // quarter notes
-};
-
-TEST(CaptureBufferTest, TheLoopTakesTheLengthOfALapAtTheNewTempo) {
-    LockedTape tape(120.0f);
-    tape.Play(120.0f, 8100);
-    EXPECT_NEAR(tape.length, 4000u, 1u);
-    const uint32_t pass = tape.activePass;
-    tape.SetTargetLength(1.6f);
-    tape.Play(150.0f, 3200 - 80 + 10);  // the rest of the lap
-    EXPECT_NE(tape.activePass, pass);
-    tape.Play(150.0f, 3200);
-    EXPECT_NEAR(tape.length, 3200u, 1u);
-    EXPECT_EQ(tape.previousLength, tape.length);
-    EXPECT_LT(tape.writePosition, 12u);
-}
-
-TEST(CaptureBufferTest, AJumpBackwardLosesNoLap) {
-    LockedTape tape(120.0f);
-    tape.Play(120.0f, 5000);
-    EXPECT_FALSE(tape.freeWrap);
-    const uint32_t before = tape.writePosition;
-    tape.song -= 1.0;
-    tape.Play(120.0f, 100);
-    EXPECT_TRUE(tape.freeWrap);
-    EXPECT_EQ(tape.writePosition, before + 100);
-    tape.Play(120.0f, 4000);  // past the end of the clock's loop
-    EXPECT_FALSE(tape.freeWrap);
-    EXPECT_NEAR(tape.length, 4000u, 1u);
-}
-
 }  // namespace
 }  // namespace Quorvan::dsp

@@ -92,7 +92,7 @@ public:
     }
     void Tape() {
         CaptureBuffer& tape = engine.capture;
-        tape.length = 2000 + Below(100000);
+        tape.length = Chance(0.3f) ? 20 + Below(80) : 2000 + Below(100000);
         tape.writePosition = Chance(0.2f)   ? tape.length - Below(6)
                              : Chance(0.1f) ? 0u
                                             : Below(tape.length);

@@ -100,22 +100,6 @@ TEST(MoteWeaverTest, AScaleKeepsThePitchKnobWhereItIs) {
     }
 }
 
-TEST(MoteWeaverTest, RandomPitchesStayInTheScale) {
-    Engine engine;
-    engine.Module().SetParameterNormalized(Id::Pitch, 0.5f);
-    engine.Set({{Id::Scale, 7.0f}, {Id::RandomPitch, 1.0f}, {Id::RandomPitchArrow, 2.0f}});
-    engine.Module().SetParameterNormalized(IGenerator::RateUnSynced, 1.0f);
-    engine.Run(500);
-    std::set<int> pitches;
-    const std::set<int> major{0, 2, 4, 7, 9};
-    for (const Grain& grain : engine.grains) {
-        const auto pitch = static_cast<int>(std::round(12.0 * std::log2(grain.increment)));
-        EXPECT_TRUE(major.contains((pitch + 36) % 12)) << pitch;
-        pitches.insert(pitch);
-    }
-    EXPECT_GT(pitches.size(), 15u);
-}
-
 TEST(MoteWeaverTest, TheClassicModeStartsAtItsRateFreeOrSynced) {
     Engine free;
     free.Set(IGenerator::RateUnSynced, 50.0f);
@@ -293,19 +277,6 @@ TEST(MoteWeaverTest, StereoAndRowsOfZerosChangeNothing) {
     };
     EXPECT_EQ(render(1.0f, 0.7f, false), render(0.0f, 0.7f, false));
     EXPECT_EQ(render(0.0f, 0.0f, true), render(0.0f, 0.0f, false));
-}
-
-TEST(MoteWeaverTest, RandomDirectionIsTheShareOfForwardPairs) {
-    for (const float share : {0.0f, 0.3f, 1.0f}) {
-        Engine engine;
-        engine.Set({{Id::RandomDirection, share}, {IGenerator::RateUnSynced, 250.0f}});
-        engine.Run(200);
-        engine.grains.clear();
-        engine.Run(4000);
-        const auto forward =
-            static_cast<float>(std::ranges::count(engine.grains, false, &Grain::reversed));
-        EXPECT_NEAR(forward / static_cast<float>(engine.grains.size()), share, 0.05f);
-    }
 }
 
 TEST(MoteWeaverTest, TheCountOfGrainsKeepsToItsLimit) {

@@ -119,6 +119,12 @@ TEST(FunctionGeneratorTest, SegmentsAreTheTensionCurveToTheBit) {
             ASSERT_EQ(segment.HeightAt(x), TensionCurve(x0, y0, x1, y1, x, tension)) << tension;
         }
     }
+    EXPECT_EQ(TensionCurve(1.0f, 2.0f, 1.0f, 4.0f, 1.0f, 5.0f), 3.0f);
+    for (const auto& [x, tension] : {std::pair{0.9f, 1000.0f},
+                                     {0.1f, -1000.0f},
+                                     {std::nanf(""), 3.0f},
+                                     {std::nanf(""), -3.0f}})
+        EXPECT_EQ(TensionCurve(0.0f, 2.0f, 1.0f, 4.0f, x, tension), tension > 0.0f ? 2.0f : 4.0f);
 }
 
 TEST(FunctionGeneratorTest, ReadsThePointsThemselvesAndTheirMirrorImage) {

@@ -29,7 +29,6 @@ public:
         lastFrames = block.numFrames;
         return true;
     }
-    bool IsFinished() const { return finished; }
     uint32_t lastFrames = 0;
 };
 
@@ -311,93 +310,6 @@ TEST(IGeneratorTest, FollowsAPlainClockThroughRandomScenarios) {
         complete += Scenario(seed).Run(300) ? 1 : 0;
     }
     EXPECT_GT(complete, 480u);
-}
-
-// The start phase is no multiple of the step: rounding must not lose or delay the first tick.
-TEST(IGeneratorTest, FirstStepLandsOnAnyStartPhaseWithATick) {
-    for (uint32_t n = 0; n < 720; ++n) {
-        const float degrees = static_cast<float>(n) * 0.5f + 0.123f;
-        for (const float synced : {0.0f, 1.0f}) {
-            Clock clock(n % 2 == 0 ? IGenerator::kOneShot : IGenerator::kLoop, false, 0.7f);
-            clock.Set(IGenerator::MidiSync, synced);
-            clock.Set(IGenerator::PhaseInit, degrees);
-            clock.Block();
-            ASSERT_EQ(clock.ticks[0], 1.0f) << degrees;
-            ASSERT_NEAR(clock.phases[0], degrees / 360.0f, 1e-6f);
-            ASSERT_EQ(clock.cycles[0], 0.0f);
-        }
-    }
-}
-
-TEST(IGeneratorTest, OneShotRestsShortOfItsStartUntilAGate) {
-    for (const bool synced : {false, true}) {
-        Clock clock(IGenerator::kOneShot, synced, synced ? 8.0f : 100.0f);
-        clock.Set(IGenerator::PhaseInit, 90.0f);
-        clock.Blocks(100);
-        EXPECT_EQ(clock.TickSteps(), std::vector<uint32_t>{0});
-        EXPECT_TRUE(clock.module.IsFinished());
-        clock.module.Reset(false);  // a reset is no gate
-        clock.Block();
-        EXPECT_NEAR(clock.phases.back(), 0.249999f, 1e-7f);
-        clock.Set(IGenerator::GateIn, 1.0f);
-        clock.Forget();
-        clock.Block();
-        EXPECT_EQ(clock.ticks[0], 1.0f);
-        EXPECT_FALSE(clock.module.IsFinished());
-    }
-}
-
-TEST(IGeneratorTest, FreeModeLocksToTheSongWhereverItStarts) {
-    for (const double from : {0.0, 0.37, 3.9, 117.25, 5000.0}) {
-        for (const float hard : {0.0f, 1.0f}) {
-            Clock clock(IGenerator::kFree, true, 4.0f);
-            clock.Set(IGenerator::PhaseInit, 72.0f);
-            clock.Set(IGenerator::SppHardFollow, hard);
-            clock.Blocks(7);  // stopped: its own clock
-            clock.playing = true;
-            clock.position = from;
-            clock.Forget();
-            clock.Blocks(100);
-            for (size_t i = 0; i < clock.phases.size(); i += kBlock) {
-                const double song = from + static_cast<double>(i) / 24000.0;
-                // A float holds positions around 5000 to 0.0005 quarter notes.
-                EXPECT_LT(Apart(static_cast<double>(clock.phases[i]), 0.2 + song / 2.0), 0.0003);
-            }
-        }
-    }
-}
-
-// Float positions are a 64th of a quarter note apart by then; the phase may not stray further.
-TEST(IGeneratorTest, ADayOfSongPositionBringsNoDrift) {
-    for (const float hard : {0.0f, 1.0f}) {
-        Clock clock(IGenerator::kFree, true, 3.0f);
-        clock.Set(IGenerator::SppHardFollow, hard);
-        clock.playing = true;
-        for (double hours = 0.0; hours <= 24.0; hours += 0.5) {
-            clock.position = hours * 7200.0 + 3.998;  // a bar line follows
-            clock.Blocks(8);
-            const double song = static_cast<double>(static_cast<float>(clock.position - 0.002));
-            EXPECT_LT(Apart(static_cast<double>(clock.phases.back()), song / 4.0), 0.008)
-                << hours << " h";
-        }
-    }
-}
-
-TEST(IGeneratorTest, ADayOfItsOwnClockBringsNoDrift) {
-    constexpr float kLowRate = 480.0f;  // blocks of ten seconds, one step each
-    for (const uint32_t synced : {0u, 1u}) {
-        Rig clock(kLowRate, 4800, "Clock");
-        clock.tempo = 117.0f;
-        clock.Set(IGenerator::Mode, 1.0f);
-        clock.Set(IGenerator::ControlRate, 1.0f);
-        clock.Set(IGenerator::MidiSync, static_cast<float>(synced));
-        clock.Set(IGenerator::RateSynced, 3.0f);
-        clock.Set(IGenerator::RateUnSynced, 0.037f);
-        clock.Blocks(8641);
-        EXPECT_EQ(clock.module.lastFrames, 1u);
-        const double hertz = synced != 0 ? 117.0 / 240.0 : static_cast<double>(0.037f);
-        EXPECT_LT(Apart(static_cast<double>(clock.phases.back()), 86400.0 * hertz), 1e-6);
-    }
 }
 
 TEST(IGeneratorTest, RateRowIsReadSampleBySampleAndEndsWithTheTable) {

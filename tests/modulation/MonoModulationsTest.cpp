@@ -109,8 +109,11 @@ TEST(MonoModulationsTest, RowsAreThePlainSumsWhateverHappens) {
                     plain.Expect(rig, row, frames);
         }
         rig.Process(frames);
+        for (uint32_t s = 0; s < kSources; ++s)
+            ASSERT_EQ(rig.matrix.GetSourceRow(s)[kBlock - 1],
+                      rig.matrix.GetSourceRow(s)[frames - 1]);
         for (uint32_t row = 0; row < kRows; ++row) {
-            plain.Expect(rig, row, frames);
+            plain.Expect(rig, row, kBlock);
             ASSERT_EQ(rig.matrix.IsDestinationConnected(row), plain.Reaches(row));
             ASSERT_EQ(rig.Activity(row), plain.Reaches(row) ? 1.23456f : 0.0f);
         }

@@ -54,26 +54,6 @@ TEST(DelayLineTest, AnyDelayReadsTheSampleThatFarBack) {
     }
 }
 
-TEST(DelayLineTest, PolynomialIsTheHermiteCurveThroughValuesSlopesAndCurvatures) {
-    Filled f;
-    for (int32_t delay = 0; delay < 2 * kSize; ++delay) {
-        const double p = f.Back(delay - 2), a = f.Back(delay - 1), b = f.Back(delay),
-                     q = f.Back(delay + 1);
-        for (const float fraction : {0.1f, 0.5f, 0.83f}) {
-            const double x = fraction, x2 = x * x, x3 = x2 * x, x4 = x3 * x, x5 = x4 * x;
-            const double toB = 10 * x3 - 15 * x4 + 6 * x5;
-            const double slopeA = x - 6 * x3 + 8 * x4 - 3 * x5;
-            const double slopeB = -4 * x3 + 7 * x4 - 3 * x5;
-            const double bendA = 0.5 * x2 - 1.5 * x3 + 1.5 * x4 - 0.5 * x5;
-            const double bendB = 0.5 * x3 - x4 + 0.5 * x5;
-            const double expected = a * (1 - toB) + b * toB + slopeA * (b - p) / 2 +
-                                    slopeB * (q - a) / 2 + bendA * (b + p - 2 * a) +
-                                    bendB * (q + a - 2 * b);
-            EXPECT_NEAR(f.line.Read(delay, fraction, DelayLine::kPolynomial), expected, 2e-6);
-        }
-    }
-}
-
 TEST(DelayLineTest, ClearZeroesTheRingAndCopiesHaveTheirOwn) {
     Filled f;
     DelayLine copy = f.line;

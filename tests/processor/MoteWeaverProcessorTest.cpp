@@ -73,6 +73,16 @@ TEST(MoteWeaverProcessorTest, TheLoopIsSilentAtTheBottomAndBoundedAtTheTop) {
     EXPECT_GT(PeakLevel(closed.RunSilence(300)[0], 300 * 48 - 4800), 1e-3f);
 }
 
+TEST(MoteWeaverProcessorTest, ALongBlockBehindShortOnesBringsNothingOldBackIntoTheLoop) {
+    ProcessorRig rig;
+    rig.Set("Feedback", 1.0f);
+    rig.Run(NoisePair(4800));  // onto the tape alone, without grains
+    rig.Run({Channel(9600), Channel(9600)}, [&rig] { rig.frames = 4; });
+    const float* const taped = rig.ReadDisplay().buffer + rig.ReadDisplay().writePosition;
+    rig.RunSilence(1);
+    EXPECT_LT(PeakLevel(Channel(taped, taped + rig.blockSize)), 1e-5f);
+}
+
 TEST(MoteWeaverProcessorTest, MetersShowThePeaksOfTheOutput) {
     ProcessorRig rig;
     rig.Set("Master Volume", 1.0f);

@@ -2,11 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 #include <set>
-#include <string>
 #include <vector>
 
 #include "support/ModuleRig.h"
@@ -25,10 +23,6 @@ struct Rig : test::ModuleRig<FxVariant> {
         module.SetParameterValue(FxVariant::ModuleType, static_cast<float>(effect));
     }
 };
-
-Stereo NoisePair(uint32_t seed, size_t length) {
-    return {test::Noise(seed, length, 0.5f), test::Noise(seed + 1, length, 0.5f)};
-}
 
 /// The tuning of the slot: where the knobs of an effect end, and where one starts.
 struct Tuned {
@@ -86,28 +80,6 @@ TEST(FxVariantTest, EffectsAreTunedForTheSlot) {
     EXPECT_EQ(fx.Position(FxVariant::CopyOnBypass), 1.0f);
 }
 
-TEST(FxVariantTest, OneIdSpaceOverAllEffects) {
-    Rig rig;
-    EXPECT_EQ(rig.module.NumInputs(), 50u);
-    EXPECT_EQ(FxVariant::kFirstOwnId + rig.module.OwnParameterCount(), FxVariant::kParameterCount);
-    std::set<std::string> names;
-    for (uint32_t id = 0; id < FxVariant::kParameterCount; ++id) {
-        char text[256];
-        dsp::ParameterNameSink sink(text, sizeof(text));
-        rig.module.GetParameterName(id, sink);
-        EXPECT_EQ(names.size(), id) << text;
-        names.insert(text);
-        const std::string wanted = id == 0     ? "FX1_BypassUselessParam"
-                                   : id == 9   ? "FX1_MultiDist_Drive"
-                                   : id == 13  ? "FX1_DryWet"
-                                   : id == 124 ? "FX1_Flanger_Chorus_Feedback"
-                                   : id == 141 ? "FX1_Reverb_Decay"
-                                   : id == 166 ? "FX1_DryWetInternal"
-                                               : text;
-        EXPECT_EQ(text, wanted) << id;
-    }
-}
-
 TEST(FxVariantTest, DryWetGoesToEveryEffectAsAPosition) {
     Rig rig;
     const std::set<uint32_t> linked{1, 13, 14, 34, 77, 94, 104, 120, 153};
@@ -120,25 +92,6 @@ TEST(FxVariantTest, DryWetGoesToEveryEffectAsAPosition) {
             << id;
     EXPECT_LT(rig.module.Child<9>().Value(dsp::Reverb::Wet), 0.3f);  // bent by its curve
     EXPECT_EQ(rig.module.Child<1>().Value(Filter::Wet), 0.375f);
-}
-
-TEST(FxVariantTest, RunsTheEffectOnItsOwnRowsOnly) {
-    test::ModuleRig<Filter> alone(48000.0f, 48, "");
-    alone.module.SetParameterValue(Filter::Wet, 1.0f);
-    alone.Modulate(3, 0.7f);
-    alone.Modulate(4, 0.4f);
-    const Stereo input = NoisePair(3, 4800);
-    const Stereo wanted = alone.Run(input);
-
-    Rig rig;
-    for (uint32_t channel = 2; channel < 50; ++channel)
-        rig.Modulate(channel, channel == 3   ? 0.7f
-                              : channel == 4 ? 0.4f
-                              : channel == 2 ? 0.0f
-                                             : 1.0f);
-    rig.module.SetParameterValue(FxVariant::DryWetInternal, 1.0f);
-    rig.Choose(FxVariant::kMultiModeFilter);
-    EXPECT_EQ(rig.Run(input), wanted);
 }
 
 TEST(FxVariantTest, RateTypesSetSyncAndKindOfNote) {

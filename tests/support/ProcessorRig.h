@@ -47,7 +47,7 @@ public:
     void Initialize(float sampleRate) {
         rate = sampleRate;
         processor->Initialize(&rate);
-        blockSize = processor->GetBlockSize(rate);
+        blockSize = frames = processor->GetBlockSize(rate);
         for (Channel& channel : scratch)
             channel.assign(blockSize, 0.0f);
     }
@@ -108,7 +108,7 @@ public:
         data.inputCount = static_cast<uint32_t>(inputs.size());
         data.outputs = outputs.data();
         data.outputCount = static_cast<uint32_t>(outputs.size());
-        data.frameCount = blockSize;
+        data.frameCount = frames;
         data.auxOutputs = aux.data();
         data.auxOutputCount = static_cast<uint32_t>(aux.size());
         data.auxInputs = sideChain.data();
@@ -119,19 +119,23 @@ public:
         data.processingMode = offline ? 1 : 0;
         const bool result = processor->Process(&data);
         if (playing)
-            songPosition += static_cast<double>(blockSize) / static_cast<double>(rate) *
+            songPosition += static_cast<double>(frames) / static_cast<double>(rate) *
                             static_cast<double>(tempo) / 60.0;
         return result;
     }
-    /// Whole blocks of a stereo signal; what doesn't fill one is left out.
+    /// Whole blocks of a stereo signal; what doesn't fill one is left out. everyBlock may set
+    /// another length.
     Stereo Run(const Stereo& input, const std::function<void()>& everyBlock = {}) {
         Stereo output{Channel(input[0].size()), Channel(input[0].size())};
-        for (size_t at = 0; at + blockSize <= input[0].size(); at += blockSize) {
+        const size_t length = input[0].size() / blockSize * blockSize;
+        for (size_t at = 0; at < length; at += frames) {
             if (everyBlock)
                 everyBlock();
+            frames = std::min(frames, static_cast<uint32_t>(length - at));
             RunBlock({const_cast<float*>(&input[0][at]), const_cast<float*>(&input[1][at])},
                      {&output[0][at], &output[1][at]});
         }
+        frames = blockSize;
         return output;
     }
     Stereo RunSilence(uint32_t blocks) {
@@ -164,6 +168,7 @@ public:
     bool playing = false;
     bool offline = false;
     uint32_t blockSize = 0;
+    uint32_t frames = 0;  ///< of the next block
     std::unique_ptr<Processor::IProcessorFactory> factory;
     std::unique_ptr<Processor::IProcessor_V5> processor;
     std::array<Channel, 4> scratch;
