@@ -6,6 +6,7 @@ from concurrent.futures import ThreadPoolExecutor
 import numpy as np
 
 import meters
+from sounds import RATE
 
 LOUDNESS_LU, PEAK_DB, MEL_DB, TIME_DB = 2.0, -1.0, 8.0, 5.0
 TAIL = 30
@@ -51,14 +52,17 @@ def measure(render, preset, dry, seeds, seconds):
     result = Result(preset)
     for sound, count in seeds.items():
         for seed in range(1, count + 1):
-            samples, summary = render(preset, sound, seed)
+            listen = sound == "plucks" and seed == 1
+            samples, summary = render(preset, sound, seed, TAIL if listen else 0)
+            if listen:
+                result.tail = meters.tail_seconds(samples, seconds)
+            samples = samples[: seconds * RATE]
             result.peak = max(result.peak, meters.true_peak_db(samples))
             result.cpu = min(result.cpu, summary["cpuShare"])
             if sound in dry:
                 result.loudness[sound].append(summary["loudnessLufs"] - dry[sound])
             if seed == 1:
                 result.spectra[sound] = meters.mel_spectrum(samples), meters.time_spectrum(samples)
-    result.tail = meters.tail_seconds(render(preset, "plucks", 1, TAIL)[0], seconds)
     return result
 
 

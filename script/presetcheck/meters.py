@@ -8,8 +8,8 @@ FLOOR_DB = 80
 
 
 def true_peak_db(samples):
-    """Peak at four times the rate, in dB of full scale. Only blocks within 4 dB of the highest sample
-    are looked at: between samples the rest would have to rise by more than that."""
+    """Peak at four times the rate, in dB of full scale. Only blocks within 4 dB of the highest
+    sample are looked at: between samples the rest would have to rise by more than that."""
     block, margin = 4096, 64
     highest, peak = np.abs(samples).max(), 1e-9
     for start in range(0, len(samples), block):

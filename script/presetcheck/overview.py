@@ -5,14 +5,14 @@ from measure import TAIL
 
 HEAD = """# The factory presets
 
-`script/check-presets --write docs/presets.md` writes this page from the files in `presets/` and from
-what it measures. Loudness is told against the dry sound, on music and on speech, in LU; a tail is the
-time from the end of a plucked string to the last sample above -90 dB.
+`script/check-presets --write docs/presets.md` writes this page from the files in `presets/` and
+from what it measures. Loudness is told against the dry sound, on music and on speech, in LU; a tail
+is the time from the end of plucked strings to the last sample above -90 dB.
 
     tesserae render in.wav -o out.wav --preset NAME [--sidechain drums.wav] [--set "Macro 1=60 %"]
 
-Side-chain: the sound of `--sidechain` plays it. Macros are knobs for a performer. Tempo: it goes with
-the song.
+Played by: "side-chain" is the sound of `--sidechain`, "input level" how loud the input is, macros
+are knobs for a performer, "tempo" says that it goes with the song.
 
 | Preset | What it does | Tags | Played by | LU | Tail |
 | --- | --- | --- | --- | --- | --- |

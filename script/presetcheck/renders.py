@@ -27,8 +27,8 @@ class Preset:
         by = ["side-chain" if self.side_chained() else "input level"]
         by = by if "Envelope Follower" in self.sources else []
         by += sorted(source for source in self.sources if source.startswith("Macro"))
-        in_time = any(name.endswith(("Type", "SizeMode")) and value in ("Straight", "Triplet", "Dotted")
-                      for name, value in self.parameters.items())
+        notes = ("Straight", "Triplet", "Dotted")
+        in_time = any(value in notes for value in self.parameters.values())
         return ", ".join(by + ["tempo"] * in_time)
 
 

@@ -1,5 +1,5 @@
 """The four sounds that presets are measured with, the same every time: the renderer's own music, a
-synthetic voice, plucked strings and drums. Stereo at 48 kHz, peak at -3 dB."""
+synthetic voice, plucked strings and drums. Stereo at 48 kHz, with true peaks at -3 dB."""
 import subprocess
 import wave
 
@@ -99,5 +99,6 @@ def make(tesserae, folder, seconds):
                    check=True, stdout=subprocess.DEVNULL)
     for name, samples in (("speech", speech(folder, seconds)), ("plucks", plucks(seconds)),
                           ("drums", drums(seconds))):
-        write_wave(paths[name], samples * (PEAK / np.abs(samples).max()))
+        peak = np.abs(signal.resample_poly(samples, 4, 1)).max()
+        write_wave(paths[name], samples * (PEAK / peak))
     return paths
