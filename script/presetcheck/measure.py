@@ -6,7 +6,8 @@ from concurrent.futures import ThreadPoolExecutor
 import numpy as np
 
 import meters
-from sounds import RATE
+from renders import presets as load
+from sounds import RATE, SOUNDS
 
 LOUDNESS_LU, PEAK_DB, MEL_DB, TIME_DB = 2.0, -1.0, 8.0, 5.0
 TAIL = 30
@@ -14,23 +15,26 @@ HELD = ("frozen", "held", "holds", "for ever", "until")
 
 
 class Result:
-    """Numbers of one preset: loudness against the dry sound by sound and seed, in LU; highest true
-    peak; seconds of tail; least share of a core; nearest neighbour with both distances."""
+    """Numbers of one preset: loudness against the dry sound by sound, in LU; highest true peak over
+    all seeds; seconds of tail; least share of a core; nearest neighbour with both distances."""
 
     def __init__(self, preset):
         self.preset = preset
-        self.loudness = {"music": [], "speech": []}
+        self.loudness, self.spectra = {}, {}
         self.peak, self.tail, self.cpu = -200.0, 0.0, 1.0
-        self.spectra = {}
         self.neighbour = ("", 99.0, 99.0)
+
+    def note(self, samples, summary):
+        """Peak and processor time of one more render."""
+        self.peak = max(self.peak, meters.true_peak_db(samples))
+        self.cpu = min(self.cpu, summary["cpuShare"])
 
     def faults(self, cpu_limit):
         """What breaks a limit, in words."""
         said = []
-        for sound, values in self.loudness.items():
-            worst = max(values, key=abs)
-            if abs(worst) > LOUDNESS_LU:
-                said.append(f"{worst:+.1f} LU on {sound}")
+        for sound, loudness in self.loudness.items():
+            if abs(loudness) > LOUDNESS_LU:
+                said.append(f"{loudness:+.1f} LU on {sound}")
         if self.peak > PEAK_DB:
             said.append(f"peak {self.peak:.1f} dB")
         if self.neighbour[1] < MEL_DB and self.neighbour[2] < TIME_DB:
@@ -43,26 +47,26 @@ class Result:
 
 
 def dry_loudness(render, preset):
+    """What the renderer measures of the two sounds with nothing of the preset in them."""
     return {sound: render(preset, sound, 1, more=("--set", "Dry / Wet=0 %"))[1]["loudnessLufs"]
             for sound in ("music", "speech")}
 
 
 def measure(render, preset, dry, seeds, seconds):
-    """All of one preset but its neighbour."""
+    """All of one preset but its neighbour: the first seed on each sound by itself, the others for
+    their peaks on all in a row. The plucks are listened to till their tail is over."""
     result = Result(preset)
-    for sound, count in seeds.items():
-        for seed in range(1, count + 1):
-            listen = sound == "plucks" and seed == 1
-            samples, summary = render(preset, sound, seed, TAIL if listen else 0)
-            if listen:
-                result.tail = meters.tail_seconds(samples, seconds)
-            samples = samples[: seconds * RATE]
-            result.peak = max(result.peak, meters.true_peak_db(samples))
-            result.cpu = min(result.cpu, summary["cpuShare"])
-            if sound in dry:
-                result.loudness[sound].append(summary["loudnessLufs"] - dry[sound])
-            if seed == 1:
-                result.spectra[sound] = meters.mel_spectrum(samples), meters.time_spectrum(samples)
+    for sound in SOUNDS:
+        samples, summary = render(preset, sound, 1, TAIL if sound == "plucks" else 0)
+        if sound == "plucks":
+            result.tail = meters.tail_seconds(samples, seconds)
+        samples = samples[: seconds * RATE]
+        result.spectra[sound] = meters.mel_spectrum(samples), meters.time_spectrum(samples)
+        if sound in dry:
+            result.loudness[sound] = summary["loudnessLufs"] - dry[sound]
+        result.note(samples, summary)
+    for seed in range(2, seeds + 1):
+        result.note(*render(preset, "all", seed))
     return result
 
 
@@ -80,7 +84,7 @@ def find_neighbours(results):
 
 def measure_all(render, presets, seeds, seconds):
     """A result for each preset."""
-    dry = dry_loudness(render, presets[0])
+    dry = dry_loudness(render, load(["init"])[0])
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         results = list(pool.map(
             lambda preset: measure(render, preset, dry, seeds, seconds), presets))

@@ -1,6 +1,4 @@
 """Writes docs/presets.md from the presets' files and what was measured."""
-import numpy as np
-
 from measure import TAIL
 
 HEAD = """# The factory presets
@@ -21,7 +19,7 @@ are knobs for a performer, "tempo" says that it goes with the song.
 
 def row(result):
     preset = result.preset
-    music, speech = (f"{np.mean(values) + 0.0:+.1f}" for values in result.loudness.values())
+    music, speech = (f"{loudness:+.1f}" for loudness in result.loudness.values())
     tail = "held" if result.tail >= TAIL - 0.1 else f"{result.tail:.0f} s"
     return (f"| `{preset.id}` | {preset.description} | {', '.join(preset.tags)} | "
             f"{preset.played_by()} | {music}, {speech} | {tail} |\n")

@@ -7,6 +7,7 @@ import numpy as np
 from scipy import signal
 
 RATE = 48000
+SOUNDS = ("music", "speech", "plucks", "drums")
 PEAK = 10 ** (-3 / 20)
 TEXT = (
     "A grain of sound is shorter than a word. Take many of them, lay them side by side, and you "
@@ -93,12 +94,14 @@ def drums(seconds):
 
 
 def make(tesserae, folder, seconds):
-    """Writes all four for that many whole seconds; answers their paths by name."""
-    paths = {name: folder / f"{name}.wav" for name in ("music", "speech", "plucks", "drums")}
+    """Writes all four for that many whole seconds each, and "all", one behind the other; answers
+    their paths by name."""
+    paths = {name: folder / f"{name}.wav" for name in (*SOUNDS, "all")}
     subprocess.run([tesserae, "demo-sound", paths["music"], "--seconds", str(seconds)],
                    check=True, stdout=subprocess.DEVNULL)
     for name, samples in (("speech", speech(folder, seconds)), ("plucks", plucks(seconds)),
                           ("drums", drums(seconds))):
         peak = np.abs(signal.resample_poly(samples, 4, 1)).max()
         write_wave(paths[name], samples * (PEAK / peak))
+    write_wave(paths["all"], np.concatenate([read_wave(paths[name]) for name in SOUNDS]))
     return paths
