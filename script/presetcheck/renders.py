@@ -53,5 +53,7 @@ class Renderer:
                        "--preset", preset.path, "--seed", str(seed), "--tail", str(tail), *more]
             if preset.side_chained():
                 command += ["--sidechain", self.sounds["drums"]]
-            run = subprocess.run(command, check=True, capture_output=True, text=True)
+            run = subprocess.run(command, capture_output=True, text=True)
+            if run.returncode != 0:
+                raise SystemExit(f"{preset.id}: {run.stderr}")
             return read_wave(out), json.loads(run.stdout)
