@@ -40,7 +40,8 @@ std::string Digest(std::string_view name) {
 std::string Shortened(const std::string& name, size_t room) {
     if (name.size() <= room)
         return name;
-    const std::string digest = "~" + Digest(name);
+    std::string digest(1, '~');
+    digest += Digest(name);
     size_t length = room - digest.size();
     while (length > 0 && (static_cast<unsigned char>(name[length]) & 0xc0) == 0x80)
         --length;  // not inside a letter of several bytes
@@ -68,7 +69,8 @@ void RemoveIfLeft(const fs::path& path) {
 PartFile::PartFile(const fs::path& place) : folder(place.parent_path()) {
     const size_t longest = LongestName(folder);
     const size_t room = longest > 64 ? longest - kNumberRoom - kEnding.size() - 1 : longest;
-    stem = "." + Shortened(place.filename().string(), room) + ".";
+    stem = ".";
+    stem.append(Shortened(place.filename().string(), room)).push_back('.');
     path = folder / (stem + std::to_string(getpid()) + std::string(kEnding));
 }
 
