@@ -69,7 +69,7 @@ void RemoveIfLeft(const fs::path& path) {
 PartFile::PartFile(const fs::path& place) : folder(place.parent_path()) {
     const size_t longest = LongestName(folder);
     const size_t room = longest > 64 ? longest - kNumberRoom - kEnding.size() - 1 : longest;
-    stem = ".";
+    stem.assign(1, '.');
     stem.append(Shortened(place.filename().string(), room)).push_back('.');
     path = folder / (stem + std::to_string(getpid()) + std::string(kEnding));
 }
