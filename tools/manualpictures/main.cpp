@@ -1,0 +1,21 @@
+// Draws the pictures of docs/manual: manual_pictures FOLDER. Everything comes from the library
+// itself, so that a change of the instrument shows in its picture.
+#include <exception>
+#include <iostream>
+
+#include "tools/manualpictures/Pages.h"
+
+int main(int count, char** arguments) {
+    using namespace Quorvan::Tools;
+    if (count != 2) {
+        std::cerr << "Usage: manual_pictures FOLDER\n";
+        return 2;
+    }
+    try {
+        DrawTapePages(arguments[1]);
+    } catch (const std::exception& problem) {
+        std::cerr << "manual_pictures: " << problem.what() << "\n";
+        return 1;
+    }
+    return 0;
+}
