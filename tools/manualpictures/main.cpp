@@ -13,6 +13,9 @@ int main(int count, char** arguments) {
     }
     try {
         DrawTapePages(arguments[1]);
+        DrawGrainPages(arguments[1]);
+        DrawSoundPages(arguments[1]);
+        DrawMovementPages(arguments[1]);
     } catch (const std::exception& problem) {
         std::cerr << "manual_pictures: " << problem.what() << "\n";
         return 1;
