@@ -113,9 +113,24 @@ void DrawDensities(const std::string& file) {
     sheet.Save(file);
 }
 
+/// Where the tutorial starts, and its third step.
+void DrawTutorial(const std::string& file) {
+    TapeSheet sheet(2, 4.0);
+    const auto add = [&](const std::string& title, const Settings& settings) {
+        Take take(settings);
+        take.Play(Music(4.0));
+        sheet.Add(title, take);
+    };
+    add("start.wav", {});
+    add("cloud.wav", {"Granular Mode=Texture", "Density=0.6", "Grain Size=400 ms",
+                      "Play Head Offset=450 ms", "Spray=15 %", "Width=90 %"});
+    sheet.Save(file);
+}
+
 }  // namespace
 
 void DrawGrainPages(const std::string& folder) {
+    DrawTutorial(folder + "/tutorial.png");
     DrawSizes(folder + "/size-density.png");
     DrawPitch(folder + "/pitch.png");
     DrawWidth(folder + "/width.png");
