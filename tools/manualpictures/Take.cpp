@@ -14,20 +14,23 @@ namespace Quorvan::Tools {
 
 namespace {
 
-constexpr uint64_t kSeed = 7;
 constexpr size_t kPiece = 48;  // frames that go in at a time: a block
 
-SoundChoice Choose(std::vector<std::string> assignments, const Host::ParameterCatalog& catalog) {
-    assignments.insert(assignments.begin(), {"Dry / Wet=100 %", "Granular Volume=0 dB"});
+SoundChoice Choose(std::vector<std::string> assignments, const std::string& preset,
+                   const Host::ParameterCatalog& catalog) {
+    const bool isPlain = preset == Take::kPlain;
+    if (isPlain)
+        assignments.insert(assignments.begin(), {"Dry / Wet=100 %", "Granular Volume=0 dB"});
     std::vector<std::string> warnings;
-    return SoundChoice::Make(LoadPreset("init", catalog, warnings), assignments, catalog);
+    return SoundChoice::Make(LoadPreset(isPlain ? "init" : preset, catalog, warnings), assignments,
+                             catalog);
 }
 
 }  // namespace
 
 Take::Take(const std::vector<std::string>& assignments,
-           const std::vector<std::string>& destinations)
-    : sound(Choose(assignments, catalog)),
+           const std::vector<std::string>& destinations, const std::string& preset)
+    : sound(Choose(assignments, preset, catalog)),
       engine(kSeed),
       modulation(FindDestinations(destinations, catalog)) {
     engine.SetTransport({kTempo, 0.0, true});
@@ -77,6 +80,7 @@ void Take::Play(const Planes& input) {
                 if (start + i >= latency && start + i - latency < frames)
                     output[c][start + i - latency] = given[c][i];
     }
+    data->output.Add({0, frames, output.Pointers(), 2});
 }
 
 void Take::OnBlock(const Host::BlockReport& block) {

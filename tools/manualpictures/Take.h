@@ -13,18 +13,23 @@
 
 namespace Quorvan::Tools {
 
-/// A short render for a picture, all wet: the preset "init" with single settings changed, and what
-/// the library tells about it. The song plays at 120 BPM; the seed is always the same.
+/// A short render for a picture: a factory preset with single settings changed, and what the
+/// library tells about it. The song plays at 120 BPM.
 class Take final : private Host::EngineListener {
 public:
     static constexpr double kRate = 48000.0;
     static constexpr double kTempo = 120.0;
+    static constexpr uint64_t kSeed = 7;
+
+    /// "init", all wet.
+    static constexpr const char* kPlain = "";
 
     /// assignments: NAME=POSITION, as "tesserae render --set" takes them. destinations: names of
     /// those that Modulation tells beside the sources. Throws Failure for a name or text that
     /// makes no sense.
     explicit Take(const std::vector<std::string>& assignments,
-                  const std::vector<std::string>& destinations = {});
+                  const std::vector<std::string>& destinations = {},
+                  const std::string& preset = kPlain);
     ~Take() override;
 
     /// Puts a parameter elsewhere at a moment of the render; ahead of Play.

@@ -12,6 +12,7 @@ int main(int count, char** arguments) {
         return 2;
     }
     try {
+        DrawCover(std::string(arguments[1]) + "/cover.png");
         DrawTapePages(arguments[1]);
         DrawGrainPages(arguments[1]);
         DrawSoundPages(arguments[1]);
