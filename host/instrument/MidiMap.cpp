@@ -39,8 +39,9 @@ std::string SourceText(const MidiSource& source) {
     }
 }
 
-MidiRoutes::MidiRoutes(MidiMap midiMap) {
-    for (MidiBinding& binding : midiMap)
+MidiRoutes::MidiRoutes(const MidiMap& midiMap) {
+    bounds.reserve(midiMap.size());
+    for (const MidiBinding& binding : midiMap)
         bounds.push_back({binding, {}, false, false});
 }
 

@@ -37,7 +37,7 @@ std::string SourceText(const MidiSource& source);
 /// Which moves of parameters a value brings about. Audio side; made elsewhere, with all its memory.
 class MidiRoutes {
 public:
-    explicit MidiRoutes(MidiMap midiMap);
+    explicit MidiRoutes(const MidiMap& midiMap);
 
     /// Calls move(index, position) for each binding that value reaches. standing(index) answers
     /// where a parameter is.

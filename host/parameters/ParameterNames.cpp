@@ -164,6 +164,7 @@ std::string ParameterNames::Problem(std::string_view name) const {
     const std::vector<Meaning>& meanings = MeaningsOf(name);
     if (meanings.size() > 1) {
         std::vector<std::string> named;
+        named.reserve(meanings.size());
         for (const Meaning& meaning : meanings)
             named.push_back(TitleOfMeaning(meaning));
         return Quoted(Trim(name)) + " can mean " + Alternatives(named) +

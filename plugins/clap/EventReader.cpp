@@ -1,6 +1,7 @@
 #include "plugins/clap/EventReader.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Quorvan::Clap {
 
@@ -14,7 +15,7 @@ const Event& As(const clap_event_header_t& header) {
 }
 
 uint8_t Of7(double share) {
-    return static_cast<uint8_t>(std::clamp(share, 0.0, 1.0) * 127.0 + 0.5);
+    return static_cast<uint8_t>(std::lround(std::clamp(share, 0.0, 1.0) * 127.0));
 }
 
 }  // namespace

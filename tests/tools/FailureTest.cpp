@@ -42,10 +42,13 @@ protected:
         WriteFile(folder / name, content);
         before = folder.Content();
     }
-    Arguments Render(const Arguments& more = {}) const {
-        Arguments arguments{"render", folder / "in.wav", "-o", folder / "out.wav"};
+    Arguments RenderTo(const std::string& out, const Arguments& more = {}) const {
+        Arguments arguments{"render", folder / "in.wav", "-o", out};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return arguments;
+    }
+    Arguments Render(const Arguments& more = {}) const {
+        return RenderTo(folder / "out.wav", more);
     }
 
     static constexpr const char* kOlder = "an older file";
@@ -77,12 +80,10 @@ TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
         ExpectFailure(Render(option), 2, {option[0], option[1]});
     ExpectFailure(Render({"--play", "--stop"}), 2, {"--stop"});
     ExpectFailure(Render({"--format", "mp7"}), 2, {"\"mp7\"", "flac"});
-    ExpectFailure({"render", folder / "in.wav", "-o", folder / "out.xyz"}, 2, {"out.xyz", ".flac"});
-    ExpectFailure({"render", folder / "in.wav", "-o", folder / "out.flac", "--format", "float"}, 2,
-                  {"FLAC"});
-    ExpectFailure({"render", folder / "in.wav", "-o", folder / "out.ogg", "--format", "opus",
-                   "--rate", "44100"},
-                  2, {"44100", "--rate 48000"});
+    ExpectFailure(RenderTo(folder / "out.xyz"), 2, {"out.xyz", ".flac"});
+    ExpectFailure(RenderTo(folder / "out.flac", {"--format", "float"}), 2, {"FLAC"});
+    ExpectFailure(RenderTo(folder / "out.ogg", {"--format", "opus", "--rate", "44100"}), 2,
+                  {"44100", "--rate 48000"});
     ExpectFailure({"rendre"}, 2, {"rendre"});
     ExpectFailure(Render({"--picture", folder / "out.wav"}), 2, {"two files"});
     ExpectFailure(Render({"--picture", folder / "./out.wav"}), 2, {"two files"});
@@ -139,18 +140,15 @@ TEST_F(FailureTest, OtherPresetsAreMendedAndReported) {
 
 TEST_F(FailureTest, OutputsThatExistNeedForce) {
     Add("older.png", "an older picture");
-    ExpectFailure({"render", folder / "in.wav", "-o", folder / "older.wav"}, 4,
-                  {"older.wav", "exists", "--force"});
+    ExpectFailure(RenderTo(folder / "older.wav"), 4, {"older.wav", "exists", "--force"});
     ExpectFailure(Render({"--picture", folder / "older.png"}), 4, {"older.png", "--force"});
-    EXPECT_EQ(
-        RunTool({"render", folder / "in.wav", "-o", folder / "older.wav", "--force"}).exitCode, 0);
+    EXPECT_EQ(RunTool(RenderTo(folder / "older.wav", {"--force"})).exitCode, 0);
     EXPECT_EQ(ReadSound(folder / "older.wav").size(), 2u);
 }
 
 TEST_F(FailureTest, PlacesThatCannotBeWrittenAreNamed) {
     const auto expect = [this](const std::string& out, const std::vector<std::string>& words) {
-        ExpectFailure({"render", folder / "in.wav", "-o", out, "--force", "--format", "wav"}, 4,
-                      words);
+        ExpectFailure(RenderTo(out, {"--force", "--format", "wav"}), 4, words);
     };
     expect(folder / "nowhere/out.wav", {"nowhere/out.wav", "does not exist"});
     expect(folder / ".", {"folder"});
@@ -177,19 +175,16 @@ TEST_F(FailureTest, FullDiskLeavesNothing) {
     // Room for a header, for some of the sound, for the sound but not for the picture.
     ExpectFailure(Render(), 4, {"out.wav", "could not be written"}, limit(400));
     ExpectFailure(Render(), 4, {"out.wav", "could not be written"}, limit(20000));
-    ExpectFailure({"render", folder / "in.wav", "-o", folder / "o.ogg"}, 4, {"o.ogg"}, limit(1000));
-    ExpectFailure({"render", folder / "in.wav", "-o", folder / "o.flac"}, 4, {"o.flac"},
-                  limit(1000));
+    for (const char* name : {"o.ogg", "o.flac"})
+        ExpectFailure(RenderTo(folder / name), 4, {name}, limit(1000));
     ExpectFailure(Render({"--tail", "0", "--picture", folder / "o.png"}), 4, {"o.png"},
                   limit(32000));
-    ExpectFailure({"render", folder / "in.wav", "-o", folder / "older.wav", "--force"}, 4,
-                  {"older.wav"}, limit(20000));
+    ExpectFailure(RenderTo(folder / "older.wav", {"--force"}), 4, {"older.wav"}, limit(20000));
     const auto full = [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); };
     for (const char* command : {"params", "presets", "destinations", "info", "help", "--version"})
         ExpectFailure({command}, 4, {"could not be written"}, full);
-    ExpectFailure({"render", folder / "in.wav", "-o", "-"}, 4, {"Standard output"}, full);
-    const Outcome lost = RunTool(Render({"--json"}), full);
-    EXPECT_EQ(lost.exitCode, 4) << "the sound is whole, but what was told of it is not";
+    ExpectFailure(RenderTo("-"), 4, {"Standard output"}, full);
+    EXPECT_EQ(RunTool(Render({"--json"}), full).exitCode, 4) << "what was told is not whole";
 }
 
 TEST_F(FailureTest, ReaderThatHasGoneEndsTheRunWithoutAWord) {
@@ -200,8 +195,7 @@ TEST_F(FailureTest, ReaderThatHasGoneEndsTheRunWithoutAWord) {
     };
     const std::string picture = folder / "out.png";
     for (const Arguments& arguments :
-         {Arguments{"params"},
-          {"render", folder / "in.wav", "-o", "-", "--picture", picture, "--force"}}) {
+         {Arguments{"params"}, RenderTo("-", {"--picture", picture, "--force"})}) {
         const Outcome outcome = RunTool(arguments, closed);
         EXPECT_EQ(outcome.exitCode, -1) << "ended by the signal";
         EXPECT_EQ(outcome.err, "");
@@ -214,11 +208,11 @@ TEST_F(FailureTest, NothingThatIsReadIsReplaced) {
     std::filesystem::create_symlink(in, folder / "link.wav");
     Add("sound.json", R"({"format": "tesserae-preset", "version": 1, "name": "Sound"})");
     for (const std::string& name : {in, folder / "./in.wav", folder / "link.wav"})
-        ExpectFailure({"render", in, "-o", name, "--force"}, 2, {"is the sound", "reads"});
+        ExpectFailure(RenderTo(name, {"--force"}), 2, {"is the sound", "reads"});
     WriteWav(folder / "side.wav", {Noise(2, 4800, 0.3f)});
     before = folder.Content();
     const std::string side = folder / "side.wav";
-    ExpectFailure({"render", in, "-o", side, "--sidechain", side, "--force"}, 2, {"side-chain"});
+    ExpectFailure(RenderTo(side, {"--sidechain", side, "--force"}), 2, {"side-chain"});
     ExpectFailure(Render({"--preset", preset, "--picture", preset, "--force"}), 2, {"preset"});
 }
 

@@ -139,10 +139,7 @@ TEST(TailTrimmerTest, WhatReachesTheLimitFadesAheadOfIt) {
 
 TEST(AtomicOutputTest, NothingIsThereUntilCommit) {
     const Folder folder;
-    {
-        AtomicOutput output(folder / "a", false);
-        output.Write("half", 4);
-    }
+    AtomicOutput(folder / "a", false).Write("half", 4);
     EXPECT_TRUE(folder.Content().empty());
     AtomicOutput output(folder / "a", false);
     output.Write("whole", 5);
@@ -229,12 +226,10 @@ TEST(SlotTextTest, EffectsAreToldWithTheirPlaces) {
     sound["FX2_Dry / Wet"] = "0 %";
     EXPECT_EQ(TextOf(sound), "");
     EXPECT_EQ(JoinSlotTexts({"a", "b", "c", "d", "e"}), "a, b, c and 2 more");
-}
-
-TEST(SlotTextTest, SecondSlotStandsWhereTheProcessorLetsItStand) {
-    std::map<std::string, std::string> sound{
+    // The second stands where the processor lets it stand: never ahead of the first.
+    sound = {
         {"FX2_ModuleType", "Chorus"}, {"FX2_Position", "Feedback Loop"}, {"FX2_Dry / Wet", "50 %"}};
-    EXPECT_EQ(TextOf(sound), "FX2 Chorus behind the mix");  // never ahead of the first
+    EXPECT_EQ(TextOf(sound), "FX2 Chorus behind the mix");
     sound["FX1_Position"] = "Feedback Loop";
     EXPECT_EQ(TextOf(sound), "FX2 Chorus in the loop");
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -143,6 +144,7 @@ AudioFormat AudioFormat::Choose(const std::filesystem::path& name, const std::st
 
 std::vector<std::string> AudioFormat::Names() {
     std::vector<std::string> names;
+    names.reserve(std::size(kContainers) + std::size(kEncodings));
     for (const Container& container : kContainers)
         names.emplace_back(container.name);
     for (const Encoding& encoding : kEncodings)

@@ -188,7 +188,8 @@ void Album::DrawCompressor() const {
                                                   {"Compressor_Attack", "5 ms"},
                                                   {"Compressor_Release", "200 ms"}});
         Curve curve{ratio + ":1", {}, {}};
-        for (double level = -60.0; level <= 0.0; level += 2.0) {
+        for (int step = -30; step <= 0; ++step) {
+            const double level = 2.0 * step;
             curve.x.push_back(level);
             curve.y.push_back(SettledLevelDb(compressor, level));
         }
