@@ -29,8 +29,8 @@ TEST_F(ClapRenderTest, TheSameEventsSoundAsInTheRenderer) {
                       std::to_string(position) + "\n";
     }
     WriteFile(folder / "moves.csv", automation);
-    const Channels rendered = Render({"--preset", "shimmer", "--tempo", "120", "--automation",
-                                      folder / "moves.csv"});
+    const Channels rendered =
+        Render({"--preset", "shimmer", "--tempo", "120", "--automation", folder / "moves.csv"});
 
     const ClapHost::ClapLibrary library(CLAP_BINARY);
     ClapHost::ClapInstance instance(library);

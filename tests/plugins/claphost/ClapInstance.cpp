@@ -89,9 +89,7 @@ float Peak(const Sound& sound, size_t from) {
 
 // ---- The host's side
 
-bool ClapInstance::IsMain() const {
-    return audioDepth == 0 && std::this_thread::get_id() == owner;
-}
+bool ClapInstance::IsMain() const { return audioDepth == 0 && std::this_thread::get_id() == owner; }
 void ClapInstance::OnMain(const char* call) {
     if (!IsMain())
         complaint = call;
@@ -113,9 +111,8 @@ const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id)
         [](const clap_host_t* h) { Of(h).OnMain("latency.changed"); }};
     static constexpr HostChangedPart kTail{[](const clap_host_t*) {}};
     static constexpr HostLogPart kLog{[](const clap_host_t*, int32_t, const char*) {}};
-    static constexpr HostThreadPart kThreads{
-        [](const clap_host_t* h) { return Of(h).IsMain(); },
-        [](const clap_host_t*) { return audioDepth > 0; }};
+    static constexpr HostThreadPart kThreads{[](const clap_host_t* h) { return Of(h).IsMain(); },
+                                             [](const clap_host_t*) { return audioDepth > 0; }};
     static constexpr clap_host_timer_support_t kTimers{
         [](const clap_host_t* h, uint32_t, clap_id* timer) {
             Of(h).OnMain("timer.register");
@@ -135,11 +132,14 @@ const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id)
             Of(h).OnMain("preset-load.loaded");
             ++Of(h).presetsLoaded;
         }};
-    const std::pair<const char*, const void*> parts[]{
-        {CLAP_EXT_PARAMS, &kParams},        {CLAP_EXT_STATE, &kState},
-        {CLAP_EXT_LATENCY, &kLatency},      {"clap.tail", &kTail},
-        {"clap.log", &kLog},                {CLAP_EXT_THREAD_CHECK, &kThreads},
-        {CLAP_EXT_TIMER_SUPPORT, &kTimers}, {"clap.preset-load/2", &kPresets}};
+    const std::pair<const char*, const void*> parts[]{{CLAP_EXT_PARAMS, &kParams},
+                                                      {CLAP_EXT_STATE, &kState},
+                                                      {CLAP_EXT_LATENCY, &kLatency},
+                                                      {"clap.tail", &kTail},
+                                                      {"clap.log", &kLog},
+                                                      {CLAP_EXT_THREAD_CHECK, &kThreads},
+                                                      {CLAP_EXT_TIMER_SUPPORT, &kTimers},
+                                                      {"clap.preset-load/2", &kPresets}};
     for (const auto& [name, part] : parts)
         if (std::strcmp(name, id) == 0)
             return part;
@@ -149,9 +149,15 @@ const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id)
 // ---- Life
 
 ClapInstance::ClapInstance(const ClapLibrary& library)
-    : host{CLAP_VERSION, this,      "claphost",
-           "",           "",        "1.0",
-           Extension,    [](const clap_host_t*) {}, [](const clap_host_t*) {},
+    : host{CLAP_VERSION,
+           this,
+           "claphost",
+           "",
+           "",
+           "1.0",
+           Extension,
+           [](const clap_host_t*) {},
+           [](const clap_host_t*) {},
            [](const clap_host_t*) {}} {
     const clap_plugin_factory_t& factory = library.Factory();
     plugin = factory.create_plugin(&factory, &host, library.Descriptor().id);
@@ -232,9 +238,15 @@ Sound ClapInstance::ProcessOnce(const Sound& input, const EventList& events, con
     EventSink sink(static_cast<uint32_t>(frames));
     const clap_output_events_t given = sink.Output();
     const clap_input_events_t taken = events.Input();
-    clap_process_t process{steadyTime, static_cast<uint32_t>(frames), song, in.data(), out.data(),
-                           static_cast<uint32_t>(in.size()), static_cast<uint32_t>(out.size()),
-                           &taken, &given};
+    clap_process_t process{steadyTime,
+                           static_cast<uint32_t>(frames),
+                           song,
+                           in.data(),
+                           out.data(),
+                           static_cast<uint32_t>(in.size()),
+                           static_cast<uint32_t>(out.size()),
+                           &taken,
+                           &given};
     int32_t status = CLAP_PROCESS_ERROR;
     {
         const AudioThread audio;
@@ -330,13 +342,13 @@ std::string ClapInstance::Save(uint64_t bytesAtATime) const {
         std::string text;
         uint64_t most;
     } target{{}, bytesAtATime};
-    const clap_ostream_t stream{
-        &target, [](const clap_ostream_t* to, const void* bytes, uint64_t size) {
-            auto& [text, most] = *static_cast<Target*>(to->ctx);
-            const uint64_t taken = std::min(size, most);
-            text.append(static_cast<const char*>(bytes), taken);
-            return static_cast<int64_t>(taken);
-        }};
+    const clap_ostream_t stream{&target,
+                                [](const clap_ostream_t* to, const void* bytes, uint64_t size) {
+                                    auto& [text, most] = *static_cast<Target*>(to->ctx);
+                                    const uint64_t taken = std::min(size, most);
+                                    text.append(static_cast<const char*>(bytes), taken);
+                                    return static_cast<int64_t>(taken);
+                                }};
     Require(Get<clap_plugin_state_t>(CLAP_EXT_STATE).save(plugin, &stream),
             "Saving the state answers false.");
     return target.text;

@@ -81,13 +81,11 @@ void Together(Session& s) {
                 instance.Reset();
         }
     });
-    const auto* const timer =
-        instance.Find<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
+    const auto* const timer = instance.Find<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
     for (uint32_t i = 0; i < 30; ++i) {
         Require(instance.Load(instance.Save()), "A saved state is not taken.");
         if (!s.presets.empty())
-            instance.LoadPreset(kPresetInPlugin, nullptr,
-                                s.presets[i % s.presets.size()].c_str());
+            instance.LoadPreset(kPresetInPlugin, nullptr, s.presets[i % s.presets.size()].c_str());
         if (timer != nullptr)
             timer->on_timer(instance.plugin, 0);
     }

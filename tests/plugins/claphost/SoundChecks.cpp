@@ -154,8 +154,8 @@ EventList Automation(Session& s, const ClapInstance& instance, uint32_t frames, 
     EventList events;
     for (uint32_t frame = 0; frame < frames && !instance.Parameters().empty();
          frame += 1 + s.Below(every)) {
-        const auto& info = instance.Parameters()[s.Below(
-            static_cast<uint32_t>(instance.Parameters().size()))];
+        const auto& info =
+            instance.Parameters()[s.Below(static_cast<uint32_t>(instance.Parameters().size()))];
         events.Add(ValueAt(frame, info.id,
                            info.min_value + s.Share() * (info.max_value - info.min_value)));
     }
@@ -175,7 +175,8 @@ void Cuts(Session& s) {
         return instance.Run(input, events, {.nextFrames = next});
     };
     const Sound whole = run([] { return 4096u; });
-    s.note = whole.empty() ? "not tried: no seed is known" : std::to_string(events.Size()) + " events";
+    s.note =
+        whole.empty() ? "not tried: no seed is known" : std::to_string(events.Size()) + " events";
     for (const uint32_t frames : {17u, 64u, 441u})
         Require(run([=] { return frames; }) == whole,
                 "Buffers of " + std::to_string(frames) + " frames change the sound.");
@@ -204,8 +205,8 @@ void Notes(Session& s) {
         const auto type = static_cast<uint16_t>(s.Below(4));
         const auto any = [&](uint32_t end) { return static_cast<int>(s.Below(end)) - 1; };
         events.Add(NoteAt(frame, type, any(17), any(129), any(9)));
-        events.Add(MidiAt(frame, static_cast<uint8_t>(s.random()),
-                          static_cast<uint8_t>(s.random()), static_cast<uint8_t>(s.random())));
+        events.Add(MidiAt(frame, static_cast<uint8_t>(s.random()), static_cast<uint8_t>(s.random()),
+                          static_cast<uint8_t>(s.random())));
     }
     Require(Peak(instance.Run(Noise(20000), events)) < kLoudest, "The sound runs away.");
 }
@@ -277,7 +278,8 @@ Event Session::AnyEvent(const ClapInstance& instance, uint32_t frame) {
     const auto& info = all[Below(static_cast<uint32_t>(all.size()))];
     switch (Below(6)) {
         case 0:
-            return ModulationAt(frame, info.id, 2.0 * Share() - 1.0, static_cast<int>(Below(3)) - 1);
+            return ModulationAt(frame, info.id, 2.0 * Share() - 1.0,
+                                static_cast<int>(Below(3)) - 1);
         case 1:
             return NoteAt(frame, static_cast<uint16_t>(Below(4)), static_cast<int>(Below(17)) - 1,
                           static_cast<int>(Below(129)) - 1);

@@ -96,7 +96,8 @@ void Fuzz(Session& s) {
                     64.0f,
                 "The sound runs away.");
     }
-    for (const double odd : std::initializer_list<double>{NAN, INFINITY, -INFINITY, 1e300, -1e300}) {
+    for (const double odd :
+         std::initializer_list<double>{NAN, INFINITY, -INFINITY, 1e300, -1e300}) {
         EventList events;
         for (const clap_param_info_t& info : instance.Parameters()) {
             events.Add(ValueAt(0, info.id, odd));
@@ -143,8 +144,8 @@ void BrokenStates(Session& s) {
     std::string noise(3 << 20, '\0');
     for (char& byte : noise)
         byte = static_cast<char>(s.random());
-    for (const std::string& broken : {std::string(), std::string("{"), noise,
-                                      before.substr(0, before.size() / 2)}) {
+    for (const std::string& broken :
+         {std::string(), std::string("{"), noise, before.substr(0, before.size() / 2)}) {
         Require(!instance.Load(broken), "A broken state is taken.");
         Require(instance.Save() == before, "A broken state changes the instance.");
     }
@@ -190,7 +191,8 @@ void Presets(Session& s) {
     close(mkstemp(path));
     std::ofstream(path) << "{\"format\": \"tess";
     for (const auto& [kind, location, key] :
-         {std::tuple{kPresetFile, static_cast<const char*>(path), static_cast<const char*>(nullptr)},
+         {std::tuple{kPresetFile, static_cast<const char*>(path),
+                     static_cast<const char*>(nullptr)},
           {kPresetFile, "/no/such/file", nullptr},
           {kPresetFile, nullptr, nullptr},
           {kPresetInPlugin, nullptr, "no such preset"},

@@ -1,4 +1,5 @@
-// claphost PLUGIN.clap [OPTIONS]: tries what hosts do with a CLAP plug-in, and what they should not.
+// claphost PLUGIN.clap [OPTIONS]: tries what hosts do with a CLAP plug-in, and what they should
+// not.
 
 #include <algorithm>
 #include <cstdio>
@@ -24,7 +25,8 @@ constexpr const char* kUsage =
 
 void List(const ClapLibrary& library) {
     const ClapInstance instance(library);
-    std::puts("| id | control | group | from | to | at first |\n| --- | --- | --- | --- | --- | --- |");
+    std::puts(
+        "| id | control | group | from | to | at first |\n| --- | --- | --- | --- | --- | --- |");
     for (const clap_param_info_t& info : instance.Parameters())
         std::printf("| %u | %s | %s | %s | %s | %s |\n", info.id, info.name, info.module,
                     instance.Text(info.id, info.min_value).c_str(),
@@ -74,7 +76,8 @@ int Run(const std::vector<std::string>& arguments) {
         else if (option == "--soak")
             session.soakSeconds = std::strtod(value.c_str(), nullptr);
         else if (option == "--presets")
-            for (std::istringstream keys(value); std::getline(keys, session.presets.emplace_back(), ',');) {
+            for (std::istringstream keys(value);
+                 std::getline(keys, session.presets.emplace_back(), ',');) {
             }
         else
             return std::fputs(kUsage, stderr), 2;
