@@ -35,7 +35,7 @@ double ThreadSeconds() {
 class Caller {
 public:
     explicit Caller(const char* preset) {
-        instance.LoadPreset(ClapHost::kPresetInPlugin, nullptr, preset);
+        instance.LoadPreset(Clap::kLocationPlugin, nullptr, preset);
         instance.FixChance(1);
         instance.Activate();
     }
@@ -122,7 +122,7 @@ void BM_ClapPreset(benchmark::State& state) {
     Caller caller("shimmer");
     double switching = 0.0, next = 0.0;
     for (auto _ : state) {
-        caller.instance.LoadPreset(ClapHost::kPresetInPlugin, nullptr, "shimmer");
+        caller.instance.LoadPreset(Clap::kLocationPlugin, nullptr, "shimmer");
         state.PauseTiming();
         const double start = ThreadSeconds();
         caller.Play();

@@ -34,15 +34,15 @@ TEST_F(ClapRenderTest, TheSameEventsSoundAsInTheRenderer) {
 
     const ClapHost::ClapLibrary library(CLAP_BINARY);
     ClapHost::ClapInstance instance(library);
-    ASSERT_TRUE(instance.LoadPreset(ClapHost::kPresetInPlugin, nullptr, "shimmer"));
+    ASSERT_TRUE(instance.LoadPreset(Clap::kLocationPlugin, nullptr, "shimmer"));
     ASSERT_TRUE(instance.FixChance(kSeed));
     instance.Activate(48000.0);
-    clap_event_transport_t song{};
+    ClapHost::Event song{};
     ClapHost::RunPlan plan;
     plan.nextFrames = [] { return 333u; };
     plan.song = [&](uint32_t done) {
         song = ClapHost::SongAt(0, 120.0, done * 2.0 / 48000.0, true);
-        return &song;
+        return &song.song;
     };
     const ClapHost::Sound live = instance.Run(input, events, plan);
     EXPECT_GT(ClapHost::Peak(live), 0.05f);

@@ -1,13 +1,12 @@
-#include <chrono>
-#include <fstream>
-#include <memory>
-#include <mutex>
-
 #include <malloc.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <fstream>
+#include <future>
+
+#include "clap/ext/timer-support.h"
 #include "plugins/claphost/Check.h"
-#include "plugins/claphost/Trap.h"
 
 namespace Quorvan::ClapHost {
 
@@ -16,185 +15,133 @@ namespace {
 /// What has been freed is given back first, so that it does not hide what is taken next.
 double ResidentMegabytes() {
     malloc_trim(0);
-    std::ifstream file("/proc/self/statm");
     double all = 0.0, resident = 0.0;
-    file >> all >> resident;
+    std::ifstream("/proc/self/statm") >> all >> resident;
     return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1048576.0;
 }
 
-/// Runs work on another thread; what it throws is thrown here, by Finish.
-class Worker {
-public:
-    template <class Work>
-    explicit Worker(Work work)
-        : thread([this, work] {
-              try {
-                  work();
-              } catch (const Failure& failure) {
-                  problem = failure.what();
-              }
-          }) {}
-    ~Worker() {
-        if (thread.joinable())
-            thread.join();
-    }
-    void Finish() {
-        thread.join();
-        Require(problem.empty(), problem);
-    }
-
-private:
-    std::string problem;
-    std::thread thread;
-};
-
-void Threads(Session& s) {
-    const auto live = [&s] {
-        ClapInstance instance(s.library);
-        for (const double rate : {48000.0, 44100.0}) {
-            instance.Activate(rate);
-            instance.Run(Noise(9600));
-            Require(instance.Load(instance.Save()), "A saved state is not taken.");
-            instance.Deactivate();
-        }
-    };
-    Worker first(live), second(live), third(live);
-    live();
-    first.Finish();
-    second.Finish();
-    third.Finish();
+/// Sensible or not.
+Event AnyEvent(Chance& any, const ClapInstance& instance, uint32_t frame) {
+    const auto& info = any.Of(instance.Parameters());
+    const auto below = [&](uint32_t end) { return static_cast<int>(any.Below(end)) - 1; };
+    const uint32_t kind = any.Below(6);
+    const auto type = static_cast<uint16_t>(any.Below(4));
+    const auto byte = [&] { return static_cast<uint8_t>(any.random()); };
+    if (kind == 0)
+        return ModulationAt(frame, info.id, 2.0 * any.Share() - 1.0, below(3));
+    if (kind == 1)
+        return {.note = {Header<clap_event_note_t>(frame, type), below(9), 0,
+                         static_cast<int16_t>(below(17)), static_cast<int16_t>(below(129)), 0.7}};
+    if (kind == 2)
+        return {.midi = {Header<clap_event_midi_t>(frame, CLAP_EVENT_MIDI),
+                         0,
+                         {byte(), byte(), byte()}}};
+    if (kind > 3)
+        return ValueAt(frame, info.id, any.Within(info));
+    constexpr double kTempos[]{0.0, 1e-3, 33.3, 120.0, 120.0, 999.0, 1e6, NAN};
+    Event event = SongAt(frame, any.Of(kTempos), 4000.0 * any.Share() - 100.0, type != 0);
+    event.song.flags = any.Below(4) == 0 ? any.Below(256) : event.song.flags;
+    event.song.loop_end_beats = static_cast<clap_beattime>(any.random());
+    return event;
 }
 
-/// The main thread saves, loads and changes presets while the audio thread plays on.
-void Together(Session& s) {
-    ClapInstance instance(s.library);
+}  // namespace
+
+TEST_F(Check, SoundRunsOnWhileStatesAndPresetsChange) {
+    ClapInstance instance(Library());
     instance.Activate();
     const std::string saved = instance.Save();
     std::atomic<bool> stop{false};
-    const uint64_t before = Trap::Caught();
-    Worker audio([&] {
-        Session own{s.path, s.library};
+    auto audio = std::async(std::launch::async, [&] {
+        Chance own{std::mt19937(options.seed)};
         while (!stop) {
             EventList events;
             for (uint32_t i = 0; i < 8; ++i)
-                events.Add(own.AnyEvent(instance, i * 10));
+                events.Add(AnyEvent(own, instance, i * 10));
             instance.Run(Noise(256), events, {.nextFrames = [] { return 128u; }});
             instance.Flush(events);
             if (own.Below(50) == 0)
                 instance.Reset();
         }
     });
-    const auto* const timer = instance.Find<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
+    const auto& timer = instance.Get<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
     for (uint32_t i = 0; i < 30; ++i) {
-        Require(instance.Load(instance.Save()), "A saved state is not taken.");
-        if (!s.presets.empty())
-            instance.LoadPreset(kPresetInPlugin, nullptr, s.presets[i % s.presets.size()].c_str());
-        if (timer != nullptr)
-            timer->on_timer(instance.plugin, 0);
+        EXPECT_TRUE(instance.Load(instance.Save()));
+        if (!options.presets.empty())
+            instance.LoadPreset(Clap::kLocationPlugin, nullptr, any.Of(options.presets).c_str());
+        timer.on_timer(instance.plugin, 0);
     }
     stop = true;
-    audio.Finish();
-    Require(instance.Load(saved) && instance.Save() == saved, "Threads lose what was loaded.");
-    s.note = Trap::Works() ? "with the trap" : "no trap in this build";
-    Require(Trap::Caught() == before, "The audio thread allocates or locks.");
+    audio.get();
+    EXPECT_TRUE(instance.Load(saved) && instance.Save() == saved);
 }
 
-void Lives(Session& s) {
-    const auto live = [&s] {
-        ClapInstance instance(s.library);
-        instance.Activate();
-        instance.Run(Noise(1024));
+TEST_F(Check, LivesAndThreadsLeaveNoMemoryBehind) {
+    constexpr double kRates[]{44100.0,   48000.0,  96000.0,   192000.0,  8000.0,  1234.5678,
+                              12345.678, 44123.45, 45678.901, 123456.78, 384000.0};
+    const auto live = [&](uint32_t times) {
+        ClapInstance other(Library());
+        for (uint32_t i = 0; i < times; ++i) {
+            ClapInstance instance(Library());
+            for (uint32_t start = 0; start < 2; ++start) {
+                instance.Activate(kRates[(i + start) % std::size(kRates)]);
+                instance.Run(Noise(5000));
+                EXPECT_TRUE(instance.Load(instance.Save()));
+                instance.Deactivate();
+            }
+        }
     };
-    for (uint32_t i = 0; i < 5; ++i)
-        live();
+    std::vector<std::future<void>> threads(7);
+    for (auto& one : threads)
+        one = std::async(std::launch::async, live, 2);
+    live(11);
+    for (auto& one : threads)
+        one.get();
     const double before = ResidentMegabytes(), start = CpuMilliseconds();
-    for (uint32_t i = 0; i < s.lives; ++i)
-        live();
+    live(options.lives);
     const double grown = ResidentMegabytes() - before;
-    s.note = std::to_string(s.lives) + " lives of " +
-             std::to_string((CpuMilliseconds() - start) / s.lives) + " ms, grown by " +
-             std::to_string(grown) + " MB";
-    Require(!Trap::Works() || grown < 4.0, "Memory grows: " + s.note + ".");
+    note = std::to_string((CpuMilliseconds() - start) / options.lives) + " ms each, grown by " +
+           std::to_string(grown) + " MB";
+    EXPECT_TRUE(!Trap::Works() || grown < 4.0);
 }
 
-void Many(Session& s) {
-    std::vector<std::unique_ptr<ClapInstance>> all;
-    const double before = ResidentMegabytes();
-    for (uint32_t i = 0; i < s.instances; ++i) {
-        all.push_back(std::make_unique<ClapInstance>(s.library));
-        all.back()->Activate();
-    }
-    for (const auto& instance : all)
-        instance->Run(Noise(512));
-    s.note = std::to_string(s.instances) + " instances, " +
-             std::to_string((ResidentMegabytes() - before) / s.instances) + " MB each";
-}
-
-void Soak(Session& s) {
+TEST_F(Check, Soaks) {
     using Clock = std::chrono::steady_clock;
-    ClapInstance instance(s.library);
+    ClapInstance instance(Library());
     instance.Activate();
     std::vector<std::string> states{instance.Save()};
-    clap_event_transport_t song{};
-    float peak = 0.0f;
-    double seconds = 0.0;
-    const auto end = Clock::now() + std::chrono::duration<double>(s.soakSeconds);
-    while (Clock::now() < end) {
-        const uint32_t frames = 1 + s.Below(6000);
+    Event song = SongAt(0, 120.0, 0.0, true);
+    const auto end = Clock::now() + std::chrono::seconds(options.soakSeconds);
+    for (uint32_t round = 0; round < 100 || Clock::now() < end; ++round) {
+        const uint32_t frames = 1 + any.Below(6000);
         EventList events;
-        for (uint32_t frame = 0; frame < frames; frame += 1 + s.Below(1500))
-            events.Add(s.AnyEvent(instance, frame));
-        const Sound input = s.Below(8) == 0 ? Silence(frames) : Noise(frames, s.Below(~0u), 0.5f);
-        RunPlan plan{.nextFrames = [&s] { return s.Below(9) == 0 ? 1 : 1 + s.Below(2000); }};
-        plan.inPlace = s.Below(2) == 0;
-        plan.wide = s.Below(4) == 0;
+        const uint32_t step = any.Below(4) == 0 ? 5 : 1500;
+        for (uint32_t frame = 0; frame < frames; frame += any.Below(step))
+            events.Add(AnyEvent(any, instance, frame));
+        const Sound input = Noise(frames, round, any.Below(8) == 0 ? 0.0f : 0.5f);
+        RunPlan plan{[&] { return any.Below(9) == 0 ? 1 : 1 + any.Below(4096); }};
+        plan.inPlace = any.Below(2) == 0;
+        plan.wide = any.Below(4) == 0;
         plan.song = [&](uint32_t) {
-            if (s.Below(4) == 0)
-                song = SongAt(0, 20.0 + 300.0 * s.Share(), 500.0 * s.Share(), s.Below(4) != 0);
-            return s.Below(4) == 0 ? nullptr : &song;
+            const Event next = AnyEvent(any, instance, 0);
+            song = next.header.type == CLAP_EVENT_TRANSPORT ? next : song;
+            return any.Below(4) == 0 ? nullptr : &song.song;
         };
-        peak = std::max(peak, Peak(instance.Run(input, events, plan)));
-        Require(peak < 64.0f, "The sound runs away.");
-        seconds += frames / 48000.0;
-        switch (s.Below(60)) {
-            case 0:
-                states.push_back(instance.Save());
-                break;
-            case 1:
-                Require(instance.Load(states[s.Below(static_cast<uint32_t>(states.size()))]),
-                        "A saved state is not taken.");
-                break;
-            case 2:
-                if (!s.presets.empty())
-                    instance.LoadPreset(
-                        kPresetInPlugin, nullptr,
-                        s.presets[s.Below(static_cast<uint32_t>(s.presets.size()))].c_str());
-                break;
-            case 3:
-                instance.Reset();
-                break;
-            case 4:
-                instance.Deactivate();
-                instance.Activate(8000.0 + 90000.0 * s.Share());
-                break;
-            default:
-                break;
+        instance.Run(input, events, plan);
+        const uint32_t turn = any.Below(30);
+        if (turn == 0)
+            states.push_back(instance.Save());
+        if (turn == 1)
+            Require(instance.Load(any.Of(states)), "A saved state is not taken.");
+        if (turn == 2 && !options.presets.empty())
+            instance.LoadPreset(Clap::kLocationPlugin, nullptr, any.Of(options.presets).c_str());
+        if (turn == 3)
+            instance.Reset();
+        if (turn == 4) {
+            instance.Deactivate();
+            instance.Activate(8000.0 + 90000.0 * any.Share());
         }
     }
-    s.note = std::to_string(seconds) + " s of sound, peak " + std::to_string(peak);
 }
-
-constexpr Check kChecks[]{
-    {"threads", "several instances in several threads", Threads},
-    {"together", "audio runs on while states and presets change, without allocation or lock",
-     Together},
-    {"lives", "made, run and destroyed again and again", Lives},
-    {"many", "many instances at once", Many},
-    {"soak", "random events, lengths, states, presets and songs", Soak},
-};
-
-}  // namespace
-
-std::span<const Check> LifeChecks() { return kChecks; }
 
 }  // namespace Quorvan::ClapHost

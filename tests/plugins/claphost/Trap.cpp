@@ -6,33 +6,15 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cerrno>
 #include <cstddef>
 
 namespace Quorvan::ClapHost {
 
-namespace {
-
-std::atomic<uint64_t> caught{0};
-thread_local int depth = 0;
-
-/// The first call of backtrace loads a library: ahead of any trap.
-void Warm() {
-    void* frame = nullptr;
-    backtrace(&frame, 1);
-}
-
-}  // namespace
-
-Trap::Trap() {
-    [[maybe_unused]] static const bool warm = (Warm(), true);
-    ++depth;
-}
-Trap::~Trap() { --depth; }
-uint64_t Trap::Caught() { return caught; }
+static std::atomic<uint64_t> caught{0};
+static thread_local int depth = 0;
 
 /// Of the functions below.
-static void Count() {
+[[maybe_unused]] static void Count() {
     if (depth == 0)
         return;
     const int before = depth;
@@ -44,13 +26,20 @@ static void Count() {
     depth = before;
 }
 
+Trap::Trap() {
+    // The first call of backtrace loads a library: ahead of any trap.
+    void* frame = nullptr;
+    [[maybe_unused]] static const int warm = backtrace(&frame, 1);
+    ++depth;
+}
+Trap::~Trap() { --depth; }
+bool Trap::IsSet() { return depth > 0; }
+uint64_t Trap::Caught() { return caught; }
+
 }  // namespace Quorvan::ClapHost
 
 #if defined(CLAPHOST_NO_TRAP)
-bool Quorvan::ClapHost::Trap::Works() {
-    Count();
-    return false;
-}
+bool Quorvan::ClapHost::Trap::Works() { return false; }
 #else
 bool Quorvan::ClapHost::Trap::Works() { return true; }
 
@@ -68,11 +57,6 @@ void* calloc(size_t count, size_t size) noexcept { return Count(), __libc_calloc
 void* realloc(void* old, size_t size) noexcept { return Count(), __libc_realloc(old, size); }
 void* aligned_alloc(size_t edge, size_t size) noexcept {
     return Count(), __libc_memalign(edge, size);
-}
-int posix_memalign(void** memory, size_t edge, size_t size) noexcept {
-    Count();
-    *memory = __libc_memalign(edge, size);
-    return *memory != nullptr ? 0 : ENOMEM;
 }
 void free(void* memory) noexcept {
     if (memory != nullptr)
