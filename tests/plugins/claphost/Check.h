@@ -42,8 +42,6 @@ public:
 protected:
     void TearDown() override {
         EXPECT_EQ(Trap::Caught(), caught) << "The audio thread allocates or locks.";
-        if (!note.empty())
-            std::printf("    %s\n", note.c_str());
     }
     /// All parameters at random values, or at a share of their ranges, all at frame 0.
     EventList SetAll(const ClapInstance& instance, double share = -1.0) {
@@ -62,7 +60,6 @@ protected:
         return library;
     }
     Chance any{std::mt19937(options.seed)};
-    std::string note{};  ///< what the check has measured
     const uint64_t caught = Trap::Caught();
 };
 

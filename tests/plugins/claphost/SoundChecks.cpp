@@ -109,7 +109,6 @@ TEST_F(Check, OddInputPasses) {
     };
     run(0.1f);
     const double normal = run(0.1f), denormal = run(1e-39f);
-    note = "denormal input costs " + std::to_string(denormal / normal) + " of normal";
     EXPECT_LT(denormal, 3.0 * normal + 20.0);
     for (const float odd : {NAN, INFINITY, -INFINITY, std::numeric_limits<float>::max(), 1e9f})
         run(odd);
