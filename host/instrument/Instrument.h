@@ -68,7 +68,7 @@ public:
     const ParameterCatalog& Catalog() const { return catalog; }
     /// Where a parameter stands, 0..1; offsets by the host are not in it.
     float Position(uint32_t index) const { return positions.Position(index); }
-    /// Position of a host control. A free control that points nowhere stands where it was put.
+    /// Position of a host control. A free control that points nowhere stands at 0.
     float ControlPosition(uint32_t id) const;
     /// Index that a host control moves now, or kUnassigned.
     uint32_t ControlTarget(uint32_t id) const { return controls.TargetOf(id); }

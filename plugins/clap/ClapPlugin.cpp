@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "clap/ext/thread-check.h"
 #include "host/state/PresetFormat.h"
 #include "plugins/clap/Extensions.h"
 #include "plugins/clap/OutputEvents.h"
@@ -66,6 +67,7 @@ bool ClapPlugin::Activate(double newRate, uint32_t longestBuffer) {
         return false;
     }
     rate = newRate;
+    MeasureTail();
     return true;
 }
 
@@ -76,7 +78,7 @@ clap_process_status ClapPlugin::Process(const clap_process_t& process) {
     const uint32_t frames = process.frames_count;
     OutputEvents output(instrument, process.out_events);
     Host::InstrumentBuffer buffer;
-    buffer.transport = EventReader::TransportOf(process.transport);
+    buffer.transport = reader.TransportOf(process.transport);
     uint32_t done = 0;
     reader.Read(process.in_events, [&](std::vector<Host::InstrumentEvent>& events, bool isLast) {
         const uint32_t end = isLast ? frames : std::clamp(events.back().frame, done, frames);
@@ -209,17 +211,31 @@ void ClapPlugin::Poll() {
 }
 
 void ClapPlugin::TellOfNewSound() {
+    MeasureTail();
     if (const auto* const params = HostExtension<clap_host_params_t>(CLAP_EXT_PARAMS))
         params->rescan(&host, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
     if (const auto* const tail = HostExtension<HostTail>(kTailExtension))
         tail->changed(&host);
 }
 
+bool ClapPlugin::IsMainThread() const {
+    const auto* const threads = HostExtension<clap_host_thread_check_t>(CLAP_EXT_THREAD_CHECK);
+    return threads != nullptr ? threads->is_main_thread(&host)
+                              : std::this_thread::get_id() == maker;
+}
+
 uint32_t ClapPlugin::TailFrames() {
+    if (IsMainThread())
+        MeasureTail();
+    return tailFrames.load(std::memory_order_relaxed);
+}
+
+void ClapPlugin::MeasureTail() {
     constexpr auto kEndless = static_cast<uint32_t>(std::numeric_limits<int32_t>::max());
     const Host::Tail tail = instrument.GetTail();
     const double frames = tail.seconds * rate;
-    return tail.endless || frames >= kEndless ? kEndless : static_cast<uint32_t>(frames);
+    tailFrames.store(tail.endless || frames >= kEndless ? kEndless : static_cast<uint32_t>(frames),
+                     std::memory_order_relaxed);
 }
 
 void ClapPlugin::Log(int32_t severity, const std::string& sentence) const {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "clap/ext/params.h"
 #include "clap/ext/state.h"
@@ -38,6 +40,8 @@ public:
     bool SaveState(const clap_ostream_t& stream);
     bool LoadState(const clap_istream_t& stream);
     bool LoadPreset(uint32_t kind, const char* location, const char* key);
+    /// Any thread: on others than the main one as it was when last asked there, or when a new sound
+    /// came.
     uint32_t TailFrames();
     /// Takes up what MIDI asked for; called by a timer of the host's.
     void Poll();
@@ -55,12 +59,16 @@ private:
     Host::PresetLibrary& Library();
     bool Take(const Host::Parsed<Host::Preset>& parsed, std::string& problem);
     void TellOfNewSound();
+    bool IsMainThread() const;
+    void MeasureTail();
     void Log(int32_t severity, const std::string& sentence) const;
 
     const clap_host_t& host;
     clap_plugin_t plugin;
     EventReader reader;
     std::unique_ptr<Host::PresetLibrary> library;
+    std::thread::id maker = std::this_thread::get_id();
+    std::atomic<uint32_t> tailFrames{0};
     double rate = 0.0;
     clap_id timer = CLAP_INVALID_ID;
     std::array<float, Host::kHostControlRoom> defaults{};  ///< positions of a new plug-in

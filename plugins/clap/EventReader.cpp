@@ -20,10 +20,10 @@ uint8_t Of7(double share) {
 
 }  // namespace
 
-std::optional<Host::Transport> EventReader::TransportOf(const clap_event_transport_t* event) {
+std::optional<Host::Transport> EventReader::TransportOf(const clap_event_transport_t* event) const {
     if (event == nullptr)
         return std::nullopt;
-    Host::Transport place;
+    Host::Transport place = instrument.Place();
     if ((event->flags & CLAP_TRANSPORT_HAS_TEMPO) != 0)
         place.tempo = event->tempo;
     if ((event->flags & CLAP_TRANSPORT_HAS_BEATS_TIMELINE) != 0)

@@ -34,7 +34,9 @@ public:
         run(events, true);
     }
 
-    static std::optional<Host::Transport> TransportOf(const clap_event_transport_t* event);
+    /// What the host says of the song; nothing where it says nothing. What it leaves out stays as
+    /// it is in the instrument.
+    std::optional<Host::Transport> TransportOf(const clap_event_transport_t* event) const;
 
 private:
     static constexpr size_t kMost = 4096;

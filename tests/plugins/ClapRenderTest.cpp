@@ -1,0 +1,56 @@
+#include "plugins/claphost/ClapInstance.h"
+#include "tools/ToolRig.h"
+
+namespace Quorvan::test {
+namespace {
+
+class ClapRenderTest : public RenderRig {};
+
+/// Controls of the plug-in and parameters of the renderer that are the same.
+struct Pair {
+    clap_id id;
+    const char* name;
+};
+constexpr Pair kPairs[]{{1, "Dry / Wet"},         {2, "Feedback"},
+                        {11, "MoteWeaver_Pitch"}, {13, "MoteWeaver_RandomPitch"},
+                        {19, "MoteWeaver_Spray"}, {20, "MoteWeaver_Width"}};
+
+TEST_F(ClapRenderTest, TheSameEventsSoundAsInTheRenderer) {
+    constexpr uint32_t kFrames = 96000, kSeed = 5;
+    const ClapHost::Sound input = ClapHost::Noise(kFrames);
+    Input(input);
+    ClapHost::EventList events;
+    std::string automation = "seconds,parameter,position\n";
+    for (uint32_t frame = 1010; frame < 90000; frame += 1777) {
+        const Pair& pair = kPairs[frame % std::size(kPairs)];
+        const double position = frame % 1000 / 1000.0;
+        events.Add(ClapHost::ValueAt(frame, pair.id, position));
+        automation += std::to_string((frame + 0.5) / 48000.0) + "," + pair.name + ",@" +
+                      std::to_string(position) + "\n";
+    }
+    WriteFile(folder / "moves.csv", automation);
+    const Channels rendered =
+        Render({"--preset", "shimmer", "--tempo", "120", "--automation", folder / "moves.csv"});
+
+    const ClapHost::ClapLibrary library(CLAP_BINARY);
+    ClapHost::ClapInstance instance(library);
+    ASSERT_TRUE(instance.LoadPreset(Clap::kLocationPlugin, nullptr, "shimmer"));
+    ASSERT_TRUE(instance.FixChance(kSeed));
+    instance.Activate(48000.0);
+    ClapHost::Event song{};
+    ClapHost::RunPlan plan;
+    plan.nextFrames = [] { return 333u; };
+    plan.song = [&](uint32_t done) {
+        song = ClapHost::SongAt(0, 120.0, done * 2.0 / 48000.0, true);
+        return &song.song;
+    };
+    const ClapHost::Sound live = instance.Run(input, events, plan);
+    EXPECT_GT(ClapHost::Peak(live), 0.05f);
+    const size_t latency = instance.Latency();
+    for (size_t c = 0; c < 2; ++c)
+        for (size_t i = 0; i + latency < kFrames; ++i)
+            ASSERT_EQ(live[c][i + latency], rendered[c][i]) << i;
+}
+
+}  // namespace
+}  // namespace Quorvan::test

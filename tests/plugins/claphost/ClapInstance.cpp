@@ -1,0 +1,217 @@
+#include "plugins/claphost/ClapInstance.h"
+
+#include <map>
+
+#include "clap/ext/thread-check.h"
+#include "clap/ext/timer-support.h"
+
+namespace Quorvan::ClapHost {
+
+bool ClapInstance::IsMain() const { return !Trap::IsSet() && std::this_thread::get_id() == owner; }
+ClapInstance& ClapInstance::OnMain(const clap_host_t* host, const char* call) {
+    auto& instance = *static_cast<ClapInstance*>(host->host_data);
+    if (call != nullptr && !instance.IsMain())
+        instance.complaint = call;
+    return instance;
+}
+void ClapInstance::ThrowComplaints(bool wrongEvents) {
+    Require(!wrongEvents, "Events given out are not in order, behind the end, or no values.");
+    const char* const call = complaint.exchange(nullptr);
+    Require(call == nullptr, std::string("Not on the main thread: ") + (call ? call : ""));
+}
+
+const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id) {
+    using Host = const clap_host_t*;
+    static constexpr clap_host_params_t kParams{
+        [](Host h, clap_param_rescan_flags) { OnMain(h, "params.rescan"); },
+        [](Host h, clap_id, clap_param_clear_flags) { OnMain(h, "params.clear"); }, [](Host) {}};
+    static constexpr clap_host_state_t kState{[](Host h) { OnMain(h, "state.mark_dirty"); }};
+    static constexpr clap_host_latency_t kLatency{[](Host h) { OnMain(h, "latency.changed"); }};
+    static constexpr Clap::HostTail kTail{[](Host) {}};
+    static constexpr Clap::HostLog kLog{[](Host, int32_t, const char*) {}};
+    static constexpr clap_host_thread_check_t kThreads{[](Host h) { return OnMain(h).IsMain(); },
+                                                       [](Host) { return Trap::IsSet(); }};
+    static constexpr clap_host_timer_support_t kTimers{
+        [](Host h, uint32_t, clap_id* timer) {
+            *timer = static_cast<clap_id>(OnMain(h, "timer.register").timers++);
+            return true;
+        },
+        [](Host h, clap_id) { return --OnMain(h, "timer.unregister").timers >= 0; }};
+    static constexpr Clap::HostPresetLoad kPresets{
+        [](Host h, uint32_t, const char*, const char*, int32_t, const char* text) {
+            OnMain(h, "preset-load.on_error").presetError = text != nullptr ? text : "";
+        },
+        [](Host h, uint32_t, const char*, const char*) {
+            ++OnMain(h, "preset-load.loaded").presetsLoaded;
+        }};
+    static const std::map<std::string_view, const void*> parts{
+        {CLAP_EXT_PARAMS, &kParams},        {CLAP_EXT_STATE, &kState},
+        {CLAP_EXT_LATENCY, &kLatency},      {Clap::kTailExtension, &kTail},
+        {CLAP_EXT_THREAD_CHECK, &kThreads}, {Clap::kLogExtension, &kLog},
+        {CLAP_EXT_TIMER_SUPPORT, &kTimers}, {Clap::kPresetLoadExtension, &kPresets}};
+    const auto part = parts.find(id);
+    return part != parts.end() ? part->second : nullptr;
+}
+
+ClapInstance::ClapInstance(const ClapLibrary& library) {
+    constexpr auto kNothing = [](const clap_host_t*) {};
+    host = {CLAP_VERSION, this, "claphost", "", "", "1.0", Extension, kNothing, kNothing, kNothing};
+    plugin = library.factory->create_plugin(library.factory, &host, library.descriptor->id);
+    Require(plugin != nullptr, "The factory makes no plug-in.");
+    Require(plugin->init(plugin), "The plug-in's init answers false.");
+    const auto& params = Get<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+    parameters.resize(params.count(plugin));
+    for (uint32_t i = 0; i < parameters.size(); ++i)
+        Require(params.get_info(plugin, i, &parameters[i]), "A parameter has no info.");
+}
+
+void ClapInstance::Activate(double rate) {
+    const auto& ports = Get<clap_plugin_audio_ports_t>(CLAP_EXT_AUDIO_PORTS);
+    for (const bool isInput : {true, false}) {
+        std::vector<uint32_t>& channels = isInput ? inputChannels : outputChannels;
+        channels.resize(ports.count(plugin, isInput));
+        for (uint32_t i = 0; i < channels.size(); ++i) {
+            clap_audio_port_info_t info{};
+            Require(ports.get(plugin, i, isInput, &info), "A port below the count has no info.");
+            channels[i] = info.channel_count;
+        }
+    }
+    active = plugin->activate(plugin, rate, 1, 4096);
+    Require(active, "The plug-in refuses to be activated.");
+    const bool started = Trapped([&] { return plugin->start_processing(plugin); });
+    Require(started, "The plug-in refuses to start processing.");
+}
+
+void ClapInstance::Deactivate() {
+    Trapped([&] { plugin->stop_processing(plugin); });
+    plugin->deactivate(plugin);
+    active = false;
+}
+
+template <class Sample>
+Sound ClapInstance::ProcessOnce(const Sound& input, const EventList& events, const RunPlan& plan,
+                                const clap_event_transport_t* song) {
+    const auto frames = static_cast<uint32_t>(input[0].size());
+    std::vector<Port<Sample>> inputs, outputs;
+    for (const uint32_t channels : inputChannels)
+        inputs.emplace_back(inputs.empty() ? input : Sound(channels, std::vector<float>(frames)));
+    for (const uint32_t channels : outputChannels)
+        outputs.emplace_back(Sound(channels, std::vector<float>(frames, 9.0f)));
+    std::vector<clap_audio_buffer_t> in, out;
+    for (auto& port : inputs)
+        in.push_back(port.Buffer());
+    for (auto& port : outputs)
+        out.push_back(port.Buffer());
+    const bool shared = plan.inPlace && inputChannels[0] == outputChannels[0];
+    if (shared)
+        out[0] = in[0];
+    EventSink sink{frames};
+    const clap_output_events_t given = sink.Output();
+    const clap_input_events_t taken = events.Input();
+    const auto inPorts = static_cast<uint32_t>(in.size());
+    const auto outPorts = static_cast<uint32_t>(out.size());
+    const clap_process_t process{steadyTime, frames,   song,   in.data(), out.data(),
+                                 inPorts,    outPorts, &taken, &given};
+    steadyTime += frames;
+    const int32_t status = Trapped([&] { return plugin->process(plugin, &process); });
+    Require(status >= CLAP_PROCESS_CONTINUE && status <= CLAP_PROCESS_SLEEP,
+            "process answers an error.");
+    ThrowComplaints(sink.isWrong);
+    for (size_t i = shared ? 1 : 0; i < inputs.size(); ++i)
+        Require(inputs[i].Holds(i == 0 ? input : Silence(frames)), "An input is written to.");
+    const Sound sound = (shared ? inputs : outputs)[0].Content();
+    CheckOutput(sound, plan.loudest);
+    return sound;
+}
+
+Sound ClapInstance::Run(const Sound& input, const EventList& events, const RunPlan& plan) {
+    Sound whole(outputChannels.at(0));
+    const auto length = static_cast<uint32_t>(input[0].size());
+    for (uint32_t done = 0, frames = 0; done < length; done += frames) {
+        frames = std::min(plan.nextFrames(), length - done);
+        Sound part;
+        for (uint32_t c = 0; c < inputChannels.at(0); ++c)
+            part.emplace_back(input[c].begin() + done, input[c].begin() + done + frames);
+        const auto process =
+            plan.wide ? &ClapInstance::ProcessOnce<double> : &ClapInstance::ProcessOnce<float>;
+        const Sound out = (this->*process)(part, events.Between(done, done + frames), plan,
+                                           plan.song ? plan.song(done) : nullptr);
+        for (size_t c = 0; c < whole.size(); ++c)
+            whole[c].insert(whole[c].end(), out[c].begin(), out[c].end());
+    }
+    return whole;
+}
+
+void ClapInstance::Flush(const EventList& events) {
+    EventSink sink{1};
+    const clap_output_events_t given = sink.Output();
+    const clap_input_events_t taken = events.Input();
+    const auto& params = Get<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+    const auto flush = [&] { params.flush(plugin, &taken, &given); };
+    active ? Trapped(flush) : flush();
+    ThrowComplaints(sink.isWrong);
+}
+
+double ClapInstance::Value(clap_id id) const {
+    double value = NAN;
+    const auto& params = Get<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+    Require(params.get_value(plugin, id, &value) && std::isfinite(value), "A value is missing.");
+    return value;
+}
+std::vector<double> ClapInstance::Values() const {
+    std::vector<double> values;
+    for (const clap_param_info_t& info : parameters)
+        values.push_back(Value(info.id));
+    return values;
+}
+std::string ClapInstance::Text(clap_id id, double value) const {
+    char text[256] = "";
+    const auto& params = Get<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+    Require(params.value_to_text(plugin, id, value, text, sizeof text), "A value has no text.");
+    return text;
+}
+
+std::string ClapInstance::Save(uint64_t bytesAtATime) const {
+    std::pair<std::string, uint64_t> target{"", bytesAtATime};
+    const auto write = [](const clap_ostream_t* to, const void* bytes, uint64_t size) {
+        auto& [text, most] = *static_cast<decltype(target)*>(to->ctx);
+        text.append(static_cast<const char*>(bytes), std::min(size, most));
+        return static_cast<int64_t>(std::min(size, most));
+    };
+    const clap_ostream_t stream{&target, write};
+    Require(Get<clap_plugin_state_t>(CLAP_EXT_STATE).save(plugin, &stream), "Saving fails.");
+    return target.first;
+}
+
+bool ClapInstance::Load(const std::string& state, uint64_t bytesAtATime) {
+    std::pair<std::string_view, uint64_t> source{state, bytesAtATime};
+    const auto read = [](const clap_istream_t* from, void* bytes, uint64_t size) {
+        auto& [text, most] = *static_cast<decltype(source)*>(from->ctx);
+        const uint64_t given = text.copy(static_cast<char*>(bytes), std::min(size, most));
+        text.remove_prefix(given);
+        return static_cast<int64_t>(given);
+    };
+    const clap_istream_t stream{&source, read};
+    const bool loaded = Get<clap_plugin_state_t>(CLAP_EXT_STATE).load(plugin, &stream);
+    ThrowComplaints();
+    return loaded;
+}
+
+/// Tesserae keeps the seed of its chance as a member of its state.
+bool ClapInstance::FixChance(uint32_t seed) {
+    std::string state = Save();
+    const size_t place = state.find("\"morph\"");
+    if (state.find("\"tesserae-instrument\"") == std::string::npos || place == std::string::npos)
+        return false;
+    return Load(state.insert(place, "\"seed\": " + std::to_string(seed) + ", "));
+}
+
+bool ClapInstance::LoadPreset(uint32_t kind, const char* location, const char* key) {
+    presetError.clear();
+    const bool loaded = Get<Clap::PluginPresetLoad>(Clap::kPresetLoadExtension)
+                            .fromLocation(plugin, kind, location, key);
+    ThrowComplaints();
+    return loaded;
+}
+
+}  // namespace Quorvan::ClapHost

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "clap/ext/audio-ports.h"
+#include "clap/ext/latency.h"
+#include "clap/ext/params.h"
+#include "clap/ext/state.h"
+#include "plugins/clap/ClapExtras.h"
+#include "plugins/claphost/Events.h"
+#include "plugins/claphost/Sound.h"
+#include "plugins/claphost/Trap.h"
+
+namespace Quorvan::ClapHost {
+
+/// How Run drives the plug-in.
+struct RunPlan {
+    std::function<uint32_t()> nextFrames = [] { return 512u; };  ///< length of each buffer
+    bool inPlace = false;
+    bool wide = false;  ///< buffers of 64 bits
+    /// Of the buffer from a frame on; without it there is no transport.
+    std::function<const clap_event_transport_t*(uint32_t)> song{};
+    float loudest = 64.0f;  ///< sound above it runs away
+};
+
+/// One instance and the host around it. The thread that makes it is its main thread; whoever
+/// processes is its audio thread for that while. Everything throws where a rule is broken.
+class ClapInstance {
+public:
+    explicit ClapInstance(const ClapLibrary& library);
+    ~ClapInstance() {
+        if (active)
+            Deactivate();
+        plugin->destroy(plugin);
+    }
+    ClapInstance(const ClapInstance&) = delete;
+    ClapInstance& operator=(const ClapInstance&) = delete;
+
+    template <class Part>
+    const Part& Get(const char* id) const {
+        const auto* const part = static_cast<const Part*>(plugin->get_extension(plugin, id));
+        Require(part != nullptr, std::string("The plug-in has no extension \"") + id + "\".");
+        return *part;
+    }
+
+    void Activate(double rate = 48000.0);
+    void Deactivate();
+    void Reset() {
+        Trapped([&] { plugin->reset(plugin); });
+    }
+    /// Main input in, main output out; further ports get silence. Inputs stay as they are.
+    Sound Run(const Sound& input, const EventList& events = {}, const RunPlan& plan = {});
+    /// On the audio thread while active, else on the main one.
+    void Flush(const EventList& events);
+
+    const std::vector<clap_param_info_t>& Parameters() const { return parameters; }
+    double Value(clap_id id) const;
+    std::vector<double> Values() const;
+    std::string Text(clap_id id, double value) const;
+
+    std::string Save(uint64_t bytesAtATime = ~0ull) const;
+    bool Load(const std::string& state, uint64_t bytesAtATime = ~0ull);
+    /// Makes all chance repeat, where it is known how for this plug-in.
+    bool FixChance(uint32_t seed = 7);
+    bool LoadPreset(uint32_t kind, const char* location, const char* key);
+    uint32_t Latency() const { return Get<clap_plugin_latency_t>(CLAP_EXT_LATENCY).get(plugin); }
+
+    const clap_plugin_t* plugin = nullptr;
+    std::string presetError;  ///< the last one that the plug-in told of
+    size_t presetsLoaded = 0;
+
+private:
+    static const void* CLAP_ABI Extension(const clap_host_t*, const char* id);
+    /// The instance of a host that the plug-in calls, which it may do on the main thread only.
+    static ClapInstance& OnMain(const clap_host_t* host, const char* call = nullptr);
+    bool IsMain() const;
+    void ThrowComplaints(bool wrongEvents = false);
+    template <class Sample>
+    Sound ProcessOnce(const Sound& input, const EventList& events, const RunPlan& plan,
+                      const clap_event_transport_t* song);
+
+    clap_host_t host;
+    std::thread::id owner = std::this_thread::get_id();
+    std::vector<clap_param_info_t> parameters;
+    std::vector<uint32_t> inputChannels, outputChannels;  ///< of each port, as activated
+    bool active = false;
+    int64_t steadyTime = 0;
+    std::atomic<const char*> complaint{nullptr};  ///< call of the host from a wrong thread
+    int timers = 0;
+};
+
+}  // namespace Quorvan::ClapHost

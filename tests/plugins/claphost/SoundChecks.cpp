@@ -1,0 +1,154 @@
+#include <limits>
+#include <set>
+
+#include "clap/ext/note-ports.h"
+#include "plugins/claphost/Check.h"
+
+namespace Quorvan::ClapHost {
+
+TEST_F(Check, TheLibraryTellsWhatItHas) {
+    using Descriptor = clap_plugin_descriptor_t;
+    const double start = CpuMilliseconds();
+    const ClapLibrary library(options.plugin);
+    EXPECT_LT(CpuMilliseconds() - start, 100.0);
+    const ClapInstance instance(library);
+    for (const auto field :
+         {&Descriptor::id, &Descriptor::name, &Descriptor::vendor, &Descriptor::version})
+        EXPECT_STREQ(library.descriptor->*field, instance.plugin->desc->*field);
+    std::set<std::string> features;
+    for (const char** feature = library.descriptor->features; *feature != nullptr; ++feature)
+        EXPECT_TRUE(features.insert(*feature).second) << *feature << " is told twice.";
+    EXPECT_GT(features.count("instrument") + features.count("audio-effect") +
+                  features.count("note-effect") + features.count("analyzer"),
+              0u);
+
+    const auto* const factory = library.factory;
+    clap_host_t host{};
+    host.clap_version = CLAP_VERSION;
+    const std::string trailing = std::string(library.descriptor->id) + "x";
+    for (const char* id :
+         {"", "no-such-thing", "clap.plugin-factoryx", "clap.params.x", trailing.c_str()}) {
+        EXPECT_EQ(library.entry->get_factory(id), nullptr) << id;
+        EXPECT_EQ(factory->create_plugin(factory, &host, id), nullptr) << id;
+        EXPECT_EQ(instance.plugin->get_extension(instance.plugin, id), nullptr) << id;
+    }
+    const uint32_t count = factory->get_plugin_count(factory);
+    EXPECT_EQ(factory->get_plugin_descriptor(factory, count), nullptr);
+}
+
+TEST_F(Check, PortsAreWhatTheirConfigurationSays) {
+    ClapInstance instance(Library());
+    const auto& configs =
+        instance.Get<Clap::PluginAudioPortsConfig>(Clap::kAudioPortsConfigExtension);
+    const auto& ports = instance.Get<clap_plugin_audio_ports_t>(CLAP_EXT_AUDIO_PORTS);
+    const clap_plugin_t* const plugin = instance.plugin;
+    for (uint32_t i = 0; i < configs.count(plugin); ++i) {
+        Clap::AudioPortsConfig config{};
+        clap_audio_port_info_t in{}, out{};
+        ASSERT_TRUE(configs.get(plugin, i, &config) && configs.select(plugin, config.id));
+        ASSERT_TRUE(ports.get(plugin, 0, true, &in) && ports.get(plugin, 0, false, &out));
+        EXPECT_EQ(config.inputPortCount, ports.count(plugin, true));
+        EXPECT_EQ(config.outputPortCount, ports.count(plugin, false));
+        EXPECT_EQ(config.mainInputChannels, in.channel_count);
+        EXPECT_EQ(config.mainOutputChannels, out.channel_count);
+        EXPECT_STREQ(config.mainInputType, in.port_type);
+        EXPECT_STREQ(config.mainOutputType, out.port_type);
+        EXPECT_TRUE(in.in_place_pair == CLAP_INVALID_ID || in.channel_count == out.channel_count);
+        instance.Activate();
+        EXPECT_GT(Peak(instance.Run(Noise(9600))), 0.0f);
+        EXPECT_FALSE(configs.select(plugin, config.id)) << "Ports change while active.";
+        instance.Deactivate();
+    }
+    EXPECT_FALSE(configs.select(plugin, 77));
+    const auto& notes = instance.Get<clap_plugin_note_ports_t>(CLAP_EXT_NOTE_PORTS);
+    for (uint32_t i = 0; i < notes.count(plugin, true); ++i) {
+        clap_note_port_info_t info{};
+        EXPECT_TRUE(notes.get(plugin, i, true, &info));
+        EXPECT_NE(info.preferred_dialect & info.supported_dialects, 0u);
+    }
+}
+
+/// Wherever the memory lies, and however the buffers are cut.
+TEST_F(Check, TheSameEventsSoundTheSame) {
+    const auto fixed = [](uint32_t frames) { return [=] { return frames; }; };
+    const Sound input = Noise(16000);
+    EventList events;
+    Sound whole;
+    for (const RunPlan& plan : {RunPlan{fixed(4096)},
+                                {fixed(1)},
+                                {fixed(17)},
+                                {fixed(64)},
+                                {fixed(441)},
+                                {fixed(1536)},
+                                {[&] { return 1 + any.Below(4096); }},
+                                {.inPlace = true},
+                                {.wide = true},
+                                {.inPlace = true, .wide = true}}) {
+        ClapInstance instance(Library());
+        const bool repeats = instance.FixChance();
+        for (uint32_t frame = 0; whole.empty() && frame < 16000; frame += 1 + any.Below(500)) {
+            const auto& info = any.Of(instance.Parameters());
+            events.Add(ValueAt(frame, info.id, any.Within(info)));
+        }
+        instance.Activate();
+        const Sound sound = instance.Run(input, events, plan);
+        if (whole.empty())
+            whole = sound;
+        EXPECT_TRUE(!repeats || sound == whole)
+            << plan.nextFrames() << " frames, in place " << plan.inPlace << ", wide " << plan.wide;
+    }
+}
+
+TEST_F(Check, OddInputPasses) {
+    ClapInstance instance(Library());
+    instance.Activate();
+    const auto run = [&](float sample) {
+        const double start = CpuMilliseconds();
+        instance.Run(Sound(2, std::vector<float>(24000, sample)), {}, {.loudest = INFINITY});
+        return CpuMilliseconds() - start;
+    };
+    run(0.1f);
+    const double normal = run(0.1f), denormal = run(1e-39f);
+    EXPECT_LT(denormal, 3.0 * normal + 20.0);
+    for (const float odd : {NAN, INFINITY, -INFINITY, std::numeric_limits<float>::max(), 1e9f})
+        run(odd);
+    instance.Run(Noise(48000), {}, {.loudest = INFINITY});
+    instance.Run(Noise(9600));
+}
+
+TEST_F(Check, ResetAndANewStartLeaveNothing) {
+    ClapInstance instance(Library());
+    const bool repeats = instance.FixChance();
+    instance.Activate();
+    const Sound first = instance.Run(Noise(24000));
+    instance.Reset();
+    EXPECT_LT(Peak(instance.Run(Silence(24000))), 1e-6f);
+    instance.Run(Noise(24000));
+    instance.Deactivate();
+    instance.Activate();
+    EXPECT_TRUE(!repeats || instance.Run(Noise(24000)) == first);
+}
+
+TEST_F(Check, BypassIsLateByTheLatencyTold) {
+    ClapInstance instance(Library());
+    instance.Activate();
+    const uint32_t latency = instance.Latency();
+    EXPECT_LT(latency, 48000u);
+    EventList on;
+    for (const clap_param_info_t& info : instance.Parameters())
+        if ((info.flags & CLAP_PARAM_IS_BYPASS) != 0)
+            on.Add(ValueAt(0, info.id, info.max_value));
+    ASSERT_EQ(on.events.size(), 1u);
+    instance.Run(Noise(9600), on);
+    const Sound input = Noise(9600, 3), output = instance.Run(input);
+    for (size_t c = 0; c < output.size(); ++c)
+        EXPECT_TRUE(std::equal(output[c].begin() + latency, output[c].end(), input[c].begin()));
+    instance.Run(Noise(9600), SetAll(instance));
+    EXPECT_EQ(instance.Latency(), latency);
+
+    const Clap::PluginTail& tail = instance.Get<Clap::PluginTail>(Clap::kTailExtension);
+    const uint32_t frames = tail.get(instance.plugin);
+    EXPECT_EQ(Trapped([&] { return tail.get(instance.plugin); }), frames);
+}
+
+}  // namespace Quorvan::ClapHost
