@@ -121,12 +121,17 @@ TEST_F(FailureTest, PresetAndAutomationFilesAreNamed) {
     Add("p.json", "{\"format\": \"tesserae-preset\", ");
     Add("later.json", R"({"format": "tesserae-preset", "version": 99, "parameters": {}})");
     Add("a.csv", "seconds,parameter,position\n0.1,Feedback,0.5\n0.2,Fedback,0.5\n");
-    Add("b.json", R"([{"beats": 1, "parameter": "Feedback", "position": 7}])");
+    Add("b.json",
+        "[[0, \"Feedback\", 1],\n  {\"beats\": 1, \"parameter\": \"Feedback\",\n"
+        "\"position\": 7}]");
+    Add("c.json", "[[0, \"Feedback\", 1],\n[1 \"Feedback\", 1]]");
     ExpectFailure(Render({"--preset", folder / "p.json"}), 3, {"p.json", "JSON"});
     ExpectFailure(Render({"--preset", folder / "missing.json"}), 3, {"missing.json"});
     ExpectFailure(Render({"--automation", folder / "a.csv"}), 3,
                   {"a.csv", "line 3", "\"Fedback\"", "\"Feedback\""});
-    ExpectFailure(Render({"--automation", folder / "b.json"}), 3, {"b.json", "entry 1", "0 to 1"});
+    ExpectFailure(Render({"--automation", folder / "b.json"}), 3,
+                  {"b.json", "line 2, column 3", "0 to 1"});
+    ExpectFailure(Render({"--automation", folder / "c.json"}), 3, {"c.json", "line 2", "JSON"});
 }
 
 TEST_F(FailureTest, OtherPresetsAreMendedAndReported) {

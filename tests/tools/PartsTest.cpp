@@ -13,6 +13,7 @@
 #include "tools/render/AutomationTime.h"
 #include "tools/render/SlotText.h"
 #include "tools/render/TailTrimmer.h"
+#include "tools/render/WriteFeeder.h"
 #include "tools/support/AtomicOutput.h"
 #include "tools/support/CsvLine.h"
 #include "tools/support/Failure.h"
@@ -32,35 +33,31 @@ TEST(CsvLineTest, SplitsAsTablesAreWritten) {
     EXPECT_TRUE(SplitCsvLine(" ").empty());
 }
 
-TEST(AutomationTest, TimesAreSecondsOrBeats) {
-    const auto read = [](const char* text, bool bareIsBeat) {
-        const auto time = AutomationTime::Read(text, bareIsBeat);
+TEST(AutomationTest, TimesAreSecondsBeatsOrBars) {
+    const auto read = [](const char* text, TimeUnit bare) {
+        const auto time = AutomationTime::Read(text, bare, Meter::Read("6/8").value());
         return time ? std::pair(time->time, time->isBeat) : std::pair(-999.0, false);
     };
-    EXPECT_EQ(read("1.5", false), std::pair(1.5, false));
-    EXPECT_EQ(read("1.5", true), std::pair(1.5, true));
-    EXPECT_EQ(read("250 ms", true), std::pair(0.25, false));
-    EXPECT_EQ(read(" 2s ", false), std::pair(2.0, false));
-    EXPECT_EQ(read("-4 beats", false), std::pair(-4.0, true));
-    EXPECT_EQ(read("soon", false).first, -999.0);
-    EXPECT_EQ(read("-inf", false).first, -999.0);
+    EXPECT_EQ(read("1.5", TimeUnit::Seconds), std::pair(1.5, false));
+    EXPECT_EQ(read("1.5", TimeUnit::Beats), std::pair(1.5, true));
+    EXPECT_EQ(read("250 ms", TimeUnit::Bars), std::pair(0.25, false));
+    EXPECT_EQ(read("-4 beats", TimeUnit::Seconds), std::pair(-4.0, true));
+    EXPECT_EQ(read(" 3:2.5 ", TimeUnit::Seconds), std::pair(6.75, true));
+    EXPECT_EQ(read("0", TimeUnit::Bars), std::pair(-3.0, true));
+    for (const char* text : {"soon", "-inf", "3:7", "3:0", "2.5:1"})
+        EXPECT_EQ(read(text, TimeUnit::Seconds).first, -999.0) << text;
 }
 
 TEST(AutomationTest, WritesComeInOrderOfTimeAndReadTheScaleOfTheirMoment) {
     const Host::ParameterCatalog catalog;
-    const auto automation = Automation::ReadCsv("x.csv",
-                                                "beats,parameter,position\n"
-                                                "6,Feedback,0.25\n"
-                                                "2 s,MoteWeaver_Pitch,12 st\n"
-                                                "0.5,MoteWeaver_Scale,Octaves\n"
-                                                "# a remark\n"
-                                                "3 s,grain size,@0.5\n"
-                                                "2.5 s,Granular Mode,Texture\n"
-                                                "6,Feedback,0.75\n",
-                                                catalog);
+    const char* const text =
+        "beats,parameter,position\n6,Feedback,0.25\n2 s,MoteWeaver_Pitch,12 st\n"
+        "0.5,MoteWeaver_Scale,Octaves\n# a remark\n3 s,grain size,@0.5\n"
+        "2.5 s,Granular Mode,Texture\n6,Feedback,0.75\n";
+    const auto automation = Automation::ReadCsv("x.csv", text, catalog);
     // The song starts at beat 4 and runs at 120 BPM: beat 6 comes after a second.
     const auto writes =
-        automation.Resolve(1000.0, 120.0, 4.0, Host::PresentSettings(catalog), catalog);
+        automation.Resolve({1000.0, 120.0, 4.0}, Host::PresentSettings(catalog), catalog).writes;
     ASSERT_EQ(writes.size(), 6u);
     EXPECT_EQ(writes[0].frame, 0u);
     EXPECT_EQ(writes[1].frame, 1000u);
@@ -72,11 +69,46 @@ TEST(AutomationTest, WritesComeInOrderOfTimeAndReadTheScaleOfTheirMoment) {
     EXPECT_EQ(writes[5].index, catalog.Find("MoteWeaver_TextureSizeAbsolute"));
 }
 
+TEST(AutomationTest, RampsAndTemposComeOutAsTheirFormulasSay) {
+    const Host::ParameterCatalog catalog;
+    // 60 BPM to 180 in the first half second is one beat; then half a second of 180: 1.5 beats.
+    const auto automation = Automation::ReadJson("x.json", R"([
+        [0.1, "Feedback", 0.2], [0.6, "Feedback", 0.7, "linear"],
+        {"beats": 1, "parameter": "Tempo", "position": "180 BPM", "ramp": "linear"},
+        {"beats": 1, "parameter": "Macro 1", "position": 0.01},
+        {"bars": "1:3.5", "parameter": "Macro 1", "position": 1, "ramp": "exponential"}])",
+                                                 catalog);
+    const TempoMap song = automation.Tempos({48000.0, 60.0, 0.0});
+    for (const auto& [frame, beat] :
+         std::map<double, double>{{12000.0, 0.375}, {24000.0, 1.0}, {48000.0, 2.5}}) {
+        EXPECT_NEAR(song.BeatAt(frame), beat, 0.0002);
+        EXPECT_NEAR(song.FrameAt(beat), frame, 5.0);
+    }
+    Host::Engine engine(1);
+    engine.Prepare({.sampleRate = 48000.0, .inputs = 1});
+    WriteFeeder feeder(automation.Resolve(song, Host::PresentSettings(catalog), catalog).writes);
+    std::vector<float> silence(480);
+    const float* const input = silence.data();
+    for (uint64_t at = 480; at <= 48480; at += 480) {
+        feeder.Feed(engine, at - 480, at);
+        engine.Process({.inputs = &input, .frames = 480});
+        const double time = static_cast<double>(at) / 48000.0;
+        const auto position = [&](const char* name) {
+            return engine.Position(*catalog.Find(name));
+        };
+        // Only once each ramp is under way.
+        EXPECT_NEAR(position("Feedback"), std::min(0.1 + time, 0.7), time > 0.105 ? 0.003 : 1.0);
+        EXPECT_NEAR(position("Macro 1"), std::min(std::pow(0.01, 2.0 - 2.0 * time), 1.0),
+                    time > 0.515 ? 0.02 : 1.0);
+    }
+}
+
 TEST(AutomationTest, BrokenListsAreRefused) {
     const Host::ParameterCatalog catalog;
     for (const char* text : {"[1, 2", "{}", "[1]", "[[1, \"Feedback\"]]",
                              R"([{"seconds": 1, "parameter": "Feedback"}])",
-                             R"([["then", "Feedback", 0.5]])", R"([[1, "MasterVuL", 0.5]])"})
+                             R"([["then", "Feedback", 0.5]])", R"([[1, "Tempo", 0]])",
+                             R"([[1, "Feedback", 0.5, "fast"]])", R"([[1, "MasterVuL", 0.5]])"})
         EXPECT_THROW(Automation::ReadJson("x.json", text, catalog), Failure) << text;
     EXPECT_THROW(Automation::ReadCsv("x.csv", "1,Feedback", catalog), Failure);
 }

@@ -8,6 +8,7 @@
 #include "tools/picture/Colour.h"
 #include "tools/picture/GrainLog.h"
 #include "tools/picture/Spectrogram.h"
+#include "tools/picture/TimeTicks.h"
 #include "tools/picture/Waveform.h"
 
 namespace Quorvan::Tools {
@@ -96,24 +97,34 @@ TEST(GrainLogTest, ThinningKeepsWholePairs) {
     EXPECT_EQ(log.Kept()[2].frame - log.Kept()[0].frame, 4u);
 }
 
+std::string Labels(const std::vector<Tick>& ticks) {
+    std::string text;
+    for (const Tick& tick : ticks)
+        text += (tick.label.empty() ? "." : tick.label) + " ";
+    return text;
+}
+
 TEST(AxisTest, TicksAreRound) {
-    const auto labels = [](const Axis& axis, size_t count) {
-        std::string text;
-        for (const Tick& tick : axis.Ticks(count))
-            text += (tick.label.empty() ? "." : tick.label) + " ";
-        return text;
-    };
-    EXPECT_EQ(labels(Axis(0.0, 8.0), 10), "0 1 2 3 4 5 6 7 8 ");
-    EXPECT_EQ(labels(Axis(0.0, 0.35), 4), "0.0 0.1 0.2 0.3 ");
-    EXPECT_EQ(labels(Axis(-1.0, 1.0), 4),
-              "\xe2\x88\x92"
-              "1.0 "
-              "\xe2\x88\x92"
-              "0.5 0.0 0.5 1.0 ");
-    EXPECT_EQ(labels(Axis(80.0, 2500.0, Axis::Scale::Logarithmic), 0),
+    EXPECT_EQ(Labels(Axis(0.0, 8.0).Ticks(10)), "0 1 2 3 4 5 6 7 8 ");
+    EXPECT_EQ(Labels(Axis(0.0, 0.35).Ticks(4)), "0.0 0.1 0.2 0.3 ");
+    EXPECT_EQ(Labels(Axis(-1.0, 1.0).Ticks(4)), "\u22121.0 \u22120.5 0.0 0.5 1.0 ");
+    EXPECT_EQ(Labels(Axis(80.0, 2500.0, Axis::Scale::Logarithmic).Ticks(0)),
               ". . 100 200 . . 500 . . . . 1k 2k ");
     const Axis octaves(100.0, 1600.0, Axis::Scale::Logarithmic);
     EXPECT_NEAR(octaves.Place(400.0), 0.5, 1.0e-9);
+}
+
+TEST(TimeTicksTest, ClockAndBarsAreRound) {
+    EXPECT_EQ(Labels(ClockTicks(0.0, 95.0, 4)), "0:00 0:30 1:00 1:30 ");
+    EXPECT_EQ(Labels(ClockTicks(59.0, 61.0, 5)), "0:59.0 0:59.5 1:00.0 1:00.5 1:01.0 ");
+    EXPECT_EQ(Labels(ClockTicks(3590.0, 3610.0, 2)), "59:50 1:00:00 1:00:10 ");
+    // From the last beat of the bar ahead of the song; 120 BPM for a second, then 60.
+    TempoMap song(1000.0, 120.0, -1.0);
+    song.Change(1000, 60.0);
+    const Meter waltz = Meter::Read("3/4").value();
+    EXPECT_EQ(Labels(BarTicks(song, waltz, 0.0, 4.0, 20)), "0:3 1 1:2 1:3 2 2:2 ");
+    EXPECT_EQ(Labels(BarTicks(song, waltz, 0.0, 14.0, 4)), "1 3 5 ");
+    EXPECT_NEAR(BarTicks(song, waltz, 0.0, 14.0, 4)[1].value, 6.0, 1.0e-9);
 }
 
 TEST(ColourTest, HeatGetsLighterAllTheWay) {

@@ -304,5 +304,37 @@ TEST_F(RenderTest, AutomationLandsOnTheBlockThatHoldsItsMoment) {
     EXPECT_EQ(render("b.json"), sound);
 }
 
+TEST_F(RenderTest, NothingIsWithoutEffectInSilence) {
+    Input({std::vector<float>(kSecond / 2, 8.0f)});
+    WriteWav(folder / "side.wav", {Noise(1, 4800, 0.3f)});
+    WriteFile(folder / "a.json", R"([
+        {"beats": 0, "seconds": 0, "parameter": "FX1 Chorus Depth", "position": 1},
+        [0.2, "FX2 Effect", "Reverb"], [0.3, "FX2 Dry / Wet", 0.5], [9, "Feedback", 0.1]])");
+    const auto warnings = [&](const Arguments& more) {
+        std::string all;
+        const nlohmann::json summary = Summary(more);  // alive as long as the loop
+        for (const auto& warning : summary["warnings"])
+            all += warning.get<std::string>() + "\n";
+        return all;
+    };
+    const std::string found =
+        warnings(Dry({"--sidechain", folder / "side.wav", "--automation", folder / "a.json",
+                      "--set", "FX1 Effect=Delay", "--set", "MoteWeaver_TextureSizeAbsolute=90 ms",
+                      "--set", "FX2 Reverb Decay=70 %", "--set", "Grid Size=0.5"}));
+    for (const char* words :
+         {"side.wav\": the envelope follower takes the input", "The Delay in FX1 is not heard",
+          "\"Grain Size (Free)\"", "\"Start Quantization=Grid\"",
+          "line 2, column 9: \"beats\" counts",
+          "\"FX1 Chorus Depth\" without effect: FX1 holds the Delay",
+          "line 3, column 69 at 9.00 s lies behind", "in.wav\" goes 18.1 dB above", "were clipped"})
+        EXPECT_NE(found.find(words), std::string::npos) << words << " is not in:\n" << found;
+    EXPECT_EQ(std::count(found.begin(), found.end(), '\n'), 9) << found;
+    // The gain that a clipped render names is enough.
+    const size_t at = found.find("\"Master Volume=") + 1;
+    const std::string volume = found.substr(at, found.find('"', at) - at);
+    EXPECT_EQ(warnings({"--set", "Dry / Wet=0", "--set", volume}).find("clipped"),
+              std::string::npos);
+}
+
 }  // namespace
 }  // namespace Quorvan::test

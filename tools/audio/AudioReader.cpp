@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -143,6 +144,7 @@ size_t AudioReader::ReadSome(float* const* channels, size_t at, size_t frames) {
             sample = 0.0f;
             ++badSamples;
         }
+        peak = std::max(peak, std::abs(sample));
         channels[i % width][at + i / width] = sample;
     }
     return count;

@@ -32,6 +32,8 @@ public:
     size_t Read(float* const* channels, size_t frames) override;
 
     uint64_t BadSamples() const { return badSamples; }
+    /// Of what has been read, linear.
+    float Peak() const { return peak; }
     /// What the file says beside its sound.
     SoundTags Tags() const;
     /// For people: "WAV (Microsoft), Signed 24 bit PCM".
@@ -47,6 +49,7 @@ private:
     std::unique_ptr<File> file;
     std::vector<float> interleaved;
     uint64_t badSamples = 0;
+    float peak = 0.0f;
 };
 
 }  // namespace Quorvan::Tools

@@ -1,6 +1,8 @@
 #include "tools/commands/RenderCommand.h"
 
 #include <iostream>
+#include <map>
+#include <string>
 
 #include <nlohmann/json.hpp>
 
@@ -48,7 +50,26 @@ void RenderCommand::AddFiles() {
     app.add_option("--sidechain", settings.sideChain,
                    "Sound file that the envelope follower can listen to")
         ->type_name("FILE");
-    app.add_option("--picture", settings.picture, "Also draw the render")->type_name("FILE.png");
+    CLI::Option* const picture =
+        app.add_option("--picture", settings.picture, "Also draw the render")
+            ->type_name("FILE.png");
+    app.add_option(
+           "--picture-from", settings.pictureFrom,
+           "Draw only what comes from here on: seconds, \"4 beats\", or bar and beat as 5:3")
+        ->needs(picture)
+        ->type_name("TIME");
+    app.add_option("--picture-to", settings.pictureTo, "And only what comes ahead of here")
+        ->needs(picture)
+        ->type_name("TIME");
+    app.add_option("--picture-levels", settings.pictureLevels,
+                   "Outlines of input and output: auto, linear or db (default: auto, which is db "
+                   "where both are quiet)")
+        ->transform(
+            CLI::CheckedTransformer(std::map<std::string, LevelForm>{{"auto", LevelForm::Auto},
+                                                                     {"linear", LevelForm::Linear},
+                                                                     {"db", LevelForm::Decibels}},
+                                    CLI::ignore_case))
+        ->type_name("FORM");
     app.add_flag("--picture-modulation", settings.pictureModulation,
                  "With modulation in the picture also where nothing is routed");
     CLI::Option* const csv =
@@ -105,6 +126,18 @@ void RenderCommand::AddTime() {
                    "Song position at the start, in quarter notes; negative in a pre-roll")
         ->check(NumberFrom(-1.0e6, 1.0e6))
         ->type_name("B");
+    app.add_option_function<std::string>(
+           "--meter",
+           [this](const std::string& text) {
+               const std::optional<Meter> meter = Meter::Read(text);
+               if (!meter)
+                   throw CLI::ValidationError("--meter", "\"" + text +
+                                                             "\" is no time signature. Write one "
+                                                             "such as 3/4");
+               settings.meter = *meter;
+           },
+           "Time signature in which automation and picture count bars (default: 4/4)")
+        ->type_name("BEATS/UNIT");
     app.add_option("--tail", settings.tail,
                    "Sound behind the end of the input (default: until it has faded, at most 30)")
         ->check(NumberFrom(0.0, 3600.0))

@@ -1,10 +1,12 @@
 #include "tools/picture/Canvas.h"
 
 #include <array>
+#include <limits>
 #include <new>
 #include <numbers>
 
 #include "host/parameters/Sentence.h"
+#include "tools/picture/TextLayout.h"
 #include "tools/support/Failure.h"
 
 namespace Quorvan::Tools {
@@ -37,13 +39,6 @@ Canvas::~Canvas() {
 
 void Canvas::Use(const Colour& colour) {
     cairo_set_source_rgba(context, colour.red, colour.green, colour.blue, colour.alpha);
-}
-
-void Canvas::Use(const Type& type) {
-    cairo_select_font_face(context, "sans-serif", CAIRO_FONT_SLANT_NORMAL,
-                           type.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(context, type.size);
-    Use(type.colour);
 }
 
 void Canvas::Fill(const Box& box, const Colour& colour) {
@@ -93,17 +88,22 @@ void Canvas::HalfDisc(double x, double y, double radius, bool right, const Colou
 }
 
 double Canvas::TextWidth(const std::string& text, const Type& type) {
-    Use(type);
-    cairo_text_extents_t extents;
-    cairo_text_extents(context, text.c_str(), &extents);
-    return extents.x_advance;
+    return TextLayout(context, text, type).Width();
 }
 
 void Canvas::Text(double x, double y, const std::string& text, const Type& type, Align align) {
-    const double width = align == Align::Left ? 0.0 : TextWidth(text, type);
-    Use(type);
-    cairo_move_to(context, x - (align == Align::Centre ? 0.5 * width : width), y);
-    cairo_show_text(context, text.c_str());
+    FittedText(x, y, std::numeric_limits<double>::infinity(), text, type, align);
+}
+
+double Canvas::FittedText(double x, double y, double width, const std::string& text,
+                          const Type& type, Align align) {
+    TextLayout layout(context, text, type);
+    layout.Fit(width);
+    const double taken = layout.Width();
+    Use(type.colour);
+    const double share = align == Align::Left ? 0.0 : align == Align::Centre ? 0.5 : 1.0;
+    layout.Show(x - share * taken, y);
+    return taken;
 }
 
 void Canvas::UpwardText(double x, double y, const std::string& text, const Type& type) {

@@ -42,9 +42,13 @@ public:
     void DashedLine(double x0, double y0, double x1, double y1, const Colour& colour);
     /// Half of a disc: the side left or right of x.
     void HalfDisc(double x, double y, double radius, bool right, const Colour& colour);
-    /// y is the base line.
+    /// y is the base line. Text in any script that the machine has fonts for.
     void Text(double x, double y, const std::string& text, const Type& type,
               Align align = Align::Left);
+    /// The same with dots in the middle where it would be wider than width. Answers the width that
+    /// it takes.
+    double FittedText(double x, double y, double width, const std::string& text, const Type& type,
+                      Align align = Align::Left);
     /// Reading upward, centred at y.
     void UpwardText(double x, double y, const std::string& text, const Type& type);
     double TextWidth(const std::string& text, const Type& type);
@@ -61,7 +65,6 @@ public:
 
 private:
     void Use(const Colour& colour);
-    void Use(const Type& type);
 
     cairo_surface_t* surface;
     cairo_t* context;

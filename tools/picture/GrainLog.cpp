@@ -11,7 +11,9 @@ void GrainLog::OnGrainStart(const Host::GrainStart& grain) {
     // The left grain of a pair comes first.
     if (!grain.right)
         ++pair;
-    if (pair % stride != 0)
+    const double end = static_cast<double>(grain.frame) + static_cast<double>(grain.durationFrames);
+    const bool isInside = grain.frame < endFrame && end >= static_cast<double>(firstFrame);
+    if (pair % stride != 0 || !isInside)
         return;
     if (kept.size() >= kMost)
         Thin();

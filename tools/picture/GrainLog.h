@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "host/engine/EngineListener.h"
@@ -12,6 +13,12 @@ namespace Quorvan::Tools {
 class GrainLog final : public Host::EngineListener {
 public:
     void OnGrainStart(const Host::GrainStart& grain) override;
+
+    /// Only grains that sound between two frames are kept from now on.
+    void KeepWithin(uint64_t from, uint64_t to) {
+        firstFrame = from;
+        endFrame = to;
+    }
 
     /// Forgets those that start at a frame or later.
     void CutAt(uint64_t frame);
@@ -28,6 +35,8 @@ private:
     uint64_t count = 0;
     uint64_t pair = 0;  ///< number of the present pair
     uint64_t stride = 1;
+    uint64_t firstFrame = 0;
+    uint64_t endFrame = std::numeric_limits<uint64_t>::max();
 };
 
 }  // namespace Quorvan::Tools

@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "tools/picture/GrainDensity.h"
+#include "tools/picture/GrainPath.h"
 #include "tools/support/Numbers.h"
 
 namespace Quorvan::Tools {
@@ -11,6 +13,7 @@ namespace Quorvan::Tools {
 namespace {
 
 constexpr size_t kTapeTicks = 6;
+constexpr double kCrowd = 1.5;        // lines over each other from which on density shows
 constexpr double kFewGrains = 300.0;  // up to so many are drawn at full strength
 constexpr double kThickest = 2.6;     // pixels, of a grain at full level
 constexpr double kThinnest = 0.6;
@@ -38,13 +41,6 @@ std::string PitchLabel(double semitones, double range) {
     return sign + Fixed(std::abs(semitones), range < 3.0 ? 1 : 0);
 }
 
-/// How loud a grain is on its side, 0..1.
-double SideLevel(const Host::GrainStart& grain) {
-    const double pan = static_cast<double>(grain.pan);
-    const double share = std::min(1.0, 2.0 * (grain.right ? pan : 1.0 - pan));
-    return share * std::min(1.0, static_cast<double>(grain.gain));
-}
-
 }  // namespace
 
 double GrainPanel::TapeSeconds(const PictureData& data) {
@@ -55,7 +51,12 @@ double GrainPanel::TapeSeconds(const PictureData& data) {
 }
 
 GrainPanel::GrainPanel(const Panel& frame, const PictureData& gathered)
-    : panel(frame), data(gathered), pitchRange(PitchRange(gathered.grains.Kept())) {
+    : panel(frame),
+      data(gathered),
+      isDense(GrainDensity::Crowd(gathered.grains.Kept(), gathered.rate, frame) *
+                  static_cast<double>(gathered.grains.Stride()) >
+              kCrowd),
+      pitchRange(PitchRange(gathered.grains.Kept())) {
     const auto count = static_cast<double>(data.grains.Kept().size());
     const double crowd = std::max(1.0, count / kFewGrains);
     opacity = std::max(0.18, 0.9 / std::pow(crowd, 0.4));
@@ -86,24 +87,9 @@ void GrainPanel::DrawHead() const {
 }
 
 void GrainPanel::DrawPath(const Host::GrainStart& grain, const Colour& colour, double width) const {
-    const double tape = static_cast<double>(grain.tapeLength) / data.rate;
-    double from = static_cast<double>(grain.tapePosition) / data.rate;
-    double seconds = static_cast<double>(grain.frame) / data.rate;
-    const double duration = static_cast<double>(grain.durationFrames) / data.rate;
-    double rest = static_cast<double>(grain.sourceFrames) / data.rate;
-    const double speed = duration > 0.0 ? rest / duration : 1.0;
-    const double direction = grain.reversed ? -1.0 : 1.0;
-    // A grain that runs over an end of the tape goes on at the other one.
-    for (int lap = 0; lap < 16 && rest > 0.0; ++lap) {
-        const double room = grain.reversed ? from : tape - from;
-        const double length = tape > 0.0 ? std::min(rest, std::max(room, 0.0)) : rest;
-        const double end = seconds + length / speed;
-        panel.Page().Line(panel.X(seconds), panel.Y(from), panel.X(end),
-                          panel.Y(from + direction * length), colour, width);
-        seconds = end;
-        rest -= length;
-        from = grain.reversed ? tape : 0.0;
-    }
+    ForEachStroke(grain, data.rate, [&](double s0, double p0, double s1, double p1) {
+        panel.Page().Line(panel.X(s0), panel.Y(p0), panel.X(s1), panel.Y(p1), colour, width);
+    });
 }
 
 double GrainPanel::MarkRadius(const Host::GrainStart& grain) const {
@@ -120,11 +106,23 @@ void GrainPanel::DrawGrain(const Host::GrainStart& grain) const {
                           MarkRadius(grain), grain.right, colour);
 }
 
+void GrainPanel::DrawGrains() const {
+    const std::vector<Host::GrainStart>& grains = data.grains.Kept();
+    if (!isDense) {
+        for (const Host::GrainStart& grain : grains)
+            DrawGrain(grain);
+        return;
+    }
+    GrainDensity density(panel, data.rate, pitchRange);
+    for (const Host::GrainStart& grain : grains)
+        density.Add(grain);
+    density.Draw();
+}
+
 void GrainPanel::Draw(const std::string& title) const {
     panel.DrawGrid(kTapeTicks);
     panel.Page().ClipTo(panel.Area());
-    for (const Host::GrainStart& grain : data.grains.Kept())
-        DrawGrain(grain);
+    DrawGrains();
     DrawHead();
     panel.Page().ClipNothing();
     panel.DrawFrame(title, "Place on the tape (s)", kTapeTicks, true);
@@ -171,10 +169,27 @@ void GrainPanel::DrawMarkLegend(double x, double y) const {
                   kNumbers);
 }
 
+void GrainPanel::DrawDensityLegend(double x, double y) const {
+    Canvas& page = panel.Page();
+    page.Text(x, y + 4.5, "Grains at once", kNames);
+    constexpr int kSteps = 130;
+    for (int i = 0; i < kSteps; ++i)
+        page.Fill({x + i, y + 15.0, 1.0, 14.0},
+                  Palette::kInk.Faded(GrainDensity::Strength((i + 0.5) / kSteps)));
+    page.Outline({x, y + 15.0, kSteps, 14.0}, Palette::kFrame);
+    page.Text(x, y + 45.0, "few", kNumbers);
+    page.Text(x + kSteps, y + 45.0, "many", kNumbers, Canvas::Align::Right);
+    page.Line(x + 6.0, y + 69.0, x + 44.0, y + 69.0, Palette::kHead, 1.6);
+    page.Text(x + 62.0, y + 73.5, "write head", kNames);
+    if (data.grains.Stride() > 1)
+        page.Text(x, y + 98.0, "1 pair in " + std::to_string(data.grains.Stride()) + " counted",
+                  kNumbers);
+}
+
 void GrainPanel::DrawLegend(double x) const {
     const double y = panel.Area().y + 10.0;
     const double marks = DrawPitchBar(x, y, panel.Area().height - 165.0);
-    DrawMarkLegend(x, marks);
+    isDense ? DrawDensityLegend(x, marks) : DrawMarkLegend(x, marks);
 }
 
 }  // namespace Quorvan::Tools

@@ -14,7 +14,7 @@ constexpr double kShortMark = 3.0;
 }  // namespace
 
 void Panel::DrawGrid(size_t valueTicks) const {
-    for (const Tick& tick : time.Ticks(kTimeTicks))
+    for (const Tick& tick : time.bars.empty() ? time.clock : time.bars)
         canvas.Line(X(tick.value), box.y, X(tick.value), box.Bottom(), Palette::kGrid);
     for (const Tick& tick : value.Ticks(valueTicks)) {
         if (!tick.label.empty())
@@ -31,17 +31,23 @@ void Panel::DrawFrame(const std::string& title, const std::string& unit, size_t 
         canvas.Line(box.x - mark, y, box.x, y, Palette::kFrame);
         canvas.Text(box.x - 10.0, y + 4.5, tick.label, kNumbers, Canvas::Align::Right);
     }
-    for (const Tick& tick : time.Ticks(kTimeTicks)) {
-        const double x = X(tick.value);
-        canvas.Line(x, box.Bottom(), x, box.Bottom() + kLongMark, Palette::kFrame);
-        if (isLowest)
-            canvas.Text(x, box.Bottom() + 21.0, tick.label, kNumbers, Canvas::Align::Centre);
+    for (const Tick& tick : time.clock)
+        canvas.Line(X(tick.value), box.Bottom(), X(tick.value), box.Bottom() + kLongMark,
+                    Palette::kFrame);
+    if (isLowest) {
+        DrawTimeRow(time.clock, "min:s", box.Bottom() + 21.0);
+        DrawTimeRow(time.bars, "bar", box.Bottom() + 41.0);
     }
-    if (isLowest)
-        canvas.Text(box.x + 0.5 * box.width, box.Bottom() + 42.0, "Time (s)", kNames,
-                    Canvas::Align::Centre);
     canvas.Text(box.x, box.y - 8.0, title, kTitle);
     canvas.UpwardText(box.x - 62.0, box.y + 0.5 * box.height, unit, kNames);
+}
+
+void Panel::DrawTimeRow(const std::vector<Tick>& ticks, const char* name, double y) const {
+    if (ticks.empty())
+        return;
+    canvas.Text(box.x - 36.0, y, name, kNumbers, Canvas::Align::Right);
+    for (const Tick& tick : ticks)
+        canvas.Text(X(tick.value), y, tick.label, kNumbers, Canvas::Align::Centre);
 }
 
 void Panel::DrawMoment(double seconds, const std::string& note, const Colour& colour) const {

@@ -5,6 +5,7 @@
 
 #include "tools/picture/Axis.h"
 #include "tools/picture/Canvas.h"
+#include "tools/picture/TimeScale.h"
 
 namespace Quorvan::Tools {
 
@@ -12,14 +13,15 @@ namespace Quorvan::Tools {
 /// have in common.
 class Panel {
 public:
-    Panel(Canvas& page, const Box& place, const Axis& across, const Axis& upright)
+    /// across must outlive it.
+    Panel(Canvas& page, const Box& place, const TimeScale& across, const Axis& upright)
         : canvas(page), box(place), time(across), value(upright) {}
 
-    double X(double seconds) const { return box.x + box.width * time.Place(seconds); }
+    double X(double seconds) const { return box.x + box.width * time.axis.Place(seconds); }
     double Y(double level) const { return box.Bottom() - box.height * value.Place(level); }
     const Box& Area() const { return box; }
     Canvas& Page() const { return canvas; }
-    const Axis& Time() const { return time; }
+    const Axis& Time() const { return time.axis; }
     const Axis& Value() const { return value; }
 
     /// Grid, under the content.
@@ -32,11 +34,11 @@ public:
     void DrawMoment(double seconds, const std::string& note, const Colour& colour) const;
 
 private:
-    static constexpr size_t kTimeTicks = 12;
+    void DrawTimeRow(const std::vector<Tick>& ticks, const char* name, double y) const;
 
     Canvas& canvas;
     Box box;
-    Axis time;  ///< seconds
+    const TimeScale& time;
     Axis value;
 };
 

@@ -11,8 +11,9 @@ constexpr size_t kMostHeads = 32768;
 constexpr size_t kSilentFrames = 1024;  // at a time
 }  // namespace
 
-PictureData::PictureData(Host::Engine& source)
-    : rate(source.Format().sampleRate), spectrogram(rate), engine(source) {
+PictureData::PictureData(Host::Engine& source, const Section& shown)
+    : rate(source.Format().sampleRate), section(shown), spectrogram(rate), engine(source) {
+    grains.KeepWithin(section.from, section.to);
     engine.AddListener(grains);
 }
 
@@ -20,14 +21,24 @@ PictureData::~PictureData() { engine.RemoveListener(grains); }
 
 void PictureData::OnInput(const SoundPiece& piece) {
     if (!inputHasEnded || piece.frame < inputFrames) {
-        input.Add(piece);
+        input.Add(Inside(piece));
         inputShown = piece.frame + piece.frames;
     }
+    if (piece.frame + piece.frames < section.from || piece.frame > section.to)
+        return;
     if (pieces++ % headStride != 0 || !snapshot.Read(engine.GetProcessor(), false))
         return;
     heads.push_back({piece.frame + piece.frames, snapshot.writePosition, snapshot.tapeLength});
     if (heads.size() == kMostHeads)
         ThinHeads();
+}
+
+SoundPiece PictureData::Inside(const SoundPiece& piece) {
+    const uint64_t from = std::clamp(section.from, piece.frame, piece.frame + piece.frames);
+    const uint64_t to = std::clamp(section.to, from, piece.frame + piece.frames);
+    for (uint32_t c = 0; c < piece.channelCount; ++c)
+        inside[c] = piece.channels[c] + (from - piece.frame);
+    return {from, static_cast<size_t>(to - from), inside.data(), piece.channelCount};
 }
 
 void PictureData::ThinHeads() {
@@ -48,15 +59,16 @@ void PictureData::OnEnd() {
     const std::vector<float> silence(kSilentFrames);
     const float* const channel = silence.data();
     for (; inputShown < outputFrames; inputShown += kSilentFrames)
-        input.Add(
-            {inputShown, std::min<size_t>(kSilentFrames, outputFrames - inputShown), &channel, 1});
+        input.Add(Inside(
+            {inputShown, std::min<size_t>(kSilentFrames, outputFrames - inputShown), &channel, 1}));
     spectrogram.Finish();
     grains.CutAt(outputFrames);
 }
 
 void PictureData::OnOutput(const SoundPiece& piece) {
-    output.Add(piece);
-    spectrogram.Add(piece);
+    const SoundPiece part = Inside(piece);
+    output.Add(part);
+    spectrogram.Add(part);
     outputFrames = piece.frame + piece.frames;
 }
 

@@ -1,8 +1,6 @@
 #include "tools/picture/WaveformPanel.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 
 namespace Quorvan::Tools {
 
@@ -12,24 +10,7 @@ constexpr size_t kValueTicks = 4;
 constexpr double kPeakOpacity = 0.45;
 constexpr Canvas::Type kLegend{13.0, false, Palette::kInk};
 
-double PeakOf(const Waveform& waveform) {
-    float peak = 0.0f;
-    for (const Waveform::Bin& bin : waveform.Bins())
-        peak = std::max({peak, -bin.lowest, bin.highest});
-    return static_cast<double>(peak);
-}
-
 }  // namespace
-
-double WaveformPanel::ReachFor(const Waveform& a, const Waveform& b) {
-    const double peak = std::max(PeakOf(a), PeakOf(b));
-    constexpr std::array kReaches{0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1.0, 2.0, 5.0};
-    for (const double reach : kReaches) {
-        if (peak <= reach)
-            return reach;
-    }
-    return std::max(10.0, std::ceil(peak));
-}
 
 Waveform::Bin WaveformPanel::Under(double fromSeconds, double toSeconds) const {
     const std::vector<Waveform::Bin>& bins = waveform.Bins();
@@ -50,16 +31,28 @@ void WaveformPanel::DrawOutline() const {
         const Waveform::Bin bin = Under(x * secondsPerPixel, (x + 1) * secondsPerPixel);
         if (bin.samples == 0)
             continue;
-        const auto bar = [&](double low, double high, const Colour& shade) {
-            const double top = panel.Y(high);
-            panel.Page().Fill({box.x + x, top, 1.0, std::max(0.7, panel.Y(low) - top)}, shade);
-        };
-        const auto lowest = static_cast<double>(bin.lowest);
-        const auto highest = static_cast<double>(bin.highest);
-        const auto rms = static_cast<double>(bin.Rms());
-        bar(lowest, highest, colour.Faded(kPeakOpacity));
-        bar(std::max(-rms, lowest), std::min(rms, highest), colour);
+        DrawColumn(box.x + x, bin);
     }
+}
+
+void WaveformPanel::DrawColumn(double x, const Waveform::Bin& bin) const {
+    const auto lowest = static_cast<double>(bin.lowest);
+    const auto highest = static_cast<double>(bin.highest);
+    const auto rms = static_cast<double>(bin.Rms());
+    if (inDecibels) {
+        const double floor = panel.Value().Low();
+        const double peak = LevelDecibels(std::max(-lowest, highest), floor);
+        DrawBar(x, floor, peak, colour.Faded(kPeakOpacity));
+        DrawBar(x, floor, LevelDecibels(rms, floor), colour);
+        return;
+    }
+    DrawBar(x, lowest, highest, colour.Faded(kPeakOpacity));
+    DrawBar(x, std::max(-rms, lowest), std::min(rms, highest), colour);
+}
+
+void WaveformPanel::DrawBar(double x, double low, double high, const Colour& shade) const {
+    const double top = panel.Y(high);
+    panel.Page().Fill({x, top, 1.0, std::max(0.7, panel.Y(low) - top)}, shade);
 }
 
 void WaveformPanel::Draw(const std::string& title) const {
@@ -67,7 +60,7 @@ void WaveformPanel::Draw(const std::string& title) const {
     panel.Page().ClipTo(panel.Area());
     DrawOutline();
     panel.Page().ClipNothing();
-    panel.DrawFrame(title, "Amplitude", kValueTicks, false);
+    panel.DrawFrame(title, inDecibels ? "Level (dB)" : "Amplitude", kValueTicks, false);
 }
 
 void WaveformPanel::DrawLegend(double x) const {

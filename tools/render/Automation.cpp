@@ -1,17 +1,13 @@
 #include "tools/render/Automation.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <optional>
+#include <unordered_map>
+#include <utility>
 
-#include <nlohmann/json.hpp>
-
-#include "host/parameters/NumberText.h"
-#include "host/parameters/Sentence.h"
-#include "tools/render/AutomationTime.h"
+#include "tools/render/AutomationReader.h"
 #include "tools/render/PositionText.h"
-#include "tools/support/CsvLine.h"
+#include "tools/render/TempoPlan.h"
 #include "tools/support/Failure.h"
 #include "tools/support/TextFile.h"
 
@@ -19,147 +15,94 @@ namespace Quorvan::Tools {
 
 namespace {
 
-using Json = nlohmann::json;
+/// A point and the frame of its moment.
+struct Placed {
+    uint64_t frame;
+    const AutomationPoint* point;
+};
 
-[[noreturn]] void Refuse(const std::string& name, const std::string& where,
-                         const std::string& sentence) {
-    throw Failure(ExitCode::Input,
-                  "Automation " + Host::Quoted(name) + ", " + where + ": " + sentence);
-}
-
-/// Puts a point together from its three texts.
-AutomationPoint MakePoint(const std::string& name, const std::string& where,
-                          const std::array<std::string, 3>& texts, bool bareIsBeat,
-                          const Host::ParameterCatalog& catalog,
-                          const Host::PresentSettings& initial) {
-    const std::optional<AutomationTime> time = AutomationTime::Read(texts[0], bareIsBeat);
-    if (!time)
-        Refuse(name, where,
-               Host::Quoted(texts[0]) + " is no time. Write seconds, or beats as \"4 beats\".");
-    const NamedParameter parameter = FindWritable(catalog, texts[1], initial);
-    if (!parameter.index)
-        Refuse(name, where, parameter.problem);
-    return {time->time, time->isBeat, texts[1], texts[2], where};
-}
-
-std::string JsonText(const Json& value) {
-    return value.is_string() ? value.get<std::string>() : value.dump();
-}
-
-/// The three texts of one entry in JSON, an object or a list of three.
-std::optional<std::array<std::string, 3>> EntryTexts(const Json& entry, bool& isBeat) {
-    isBeat = false;
-    if (entry.is_array() && entry.size() == 3)
-        return std::array{JsonText(entry[0]), JsonText(entry[1]), JsonText(entry[2])};
-    if (!entry.is_object())
-        return std::nullopt;
-    isBeat = entry.contains("beats");
-    const char* const time = isBeat ? "beats" : "seconds";
-    if (!entry.contains(time) || !entry.contains("parameter") || !entry.contains("position"))
-        return std::nullopt;
-    return std::array{JsonText(entry[time]), JsonText(entry["parameter"]),
-                      JsonText(entry["position"])};
-}
-
-/// The head line of a table says what its times count.
-bool IsHead(const std::vector<std::string>& fields, bool& isBeat) {
-    const std::string first = Host::Lower(fields.front());
-    isBeat = first.starts_with("beat");
-    return isBeat || first.starts_with("second") || first == "time";
+/// All points but the tempos, in order.
+std::vector<Placed> PlacedOn(const TempoMap& song, const std::vector<AutomationPoint>& points) {
+    std::vector<Placed> placed;
+    for (const AutomationPoint& point : points) {
+        if (point.tempo > 0.0)
+            continue;
+        const double frame = point.isBeat ? song.FrameAt(point.time) : point.time * song.Rate();
+        placed.push_back(
+            {static_cast<uint64_t>(std::clamp(std::round(frame), 0.0, kLastFrame)), &point});
+    }
+    std::stable_sort(placed.begin(), placed.end(),
+                     [](const Placed& a, const Placed& b) { return a.frame < b.frame; });
+    return placed;
 }
 
 }  // namespace
 
+Automation::Automation(std::string fileName, AutomationReader&& reader)
+    : name(std::move(fileName)),
+      points(std::move(reader.points)),
+      warnings(std::move(reader.warnings)) {}
+
 Automation Automation::Load(const std::filesystem::path& path,
-                            const Host::ParameterCatalog& catalog) {
+                            const Host::ParameterCatalog& catalog, const Meter& meter) {
     const std::string text = ReadTextFile(path);
     const size_t first = text.find_first_not_of(" \t\r\n\xef\xbb\xbf");
     const bool isJson = first != std::string::npos && (text[first] == '[' || text[first] == '{');
-    return isJson ? ReadJson(path.string(), text, catalog) : ReadCsv(path.string(), text, catalog);
+    return isJson ? ReadJson(path.string(), text, catalog, meter)
+                  : ReadCsv(path.string(), text, catalog, meter);
 }
 
 Automation Automation::ReadCsv(const std::string& name, std::string_view text,
-                               const Host::ParameterCatalog& catalog) {
-    Automation automation(name);
-    const Host::PresentSettings initial(catalog);
-    bool isBeat = false;
-    bool mayBeHead = true;
-    size_t number = 0;
-    for (size_t at = 0; at < text.size();) {
-        const size_t end = std::min(text.find('\n', at), text.size());
-        const std::vector<std::string> fields = SplitCsvLine(text.substr(at, end - at));
-        at = end + 1;
-        const std::string where = "line " + std::to_string(++number);
-        if (fields.empty())
-            continue;
-        if (mayBeHead && IsHead(fields, isBeat)) {
-            mayBeHead = false;
-            continue;
-        }
-        mayBeHead = false;
-        if (fields.size() != 3)
-            Refuse(name, where,
-                   "It has " + std::to_string(fields.size()) +
-                       " fields. Write time, parameter name, position.");
-        automation.points.push_back(
-            MakePoint(name, where, {fields[0], fields[1], fields[2]}, isBeat, catalog, initial));
-    }
-    return automation;
+                               const Host::ParameterCatalog& catalog, const Meter& meter) {
+    AutomationReader reader(name, catalog, meter);
+    reader.ReadCsv(text);
+    return {name, std::move(reader)};
 }
 
 Automation Automation::ReadJson(const std::string& name, std::string_view text,
-                                const Host::ParameterCatalog& catalog) {
-    Automation automation(name);
-    const Host::PresentSettings initial(catalog);
-    const Json json = Json::parse(text, nullptr, false, true);
-    if (json.is_discarded())
-        throw Failure(ExitCode::Input, "Automation " + Host::Quoted(name) +
-                                           " is no valid JSON. Check its quotes, commas and "
-                                           "brackets.");
-    if (!json.is_array())
-        throw Failure(ExitCode::Input,
-                      "Automation " + Host::Quoted(name) + " has to be a list in [ ].");
-    for (size_t i = 0; i < json.size(); ++i) {
-        const std::string where = "entry " + std::to_string(i + 1);
-        bool isBeat = false;
-        const auto texts = EntryTexts(json[i], isBeat);
-        if (!texts)
-            Refuse(name, where,
-                   "Write {\"seconds\": 1.5, \"parameter\": \"Feedback\", \"position\": 0.7}, or "
-                   "\"beats\" in place of \"seconds\".");
-        automation.points.push_back(MakePoint(name, where, *texts, isBeat, catalog, initial));
-    }
-    return automation;
+                                const Host::ParameterCatalog& catalog, const Meter& meter) {
+    AutomationReader reader(name, catalog, meter);
+    reader.ReadJson(text);
+    return {name, std::move(reader)};
 }
 
-std::vector<TimedWrite> Automation::Resolve(double rate, double tempo, double startBeat,
-                                            Host::PresentSettings settings,
-                                            const Host::ParameterCatalog& catalog) const {
-    struct Placed {
-        uint64_t frame;
-        const AutomationPoint* point;
-    };
-    // Times beyond this are beyond any file, and would overflow the count of frames.
-    constexpr double kLastFrame = 9.0e15;
-    std::vector<Placed> placed;
-    for (const AutomationPoint& point : points) {
-        const double seconds = point.isBeat ? (point.time - startBeat) * 60.0 / tempo : point.time;
-        const double frame = std::clamp(std::round(seconds * rate), 0.0, kLastFrame);
-        placed.push_back({static_cast<uint64_t>(frame), &point});
-    }
-    std::stable_sort(placed.begin(), placed.end(),
-                     [](const Placed& a, const Placed& b) { return a.frame < b.frame; });
-    std::vector<TimedWrite> writes;
-    for (const auto& [frame, point] : placed) {
+std::string Automation::Place(size_t point) const {
+    return AutomationReader::PlaceText(name, points[point].where);
+}
+
+TempoMap Automation::Tempos(const TempoMap& start) const {
+    std::vector<const AutomationPoint*> tempos;
+    for (const AutomationPoint& point : points)
+        if (point.tempo > 0.0)
+            tempos.push_back(&point);
+    return TempoPlan(start).Make(std::move(tempos));
+}
+
+SettingsCourse Automation::Resolve(const TempoMap& song, Host::PresentSettings settings,
+                                   const Host::ParameterCatalog& catalog) const {
+    SettingsCourse course{settings, {}};
+    std::unordered_map<uint32_t, uint64_t> lastFrames;  // of each parameter's last point
+    for (const auto& [frame, point] : PlacedOn(song, points)) {
+        const auto number = static_cast<size_t>(point - points.data());
         const uint32_t index = catalog.Resolve(point->parameter, settings).value();
         const Host::TextResult result =
             ReadPosition(catalog, index, point->position, settings.Texts());
         if (!result.position)
-            Refuse(name, point->where, result.problem);
+            throw Failure(ExitCode::Input, Place(number) + ": " + result.problem);
+        TimedWrite write{frame, index, *result.position, number};
+        if (point->ramp != Ramp::Step && frame > lastFrames[index]) {
+            write.ramp = point->ramp;
+            write.frames = frame - lastFrames[index];
+            write.frame = lastFrames[index];
+            write.from = settings.Position(index);
+        }
+        course.writes.push_back(write);
+        lastFrames[index] = frame;
         settings.Put(index, *result.position);
-        writes.push_back({frame, index, *result.position});
     }
-    return writes;
+    std::stable_sort(course.writes.begin(), course.writes.end(),
+                     [](const TimedWrite& a, const TimedWrite& b) { return a.frame < b.frame; });
+    return course;
 }
 
 }  // namespace Quorvan::Tools

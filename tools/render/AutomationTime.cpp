@@ -8,10 +8,15 @@
 
 namespace Quorvan::Tools {
 
-std::optional<AutomationTime> AutomationTime::Read(std::string_view text, bool bareIsBeat) {
+std::optional<AutomationTime> AutomationTime::Read(std::string_view text, TimeUnit bare,
+                                                   const Meter& meter) {
     const std::string lower = Host::Lower(Host::Trim(text));
     std::optional<double> number = PlainNumber(lower);
-    bool isBeat = bareIsBeat;
+    if (lower.find(':') != std::string::npos || (number && bare == TimeUnit::Bars)) {
+        const std::optional<double> position = meter.Position(lower);
+        return position ? std::optional(AutomationTime{*position, true}) : std::nullopt;
+    }
+    bool isBeat = bare == TimeUnit::Beats;
     for (const std::string_view sign : {"beats", "beat"}) {
         if (!number && std::string_view(lower).ends_with(sign)) {
             number = PlainNumber(std::string_view(lower).substr(0, lower.size() - sign.size()));

@@ -88,6 +88,8 @@ Recipe Recipe::Of(const RenderSettings& settings, uint64_t seed) {
         recipe.options.emplace_back("--stop");
     if (settings.startBeat != 0.0)
         add("--start-beat", Plain(settings.startBeat));
+    if (settings.automation && !(settings.meter == Meter{}))
+        add("--meter", settings.meter.Text());
     if (settings.tail)
         add("--tail", Plain(*settings.tail));
     if (settings.tailFade)

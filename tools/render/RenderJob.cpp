@@ -17,13 +17,16 @@
 #include "primitives/Clock.h"
 #include "tools/audio/Resampler.h"
 #include "tools/picture/Picture.h"
+#include "tools/picture/PictureSetup.h"
 #include "tools/render/FileSink.h"
 #include "tools/render/GrainCounter.h"
+#include "tools/render/LevelWarnings.h"
 #include "tools/render/Recipe.h"
 #include "tools/render/Renderer.h"
 #include "tools/render/SavedPreset.h"
 #include "tools/render/SlotText.h"
 #include "tools/render/TailTrimmer.h"
+#include "tools/render/WarningFinder.h"
 #include "tools/support/Numbers.h"
 #include "tools/support/Progress.h"
 
@@ -39,8 +42,6 @@ constexpr double kUsualFade = 2.0;
 /// Still sounding is what was heard in the last seconds ahead of it.
 constexpr double kNearLimit = 2.0;
 
-std::string SampleRateText(double rate) { return Fixed(rate / 1000.0, 1) + " kHz"; }
-
 }  // namespace
 
 RenderJob::RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parameters)
@@ -55,7 +56,7 @@ RenderJob::RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parame
     if (WantsModulation())
         modulation.emplace(FindDestinations(settings.modulationDestinations, catalog));
     if (settings.automation)
-        automation = Automation::Load(*settings.automation, catalog);
+        automation = Automation::Load(*settings.automation, catalog, settings.meter);
 }
 
 RenderJob::~RenderJob() = default;
@@ -63,6 +64,7 @@ RenderJob::~RenderJob() = default;
 Summary RenderJob::Run() {
     const auto start = std::chrono::steady_clock::now();
     OpenSources();
+    PlanCourse();
     OpenOutputs();
     PrepareEngine();
     Render();
@@ -117,7 +119,7 @@ void RenderJob::PrepareEngine() {
     // The first block after a preset clears what sounds; only then can a start of the song be seen.
     engine->Idle(1);
     if (settings.picture)
-        picture.emplace(*engine);
+        picture.emplace(*engine, SectionOf(settings, *song));
     NoteRoutes();
 }
 
@@ -147,7 +149,16 @@ void RenderJob::NoteRoutes() {
 
 double RenderJob::TailSeconds() const { return settings.tail.value_or(kLongestTail); }
 
-TailPlan RenderJob::PlanTail(const std::vector<TimedWrite>& writes) const {
+void RenderJob::PlanCourse() {
+    song.emplace(automation.Tempos({rate, tempo, settings.startBeat}));
+    tempo = song->Spans().front().tempo;
+    course.emplace(automation.Resolve(*song, sound.Settings(catalog), catalog));
+    WarningFinder finder(catalog, sound, automation);
+    for (const auto& found : {automation.Warnings(), finder.Find(*course, settings.sideChain)})
+        summary.warnings.insert(summary.warnings.end(), found.begin(), found.end());
+}
+
+TailPlan RenderJob::PlanTail() const {
     const auto frames = [this](double seconds) {
         return static_cast<uint64_t>(std::llround(seconds * rate));
     };
@@ -155,7 +166,7 @@ TailPlan RenderJob::PlanTail(const std::vector<TimedWrite>& writes) const {
             .fade = frames(settings.tailFade.value_or(settings.tail ? 0.0 : kUsualFade)),
             .nearLimit = frames(kNearLimit),
             .isExact = settings.tail.has_value(),
-            .settled = writes.empty() ? 0 : writes.back().frame};
+            .settled = course->LastChange()};
 }
 
 /// Whether nothing can follow any more: it has been quiet for longer than the chain remembers.
@@ -181,10 +192,9 @@ void RenderJob::Render() {
         engine->AddListener(*modulation);
 
     Renderer renderer(*engine, *main, side.get());
-    auto writes =
-        automation.Resolve(rate, tempo, settings.startBeat, sound.Settings(catalog), catalog);
-    TailTrimmer trimmer(PlanTail(writes));
-    renderer.SetWrites(std::move(writes));
+    TailTrimmer trimmer(PlanTail());
+    renderer.SetWrites(course->writes);
+    renderer.SetSong(*song);
     renderer.SetTail(tail);
     renderer.SetStop([&] { return HasFaded(trimmer.QuietFrames()); });
     renderer.AddSink(trimmer);
@@ -221,24 +231,14 @@ void RenderJob::Render() {
 void RenderJob::WritePicture() {
     if (!picture)
         return;
-    const auto name = [](const std::filesystem::path& file, const char* stream) {
-        return StandardStreams::IsMeant(file) ? stream : file.filename().string();
-    };
-    picture->title = name(settings.input, "standard input") + "  \xe2\x86\x92  " +
-                     name(settings.output, "standard output");
-    picture->subtitle = "Preset \xe2\x80\x9c" + summary.preset + "\xe2\x80\x9d   \xc2\xb7   " +
-                        Fixed(tempo, 0) + " BPM, song " +
-                        (settings.playing ? "playing" : "stopped") + "   \xc2\xb7   " +
-                        SampleRateText(rate) + "   \xc2\xb7   " + Fixed(summary.seconds, 2) +
-                        " s   \xc2\xb7   peak " + summary.PeakText() + "   \xc2\xb7   loudness " +
-                        summary.LoudnessText() + "   \xc2\xb7   " + Grouped(summary.grains) +
-                        " grains   \xc2\xb7   seed " + std::to_string(summary.seed);
+    Caption(*picture, settings, summary, *song);
     picture->modulation = &*modulation;
     if (settings.pictureModulation && picture->sources.empty()) {
         picture->sources.resize(Host::kModulationSources);
         std::iota(picture->sources.begin(), picture->sources.end(), 0u);
     }
     picture->effects = JoinSlotTexts(effects);
+    Warn(EmptyPictureWarning(*picture));
     DrawPicture(*picture, *outputs->picture);
     summary.picture = *settings.picture;
 }
@@ -260,11 +260,21 @@ SoundTags RenderJob::Tags() const {
     return tags;
 }
 
-void RenderJob::WarnOfBadSamples(const std::filesystem::path& path, uint64_t count) {
-    if (count > 0)
-        summary.warnings.push_back(StandardStreams::InputText(path) + " holds " + Grouped(count) +
-                                   " samples that are no numbers (NaN or infinity). They were " +
-                                   "taken as 0; export the file again if it should hold sound.");
+void RenderJob::Warn(std::optional<std::string> sentence) {
+    if (sentence)
+        summary.warnings.push_back(std::move(*sentence));
+}
+
+void RenderJob::WarnOfSource(const std::filesystem::path& path, const AudioReader& reader) {
+    const std::string named = StandardStreams::InputText(path);
+    Warn(BadSamplesWarning(named, reader.BadSamples()));
+    Warn(HotInputWarning(named, reader.Peak()));
+}
+
+void RenderJob::WarnOfOutput() {
+    Warn(ClippingWarning(summary.clipped, summary.peak, course->End(), catalog));
+    Warn(WritesBehindEnd(automation, *course, rate, summary.seconds));
+    Warn(LostWrites(engine->Counts().refusedWrites));
 }
 
 /// What is known of the whole only behind its end.
@@ -277,12 +287,10 @@ void RenderJob::Account() {
     summary.badInputs = mainReader->BadSamples();
     summary.badSideChain = sideReader != nullptr ? sideReader->BadSamples() : 0;
     summary.badOutputs = engine->Counts().badOutputs;
-    WarnOfBadSamples(settings.input, summary.badInputs);
+    WarnOfSource(settings.input, *mainReader);
     if (settings.sideChain)
-        WarnOfBadSamples(*settings.sideChain, summary.badSideChain);
-    if (const uint64_t lost = engine->Counts().refusedWrites; lost > 0)
-        summary.warnings.push_back(Grouped(lost) + " writes of the automation were left out: too " +
-                                   "many fall on one moment. Thin them out.");
+        WarnOfSource(*settings.sideChain, *sideReader);
+    WarnOfOutput();
 }
 
 }  // namespace Quorvan::Tools

@@ -35,7 +35,8 @@ private:
     void PrepareEngine();
     void WritePreset();
     double TailSeconds() const;
-    TailPlan PlanTail(const std::vector<TimedWrite>& writes) const;
+    TailPlan PlanTail() const;
+    void PlanCourse();
     bool HasFaded(uint64_t quietFrames);
     void Render();
     void WritePicture();
@@ -44,7 +45,9 @@ private:
     bool WantsModulation() const { return settings.picture || settings.modulationCsv; }
     SoundTags Tags() const;
     void Account();
-    void WarnOfBadSamples(const std::filesystem::path& path, uint64_t count);
+    void WarnOfSource(const std::filesystem::path& path, const AudioReader& reader);
+    void WarnOfOutput();
+    void Warn(std::optional<std::string> sentence);
     std::unique_ptr<AudioSource> OpenSource(const std::filesystem::path& path, double rate,
                                             AudioReader*& reader) const;
 
@@ -53,6 +56,8 @@ private:
     Summary summary;
     SoundChoice sound;
     Automation automation;
+    std::optional<SettingsCourse> course;
+    std::optional<TempoMap> song;
 
     AudioReader* mainReader = nullptr;  ///< inside main
     AudioReader* sideReader = nullptr;  ///< inside side

@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "tools/picture/LevelScale.h"
+#include "tools/render/Meter.h"
+
 namespace Quorvan::Tools {
 
 /// What a render is asked for: the command line in order.
@@ -17,6 +20,8 @@ struct RenderSettings {
     std::optional<std::filesystem::path> sideChain;
     std::optional<std::filesystem::path> automation;
     std::optional<std::filesystem::path> picture;
+    std::string pictureFrom, pictureTo;  ///< moments as in automation; empty for the ends
+    LevelForm pictureLevels = LevelForm::Auto;
     bool pictureModulation = false;  ///< show modulation also where nothing is routed
     std::optional<std::filesystem::path> modulationCsv;
     std::vector<std::string> modulationDestinations;  ///< readable names, for the CSV
@@ -28,6 +33,7 @@ struct RenderSettings {
     std::optional<double> tempo;  ///< beats per minute; else the preset's, else 120
     bool playing = true;
     double startBeat = 0.0;          ///< quarter notes
+    Meter meter;                     ///< in which bars count
     std::optional<double> tail;      ///< seconds; else as long as the sound lasts
     std::optional<double> tailFade;  ///< seconds; else 2, or none where the tail is asked for
     std::optional<uint64_t> seed;    ///< else one of chance, which the summary tells

@@ -9,7 +9,7 @@ namespace Quorvan::Tools {
 
 namespace {
 
-constexpr size_t kPiece = 1024;  // frames at a time
+constexpr uint32_t kPiece = 1024;  // frames at a time, where no tempo cuts them
 
 double ProcessorSeconds() {
     timespec now{};
@@ -29,11 +29,12 @@ Renderer::Renderer(Host::Engine& target, AudioSource& mainSource, AudioSource* s
 
 void Renderer::Run(const std::function<void(uint64_t)>& progress) {
     while (!IsOver()) {
+        ChangeTempo();
         ReadPiece();
-        QueueWrites();
+        writes.Feed(engine, fed, fed + piece);
         ProcessPiece();
         GiveInput();
-        fed += kPiece;
+        fed += piece;
         GiveOutput();
         progress(given);
     }
@@ -46,14 +47,14 @@ bool Renderer::IsOver() const { return given >= end || (end != kUnknown && maySt
 void Renderer::ReadPiece() {
     size_t got = 0;
     if (end == kUnknown) {
-        got = main.Read(input.Pointers(), kPiece);
+        got = main.Read(input.Pointers(), piece);
         inputFrames += got;
-        if (got < kPiece)
+        if (got < piece)
             EndInput();
     }
     input.ClearFrom(got);
     if (side != nullptr)
-        sideChain.ClearFrom(side->Read(sideChain.Pointers(), kPiece));
+        sideChain.ClearFrom(side->Read(sideChain.Pointers(), piece));
 }
 
 void Renderer::EndInput() {
@@ -62,11 +63,13 @@ void Renderer::EndInput() {
         sink->OnInputEnd(inputFrames);
 }
 
-void Renderer::QueueWrites() {
-    for (; nextWrite < writes.size() && writes[nextWrite].frame < fed + kPiece; ++nextWrite) {
-        const TimedWrite& write = writes[nextWrite];
-        engine.WriteAt(write.frame, write.index, write.position);
-    }
+/// The tempo of the present frame; the piece ends where it changes next.
+void Renderer::ChangeTempo() {
+    for (; nextTempo < tempos.size() && tempos[nextTempo].frame <= fed; ++nextTempo)
+        engine.SetTempo(tempos[nextTempo].tempo);
+    piece = kPiece;
+    if (nextTempo < tempos.size())
+        piece = static_cast<uint32_t>(std::min<uint64_t>(kPiece, tempos[nextTempo].frame - fed));
 }
 
 void Renderer::ProcessPiece() {
@@ -74,16 +77,16 @@ void Renderer::ProcessPiece() {
     buffers.inputs = input.Pointers();
     buffers.outputs = output.Pointers();
     buffers.sideChain = side != nullptr ? sideChain.Pointers() : nullptr;
-    buffers.frames = kPiece;
+    buffers.frames = piece;
     const double before = ProcessorSeconds();
     engine.Process(buffers);
     cpuSeconds += ProcessorSeconds() - before;
 }
 
 void Renderer::GiveInput() {
-    const SoundPiece piece{fed, kPiece, input.Pointers(), input.Channels()};
+    const SoundPiece sound{fed, piece, input.Pointers(), input.Channels()};
     for (RenderSink* sink : sinks)
-        sink->OnInput(piece);
+        sink->OnInput(sound);
 }
 
 void Renderer::GiveOutput() {
@@ -91,15 +94,15 @@ void Renderer::GiveOutput() {
     const uint64_t ready = std::min(fed > latency ? fed - latency : 0, end);
     if (ready <= given)
         return;
-    // The piece just processed holds the output frames from fed - kPiece - latency on.
-    const auto from = static_cast<size_t>(given + latency + kPiece - fed);
+    // The piece just processed holds the output frames from fed - piece - latency on.
+    const auto from = static_cast<size_t>(given + latency + piece - fed);
     std::array<const float*, 2> channels{};
     for (uint32_t c = 0; c < output.Channels(); ++c)
         channels[c] = output[c].data() + from;
-    const SoundPiece piece{given, static_cast<size_t>(ready - given), channels.data(),
+    const SoundPiece sound{given, static_cast<size_t>(ready - given), channels.data(),
                            output.Channels()};
     for (RenderSink* sink : sinks)
-        sink->OnOutput(piece);
+        sink->OnOutput(sound);
     given = ready;
 }
 

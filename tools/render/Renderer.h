@@ -9,8 +9,9 @@
 #include "host/engine/Engine.h"
 #include "tools/audio/AudioSource.h"
 #include "tools/audio/Planes.h"
-#include "tools/render/Automation.h"
 #include "tools/render/RenderSink.h"
+#include "tools/render/TempoMap.h"
+#include "tools/render/WriteFeeder.h"
 
 namespace Quorvan::Tools {
 
@@ -23,7 +24,9 @@ public:
     Renderer(Host::Engine& target, AudioSource& input, AudioSource* sideChain);
 
     /// In order of their frames.
-    void SetWrites(std::vector<TimedWrite> timed) { writes = std::move(timed); }
+    void SetWrites(std::vector<TimedWrite> timed) { writes = WriteFeeder(std::move(timed)); }
+    /// Changes of the song's tempo, each at its very frame. The engine has the first span already.
+    void SetSong(const TempoMap& song) { tempos = song.Spans(); }
     /// Frames of output behind the input's end.
     void SetTail(uint64_t frames) { tail = frames; }
     /// Asked after each piece behind the input: whether the output may end ahead of that tail.
@@ -43,7 +46,7 @@ private:
 
     void ReadPiece();
     void EndInput();
-    void QueueWrites();
+    void ChangeTempo();
     void ProcessPiece();
     void GiveInput();
     void GiveOutput();
@@ -53,12 +56,14 @@ private:
     AudioSource& main;
     AudioSource* side;
     std::vector<RenderSink*> sinks;
-    std::vector<TimedWrite> writes;
-    size_t nextWrite = 0;
+    WriteFeeder writes;
+    std::vector<TempoMap::Span> tempos;
+    size_t nextTempo = 1;
     uint64_t tail = 0;
     std::function<bool()> mayStop;
 
     Planes input, sideChain, output;
+    uint32_t piece = 0;  ///< frames of the present piece
     uint64_t fed = 0;    ///< frames that the engine has taken
     uint64_t given = 0;  ///< frames of output that the sinks have
     uint64_t inputFrames = 0;

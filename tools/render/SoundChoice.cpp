@@ -83,6 +83,7 @@ void Assign(SoundChoice& sound, Host::PresentSettings& settings, const Assignmen
     if (!result.position)
         Refuse(assignment.whole, result.problem);
     const Host::ParameterValue value{*named.index, *result.position};
+    sound.assigned.push_back({value.index, assignment.whole});
     const bool isLever = catalog[value.index].role == Host::ParameterRole::Control;
     Put(isLever ? sound.levers : sound.preset.parameters, value);
     settings.Put(value.index, value.position);
@@ -105,8 +106,9 @@ Host::Preset LoadPreset(const std::string& nameOrFile, const Host::ParameterCata
 
 SoundChoice SoundChoice::Make(Host::Preset preset, const std::vector<std::string>& assignments,
                               const Host::ParameterCatalog& catalog) {
-    SoundChoice sound{std::move(preset), {}};
+    SoundChoice sound{std::move(preset), {}, {}, {}};
     SpellRoutingsOut(sound.preset);
+    sound.asFound = sound.preset;
     Host::PresentSettings settings = sound.Settings(catalog);
     std::vector<Assignment> others;
     for (const std::string& text : assignments) {
@@ -120,6 +122,10 @@ SoundChoice SoundChoice::Make(Host::Preset preset, const std::vector<std::string
     for (const Assignment& assignment : others)
         Assign(sound, settings, assignment, catalog);
     return sound;
+}
+
+Host::PresentSettings SoundChoice::PresetSettings(const Host::ParameterCatalog& catalog) const {
+    return SoundChoice{asFound, {}, {}, {}}.Settings(catalog);
 }
 
 Host::PresentSettings SoundChoice::Settings(const Host::ParameterCatalog& catalog) const {

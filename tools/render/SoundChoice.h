@@ -19,6 +19,14 @@ struct SoundChoice {
     Host::Preset preset;
     std::vector<Host::ParameterValue> levers;  ///< writes to the shell's own, such as "Bypass"
 
+    /// What was asked for, for messages.
+    struct Assigned {
+        uint32_t index = 0;
+        std::string text;
+    };
+    std::vector<Assigned> assigned;
+    Host::Preset asFound;  ///< the preset ahead of the assignments
+
     /// assignments are texts NAME=POSITION. Those that decide what the names and texts of others
     /// mean go first, such as the mode ahead of "Grain Size". Throws Failure for one that makes no
     /// sense.
@@ -26,6 +34,8 @@ struct SoundChoice {
                             const Host::ParameterCatalog& catalog);
     /// Where the parameters stand with that sound.
     Host::PresentSettings Settings(const Host::ParameterCatalog& catalog) const;
+    /// And with the preset alone.
+    Host::PresentSettings PresetSettings(const Host::ParameterCatalog& catalog) const;
 };
 
 }  // namespace Quorvan::Tools

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/parameters/PresentSettings.h"
+#include "tools/render/AutomationPoint.h"
+#include "tools/render/AutomationTime.h"
+
+namespace Quorvan::Tools {
+
+/// Reads the entries of an automation file and checks what can be checked without their moments.
+/// Throws Failure, with the place in the file, for what makes no sense.
+class AutomationReader {
+public:
+    AutomationReader(std::string fileName, const Host::ParameterCatalog& parameters,
+                     const Meter& songMeter);
+
+    void ReadCsv(std::string_view text);
+    void ReadJson(std::string_view text);
+
+    /// How messages call a place in the file: 'Automation "a.csv", line 3'.
+    static std::string PlaceText(const std::string& name, const std::string& where);
+
+    std::vector<AutomationPoint> points;
+    std::vector<std::string> warnings;  ///< what can't be meant so, a sentence each
+
+private:
+    /// Time, parameter, position and ramp.
+    using Texts = std::array<std::string, 4>;
+    void Add(const std::string& where, const Texts& texts, TimeUnit bare);
+
+    std::string name;
+    const Host::ParameterCatalog& catalog;
+    Meter meter;
+    Host::PresentSettings initial;
+};
+
+}  // namespace Quorvan::Tools

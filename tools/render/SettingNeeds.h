@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/parameters/PresentSettings.h"
+
+namespace Quorvan::Tools {
+
+/// What has to stand where for a setting to be heard: the effect that it belongs to in its slot,
+/// the mode that it belongs to.
+class SettingNeeds {
+public:
+    explicit SettingNeeds(const Host::ParameterCatalog& parameters);
+
+    /// Why a parameter is without effect with these settings, as a sentence that says what would
+    /// give it one; nothing where it has one.
+    std::optional<std::string> Missing(uint32_t index, const Host::PresentSettings& settings) const;
+    /// Whether a parameter is that of an effect in a slot.
+    bool IsOfEffect(uint32_t index) const { return needs[index] && needs[index]->isEffect; }
+    /// Whether a parameter decides that about others.
+    bool IsDecider(uint32_t index) const { return isDecider[index]; }
+
+private:
+    /// The parameters of an effect, or of a mode, and the choice that they need.
+    struct Need {
+        uint32_t selector = 0;  ///< index
+        uint32_t choice = 0;
+        bool isEffect = false;
+    };
+    void AddEffects(const std::string& slot);
+    void AddModes();
+    void Add(const std::string& prefix, const Need& need);
+    std::string OfNeed(const Need& need, const Host::PresentSettings& settings) const;
+    std::string OtherSlot(const Need& need, const Host::PresentSettings& settings) const;
+    std::optional<std::string> OfFamily(uint32_t index,
+                                        const Host::PresentSettings& settings) const;
+
+    const Host::ParameterCatalog& catalog;
+    std::vector<std::optional<Need>> needs;  ///< by index
+    std::vector<bool> isDecider;             ///< likewise
+};
+
+}  // namespace Quorvan::Tools

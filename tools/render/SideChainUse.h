@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "host/parameters/PresentSettings.h"
+
+namespace Quorvan::Tools {
+
+/// Whether anything in the course of a render listens to the side-chain: the envelope follower has
+/// to, and something has to be routed from it.
+class SideChainUse {
+public:
+    explicit SideChainUse(const Host::ParameterCatalog& parameters);
+
+    void See(const Host::PresentSettings& settings);
+    /// Nothing where all is well. file is the side-chain's.
+    std::optional<std::string> Sentence(const std::string& file) const;
+
+private:
+    const Host::ParameterCatalog& catalog;
+    uint32_t source;  ///< index of the follower's choice of what it listens to
+    bool isFollowed = false, isUsed = false;
+};
+
+}  // namespace Quorvan::Tools
