@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace Quorvan::Live {
+
+/// What the command line asks for.
+struct LiveOptions {
+    std::string preset = "init";   ///< name of a preset, or a file
+    std::optional<std::string> midiMap, state;
+    std::optional<double> tempo;
+    std::optional<uint64_t> seed;
+    std::string name = "Tesserae";
+    bool connect = false;
+    bool run = false;      ///< the song plays from the start
+    bool headless = true;  ///< there is no window yet
+    bool quiet = false;
+};
+
+}  // namespace Quorvan::Live

@@ -1,0 +1,187 @@
+// tesserae-live: the instrument between the ports of a JACK server.
+
+#include <signal.h>
+#include <time.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <thread>
+
+#include <CLI/CLI.hpp>
+
+#include "host/instrument/PresetLibrary.h"
+#include "host/instrument/WholeFile.h"
+#include "host/parameters/Sentence.h"
+#include "host/state/PresetFormat.h"
+#include "plugins/live/JackClient.h"
+#include "plugins/live/LiveOptions.h"
+#include "plugins/shared/Caretaker.h"
+#include "plugins/shared/SharedCatalog.h"
+#include "presets/FactoryPresets.h"
+
+namespace Quorvan::Live {
+
+namespace {
+
+constexpr int kUsage = 2, kCannotRead = 3, kNoServer = 6;
+constexpr size_t kMostBytes = 64 << 20;
+
+/// A sentence for the user, and how the program ends.
+struct Trouble {
+    int code;
+    std::string sentence;
+};
+
+void Say(const LiveOptions& options, const std::string& sentence) {
+    if (!options.quiet)
+        std::fprintf(stderr, "%s\n", sentence.c_str());
+}
+
+std::string Read(const std::string& file) {
+    std::string problem;
+    const auto text = Host::ReadWholeFile(file, kMostBytes, problem);
+    if (!text)
+        throw Trouble{kCannotRead, problem};
+    return *text;
+}
+
+template <class T>
+T Value(Host::Parsed<T> parsed) {
+    if (!parsed.value)
+        throw Trouble{kCannotRead,
+                      parsed.issues.empty() ? "It can't be read." : parsed.issues.front().text};
+    return std::move(*parsed.value);
+}
+
+/// The user's presets and the factory's by their names, then files.
+Host::Preset FindPreset(const std::string& name) {
+    const auto& catalog = Plugins::SharedCatalog();
+    const Host::PresetLibrary library(catalog, Host::FactoryPresets(),
+                                      Host::PresetLibrary::UsualFolder());
+    if (const auto entry = library.Find(name))
+        return Value(library.Load(*entry));
+    if (const Host::FactoryPreset* const preset = Host::FindFactoryPreset(name))
+        return Value(Host::ReadPreset(preset->json, catalog));
+    if (std::filesystem::exists(name))
+        return Value(Host::PresetLibrary::Read(name, catalog));
+    throw Trouble{kUsage, Host::UnknownFactoryPreset(name)};
+}
+
+void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
+    const Host::Preset preset = FindPreset(options.preset);
+    instrument.LoadPreset(preset);
+    if (options.state)
+        for (const Host::Issue& issue : instrument.LoadState(Read(*options.state)))
+            throw Trouble{kCannotRead, issue.text};
+    if (options.seed)
+        instrument.SetSeed(options.seed);
+    const auto usual = Host::PresetLibrary::UsualFolder().parent_path() / "midi-map.json";
+    if (options.midiMap || std::filesystem::exists(usual))
+        instrument.SetMidiMap(Value(Host::ReadMidiMap(
+            Read(options.midiMap.value_or(usual.string())), Plugins::SharedCatalog())));
+    instrument.Song().SetTempo(options.tempo.value_or(preset.tempo.value_or(120.0)));
+    instrument.Song().Run(options.run);
+}
+
+/// The signals that end the program; they are waited for, so that nothing is interrupted by them.
+sigset_t EndingSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, signal);
+    return signals;
+}
+
+bool Ends(const sigset_t& signals, long milliseconds) {
+    const timespec wait{milliseconds / 1000, milliseconds % 1000 * 1000000};
+    return sigtimedwait(&signals, nullptr, &wait) > 0;
+}
+
+void Introduce(const LiveOptions& options, const JackClient& client, uint32_t latency, int wires) {
+    char text[256];
+    std::snprintf(text, sizeof text,
+                  "\"%s\" plays at %.0f Hz in buffers of %u frames; latency %.1f ms.%s Ctrl-C ends.",
+                  client.Name().c_str(), client.Rate(), client.BufferFrames(),
+                  1000.0 * latency / client.Rate(),
+                  options.connect && wires == 0 ? " There was nothing to connect to." : "");
+    Say(options, text);
+}
+
+/// Plays until a signal comes, also where the server goes and comes back.
+void Play(Host::Instrument& instrument, const LiveOptions& options) {
+    const sigset_t signals = EndingSignals();
+    jack_set_error_function([](const char*) {});
+    jack_set_info_function([](const char*) {});
+    std::unique_ptr<JackClient> client = JackClient::Open(instrument, options.name);
+    if (client == nullptr)
+        throw Trouble{kNoServer,
+                      "No JACK server runs. Start one (jackd -d alsa, or qjackctl), or with "
+                      "PipeWire put pw-jack in front of this command."};
+    const Plugins::Caretaker caretaker(instrument);
+    for (bool ends = false; !ends;) {
+        const int wires = options.connect ? client->ConnectToMachine() : 0;
+        Introduce(options, *client, instrument.LatencyFrames(), wires);
+        while (!ends && !client->IsLost() && !client->IsOutOfRate())
+            ends = Ends(signals, 100);
+        if (ends)
+            break;
+        Say(options, client->IsLost() ? "The JACK server has gone; waiting for it to come back."
+                                      : "The JACK server has changed its rate.");
+        client.reset();
+        while (!ends && client == nullptr) {
+            ends = Ends(signals, 500);
+            if (!ends)
+                client = JackClient::Open(instrument, options.name);
+        }
+    }
+}
+
+int Main(int argc, char** argv) {
+    LiveOptions options;
+    CLI::App app("Tesserae, live: a granular processor between the ports of a JACK server. Other "
+                 "programs connect to its ports, MIDI plays it, and Ctrl-C ends it.");
+    app.set_version_flag("--version", TESSERAE_VERSION);
+    app.add_option("--preset", options.preset, "A preset's name, the user's or the factory's, or a file")
+        ->capture_default_str();
+    app.add_option("--state", options.state, "A state as plug-ins save it, instead of a preset");
+    app.add_option("--tempo", options.tempo,
+                   "Beats per minute where neither JACK nor MIDI clock tell it; without it, the "
+                   "preset's")
+        ->check(CLI::Range(1.0, 999.0));
+    app.add_flag("--run", options.run, "Let the song play where nobody else tells where it is");
+    app.add_option("--seed", options.seed, "Fixed chance: the same playing gives the same sound");
+    app.add_option("--midi-map", options.midiMap,
+                   "What MIDI moves; without it, midi-map.json beside the user's presets folder");
+    app.add_option("--name", options.name, "Name of the JACK client")->capture_default_str();
+    app.add_flag("--connect", options.connect,
+                 "Connect to the machine's inputs, outputs and MIDI devices");
+    app.add_flag("--headless", options.headless, "Open no window; there is none yet");
+    app.add_flag("--quiet", options.quiet, "Say nothing but what went wrong");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kUsage;
+    }
+    // Ahead of every thread: all of them inherit it.
+    const sigset_t signals = EndingSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    try {
+        Host::Instrument instrument(Plugins::SharedCatalog());
+        SetUp(instrument, options);
+        Play(instrument, options);
+        return 0;
+    } catch (const Trouble& trouble) {
+        std::fprintf(stderr, "%s\n", trouble.sentence.c_str());
+        return trouble.code;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+}
+
+}  // namespace
+
+}  // namespace Quorvan::Live
+
+int main(int argc, char** argv) { return Quorvan::Live::Main(argc, argv); }
