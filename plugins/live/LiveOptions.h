@@ -8,7 +8,7 @@ namespace Quorvan::Live {
 
 /// What the command line asks for.
 struct LiveOptions {
-    std::string preset = "init";   ///< name of a preset, or a file
+    std::string preset = "init";  ///< name of a preset, or a file
     std::optional<std::string> midiMap, state;
     std::optional<double> tempo;
     std::optional<uint64_t> seed;

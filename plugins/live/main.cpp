@@ -100,11 +100,12 @@ bool Ends(const sigset_t& signals, long milliseconds) {
 
 void Introduce(const LiveOptions& options, const JackClient& client, uint32_t latency, int wires) {
     char text[256];
-    std::snprintf(text, sizeof text,
-                  "\"%s\" plays at %.0f Hz in buffers of %u frames; latency %.1f ms.%s Ctrl-C ends.",
-                  client.Name().c_str(), client.Rate(), client.BufferFrames(),
-                  1000.0 * latency / client.Rate(),
-                  options.connect && wires == 0 ? " There was nothing to connect to." : "");
+    std::snprintf(
+        text, sizeof text,
+        "\"%s\" plays at %.0f Hz in buffers of %u frames; latency %.1f ms.%s Ctrl-C ends.",
+        client.Name().c_str(), client.Rate(), client.BufferFrames(),
+        1000.0 * latency / client.Rate(),
+        options.connect && wires == 0 ? " There was nothing to connect to." : "");
     Say(options, text);
 }
 
@@ -139,10 +140,12 @@ void Play(Host::Instrument& instrument, const LiveOptions& options) {
 
 int Main(int argc, char** argv) {
     LiveOptions options;
-    CLI::App app("Tesserae, live: a granular processor between the ports of a JACK server. Other "
-                 "programs connect to its ports, MIDI plays it, and Ctrl-C ends it.");
+    CLI::App app(
+        "Tesserae, live: a granular processor between the ports of a JACK server. Other "
+        "programs connect to its ports, MIDI plays it, and Ctrl-C ends it.");
     app.set_version_flag("--version", TESSERAE_VERSION);
-    app.add_option("--preset", options.preset, "A preset's name, the user's or the factory's, or a file")
+    app.add_option("--preset", options.preset,
+                   "A preset's name, the user's or the factory's, or a file")
         ->capture_default_str();
     app.add_option("--state", options.state, "A state as plug-ins save it, instead of a preset");
     app.add_option("--tempo", options.tempo,

@@ -1,6 +1,7 @@
 #include "tools/manualpictures/Pages.h"
 #include "tools/manualpictures/Sounds.h"
 #include "tools/picture/GrainPanel.h"
+#include "tools/picture/TimeTicks.h"
 #include "tools/picture/WaveformPanel.h"
 #include "tools/support/AtomicOutput.h"
 
@@ -15,10 +16,10 @@ void DrawCover(const std::string& file) {
     const PictureData& data = take.Data();
 
     Canvas page(858, 590);
-    const Axis time(0.0, kSeconds);
+    const TimeScale time{Axis(0.0, kSeconds), ClockTicks(0.0, kSeconds, 8), {}};
     const auto draw = [&](double y, const Waveform& wave, const Colour& colour, const char* title) {
         const Panel frame(page, {kLeft, y, kAcross, 72.0}, time, Axis(-0.8, 0.8));
-        WaveformPanel(frame, wave, Take::kRate, colour).Draw(title);
+        WaveformPanel(frame, wave, Take::kRate, colour, false).Draw(title);
     };
     draw(36.0, data.input, Palette::kInput, "What goes in");
     draw(150.0, data.output, Palette::kOutput, "What comes out");

@@ -40,7 +40,7 @@ Take::Take(const std::vector<std::string>& assignments,
         engine.Write(lever.index, lever.position);
     engine.Write(Host::kGuiVisibleIndex, 1.0f);
     engine.Idle(1);
-    data = std::make_unique<PictureData>(engine);
+    data = std::make_unique<PictureData>(engine, PictureData::Section{});
     engine.AddListener(modulation);
     engine.AddListener(*this);
 }

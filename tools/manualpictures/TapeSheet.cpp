@@ -1,6 +1,7 @@
 #include "tools/manualpictures/TapeSheet.h"
 
 #include "tools/picture/GrainPanel.h"
+#include "tools/picture/TimeTicks.h"
 #include "tools/support/AtomicOutput.h"
 
 namespace Quorvan::Tools {
@@ -20,7 +21,7 @@ constexpr Canvas::Type kNames{13.0, false, Palette::kInk};
 
 TapeSheet::TapeSheet(size_t rows, double seconds)
     : count(rows),
-      reach(seconds),
+      time{Axis(0.0, seconds), ClockTicks(0.0, seconds, 8), {}},
       page(kWidth, static_cast<int>(kTop + kPitch * static_cast<double>(rows) - (kPitch - kHeight) +
                                     kFoot + 8.0)) {
     DrawKey();
@@ -39,8 +40,7 @@ void TapeSheet::DrawKey() {
 
 Panel TapeSheet::Add(const std::string& title, const Take& take) {
     const Box place{kLeft, kTop + kPitch * static_cast<double>(next++), kAcross, kHeight};
-    const Panel frame(page, place, Axis(0.0, reach),
-                      Axis(0.0, GrainPanel::TapeSeconds(take.Data())));
+    const Panel frame(page, place, time, Axis(0.0, GrainPanel::TapeSeconds(take.Data())));
     GrainPanel(frame, take.Data()).Draw(title);
     if (next < count)  // the time axis of the lowest does for all
         page.Fill({0.0, place.Bottom() + 7.0, kWidth, kPitch - kHeight + 9.0}, Palette::kPage);

@@ -24,7 +24,7 @@ private:
     void DrawKey();
 
     size_t count, next = 0;
-    double reach;
+    TimeScale time;  ///< of all panels
     Canvas page;
 };
 
