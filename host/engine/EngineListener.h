@@ -8,6 +8,10 @@
 #include "host/engine/StreamFormat.h"
 #include "host/engine/Transport.h"
 
+namespace Quorvan::Processor {
+class IProcessor_V5;
+}
+
 namespace Quorvan::Host {
 
 /// One block that the processor has just done. Pointers hold until the call returns.
@@ -18,6 +22,9 @@ struct BlockReport {
     uint32_t outputCount = 0;
     std::array<const float*, 2> outputs{};        ///< ahead of the queue: no queue latency in them
     std::array<const float*, kAuxOutputs> aux{};  ///< likewise
+    std::array<const float*, 2> inputs{};         ///< what the block was made from
+    uint32_t inputCount = 0;
+    Processor::IProcessor_V5* processor = nullptr;  ///< for reading
 };
 
 /// What an engine tells about while it processes. All calls come from inside Engine::Process, on

@@ -90,6 +90,10 @@ void ProcessorDriver::Report(const Transport& transport, uint64_t firstFrame,
     report.firstFrame = firstFrame;
     report.frames = blockFrames;
     report.transport = transport;
+    report.processor = processor.get();
+    report.inputCount = inputs.Channels();
+    for (uint32_t c = 0; c < inputs.Channels(); ++c)
+        report.inputs[c] = inputs[c];
     report.outputCount = outputs.Channels();
     for (uint32_t c = 0; c < outputs.Channels(); ++c)
         report.outputs[c] = outputs[c];

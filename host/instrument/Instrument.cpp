@@ -37,6 +37,7 @@ Instrument::~Instrument() = default;
 
 std::unique_ptr<Engine> Instrument::MakeEngine(const StreamFormat& format, double tempo) {
     auto engine = std::make_unique<Engine>(kept.seed);
+    engine->AddListener(player.display);
     engine->SetTempo(tempo);
     engine->Prepare(format);
     std::vector<ParameterValue> values;

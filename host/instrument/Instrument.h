@@ -136,6 +136,11 @@ public:
         return player.GetEngine() != nullptr ? player.GetEngine()->GetTransport() : Transport{};
     }
 
+    // ---- Display
+
+    /// What a window draws, while it watches; the feed says which thread calls what of it.
+    DisplayFeed& Display() { return player.display; }
+
     // ---- Chance
 
     /// A seed: the sound repeats to the bit from Activate on. None: each start is another one.

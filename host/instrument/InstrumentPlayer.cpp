@@ -40,6 +40,7 @@ void InstrumentPlayer::SetEngine(std::unique_ptr<Engine> engine) {
     const Engine& current = *engines.Current();
     tempo.store(current.GetTransport().tempo, std::memory_order_relaxed);
     offsets.Clear();
+    display.Prepare(current.Format().sampleRate);
     midiClock.Prepare(current.Format().sampleRate);
     bypass.Aim(positions.Position(kBypassIndex) >= 0.5f);
     bypass.Prepare(current.Format(), current.LatencyFrames(), kPiece);
@@ -52,6 +53,7 @@ void InstrumentPlayer::Clear() {
 }
 
 void InstrumentPlayer::Process(const InstrumentBuffer& buffer, ControlSink& sink) {
+    display.BeginWork();
     host = &sink;
     audio = buffer.audio;
     hostHasSong = buffer.transport.has_value();
@@ -71,6 +73,7 @@ void InstrumentPlayer::Process(const InstrumentBuffer& buffer, ControlSink& sink
     RunTo(audio.frames);
     if (GetEngine() != nullptr)
         tempo.store(GetEngine()->GetTransport().tempo, std::memory_order_relaxed);
+    display.EndWork(audio.frames);
 }
 
 /// A morph writes hundreds of settings: of those that fall into one block only the last counts.

@@ -10,6 +10,7 @@
 #include "host/engine/Engine.h"
 #include "host/instrument/BypassFader.h"
 #include "host/instrument/ControlBoard.h"
+#include "host/instrument/DisplayFeed.h"
 #include "host/instrument/HandOver.h"
 #include "host/instrument/InstrumentEvent.h"
 #include "host/instrument/MidiClock.h"
@@ -52,6 +53,10 @@ public:
         MidiSource source;    ///< Learned
     };
     bool TakeNote(Note& note) { return notes.pop(note); }
+
+    /// What the engines that it is given have to tell of themselves for a window; they are made
+    /// with it as a listener.
+    DisplayFeed display;
 
     /// The song where neither host nor MIDI clock have one.
     OwnTransport song;

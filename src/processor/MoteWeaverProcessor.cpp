@@ -179,6 +179,8 @@ bool MoteWeaverProcessor::ProcessEffect(dsp::ProcessBlock& block, uint32_t chann
     RunFeedbackDelay(block.numFrames);
     ApplyGain(granularVolume, limited, 2, block.numFrames);
     ApplyGain(transportGain, limited, 2, block.numFrames);
+    if (stagesWatched)
+        WatchWet(block.numFrames);
     float** signal = RunSlotsAt(1, block, limited);
     MixDry(block, in, signal);
     signal = RunSlotsAt(0, block, signal);
@@ -211,6 +213,8 @@ void MoteWeaverProcessor::RunSpatializer(const dsp::ProcessBlock& block) {
 void MoteWeaverProcessor::RunGranular(const dsp::ProcessBlock& block, const Inputs& in) {
     const uint32_t frames = block.numFrames;
     feedbackGain.FillBlock(ramp, frames);
+    if (stagesWatched)
+        WatchFeedback(frames);
     const float* const sides[] = {in.left, in.right};
     for (uint32_t c = 0; c < 2; ++c)
         for (uint32_t i = 0; i < frames; ++i)
@@ -219,6 +223,21 @@ void MoteWeaverProcessor::RunGranular(const dsp::ProcessBlock& block, const Inpu
     RunChild(Granular(), block, granularInputs.data(), static_cast<uint32_t>(granularInputs.size()),
              stage, 2);
     display.Fill(Granular());
+}
+
+/// What the loop below adds to the input.
+void MoteWeaverProcessor::WatchFeedback(uint32_t frames) {
+    for (uint32_t c = 0; c < 2; ++c) {
+        float peak = 0.0f;
+        for (uint32_t i = 0; i < frames; ++i)
+            peak = std::max(peak, std::abs(SoftClip(feedbackReturn[c][i] * ramp[i])));
+        peaks.feedback[c] = peak;
+    }
+}
+
+void MoteWeaverProcessor::WatchWet(uint32_t frames) {
+    for (uint32_t c = 0; c < 2; ++c)
+        peaks.wet[c] = StagePeaks::Of(limited[c], frames);
 }
 
 /// Both channels in one loop: each waits for its own last output.

@@ -20,6 +20,7 @@
 #include "processor/LoopDisplay.h"
 #include "processor/ProcessorIndex.h"
 #include "processor/ProcessorTables.h"
+#include "processor/StagePeaks.h"
 #include "slots/FxVariant.h"
 
 namespace Quorvan::Processor {
@@ -63,6 +64,11 @@ public:
     /// Position that a destination row shows: its parameter's, moved by the row; a depth with a
     /// direction beside it is folded around 0.5.
     float DestDisplayValue(uint32_t row);
+    /// What a modulation source gave at the last block's first sample, -1..1.
+    float SourceValue(uint32_t source) { return Matrix().GetSourceRow(source)[0]; }
+    /// Whether Peaks are kept, from the next block on.
+    void WatchStages(bool watched) { stagesWatched = watched; }
+    const StagePeaks& Peaks() const { return peaks; }
 
 private:
     static constexpr uint32_t kSlotChannels = 50;
@@ -116,6 +122,8 @@ private:
     void RunSequencer(const dsp::ProcessBlock& block);
     void RunSpatializer(const dsp::ProcessBlock& block);
     void RunGranular(const dsp::ProcessBlock& block, const Inputs& in);
+    void WatchFeedback(uint32_t frames);
+    void WatchWet(uint32_t frames);
     void HighPass(uint32_t frames);
     void ConnectSlots();
     template <uint32_t kSlot>
@@ -168,6 +176,8 @@ private:
     dsp::AlignedVector lfoXOutput, lfoYOutput;  ///< rows with their heads
 
     LoopDisplay display;
+    bool stagesWatched = false;
+    StagePeaks peaks;
 
     // Control state.
     bool lastTransportPlaying = false;

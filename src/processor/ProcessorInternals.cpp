@@ -23,6 +23,18 @@ uint32_t TargetOfRow(IProcessor& processor, uint32_t row) {
     return EffectOf(processor).TargetOfRow(row);
 }
 
+float SourceValue(IProcessor& processor, uint32_t source) {
+    return EffectOf(processor).SourceValue(source);
+}
+
+float DestinationValue(IProcessor& processor, uint32_t row) {
+    return EffectOf(processor).DestDisplayValue(row);
+}
+
+void WatchStages(IProcessor& processor, bool watched) { EffectOf(processor).WatchStages(watched); }
+
+const StagePeaks& StagePeaksOf(IProcessor& processor) { return EffectOf(processor).Peaks(); }
+
 uint64_t ProcessorObjectBytes() { return sizeof(DsplibProcessor<MoteWeaverProcessor>); }
 
 }  // namespace Quorvan::Processor

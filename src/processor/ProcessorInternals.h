@@ -4,6 +4,7 @@
 
 #include "framework/Parameter.h"
 #include "processor/IProcessor.h"
+#include "processor/StagePeaks.h"
 
 namespace Quorvan::dsp {
 class MoteWeaver;
@@ -20,6 +21,13 @@ dsp::MoteWeaver& GranularModuleOf(IProcessor& processor);
 dsp::Parameter* ParameterRecordOf(IProcessor& processor, uint32_t index);
 /// Host index of the parameter that a destination row (0 to 94) moves at present.
 uint32_t TargetOfRow(IProcessor& processor, uint32_t row);
+/// Present value of a modulation source (0 to 6), -1..1.
+float SourceValue(IProcessor& processor, uint32_t source);
+/// Position 0..1 that a destination row (0 to 94) shows: its parameter's, moved by the modulation.
+float DestinationValue(IProcessor& processor, uint32_t row);
+/// Whether StagePeaksOf are kept, from the next block on; a little work in each block.
+void WatchStages(IProcessor& processor, bool watched);
+const StagePeaks& StagePeaksOf(IProcessor& processor);
 /// Bytes of the processor object itself, without its buffers.
 uint64_t ProcessorObjectBytes();
 

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+
+#include "host/engine/EngineListener.h"
+#include "host/instrument/DisplayFrame.h"
+#include "host/instrument/TapeOutline.h"
+#include "host/instrument/TripleBuffer.h"
+
+namespace Quorvan::dsp {
+class MoteWeaver;
+struct Grain;
+}  // namespace Quorvan::dsp
+
+namespace Quorvan::Host {
+
+/// Makes pictures of what an engine does, some hundred in a second of sound, for a window on
+/// another thread. While nobody watches, it costs one look at a flag in each block.
+///
+/// Threads  OnBlock, BeginWork and EndWork on the audio thread, Take and Latest on one other thread
+///          at a time, Watch on any. None waits.
+class DisplayFeed final : public EngineListener {
+public:
+    void Watch(bool on) { isWatched.store(on, std::memory_order_relaxed); }
+    bool IsWatched() const { return isWatched.load(std::memory_order_relaxed); }
+
+    /// Answers whether Latest is a newer picture now.
+    bool Take() { return pictures.Take(); }
+    const DisplayFrame& Latest() const { return pictures.Reading(); }
+
+    /// For an engine at this rate, while the audio stands still.
+    void Prepare(double rate);
+    void OnBlock(const BlockReport& report) override;
+    /// Around the work of a buffer, for the load.
+    void BeginWork();
+    void EndWork(uint32_t frames);
+
+private:
+    /// Room for the number that each slot's grain was given, and for the grain that it was.
+    struct Numbered {
+        uint64_t number = 0;
+        double elapsed = 0.0;
+        float start = 0.0f;
+    };
+
+    void WatchStages(Processor::IProcessor_V5& processor, bool on);
+    void NoteMoment(const BlockReport& report);
+    void NoteLevels(const BlockReport& report);
+    void Publish(const BlockReport& report);
+    void ShowTape(const dsp::MoteWeaver& granular);
+    void ShowGrains(const dsp::MoteWeaver& granular);
+    uint64_t NumberOf(uint32_t slot, const dsp::Grain& grain);
+
+    using Clock = std::chrono::steady_clock;
+
+    std::atomic<bool> isWatched{false};
+    TripleBuffer<DisplayFrame> pictures;
+    DisplayFrame draft;  ///< gathers what the next picture shows
+    TapeOutline outline;
+    std::array<Numbered, DisplayFrame::kGrainRoom> numbers{};
+    uint64_t given = 0;  ///< numbers of grains so far
+    double sampleRate = 48000.0;
+    uint32_t framesSince = 0;  ///< the last picture
+    Processor::IProcessor_V5* watched = nullptr;  ///< whose stages are watched
+    Clock::time_point workBegan;
+    bool working = false;
+};
+
+}  // namespace Quorvan::Host

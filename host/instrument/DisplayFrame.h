@@ -1,0 +1,58 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "host/engine/Transport.h"
+#include "host/instrument/TapeOutline.h"
+#include "host/parameters/ModulationNames.h"
+
+namespace Quorvan::Host {
+
+/// A grain as it sounds. Places are on the tape, 0..1 of its length.
+struct ShownGrain {
+    uint64_t number = 0;     ///< of its own, as long as it sounds; counts up from 1
+    float place = 0.0f;      ///< where it reads
+    float length = 0.0f;     ///< stretch of tape that it reads in all
+    float progress = 0.0f;   ///< share of that which it has read
+    float semitones = 0.0f;  ///< 0 is the recorded pitch
+    float pan = 0.5f;        ///< 0 left, 0.5 centre, 1 right
+    float gain = 1.0f;       ///< what its distance leaves
+    float envelope = 0.0f;   ///< present value, 0..1
+    bool reversed = false;
+};
+
+/// All that moves in a picture of an instrument, at one moment.
+struct DisplayFrame {
+    static constexpr uint32_t kGrainRoom = 258;
+    static constexpr uint32_t kMarkerRoom = 200;
+    static constexpr uint32_t kMoments = 64;
+
+    uint64_t number = 0;  ///< of frames; 0: none has come yet
+    uint64_t time = 0;    ///< in audio frames, since the instrument was activated
+    double sampleRate = 0.0;
+    Transport transport;
+    float load = 0.0f;  ///< share of the time that the audio lasts which it took to work out
+
+    float tapeSeconds = 0.0f;
+    float writePlace = 0.0f, playPlace = 0.0f;
+    TapeOutline::Columns tape{};
+    uint32_t grainCount = 0;
+    uint64_t pairsStarted = 0;  ///< since somebody watches
+    std::array<ShownGrain, kGrainRoom> grains{};  ///< grainCount of them
+    uint32_t markerCount = 0;
+    std::array<float, kMarkerRoom> markers{};  ///< places of transients or grid lines
+
+    /// One moment a block, round and round: moment m is at m % kMoments; moments of them so far.
+    uint64_t moments = 0;
+    std::array<std::array<float, kMoments>, kModulationSources> sources{};  ///< -1..1
+    std::array<float, kMoments> follower{};                     ///< level that the follower hears
+    std::array<std::array<float, kMoments>, 2> space{};         ///< X and Y, 0..1
+    std::array<float, kModulationDestinations> destinations{};  ///< positions, modulation included
+
+    /// Highest levels since the frame before, linear, by side.
+    std::array<float, 2> input{}, wet{}, feedback{}, output{};
+    float limiter = 0.0f;  ///< "Limiter_OutGainReduction": 0..1, 0.5 at about 19 dB of reduction
+};
+
+}  // namespace Quorvan::Host

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace Quorvan::Host {
+
+/// Highest and lowest sample of each of 1024 stretches of the tape, kept up to date as it is
+/// written. A few hundred samples are read in each call, however long the tape: what is new under
+/// the write head first, and a little of the rest in turn, so that a tape that was not looked at
+/// for a while, or was emptied, is seen whole after a moment.
+class TapeOutline {
+public:
+    static constexpr uint32_t kColumns = 1024;
+    struct Columns {
+        std::array<float, kColumns> lowest{}, highest{};
+    };
+
+    /// tape: length samples, of which those up to written (not counted) are the newest.
+    void Follow(const float* tape, uint32_t length, uint32_t written);
+    const Columns& Get() const { return columns; }
+
+private:
+    void Measure(uint32_t column);
+    uint32_t Begin(uint32_t column) const {
+        return static_cast<uint32_t>(static_cast<uint64_t>(column) * size / kColumns);
+    }
+    uint32_t ColumnOf(uint32_t sample) const;
+
+    const float* samples = nullptr;
+    uint32_t size = 0;
+    uint32_t head = 0;  ///< column of the write head
+    uint32_t next = 0;  ///< the one whose turn it is
+    Columns columns;
+};
+
+}  // namespace Quorvan::Host

@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <set>
+#include <thread>
+
+#include "instrument/InstrumentRig.h"
+
+namespace Quorvan::Host {
+namespace {
+
+using namespace test;
+
+TEST(DisplayFeedTest, ShowsWhatSoundsAndChangesNothingOfIt) {
+    StereoSignal input = NoiseInput(72000);
+    for (float& sample : input[1])
+        sample *= 0.25f;
+    ReadyInstrument plain, watched;
+    watched.Display().Watch(true);
+    EXPECT_TRUE(watched.Run(input) == plain.Run(input));
+    EXPECT_FALSE(plain.Display().Take());
+    ASSERT_TRUE(watched.Display().Take());
+    EXPECT_FALSE(watched.Display().Take());
+
+    const DisplayFrame& frame = watched.Display().Latest();
+    EXPECT_NEAR(static_cast<double>(frame.number), 72000 / 44100.0 * 100.0, 20.0);
+    EXPECT_NEAR(static_cast<double>(frame.time), 72000.0, 600.0);
+    EXPECT_NEAR(static_cast<double>(frame.input[0]), 4.0 * static_cast<double>(frame.input[1]), 0.5);
+    EXPECT_GT(frame.output[0], 0.0f);
+    EXPECT_GT(frame.wet[0], 0.0f);
+    EXPECT_GT(frame.load, 0.0f);
+    EXPECT_GT(frame.grainCount, 0u);
+    EXPECT_GT(frame.pairsStarted, 0u);
+    std::set<uint64_t> numbers;
+    for (uint32_t i = 0; i < frame.grainCount; ++i) {
+        numbers.insert(frame.grains[i].number);
+        EXPECT_LE(frame.grains[i].place, 1.0f);
+    }
+    EXPECT_EQ(numbers.size(), frame.grainCount);
+
+    // The outline behind the write head is that of the samples themselves.
+    const auto column =
+        static_cast<uint32_t>(frame.writePlace * static_cast<float>(TapeOutline::kColumns)) - 3;
+    const double columnFrames =
+        static_cast<double>(frame.tapeSeconds) * 44100.0 / TapeOutline::kColumns;
+    const auto begin = static_cast<size_t>(column * columnFrames);
+    float highest = -1.0f;
+    for (size_t i = begin; i < begin + static_cast<size_t>(columnFrames); ++i)
+        highest = std::max(highest, 0.5f * (input[0][i] + input[1][i]));
+    EXPECT_NEAR(frame.tape.highest[column], highest, 0.1f);
+}
+
+TEST(DisplayFeedTest, AnotherThreadSeesWholePicturesInOrder) {
+    ReadyInstrument instrument;
+    instrument.Display().Watch(true);
+    std::atomic<bool> runs{true};
+    std::thread window([&] {
+        uint64_t last = 0;
+        while (runs)
+            if (instrument.Display().Take()) {
+                const DisplayFrame& frame = instrument.Display().Latest();
+                EXPECT_GT(frame.number, last);
+                EXPECT_GE(frame.moments, 9 * frame.number);
+                last = frame.number;
+            }
+        EXPECT_GT(last, 0u);
+    });
+    instrument.Run(NoiseInput(100000));
+    runs = false;
+    window.join();
+}
+
+}  // namespace
+}  // namespace Quorvan::Host
