@@ -64,9 +64,9 @@ void DisplayFeed::NoteMoment(const BlockReport& report) {
 void DisplayFeed::NoteLevels(const BlockReport& report) {
     const Processor::StagePeaks& inside = Processor::StagePeaksOf(*report.processor);
     const auto peakOf = [&](const auto& channels, uint32_t count, uint32_t side) {
-        return count == 0 ? 0.0f
-                          : Processor::StagePeaks::Of(channels[std::min(side, count - 1)],
-                                                      report.frames);
+        return count == 0
+                   ? 0.0f
+                   : Processor::StagePeaks::Of(channels[std::min(side, count - 1)], report.frames);
     };
     for (uint32_t side = 0; side < 2; ++side) {
         Raise(draft.input[side], peakOf(report.inputs, report.inputCount, side));

@@ -63,7 +63,7 @@ private:
     std::array<Numbered, DisplayFrame::kGrainRoom> numbers{};
     uint64_t given = 0;  ///< numbers of grains so far
     double sampleRate = 48000.0;
-    uint32_t framesSince = 0;  ///< the last picture
+    uint32_t framesSince = 0;                     ///< the last picture
     Processor::IProcessor_V5* watched = nullptr;  ///< whose stages are watched
     Clock::time_point workBegan;
     bool working = false;

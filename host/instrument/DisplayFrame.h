@@ -38,7 +38,7 @@ struct DisplayFrame {
     float writePlace = 0.0f, playPlace = 0.0f;
     TapeOutline::Columns tape{};
     uint32_t grainCount = 0;
-    uint64_t pairsStarted = 0;  ///< since somebody watches
+    uint64_t pairsStarted = 0;                    ///< since somebody watches
     std::array<ShownGrain, kGrainRoom> grains{};  ///< grainCount of them
     uint32_t markerCount = 0;
     std::array<float, kMarkerRoom> markers{};  ///< places of transients or grid lines

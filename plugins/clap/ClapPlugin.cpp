@@ -11,6 +11,7 @@
 #include "host/state/PresetFormat.h"
 #include "plugins/clap/Extensions.h"
 #include "plugins/clap/OutputEvents.h"
+#include "plugins/shared/DefaultMidiMap.h"
 #include "plugins/shared/SharedCatalog.h"
 #include "presets/FactoryPresets.h"
 
@@ -51,6 +52,8 @@ ClapPlugin::~ClapPlugin() {
 }
 
 bool ClapPlugin::Init() {
+    if (const std::string problem = Plugins::LoadDefaultMidiMap(instrument); !problem.empty())
+        Log(kLogWarning, problem);
     if (const auto* const timers = HostExtension<clap_host_timer_support_t>(CLAP_EXT_TIMER_SUPPORT))
         timers->register_timer(&host, kPollMilliseconds, &timer);
     return true;

@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "host/state/PresetFormat.h"
+#include "plugins/shared/DefaultMidiMap.h"
 #include "plugins/shared/SharedCatalog.h"
 #include "presets/FactoryPresets.h"
 
@@ -43,9 +44,12 @@ DpfPlugin::DpfPlugin()
     // A new processor is silent; a new plug-in sounds.
     instrument.LoadPreset(
         *Host::ReadPreset(Host::FactoryPresets().front().json, SharedCatalog()).value);
+    if (isDummyInstance())
+        return;
+    if (const std::string problem = LoadDefaultMidiMap(instrument); !problem.empty())
+        d_stderr("Tesserae: %s", problem.c_str());
     // Hosts ask for the latency ahead of everything else.
-    if (!isDummyInstance())
-        Start();
+    Start();
 }
 
 const char* DpfPlugin::getDescription() const {

@@ -26,7 +26,8 @@ TEST(DisplayFeedTest, ShowsWhatSoundsAndChangesNothingOfIt) {
     const DisplayFrame& frame = watched.Display().Latest();
     EXPECT_NEAR(static_cast<double>(frame.number), 72000 / 44100.0 * 100.0, 20.0);
     EXPECT_NEAR(static_cast<double>(frame.time), 72000.0, 600.0);
-    EXPECT_NEAR(static_cast<double>(frame.input[0]), 4.0 * static_cast<double>(frame.input[1]), 0.5);
+    EXPECT_NEAR(static_cast<double>(frame.input[0]), 4.0 * static_cast<double>(frame.input[1]),
+                0.5);
     EXPECT_GT(frame.output[0], 0.0f);
     EXPECT_GT(frame.wet[0], 0.0f);
     EXPECT_GT(frame.load, 0.0f);

@@ -52,5 +52,22 @@ TEST_F(ClapRenderTest, TheSameEventsSoundAsInTheRenderer) {
             ASSERT_EQ(live[c][i + latency], rendered[c][i]) << i;
 }
 
+TEST_F(ClapRenderTest, NewInstancesBeginWithTheUsersMidiMap) {
+    std::filesystem::create_directories(folder / "tesserae");
+    WriteFile(folder / "tesserae/midi-map.json",
+              R"({"format": "tesserae-midi-map", "version": 1, "midi": [
+                  {"parameter": "Feedback", "source": "controller", "number": 74}]})");
+    setenv("XDG_DATA_HOME", (folder / "").c_str(), 1);
+    const ClapHost::ClapLibrary library(CLAP_BINARY);
+    ClapHost::ClapInstance instance(library);
+    unsetenv("XDG_DATA_HOME");
+    instance.Activate(48000.0);
+    ClapHost::EventList events;
+    const auto header = ClapHost::Header<clap_event_midi_t>(0, CLAP_EVENT_MIDI);
+    events.Add({.midi = {header, 0, {0xb0, 74, 127}}});
+    instance.Run(ClapHost::Noise(512), events);
+    EXPECT_EQ(instance.Value(2), 1.0);
+}
+
 }  // namespace
 }  // namespace Quorvan::test
