@@ -57,6 +57,8 @@ function(tesserae_add_test name)
     add_executable(${name} ${sources})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(${name} PRIVATE ${ARGN} tesserae_flags GTest::gtest GTest::gtest_main)
+    # Tests take longer to build than to run.
+    target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1>)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 240)
 endfunction()
 
