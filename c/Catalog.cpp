@@ -5,7 +5,7 @@
 #include "c/CallerText.h"
 #include "c/Guard.h"
 #include "c/ParameterName.h"
-#include "c/SharedCatalog.h"
+#include "host/parameters/SharedCatalog.h"
 #include "host/state/ParameterReader.h"
 
 using namespace Quorvan;
@@ -40,7 +40,7 @@ tesserae_parameter Described(const Host::ParameterInfo& info, size_t size) {
 template <class Body>
 tesserae_result WithParameter(uint32_t index, Body&& body) noexcept {
     return Guarded(nullptr, [&] {
-        const Host::ParameterCatalog& catalog = SharedCatalog();
+        const Host::ParameterCatalog& catalog = Host::SharedCatalog();
         return index < catalog.Count() ? body(catalog) : FailForIndex(nullptr);
     });
 }
@@ -53,7 +53,7 @@ tesserae_result FailForNumber() {
 }  // namespace
 
 uint32_t tesserae_parameter_count(void) {
-    return GuardedOr(0u, [] { return SharedCatalog().Count(); });
+    return GuardedOr(0u, [] { return Host::SharedCatalog().Count(); });
 }
 
 tesserae_result tesserae_describe_parameter(uint32_t index, tesserae_parameter* parameter) {
@@ -69,7 +69,7 @@ tesserae_result tesserae_describe_parameter(uint32_t index, tesserae_parameter* 
 
 const char* tesserae_choice(uint32_t index, uint32_t choice) {
     return GuardedOr(nullptr, [=]() -> const char* {
-        const Host::ParameterCatalog& catalog = SharedCatalog();
+        const Host::ParameterCatalog& catalog = Host::SharedCatalog();
         if (index >= catalog.Count() || choice >= catalog[index].choices.size())
             return nullptr;
         return catalog[index].choices[choice].c_str();

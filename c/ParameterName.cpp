@@ -1,8 +1,8 @@
 #include "c/ParameterName.h"
 
 #include "c/Guard.h"
-#include "c/SharedCatalog.h"
 #include "host/parameters/PresentSettings.h"
+#include "host/parameters/SharedCatalog.h"
 
 namespace Quorvan::C {
 
@@ -18,7 +18,7 @@ Host::PresentSettings SettingsOf(const tesserae_processor* processor,
 }  // namespace
 
 tesserae_result FindNamed(const tesserae_processor* processor, const char* name, uint32_t& index) {
-    const Host::ParameterCatalog& catalog = SharedCatalog();
+    const Host::ParameterCatalog& catalog = Host::SharedCatalog();
     const auto found = catalog.Resolve(name, SettingsOf(processor, catalog));
     if (!found)
         return Fail(processor, TESSERAE_UNKNOWN_NAME, catalog.UnknownName(name));

@@ -1,6 +1,6 @@
 #include "c/Processor.h"
 
-#include "c/SharedCatalog.h"
+#include "host/parameters/SharedCatalog.h"
 
 namespace {
 
@@ -11,7 +11,7 @@ constexpr size_t kShownMarkers = 200;
 }  // namespace
 
 tesserae_processor::tesserae_processor(std::optional<uint64_t> seed)
-    : catalog(Quorvan::C::SharedCatalog()), engine(seed) {
+    : catalog(Quorvan::Host::SharedCatalog()), engine(seed) {
     snapshot.grains.reserve(kShownGrains);
     snapshot.markers.reserve(kShownMarkers);
     engine.AddListener(modulation);

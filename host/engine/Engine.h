@@ -55,7 +55,9 @@ public:
     Engine& operator=(const Engine&) = delete;
 
     /// Sets everything up for a format, and time to 0. Throws std::invalid_argument, with a
-    /// sentence that says what is wrong, for a format that nothing can run at.
+    /// sentence that says what is wrong, for a format that nothing can run at; then all is as
+    /// before. Throws std::bad_alloc where memory lacks; then Process does nothing until a Prepare
+    /// that succeeds.
     void Prepare(const StreamFormat& format);
     const StreamFormat& Format() const;
     /// Length of the processor's blocks at the prepared rate.

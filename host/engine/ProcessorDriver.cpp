@@ -33,17 +33,21 @@ ProcessorDriver::~ProcessorDriver() { processor->Terminate(); }
 
 void ProcessorDriver::Prepare(const StreamFormat& newFormat) {
     format = newFormat;
+    blockFrames = 0;
     const auto rate = static_cast<float>(format.sampleRate);
-    blockFrames = processor->GetBlockSize(rate);
+    const uint32_t frames = processor->GetBlockSize(rate);
     for (ChannelBlock* block : {&inputs, &silentInputs})
-        block->Resize(format.inputs, blockFrames);
+        block->Resize(format.inputs, frames);
     for (ChannelBlock* block : {&sideChain, &silentSideChain})
-        block->Resize(format.sideChainInputs, blockFrames);
+        block->Resize(format.sideChainInputs, frames);
     for (ChannelBlock* block : {&outputs, &unheardOutputs})
-        block->Resize(format.outputs, blockFrames);
+        block->Resize(format.outputs, frames);
     for (ChannelBlock* block : {&aux, &unheardAux})
-        block->Resize(kAuxOutputs, blockFrames);
-    processor->Initialize(&rate);
+        block->Resize(kAuxOutputs, frames);
+    // The engine has checked the rate: what else the processor refuses for is memory.
+    if (!processor->Initialize(&rate))
+        throw std::bad_alloc();
+    blockFrames = frames;
 }
 
 uint64_t ProcessorDriver::RunBlock(const Transport& transport, uint64_t firstFrame,

@@ -23,6 +23,8 @@ public:
     ProcessorDriver(const ProcessorDriver&) = delete;
     ProcessorDriver& operator=(const ProcessorDriver&) = delete;
 
+    /// Throws std::bad_alloc where the processor, or this, gets no memory for the format: then
+    /// BlockFrames is 0 and nothing may run until a call that succeeds.
     void Prepare(const StreamFormat& newFormat);
     /// One block from the input channels into the output ones. Listeners hear of it as of the block
     /// that begins at firstFrame; an empty list keeps it to itself. Answers how many output samples

@@ -24,7 +24,7 @@ public:
     uint32_t ControlOf(uint32_t index) const;
     /// Whether a change of this index can change what "Grain Size", "Density" or "Play Head Offset"
     /// stand for.
-    static bool DecidesTargets(uint32_t index);
+    bool DecidesTargets(uint32_t index) const { return catalog.Decides(index); }
 
     /// Points free control number (below kAssignments) at a parameter, or with kUnassigned nowhere.
     void Assign(uint32_t number, uint32_t index) {
@@ -36,11 +36,12 @@ public:
 
 private:
     uint32_t Choice(uint32_t index) const;
-    uint32_t SizeInForce() const;
+    uint32_t InForce(const LabelFamily& family) const;
     uint32_t DensityInForce() const;
-    uint32_t OffsetInForce() const;
 
     const ParameterCatalog& catalog;
+    const LabelFamily& size;
+    const LabelFamily& offset;
     const PositionBoard& positions;
     std::array<std::atomic<uint32_t>, kAssignments> assignments;
 };

@@ -210,7 +210,7 @@ void InstrumentPlayer::Move(uint32_t frame, uint32_t index, float position) {
         bypass.Aim(positions.Position(index) >= 0.5f);
     } else
         Send(frame, index);
-    if (ControlBoard::DecidesTargets(index))
+    if (controls.DecidesTargets(index))
         offsets.FollowTargets([&](uint32_t moved) { Send(frame, moved); });
 }
 

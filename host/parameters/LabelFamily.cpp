@@ -111,16 +111,6 @@ private:
 
 }  // namespace
 
-uint32_t LabelFamily::InForce(const PresentSettings& settings) const {
-    const auto holds = [&](const Condition& condition) {
-        return (condition.choices >> settings.Choice(condition.selector) & 1u) != 0;
-    };
-    const auto found = std::find_if(cases.begin(), cases.end() - 1, [&](const Case& oneCase) {
-        return std::all_of(oneCase.conditions.begin(), oneCase.conditions.end(), holds);
-    });
-    return found->member;
-}
-
 bool LabelFamily::Holds(uint32_t index) const {
     return std::any_of(cases.begin(), cases.end(),
                        [&](const Case& oneCase) { return oneCase.member == index; });

@@ -1,13 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "host/parameters/PresentSettings.h"
 
 namespace Quorvan::Host {
 
@@ -29,8 +28,18 @@ struct LabelFamily {
     std::string label;
     std::vector<Case> cases;  ///< the last one has no conditions
 
-    /// Index of the parameter that the label means with these settings.
-    uint32_t InForce(const PresentSettings& settings) const;
+    /// Index of the parameter that the label means where selectors stand at the choices that
+    /// choiceOf tells of their indices. Allocates nothing.
+    template <class ChoiceOf>
+    uint32_t InForce(ChoiceOf&& choiceOf) const {
+        const auto holds = [&](const Condition& condition) {
+            return (condition.choices >> choiceOf(condition.selector) & 1u) != 0;
+        };
+        const auto found = std::find_if(cases.begin(), cases.end() - 1, [&](const Case& oneCase) {
+            return std::all_of(oneCase.conditions.begin(), oneCase.conditions.end(), holds);
+        });
+        return found->member;
+    }
     bool Holds(uint32_t index) const;  ///< whether the parameter is a member
 };
 

@@ -12,6 +12,7 @@
 #include "host/parameters/ParameterNames.h"
 #include "host/parameters/ParameterScale.h"
 #include "host/parameters/PitchScale.h"
+#include "host/parameters/PresentSettings.h"
 #include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
 #include "processor/ProcessorInternals.h"
@@ -253,7 +254,11 @@ std::string ParameterCatalog::CommonName(uint32_t index) const {
 }
 bool ParameterCatalog::IsInForce(uint32_t index, const PresentSettings& settings) const {
     const LabelFamily* const family = implementation->names->FamilyOf(index);
-    return family == nullptr || family->InForce(settings) == index;
+    const auto choiceOf = [&](uint32_t selector) { return settings.Choice(selector); };
+    return family == nullptr || family->InForce(choiceOf) == index;
+}
+const LabelFamily* ParameterCatalog::FamilyOf(uint32_t index) const {
+    return implementation->names->FamilyOf(index);
 }
 std::optional<uint32_t> ParameterCatalog::FindDestination(std::string_view name) const {
     const std::optional<uint32_t> row = Host::FindDestination(name);

@@ -15,6 +15,7 @@ class IProcessor;
 
 namespace Quorvan::Host {
 
+struct LabelFamily;
 class PresentSettings;
 
 /// State of a processor that the text of a parameter depends on: "MoteWeaver_Pitch" counts steps of
@@ -41,7 +42,10 @@ struct TextResult {
 ///    granular group goes first ("Pitch", "Spray"), then the main one ("Bypass"); other labels that
 ///    several share, such as "Decay", are refused.
 /// 4. Destinations of modulation (ModulationNames.h): "FX1 Filter Freq".
-/// In 2 to 4 a few names stand for several parameters: "Grain Size", "Texture Size", "Density",
+/// 5. Parameters of effects without their slot: "Reverb Decay". They, and labels of 3 that only
+///    effects have, mean the one whose slot holds its effect; where both or none do, they are
+///    refused.
+/// In 2 to 5 a few names stand for several parameters: "Grain Size", "Texture Size", "Density",
 /// "Play Head", "Play Head Offset", every "Rate" and "Time", "Frequency" of filters and "Width" of
 /// echoes. They mean the one that present settings put in force. Each of those has a label of its
 /// own as well: "Grain Size (Texture, Free)".
@@ -74,6 +78,8 @@ public:
     /// shares none.
     std::string CommonName(uint32_t index) const;
     bool IsInForce(uint32_t index, const PresentSettings& settings) const;
+    /// The parameters that share that name, for the host layer itself; null where it shares none.
+    const LabelFamily* FamilyOf(uint32_t index) const;
     /// Row of the modulation that moves what has the name, which is that of a row or a parameter.
     std::optional<uint32_t> FindDestination(std::string_view name) const;
 

@@ -4,6 +4,7 @@
 
 #include "host/parameters/NameDistance.h"
 #include "host/parameters/NumberText.h"
+#include "host/parameters/PresentSettings.h"
 #include "host/parameters/Sentence.h"
 
 namespace Quorvan::Host {
@@ -14,6 +15,7 @@ constexpr std::string_view kHeart = "Granular";
 constexpr std::string_view kMain = "Main";
 constexpr std::string_view kMatrix = "Modulation";
 constexpr char kFullNameSign = '_';  // in no title, and in most full names
+constexpr size_t kSlotWidth = 3;     // of "FX1"
 
 bool LooksFull(std::string_view name) { return name.find(kFullNameSign) != std::string_view::npos; }
 
@@ -29,7 +31,7 @@ std::string TitleOf(const std::string& group, const std::string& label) {
 
 ParameterNames::ParameterNames(std::span<const ParameterInfo> parameters,
                                const std::vector<Destination>& destinations)
-    : infos(parameters), isSelector(parameters.size(), false) {
+    : infos(parameters), effects(parameters), isSelector(parameters.size(), false) {
     for (const ParameterInfo& info : infos)
         fullNames.emplace(Lower(info.name), info.index);
     AddFamilies();
@@ -44,7 +46,7 @@ ParameterNames::ParameterNames(std::span<const ParameterInfo> parameters,
 void ParameterNames::AddFamilies() {
     families = BuildLabelFamilies([this](std::string_view name) { return Find(name); });
     for (const LabelFamily& family : families) {
-        titles[BareName(family.group + family.label)].push_back(&family);
+        AddTitle(family.group, family.label, &family);
         labels[BareName(family.label)].push_back(&family);
         for (const LabelFamily::Case& oneCase : family.cases)
             for (const LabelFamily::Condition& condition : oneCase.conditions)
@@ -54,9 +56,17 @@ void ParameterNames::AddFamilies() {
 
 void ParameterNames::AddParameters() {
     for (const ParameterInfo& info : infos) {
-        titles[BareName(info.group + info.label)].push_back(info.index);
+        AddTitle(info.group, info.label, info.index);
         labels[BareName(info.label)].push_back(info.index);
+        if (const auto& effect = effects.Of(info.index))
+            isSelector[effect->selector] = true;
     }
+}
+
+void ParameterNames::AddTitle(const std::string& group, const std::string& label, Meaning meaning) {
+    titles[BareName(group + label)].push_back(meaning);
+    if (EffectOf(meaning) != nullptr)
+        effectTitles[BareName(group.substr(kSlotWidth) + label)].push_back(meaning);
 }
 
 /// A row that follows the modes moves a family. The first case of a family is never that of a new
@@ -71,8 +81,11 @@ ParameterNames::Meaning ParameterNames::MeaningOf(const Destination& destination
 void ParameterNames::AddDestination(const Destination& destination) {
     rows.push_back(MeaningOf(destination));
     const std::string bare = BareName(destination.name);
-    if (!titles.contains(bare) && !labels.contains(bare))
-        labels[bare].push_back(rows.back());
+    if (titles.contains(bare) || labels.contains(bare))
+        return;
+    labels[bare].push_back(rows.back());
+    if (EffectOf(rows.back()) != nullptr)
+        effectTitles[bare.substr(kSlotWidth)].push_back(rows.back());
 }
 
 void ParameterNames::CollectSuggestions() {
@@ -116,7 +129,7 @@ const std::vector<ParameterNames::Meaning>& ParameterNames::MeaningsOf(
     if (LooksFull(name))
         return none;
     const std::string bare = BareName(name);
-    for (const Index* index : {&titles, &labels})
+    for (const Index* index : {&titles, &labels, &effectTitles})
         if (const auto found = index->find(bare); found != index->end())
             return found->second;
     return none;
@@ -126,12 +139,38 @@ std::optional<uint32_t> ParameterNames::Resolve(std::string_view name,
                                                 const PresentSettings& settings) const {
     if (const std::optional<uint32_t> index = Find(name))
         return index;
-    const std::vector<Meaning>& meanings = MeaningsOf(name);
-    if (meanings.size() != 1)
+    const Meaning* const meaning = OnlyOne(MeaningsOf(name), settings);
+    if (meaning == nullptr)
         return std::nullopt;
-    const uint32_t* const index = std::get_if<uint32_t>(&meanings.front());
-    return index != nullptr ? *index
-                            : std::get<const LabelFamily*>(meanings.front())->InForce(settings);
+    const uint32_t* const index = std::get_if<uint32_t>(meaning);
+    const auto choiceOf = [&](uint32_t selector) { return settings.Choice(selector); };
+    return index != nullptr ? *index : std::get<const LabelFamily*>(*meaning)->InForce(choiceOf);
+}
+
+const SlotEffects::Effect* ParameterNames::EffectOf(const Meaning& meaning) const {
+    const uint32_t* const index = std::get_if<uint32_t>(&meaning);
+    const auto& effect = effects.Of(
+        index != nullptr ? *index : std::get<const LabelFamily*>(meaning)->cases.front().member);
+    return effect ? &*effect : nullptr;
+}
+
+/// The single one, or of several parameters of effects the one whose effect is in its slot.
+const ParameterNames::Meaning* ParameterNames::OnlyOne(const std::vector<Meaning>& meanings,
+                                                       const PresentSettings& settings) const {
+    if (meanings.size() == 1)
+        return &meanings.front();
+    const Meaning* held = nullptr;
+    for (const Meaning& meaning : meanings) {
+        const SlotEffects::Effect* const effect = EffectOf(meaning);
+        if (effect == nullptr)
+            return nullptr;
+        if (settings.Choice(effect->selector) != effect->choice)
+            continue;
+        if (held != nullptr)
+            return nullptr;
+        held = &meaning;
+    }
+    return held;
 }
 
 std::optional<uint32_t> ParameterNames::FindRow(std::string_view name) const {

@@ -11,8 +11,11 @@
 
 #include "host/parameters/LabelFamily.h"
 #include "host/parameters/ParameterInfo.h"
+#include "host/parameters/SlotEffects.h"
 
 namespace Quorvan::Host {
+
+class PresentSettings;
 
 /// How a list outside its group calls what has this label: "FX1 Delay Feedback". Labels of the
 /// instrument itself stand alone: "Spray".
@@ -44,7 +47,7 @@ public:
     std::vector<std::string> Nearest(std::string_view name, size_t count) const;
     /// The family of a parameter, null where it has none.
     const LabelFamily* FamilyOf(uint32_t index) const;
-    /// Whether it decides which member of a family is in force.
+    /// Whether it decides which member of a family is in force, or which effect a slot holds.
     bool IsSelector(uint32_t index) const { return isSelector[index]; }
 
 private:
@@ -55,20 +58,26 @@ private:
 
     void AddFamilies();
     void AddParameters();
+    void AddTitle(const std::string& group, const std::string& label, Meaning meaning);
     void AddDestination(const Destination& destination);
     Meaning MeaningOf(const Destination& destination) const;
     void CollectSuggestions();
     /// How near to the heart of the instrument a meaning is, 0 nearest.
     int RankOf(const Meaning& meaning) const;
     void KeepNearest(std::vector<Meaning>& meanings) const;
+    const SlotEffects::Effect* EffectOf(const Meaning& meaning) const;
+    const Meaning* OnlyOne(const std::vector<Meaning>& meanings,
+                           const PresentSettings& settings) const;
     const std::vector<Meaning>& MeaningsOf(std::string_view name) const;
     std::string TitleOfMeaning(const Meaning& meaning) const;
 
     std::span<const ParameterInfo> infos;
     std::unordered_map<std::string, uint32_t> fullNames;  ///< in lower case
+    SlotEffects effects;
     std::vector<LabelFamily> families;
-    Index titles;  ///< group and label
-    Index labels;  ///< labels alone, and names of destinations
+    Index titles;        ///< group and label
+    Index labels;        ///< labels alone, and names of destinations
+    Index effectTitles;  ///< titles without "FX1" and "FX2": one meaning for each slot
     std::vector<Meaning> rows;
     std::vector<bool> isSelector;
     // Candidates for typos, settings first; cells of the matrix only where one is meant.

@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "clap/ext/thread-check.h"
+#include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
 #include "plugins/clap/Extensions.h"
 #include "plugins/clap/OutputEvents.h"
 #include "plugins/shared/DefaultMidiMap.h"
-#include "plugins/shared/SharedCatalog.h"
 #include "presets/FactoryPresets.h"
 
 namespace Quorvan::Clap {
@@ -34,13 +34,13 @@ const clap_plugin_t* ClapPlugin::Create(const clap_host_t& host) {
 }
 
 ClapPlugin::ClapPlugin(const clap_host_t& pluginHost)
-    : instrument(Plugins::SharedCatalog()),
+    : instrument(Host::SharedCatalog()),
       host(pluginHost),
       plugin(PluginFunctions(this)),
       reader(instrument) {
     // A new processor is silent; a new plug-in sounds.
     instrument.LoadPreset(
-        *Host::ReadPreset(Host::FactoryPresets().front().json, Plugins::SharedCatalog()).value);
+        *Host::ReadPreset(Host::FactoryPresets().front().json, Host::SharedCatalog()).value);
     for (const Host::HostControl& control : Host::HostControls())
         defaults[control.id] = instrument.ControlPosition(control.id);
 }
@@ -166,7 +166,7 @@ bool ClapPlugin::LoadState(const clap_istream_t& stream) {
 Host::PresetLibrary& ClapPlugin::Library() {
     if (library == nullptr)
         library = std::make_unique<Host::PresetLibrary>(
-            Plugins::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder());
+            Host::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder());
     return *library;
 }
 
@@ -184,13 +184,13 @@ bool ClapPlugin::LoadPreset(uint32_t kind, const char* location, const char* key
     std::string problem;
     bool loaded = false;
     if (kind == kLocationFile && location != nullptr) {
-        loaded = Take(Host::PresetLibrary::Read(location, Plugins::SharedCatalog()), problem);
+        loaded = Take(Host::PresetLibrary::Read(location, Host::SharedCatalog()), problem);
     } else if (kind == kLocationPlugin && key != nullptr) {
         const Host::FactoryPreset* const preset = Host::FindFactoryPreset(key);
         if (preset == nullptr)
             problem = Host::UnknownFactoryPreset(key);
         else
-            loaded = Take(Host::ReadPreset(preset->json, Plugins::SharedCatalog()), problem);
+            loaded = Take(Host::ReadPreset(preset->json, Host::SharedCatalog()), problem);
     } else {
         problem = "A preset is a file, or one of the plug-in's own by its name.";
     }

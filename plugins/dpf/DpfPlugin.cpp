@@ -5,9 +5,9 @@
 #include <cstring>
 #include <exception>
 
+#include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
 #include "plugins/shared/DefaultMidiMap.h"
-#include "plugins/shared/SharedCatalog.h"
 #include "presets/FactoryPresets.h"
 
 namespace Quorvan::Plugins {
@@ -35,7 +35,7 @@ std::vector<std::string> GroupPaths() {
 
 DpfPlugin::DpfPlugin()
     : Plugin(ControlCount(), PresetCount(), 1),
-      instrument(SharedCatalog()),
+      instrument(Host::SharedCatalog()),
       groups(GroupPaths()),
       caretaker(instrument) {
     for (uint32_t id = 0; id < ControlCount(); ++id)
@@ -43,7 +43,7 @@ DpfPlugin::DpfPlugin()
     events.reserve(kMostMidi);
     // A new processor is silent; a new plug-in sounds.
     instrument.LoadPreset(
-        *Host::ReadPreset(Host::FactoryPresets().front().json, SharedCatalog()).value);
+        *Host::ReadPreset(Host::FactoryPresets().front().json, Host::SharedCatalog()).value);
     if (isDummyInstance())
         return;
     if (const std::string problem = LoadDefaultMidiMap(instrument); !problem.empty())
@@ -128,7 +128,7 @@ void DpfPlugin::initPortGroup(uint32_t groupId, PortGroup& group) {
 }
 
 void DpfPlugin::initProgramName(uint32_t index, String& name) {
-    const auto read = Host::ReadPreset(Host::FactoryPresets()[index].json, SharedCatalog());
+    const auto read = Host::ReadPreset(Host::FactoryPresets()[index].json, Host::SharedCatalog());
     name = read.value ? read.value->name.c_str() : "";
 }
 
@@ -160,7 +160,8 @@ void DpfPlugin::setParameterValue(uint32_t index, float value) {
 /// Hosts may call this from anywhere, the audio thread too.
 void DpfPlugin::loadProgram(uint32_t index) {
     if (isDummyInstance()) {
-        const auto read = Host::ReadPreset(Host::FactoryPresets()[index].json, SharedCatalog());
+        const auto read =
+            Host::ReadPreset(Host::FactoryPresets()[index].json, Host::SharedCatalog());
         if (read.value)
             instrument.LoadPreset(*read.value);
         return;

@@ -13,11 +13,11 @@
 #include "host/instrument/PresetLibrary.h"
 #include "host/instrument/WholeFile.h"
 #include "host/parameters/Sentence.h"
+#include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
 #include "plugins/live/JackClient.h"
 #include "plugins/live/LiveOptions.h"
 #include "plugins/shared/Caretaker.h"
-#include "plugins/shared/SharedCatalog.h"
 #include "presets/FactoryPresets.h"
 
 namespace Quorvan::Live {
@@ -56,7 +56,7 @@ T Value(Host::Parsed<T> parsed) {
 
 /// The user's presets and the factory's by their names, then files.
 Host::Preset FindPreset(const std::string& name) {
-    const auto& catalog = Plugins::SharedCatalog();
+    const auto& catalog = Host::SharedCatalog();
     const Host::PresetLibrary library(catalog, Host::FactoryPresets(),
                                       Host::PresetLibrary::UsualFolder());
     if (const auto entry = library.Find(name))
@@ -79,7 +79,7 @@ void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
     const auto usual = Host::PresetLibrary::UsualFolder().parent_path() / "midi-map.json";
     if (options.midiMap || std::filesystem::exists(usual))
         instrument.SetMidiMap(Value(Host::ReadMidiMap(
-            Read(options.midiMap.value_or(usual.string())), Plugins::SharedCatalog())));
+            Read(options.midiMap.value_or(usual.string())), Host::SharedCatalog())));
     instrument.Song().SetTempo(options.tempo.value_or(preset.tempo.value_or(120.0)));
     instrument.Song().Run(options.run);
 }
@@ -170,7 +170,7 @@ int Main(int argc, char** argv) {
     const sigset_t signals = EndingSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     try {
-        Host::Instrument instrument(Plugins::SharedCatalog());
+        Host::Instrument instrument(Host::SharedCatalog());
         SetUp(instrument, options);
         Play(instrument, options);
         return 0;

@@ -2,8 +2,8 @@
 
 #include <chrono>
 
+#include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
-#include "plugins/shared/SharedCatalog.h"
 #include "presets/FactoryPresets.h"
 
 namespace Quorvan::Plugins {
@@ -32,7 +32,7 @@ void Caretaker::Look() {
     const auto presets = Host::FactoryPresets();
     if (number >= 0 && static_cast<size_t>(number) < presets.size())
         if (const auto read =
-                Host::ReadPreset(presets[static_cast<size_t>(number)].json, SharedCatalog());
+                Host::ReadPreset(presets[static_cast<size_t>(number)].json, Host::SharedCatalog());
             read.value)
             instrument.LoadPreset(*read.value);
     if (const auto program = instrument.Poll())
@@ -42,8 +42,8 @@ void Caretaker::Look() {
 /// A program that the set list does not have changes nothing.
 void Caretaker::LoadProgram(uint32_t program) {
     if (library == nullptr)
-        library = std::make_unique<Host::PresetLibrary>(SharedCatalog(), Host::FactoryPresets(),
-                                                        Host::PresetLibrary::UsualFolder());
+        library = std::make_unique<Host::PresetLibrary>(
+            Host::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder());
     const auto& names = library->SetList();
     const auto entry = program < names.size() ? library->Find(names[program]) : std::nullopt;
     if (!entry)

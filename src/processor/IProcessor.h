@@ -20,11 +20,11 @@
 /// processors share nothing that changes. Initialize and CreateProcessor take memory; Process,
 /// SetParameter and the lists neither allocate nor wait.
 ///
-/// Sound. A new processor is silent: "Dry / Wet" stands at dry, "Granular Volume", "Master Volume"
-/// and "Feedback" at -70 dB, and all others at the low end of their ranges unless a module says
-/// otherwise. Raise "Master Volume" (3023) to hear the input; raise "Dry / Wet" (3020) and
-/// "Granular Volume" (3022), with "MoteWeaver_GrainSizeAbsolute", "MoteWeaver_MaxGrains" and the
-/// rate of "MoteWeaver_GranularPhaseHelper", to hear grains. The README holds a whole program.
+/// Sound. A new processor is as good as silent: "Dry / Wet" stands at dry, "Granular Volume",
+/// "Master Volume" and "Feedback" at -70 dB, and all others at the low end of their ranges unless a
+/// module says otherwise. Raise "Master Volume" (3023) to hear the input; raise "Dry / Wet" (3020)
+/// and "Granular Volume" (3022), with "MoteWeaver_GrainSizeAbsolute", "MoteWeaver_MaxGrains" and
+/// the rate of "MoteWeaver_GranularPhaseHelper", to hear grains. The README holds a whole program.
 ///
 /// Restoring a saved sound. SetParameter(3017 "PresetLoading", 1), all positions by SetParameter,
 /// SetParameter(3017, 0): at the next Process, also one of no frames, all that sounds is cleared
@@ -88,9 +88,11 @@ static_assert(sizeof(MidiOutRecord) == 16);
 /// What Process works on. The library touches only the named fields; start from ProcessData{}.
 ///
 /// Channels. Two inputs are stereo, one is mono into stereo; no input gives silence. One
-/// output is mono, two are stereo. Buffers hold frameCount floats each, full scale is 1; outputs
-/// and inputs are different memory. Null channels or a block that is too long or not a multiple of
-/// 4 answer false, with silence; in a block of no frames null channels count as none.
+/// output is mono, two are stereo. Of more, the third on is not read, and silent. Buffers hold
+/// frameCount floats each, full scale is 1; outputs and inputs are different memory. A null input
+/// or a block that is too long or not a multiple of 4 answers false, with silence; a null output,
+/// a main or an auxiliary one, answers false and leaves all of them as they are. In a block of no
+/// frames null channels count as none.
 ///
 /// Auxiliary outputs show what moves, for drawing or for routing on: 0 the left channel that the
 /// envelope follower listens to, 1 the follower's envelope, 2 and 3 the spatialiser's position on
@@ -106,7 +108,7 @@ struct ProcessData {
     uint32_t outputCount;  ///< main output channels
     uint32_t frameCount;   ///< samples: 0, or a multiple of 4 up to GetBlockSize
     uint8_t wrapperData1[84];
-    uint32_t outEventCount;  ///< out: number of output events
+    uint32_t outEventCount;  ///< out: number of output events, always 0 with this processor
     uint8_t wrapperData2[4];
     MidiOutRecord* outEvents;  ///< out: valid until the next Process
     float** auxOutputs;        ///< four auxiliary outputs, written
@@ -139,7 +141,8 @@ static_assert(offsetof(ProcessData, songPosition) == 176);
 static_assert(offsetof(ProcessData, auxInputs) == 184);
 static_assert(offsetof(ProcessData, auxInputCount) == 192);
 
-/// Filled by GetParameterDescription.
+/// Filled by GetParameterDescription: the name always, the rest for binary parameters only, so
+/// start from ParameterDescription{}.
 struct ParameterDescription {
     char name[256];  ///< full name, terminated
     uint8_t wrapperData[16];
@@ -178,11 +181,11 @@ public:
     virtual ProcessorInfo* GetInfo() = 0;
     /// OptionalOperationA to J do nothing here; their answers are fixed.
     virtual bool OptionalOperationA() = 0;
-    /// config[0] is the sample rate in hertz; 44100 stands in for one that isn't above 0. Takes all
-    /// memory that running needs and resets all that sounds. False above 768000, below 1000,
-    /// and where there is not enough memory: the processor is silent then until an Initialize that
-    /// succeeds. Below 8000 extreme settings of the tape echo may overflow. Nothing in this
-    /// interface throws.
+    /// config[0] is the sample rate in hertz; 44100 stands in for one that isn't above 0, is no
+    /// number, or is not given, with a null config. Takes all memory that running needs and resets
+    /// all that sounds. False above 768000, below 1000, and where there is not enough memory: the
+    /// processor is silent then until an Initialize that succeeds. Below 8000 extreme settings of
+    /// the tape echo may overflow. Nothing in this interface throws.
     virtual bool Initialize(const float* config) = 0;
     /// Null for none. Completes the info records.
     virtual bool SetLogger(Logger* logger) = 0;
@@ -195,9 +198,11 @@ public:
     virtual bool GetParameter(uint32_t index, float* value) = 0;
     /// Stores a position, which the next Process takes up; held to 0..1. False for an index out of
     /// range and for a value that is no number. A write is also passed to parameters linked with
-    /// it.
+    /// it. 3150 takes an index as it is; its tool tip is empty throughout with this processor.
     virtual bool SetParameter(uint32_t index, float value) = 0;
-    /// In: *size is the room in buffer. Out: the data's size in bytes; false where it had no room.
+    /// In: *size is the room in buffer. Out: the data's size in bytes, 0 of a parameter that is not
+    /// binary; false where it had no room, or there is none. 3151 answers true and writes nothing:
+    /// its text comes by GetBlobChanges.
     virtual bool GetParameterBlob(uint32_t, uint8_t*, uint32_t*) { return false; }
     /// Whether the parameter is binary: 136 "VisualizedBuffer", 3047, 3048 and 3151.
     virtual bool IsBlobParameter(uint32_t) { return false; }
@@ -241,9 +246,9 @@ public:
     /// Likewise, at most 8. A tool tip that was asked for comes alone, ahead of the others.
     virtual bool GetBlobChanges(const BlobChange** list, int32_t* count) = 0;
     virtual bool OptionalOperationI() = 0;
-    /// Longest block at a rate, in samples: about a millisecond, 44 at 44100, 48 at 48000. It is
-    /// the control rate as well: writes and modulation are taken up once a block, so shorter blocks
-    /// cost more and follow more finely.
+    /// Longest block at a rate, in samples: about a millisecond, 44 at 44100, 48 at 48000; also
+    /// ahead of Initialize. It is the control rate as well: writes and modulation are taken up once
+    /// a block, so shorter blocks cost more and follow more finely.
     virtual uint32_t GetBlockSize(float sampleRate) = 0;
     virtual bool OptionalOperationJ() = 0;
 };
@@ -259,7 +264,7 @@ public:
     /// the record's length. Others add to GetLatency what their own queue holds back.
     virtual uint32_t GetTotalLatency() = 0;
     /// Latency of the processing alone, in samples: the limiter's look-ahead, 3 ms after
-    /// Initialize. The dry path is delayed by as much.
+    /// Initialize and 0 ahead of it. The dry path is delayed by as much.
     virtual uint32_t GetLatency() = 0;
 };
 

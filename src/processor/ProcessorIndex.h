@@ -25,7 +25,7 @@ inline constexpr uint32_t kMasterVuR = 3014;
 
 /// What every processor of this interface has.
 enum CommonIndex : uint32_t {
-    kBypassIndex = 3015,         ///< on above 0; fades in 10 ms to the input, undelayed
+    kBypassIndex = 3015,         ///< on from 0.5 up; fades in 10 ms to the input, undelayed
     kPanicIndex = 3016,          ///< clears all that sounds as it goes to 0.5 or above
     kPresetLoadingIndex = 3017,  ///< 1 around the restoring of parameters
     kGuiVisibleIndex = 3018,     ///< 1 while somebody looks: fills the change lists

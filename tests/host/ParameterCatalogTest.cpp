@@ -156,10 +156,17 @@ TEST(ParameterCatalogTest, NamesOfMusiciansFindTheirParameters) {
     EXPECT_EQ(Catalog().Resolve("grain size", Textured()),
               IndexOf("MoteWeaver_TextureSizeAbsolute"));
     EXPECT_EQ(Catalog().Resolve("Density", Textured()), IndexOf("MoteWeaver_TextureDensity"));
+    PresentSettings held = settings;
+    held.Put(IndexOf("FX2_ModuleType"), 1.0f);
+    for (const char* name : {"Reverb Decay", "decay"})
+        EXPECT_EQ(Catalog().Resolve(name, held), IndexOf("FX2_Reverb_Decay")) << name;
+    held.Put(IndexOf("FX1_ModuleType"), 1.0f);
+    EXPECT_EQ(Catalog().Resolve("Reverb Decay", held), std::nullopt);
     for (const char* name : {"Decay", "FX1_Reverb_Size", "", "Sparkle"})
         EXPECT_EQ(Catalog().Resolve(name, settings), std::nullopt) << name;
-    EXPECT_EQ(Catalog().UnknownName("Decay"),
-              "\"Decay\" can mean \"FX1 Reverb Decay\" or \"FX2 Reverb Decay\". Write the one that "
+    EXPECT_EQ(Catalog().UnknownName("Reverb Decay"),
+              "\"Reverb Decay\" can mean \"FX1 Reverb Decay\" or \"FX2 Reverb Decay\". Write the "
+              "one that "
               "is meant.");
 }
 

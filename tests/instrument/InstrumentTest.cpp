@@ -15,7 +15,7 @@ namespace {
 using namespace test;
 
 constexpr uint32_t kMode = 8, kDensity = 9, kSize = 10, kPitch = 11, kSpray = 19, kFreeze = 24,
-                   kAssign1 = 40;
+                   kPlayOffset = 31, kAssign1 = 40;
 
 uint32_t Below(std::mt19937& random, uint32_t end) { return static_cast<uint32_t>(random() % end); }
 
@@ -67,6 +67,7 @@ TEST(InstrumentTest, SizeAndDensityFollowWhatIsInForce) {
     EXPECT_EQ(instrument.ControlText(kSize, instrument.ControlPosition(kSize)), "80.0 ms");
     instrument.Flush({ControlAt(0, kMode, 1.0), ControlAt(0, kDensity, 1.0)});
     EXPECT_EQ(instrument.ControlTarget(kSize), IndexOf("MoteWeaver_GrainSizeRatio"));
+    EXPECT_EQ(instrument.ControlTarget(kPlayOffset), IndexOf("MoteWeaver_OffsetSynced"));
     EXPECT_EQ(instrument.Position(IndexOf("MoteWeaver_GranularPhaseHelper_RateSynced")), 1.0f);
     EXPECT_EQ(instrument.ControlText(kAssign1, 0.5f), "Off");
     EXPECT_EQ(instrument.ControlTarget(99), kUnassigned);

@@ -67,9 +67,10 @@ TEST_F(FailureTest, TyposGiveTheNearestNames) {
 
 TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure(Render({"--set", "Dry / Wet"}), 2, {"NAME=POSITION"});
-    ExpectFailure(Render({"--set", "Dry / Wet=1.5"}), 2, {"\"Dry / Wet\"", "0 to 1"});
+    ExpectFailure(Render({"--set", "Dry / Wet=1.5"}), 2, {"\"Dry / Wet\"", "0 to 1", "\"1.5 %\""});
     ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolute=9 parsec"}), 2,
                   {"9 parsec", "ms"});
+    ExpectFailure(Render({"--set", "Grid Size=9"}), 2, {"\"8\", \"16\" or \"32\""});
     ExpectFailure(Render({"--set", "PresetLoading=1"}), 2, {"PresetLoading", "can't be set"});
     for (const Arguments& option : std::vector<Arguments>{{"--tempo", "0"},
                                                           {"--tempo", "nan"},

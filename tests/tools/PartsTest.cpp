@@ -54,7 +54,7 @@ TEST(AutomationTest, WritesComeInOrderOfTimeAndReadTheScaleOfTheirMoment) {
         "beats,parameter,position\n6,Feedback,0.25\n2 s,MoteWeaver_Pitch,12 st\n"
         "0.5,MoteWeaver_Scale,Octaves\n# a remark\n3 s,grain size,@0.5\n"
         "2.5 s,Granular Mode,Texture\n6,Feedback,0.75\n";
-    const auto automation = Automation::ReadCsv("x.csv", text, catalog);
+    const auto automation = Automation::ReadCsv("x.csv", text);
     // The song starts at beat 4 and runs at 120 BPM: beat 6 comes after a second.
     const auto writes =
         automation.Resolve({1000.0, 120.0, 4.0}, Host::PresentSettings(catalog), catalog).writes;
@@ -76,8 +76,7 @@ TEST(AutomationTest, RampsAndTemposComeOutAsTheirFormulasSay) {
         [0.1, "Feedback", 0.2], [0.6, "Feedback", 0.7, "linear"],
         {"beats": 1, "parameter": "Tempo", "position": "180 BPM", "ramp": "linear"},
         {"beats": 1, "parameter": "Macro 1", "position": 0.01},
-        {"bars": "1:3.5", "parameter": "Macro 1", "position": 1, "ramp": "exponential"}])",
-                                                 catalog);
+        {"bars": "1:3.5", "parameter": "Macro 1", "position": 1, "ramp": "exponential"}])");
     const TempoMap song = automation.Tempos({48000.0, 60.0, 0.0});
     for (const auto& [frame, beat] :
          std::map<double, double>{{12000.0, 0.375}, {24000.0, 1.0}, {48000.0, 2.5}}) {
@@ -104,13 +103,12 @@ TEST(AutomationTest, RampsAndTemposComeOutAsTheirFormulasSay) {
 }
 
 TEST(AutomationTest, BrokenListsAreRefused) {
-    const Host::ParameterCatalog catalog;
-    for (const char* text : {"[1, 2", "{}", "[1]", "[[1, \"Feedback\"]]",
-                             R"([{"seconds": 1, "parameter": "Feedback"}])",
-                             R"([["then", "Feedback", 0.5]])", R"([[1, "Tempo", 0]])",
-                             R"([[1, "Feedback", 0.5, "fast"]])", R"([[1, "MasterVuL", 0.5]])"})
-        EXPECT_THROW(Automation::ReadJson("x.json", text, catalog), Failure) << text;
-    EXPECT_THROW(Automation::ReadCsv("x.csv", "1,Feedback", catalog), Failure);
+    for (const char* text :
+         {"[1, 2", "{}", "[1]", "[[1, \"Feedback\"]]",
+          R"([{"seconds": 1, "parameter": "Feedback"}])", R"([["then", "Feedback", 0.5]])",
+          R"([[1, "Tempo", 0]])", R"([[1, "Feedback", 0.5, "fast"]])"})
+        EXPECT_THROW(Automation::ReadJson("x.json", text), Failure) << text;
+    EXPECT_THROW(Automation::ReadCsv("x.csv", "1,Feedback"), Failure);
 }
 
 /// What a trimmer passes on of a mono sound behind 10 frames of input, in pieces of cut frames.

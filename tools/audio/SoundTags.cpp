@@ -6,9 +6,6 @@ namespace Quorvan::Tools {
 
 namespace {
 
-// Bytes. libsndfile reads no longer ones in WAV, and a few times as much breaks its AIFF files.
-constexpr size_t kLongest = 2000;
-
 const char* NameOf(int kind) {
     switch (kind) {
         case SF_STR_TITLE:
@@ -34,9 +31,9 @@ const char* NameOf(int kind) {
 
 /// The start of a text, up to the end of a letter.
 std::string Start(const std::string& text) {
-    if (text.size() <= kLongest)
+    if (text.size() <= SoundTags::kLongest)
         return text;
-    size_t end = kLongest;
+    size_t end = SoundTags::kLongest;
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80)
         --end;
     return text.substr(0, end);
@@ -73,8 +70,9 @@ const std::string& SoundTags::Comment() const {
 
 void SoundTags::AddToComment(const std::string& line) {
     const std::string last = Start(line);
-    const std::string before =
-        last.size() < kLongest ? LastLines(Comment(), kLongest - last.size() - 1) : std::string();
+    const std::string before = last.size() < SoundTags::kLongest
+                                   ? LastLines(Comment(), SoundTags::kLongest - last.size() - 1)
+                                   : std::string();
     texts[SF_STR_COMMENT] = before.empty() ? last : before + "\n" + last;
 }
 

@@ -12,9 +12,4 @@ void Command::CheckPrinted() {
                       "The output could not be written whole. Look whether the disk is full.");
 }
 
-ExitCode Command::Printed() {
-    CheckPrinted();
-    return ExitCode::Success;
-}
-
 }  // namespace Quorvan::Tools

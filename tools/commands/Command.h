@@ -24,8 +24,6 @@ public:
 
 protected:
     CLI::App& Options() { return *subcommand; }
-    /// End of a command whose result is what it has printed.
-    static ExitCode Printed();
 
 private:
     CLI::App* subcommand;

@@ -84,7 +84,7 @@ ExitCode DestinationsCommand::Run() {
     const Host::ParameterCatalog catalog;
     const std::vector<Row> rows = Collect(catalog);
     asJson ? PrintJson(rows) : PrintTable(rows);
-    return Printed();
+    return ExitCode::Success;
 }
 
 }  // namespace Quorvan::Tools

@@ -129,7 +129,7 @@ ExitCode ParamsCommand::Run() {
         throw Failure(ExitCode::Usage, catalog.UnknownName(Filter()));
     if (!asJson) {
         PrintParameters(std::cout, std::move(rows), Columns());
-        return Printed();
+        return ExitCode::Success;
     }
     std::stable_sort(rows.begin(), rows.end(),
                      [](const ParameterRow& a, const ParameterRow& b) { return a.rank < b.rank; });
@@ -137,7 +137,7 @@ ExitCode ParamsCommand::Run() {
     for (const ParameterRow& row : rows)
         list.push_back(RowJson(row));
     std::cout << list.dump(1, ' ', false, Json::error_handler_t::replace) << "\n";
-    return Printed();
+    return ExitCode::Success;
 }
 
 }  // namespace Quorvan::Tools

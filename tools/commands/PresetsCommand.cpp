@@ -38,7 +38,7 @@ ExitCode PresetsCommand::PrintOne() const {
         throw Failure(ExitCode::Usage,
                       Host::UnknownFactoryPreset(name) + " \"tesserae presets\" lists them all.");
     std::cout << preset->json;
-    return Printed();
+    return ExitCode::Success;
 }
 
 ExitCode PresetsCommand::Run() {
@@ -65,7 +65,7 @@ ExitCode PresetsCommand::Run() {
         std::cout << list.dump(2) << "\n";
     else
         table.Print(std::cout);
-    return Printed();
+    return ExitCode::Success;
 }
 
 }  // namespace Quorvan::Tools

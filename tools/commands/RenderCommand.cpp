@@ -63,7 +63,7 @@ void RenderCommand::AddFiles() {
         ->type_name("TIME");
     app.add_option("--picture-levels", settings.pictureLevels,
                    "Outlines of input and output: auto, linear or db (default: auto, which is db "
-                   "where both are quiet)")
+                   "where one of them is quiet)")
         ->transform(
             CLI::CheckedTransformer(std::map<std::string, LevelForm>{{"auto", LevelForm::Auto},
                                                                      {"linear", LevelForm::Linear},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 
 namespace Quorvan::Tools {
 
@@ -24,6 +25,11 @@ double PeakOf(const Waveform::Bin& bin) {
     return static_cast<double>(std::max(-bin.lowest, bin.highest));
 }
 
+/// Too quiet for a linear scale to show it beside something loud. Silence is shown by both.
+bool IsQuiet(const Waveform::Bin& bin) {
+    return PeakOf(bin) > 0.0 && LevelDecibels(static_cast<double>(bin.Rms()), kSilence) < kQuiet;
+}
+
 /// A round reach of samples.
 double ReachFor(double peak) {
     constexpr std::array kReaches{0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1.0, 2.0, 5.0};
@@ -41,8 +47,7 @@ double LevelDecibels(double level, double floor) {
 LevelScale LevelScale::For(const Waveform& a, const Waveform& b, LevelForm form) {
     const Waveform::Bin wholes[] = {Whole(a), Whole(b)};
     const double peak = std::max(PeakOf(wholes[0]), PeakOf(wholes[1]));
-    const auto rms = static_cast<double>(std::max(wholes[0].Rms(), wholes[1].Rms()));
-    const bool isQuiet = peak > 0.0 && LevelDecibels(rms, kSilence) < kQuiet;
+    const bool isQuiet = std::any_of(std::begin(wholes), std::end(wholes), IsQuiet);
     if (form == LevelForm::Linear || (form == LevelForm::Auto && !isQuiet)) {
         const double reach = ReachFor(peak);
         return {false, {-reach, reach}};

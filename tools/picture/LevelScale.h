@@ -19,7 +19,7 @@ struct LevelScale {
     bool inDecibels = false;
     Axis axis;
 
-    /// The round one that fits both outlines. Quiet is an effective level below -36 dB of both.
+    /// The round one that fits both outlines. Quiet is an effective level below -36 dB of either.
     static LevelScale For(const Waveform& a, const Waveform& b, LevelForm form);
 };
 

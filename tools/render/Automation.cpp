@@ -43,25 +43,22 @@ Automation::Automation(std::string fileName, AutomationReader&& reader)
       points(std::move(reader.points)),
       warnings(std::move(reader.warnings)) {}
 
-Automation Automation::Load(const std::filesystem::path& path,
-                            const Host::ParameterCatalog& catalog, const Meter& meter) {
+Automation Automation::Load(const std::filesystem::path& path, const Meter& meter) {
     const std::string text = ReadTextFile(path);
     const size_t first = text.find_first_not_of(" \t\r\n\xef\xbb\xbf");
     const bool isJson = first != std::string::npos && (text[first] == '[' || text[first] == '{');
-    return isJson ? ReadJson(path.string(), text, catalog, meter)
-                  : ReadCsv(path.string(), text, catalog, meter);
+    return isJson ? ReadJson(path.string(), text, meter) : ReadCsv(path.string(), text, meter);
 }
 
-Automation Automation::ReadCsv(const std::string& name, std::string_view text,
-                               const Host::ParameterCatalog& catalog, const Meter& meter) {
-    AutomationReader reader(name, catalog, meter);
+Automation Automation::ReadCsv(const std::string& name, std::string_view text, const Meter& meter) {
+    AutomationReader reader(name, meter);
     reader.ReadCsv(text);
     return {name, std::move(reader)};
 }
 
 Automation Automation::ReadJson(const std::string& name, std::string_view text,
-                                const Host::ParameterCatalog& catalog, const Meter& meter) {
-    AutomationReader reader(name, catalog, meter);
+                                const Meter& meter) {
+    AutomationReader reader(name, meter);
     reader.ReadJson(text);
     return {name, std::move(reader)};
 }
@@ -84,7 +81,10 @@ SettingsCourse Automation::Resolve(const TempoMap& song, Host::PresentSettings s
     std::unordered_map<uint32_t, uint64_t> lastFrames;  // of each parameter's last point
     for (const auto& [frame, point] : PlacedOn(song, points)) {
         const auto number = static_cast<size_t>(point - points.data());
-        const uint32_t index = catalog.Resolve(point->parameter, settings).value();
+        const NamedParameter named = FindWritable(catalog, point->parameter, settings);
+        if (!named.index)
+            throw Failure(ExitCode::Input, Place(number) + ": " + named.problem);
+        const uint32_t index = *named.index;
         const Host::TextResult result =
             ReadPosition(catalog, index, point->position, settings.Texts());
         if (!result.position)

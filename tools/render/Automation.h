@@ -21,12 +21,11 @@ class Automation {
 public:
     Automation() = default;
     /// Throws Failure, with the place in the file, for what makes no sense. The meter counts bars.
-    static Automation Load(const std::filesystem::path& path, const Host::ParameterCatalog& catalog,
-                           const Meter& meter);
+    static Automation Load(const std::filesystem::path& path, const Meter& meter);
     static Automation ReadCsv(const std::string& name, std::string_view text,
-                              const Host::ParameterCatalog& catalog, const Meter& meter = {});
+                              const Meter& meter = {});
     static Automation ReadJson(const std::string& name, std::string_view text,
-                               const Host::ParameterCatalog& catalog, const Meter& meter = {});
+                               const Meter& meter = {});
 
     /// The song with all changes of its tempo; start is the song without them.
     TempoMap Tempos(const TempoMap& start) const;

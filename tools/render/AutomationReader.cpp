@@ -60,9 +60,8 @@ std::optional<double> TempoOf(std::string_view text) {
 
 }  // namespace
 
-AutomationReader::AutomationReader(std::string fileName, const Host::ParameterCatalog& parameters,
-                                   const Meter& songMeter)
-    : name(std::move(fileName)), catalog(parameters), meter(songMeter), initial(parameters) {}
+AutomationReader::AutomationReader(std::string fileName, const Meter& songMeter)
+    : name(std::move(fileName)), meter(songMeter) {}
 
 std::string AutomationReader::PlaceText(const std::string& name, const std::string& where) {
     return "Automation " + Host::Quoted(name) + ", " + where;
@@ -141,9 +140,6 @@ void AutomationReader::Add(const std::string& where, const Texts& texts, TimeUni
             Refuse(name, where,
                    Host::Quoted(texts[2]) + " is no tempo. Write 1 to 999 BPM, such as \"140\".");
         point.tempo = *tempo;
-    } else if (const NamedParameter parameter = FindWritable(catalog, texts[1], initial);
-               !parameter.index) {
-        Refuse(name, where, parameter.problem);
     }
     points.push_back(std::move(point));
 }

@@ -5,18 +5,17 @@
 #include <string_view>
 #include <vector>
 
-#include "host/parameters/PresentSettings.h"
 #include "tools/render/AutomationPoint.h"
 #include "tools/render/AutomationTime.h"
 
 namespace Quorvan::Tools {
 
-/// Reads the entries of an automation file and checks what can be checked without their moments.
+/// Reads the entries of an automation file and checks what can be checked without their moments,
+/// on which names and positions hang.
 /// Throws Failure, with the place in the file, for what makes no sense.
 class AutomationReader {
 public:
-    AutomationReader(std::string fileName, const Host::ParameterCatalog& parameters,
-                     const Meter& songMeter);
+    AutomationReader(std::string fileName, const Meter& songMeter);
 
     void ReadCsv(std::string_view text);
     void ReadJson(std::string_view text);
@@ -33,9 +32,7 @@ private:
     void Add(const std::string& where, const Texts& texts, TimeUnit bare);
 
     std::string name;
-    const Host::ParameterCatalog& catalog;
     Meter meter;
-    Host::PresentSettings initial;
 };
 
 }  // namespace Quorvan::Tools

@@ -76,6 +76,10 @@ Recipe Recipe::Of(const RenderSettings& settings, uint64_t seed) {
         if (path)
             add(option, path->filename().string());
     };
+    if (settings.rawRate) {
+        add("--raw-rate", std::to_string(*settings.rawRate));
+        add("--raw-channels", std::to_string(settings.rawChannels));
+    }
     add("--preset", Path(settings.preset).filename().string());
     add("--seed", std::to_string(seed));
     for (const std::string& assignment : settings.assignments)
@@ -98,6 +102,8 @@ Recipe Recipe::Of(const RenderSettings& settings, uint64_t seed) {
         add("--rate", std::to_string(*settings.rate));
     if (settings.mono)
         recipe.options.emplace_back("--mono");
+    if (!settings.format.empty())
+        add("--format", settings.format);
     return recipe;
 }
 

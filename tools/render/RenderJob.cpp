@@ -1,30 +1,21 @@
 #include "tools/render/RenderJob.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <iterator>
-#include <numeric>
 #include <utility>
 
 #include "host/engine/TailEstimator.h"
-#include "host/parameters/ModulationNames.h"
-#include "host/parameters/NumberText.h"
-#include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
 #include "host/state/PresetFormat.h"
 #include "host/state/StateTransfer.h"
 #include "primitives/Clock.h"
 #include "tools/audio/Resampler.h"
-#include "tools/picture/Picture.h"
-#include "tools/picture/PictureSetup.h"
 #include "tools/render/FileSink.h"
 #include "tools/render/GrainCounter.h"
 #include "tools/render/LevelWarnings.h"
 #include "tools/render/Recipe.h"
 #include "tools/render/Renderer.h"
 #include "tools/render/SavedPreset.h"
-#include "tools/render/SlotText.h"
 #include "tools/render/TailTrimmer.h"
 #include "tools/render/WarningFinder.h"
 #include "tools/support/Numbers.h"
@@ -56,7 +47,7 @@ RenderJob::RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parame
     if (WantsModulation())
         modulation.emplace(FindDestinations(settings.modulationDestinations, catalog));
     if (settings.automation)
-        automation = Automation::Load(*settings.automation, catalog, settings.meter);
+        automation = Automation::Load(*settings.automation, settings.meter);
 }
 
 RenderJob::~RenderJob() = default;
@@ -118,9 +109,10 @@ void RenderJob::PrepareEngine() {
         engine->Write(Host::kGuiVisibleIndex, 1.0f);
     // The first block after a preset clears what sounds; only then can a start of the song be seen.
     engine->Idle(1);
-    if (settings.picture)
-        picture.emplace(*engine, SectionOf(settings, *song));
-    NoteRoutes();
+    if (!settings.picture)
+        return;
+    picture.emplace(*engine, settings, catalog, *song);
+    picture->NoteRoutes();
 }
 
 /// Called ahead of the levers and of the first block: the sound and nothing else.
@@ -131,20 +123,6 @@ void RenderJob::WritePreset() {
         SavedPreset(Host::CapturePreset(*engine, catalog), sound.preset, settings), catalog);
     outputs->preset->Write(text.data(), static_cast<int64_t>(text.size()));
     summary.savedPreset = *settings.savePreset;
-}
-
-/// Sources that are routed and effects that are heard now join those that the picture shows.
-void RenderJob::NoteRoutes() {
-    if (!picture)
-        return;
-    std::vector<uint32_t> routed = RoutedSources(*engine);
-    std::vector<uint32_t> both;
-    std::set_union(routed.begin(), routed.end(), picture->sources.begin(), picture->sources.end(),
-                   std::back_inserter(both));
-    picture->sources = std::move(both);
-    for (std::string& text : SlotTexts(*engine, catalog))
-        if (std::find(effects.begin(), effects.end(), text) == effects.end())
-            effects.push_back(std::move(text));
 }
 
 double RenderJob::TailSeconds() const { return settings.tail.value_or(kLongestTail); }
@@ -201,16 +179,16 @@ void RenderJob::Render() {
     trimmer.AddSink(file);
     trimmer.AddSink(grains);
     if (picture)
-        trimmer.AddSink(*picture);
+        trimmer.AddSink(picture->Sink());
 
     const std::optional<uint64_t> total =
         inputFrames ? std::optional(*inputFrames + tail) : std::nullopt;
     Progress progress(rate, total, settings.tail.has_value(), settings.progress);
-    const bool routesMove = settings.automation.has_value();
+    const bool routesMove = picture && settings.automation;
     renderer.Run([&](uint64_t frames) {
         progress.Show(frames);
         if (routesMove)
-            NoteRoutes();
+            picture->NoteRoutes();
     });
     progress.Clear();
     engine->RemoveListener(grains);
@@ -231,15 +209,7 @@ void RenderJob::Render() {
 void RenderJob::WritePicture() {
     if (!picture)
         return;
-    Caption(*picture, settings, summary, *song);
-    picture->modulation = &*modulation;
-    if (settings.pictureModulation && picture->sources.empty()) {
-        picture->sources.resize(Host::kModulationSources);
-        std::iota(picture->sources.begin(), picture->sources.end(), 0u);
-    }
-    picture->effects = JoinSlotTexts(effects);
-    Warn(EmptyPictureWarning(*picture));
-    DrawPicture(*picture, *outputs->picture);
+    Warn(picture->Draw(summary, *modulation, *outputs->picture));
     summary.picture = *settings.picture;
 }
 
@@ -253,10 +223,15 @@ void RenderJob::WriteModulation() {
 }
 
 /// Those of the input, with how the render was made.
-SoundTags RenderJob::Tags() const {
+SoundTags RenderJob::Tags() {
     SoundTags tags = mainReader->Tags();
     tags.SetSoftware("Tesserae " TESSERAE_VERSION);
-    tags.AddToComment(Recipe::Of(settings, summary.seed).Line());
+    const std::string recipe = Recipe::Of(settings, summary.seed).Line();
+    tags.AddToComment(recipe);
+    if (recipe.size() > SoundTags::kLongest)
+        summary.warnings.emplace_back(
+            "The options are too many for the comment of the file, which does not tell the last "
+            "of them. --save-preset keeps the whole sound.");
     return tags;
 }
 

@@ -9,9 +9,9 @@
 #include "host/parameters/ParameterCatalog.h"
 #include "tools/audio/AudioFormat.h"
 #include "tools/audio/AudioReader.h"
-#include "tools/picture/PictureData.h"
 #include "tools/render/Automation.h"
 #include "tools/render/ModulationLog.h"
+#include "tools/render/PictureJob.h"
 #include "tools/render/RenderOutputs.h"
 #include "tools/render/RenderSettings.h"
 #include "tools/render/SoundChoice.h"
@@ -41,9 +41,8 @@ private:
     void Render();
     void WritePicture();
     void WriteModulation();
-    void NoteRoutes();
     bool WantsModulation() const { return settings.picture || settings.modulationCsv; }
-    SoundTags Tags() const;
+    SoundTags Tags();
     void Account();
     void WarnOfSource(const std::filesystem::path& path, const AudioReader& reader);
     void WarnOfOutput();
@@ -68,8 +67,7 @@ private:
     double tempo = 0.0;
 
     std::optional<Host::Engine> engine;
-    std::optional<PictureData> picture;
-    std::vector<std::string> effects;  ///< for the picture, in order of appearance
+    std::optional<PictureJob> picture;
     std::optional<ModulationLog> modulation;
     std::optional<double> memory;  ///< of the chain, in seconds, while it has been quiet
 };

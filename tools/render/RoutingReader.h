@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "host/parameters/ModulationNames.h"
 #include "host/parameters/PresentSettings.h"
@@ -29,5 +30,8 @@ inline bool IsMoved(const Host::PresentSettings& settings, uint32_t destination)
             return true;
     return false;
 }
+
+/// Advice for a source that moves nothing: how to route it, as a sentence.
+std::string RoutingAdvice(const Host::ParameterCatalog& catalog, uint32_t source);
 
 }  // namespace Quorvan::Tools

@@ -4,16 +4,12 @@
 #include <string_view>
 
 #include "host/parameters/Sentence.h"
+#include "host/parameters/SlotEffects.h"
+#include "tools/render/RoutingReader.h"
 
 namespace Quorvan::Tools {
 
 namespace {
-
-/// Names of the effects' parameters behind "FX1_", in the order of the choices of "ModuleType"
-/// behind None.
-constexpr std::array<std::string_view, 9> kEffects{
-    "MultiModeFilter_", "MultiDist_", "Compressor_", "Delay_", "OctaverDelay_",
-    "TapeEcho_",        "Chorus_",    "Flanger_",    "Reverb_"};
 
 /// Parameters with these starts of their names need the selector at this choice. Those that share
 /// a label with others are told apart by the catalog.
@@ -36,23 +32,35 @@ constexpr std::array<ModeRow, 9> kModes{{
 }  // namespace
 
 SettingNeeds::SettingNeeds(const Host::ParameterCatalog& parameters)
-    : catalog(parameters), needs(parameters.Count()), isDecider(parameters.Count()) {
-    for (const Host::ParameterInfo& info : catalog.All())
+    : catalog(parameters),
+      needs(parameters.Count()),
+      sources(parameters.Count()),
+      isDecider(parameters.Count()) {
+    const Host::SlotEffects effects(catalog.All());
+    for (const Host::ParameterInfo& info : catalog.All()) {
         isDecider[info.index] = catalog.Decides(info.index);
-    AddEffects("FX1_");
-    AddEffects("FX2_");
+        if (const auto& effect = effects.Of(info.index))
+            needs[info.index] = {effect->selector, effect->choice, true};
+    }
     AddModes();
-}
-
-void SettingNeeds::AddEffects(const std::string& slot) {
-    const uint32_t selector = catalog.Find(slot + "ModuleType").value();
-    for (uint32_t i = 0; i < kEffects.size(); ++i)
-        Add(slot + std::string(kEffects[i]), {selector, i + 1, true});
+    AddSources();
 }
 
 void SettingNeeds::AddModes() {
     for (const ModeRow& row : kModes)
         Add(std::string(row.prefix), {catalog.Find(row.selector).value(), row.choice});
+}
+
+/// What modulates has to be routed, and an amount switched on.
+void SettingNeeds::AddSources() {
+    for (uint32_t source = 0; source < Host::kModulationSources; ++source) {
+        const std::string& name = Host::SourceName(source);
+        for (const Host::ParameterInfo& info : catalog.All())
+            if (info.group == name || info.title == name)
+                sources[info.index] = source;
+        for (uint32_t row = 0; row < Host::kModulationDestinations; ++row)
+            needs[Host::AmountIndex(source, row)] = {Host::ActivatedIndex(source, row), 1};
+    }
 }
 
 void SettingNeeds::Add(const std::string& prefix, const Need& need) {
@@ -66,6 +74,9 @@ std::optional<std::string> SettingNeeds::Missing(uint32_t index,
                                                  const Host::PresentSettings& settings) const {
     if (const auto& need = needs[index]; need && settings.Choice(need->selector) != need->choice)
         return OfNeed(*need, settings);
+    if (const auto& source = sources[index]; source && !MovesAnything(settings, *source))
+        return Host::SourceName(*source) + " is routed to nothing. " +
+               RoutingAdvice(catalog, *source);
     return OfFamily(index, settings);
 }
 

@@ -10,7 +10,7 @@
 namespace Quorvan::Tools {
 
 /// What has to stand where for a setting to be heard: the effect that it belongs to in its slot,
-/// the mode that it belongs to.
+/// the mode that it belongs to, a routing of the modulation that it is part of.
 class SettingNeeds {
 public:
     explicit SettingNeeds(const Host::ParameterCatalog& parameters);
@@ -30,8 +30,8 @@ private:
         uint32_t choice = 0;
         bool isEffect = false;
     };
-    void AddEffects(const std::string& slot);
     void AddModes();
+    void AddSources();
     void Add(const std::string& prefix, const Need& need);
     std::string OfNeed(const Need& need, const Host::PresentSettings& settings) const;
     std::string OtherSlot(const Need& need, const Host::PresentSettings& settings) const;
@@ -39,8 +39,9 @@ private:
                                         const Host::PresentSettings& settings) const;
 
     const Host::ParameterCatalog& catalog;
-    std::vector<std::optional<Need>> needs;  ///< by index
-    std::vector<bool> isDecider;             ///< likewise
+    std::vector<std::optional<Need>> needs;        ///< by index
+    std::vector<std::optional<uint32_t>> sources;  ///< of modulation, likewise
+    std::vector<bool> isDecider;                   ///< likewise
 };
 
 }  // namespace Quorvan::Tools

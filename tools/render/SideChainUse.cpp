@@ -6,8 +6,7 @@
 namespace Quorvan::Tools {
 
 namespace {
-constexpr uint32_t kFollower = 0;    // source of modulation
-constexpr uint32_t kExampleRow = 0;  // destination
+constexpr uint32_t kFollower = 0;  // source of modulation
 }  // namespace
 
 SideChainUse::SideChainUse(const Host::ParameterCatalog& parameters)
@@ -27,9 +26,8 @@ std::optional<std::string> SideChainUse::Sentence(const std::string& file) const
     if (!isFollowed)
         return start + "the envelope follower takes the input. Try --set " +
                Host::Quoted(info.title + "=" + info.choices.back()) + ".";
-    const std::string& cell = catalog[Host::AmountIndex(kFollower, kExampleRow)].title;
-    return start + "the envelope follower is routed to nothing. Try --set " +
-           Host::Quoted(cell + "=50 %") + " --set " + Host::Quoted(cell + " On=On") + ".";
+    return start + "the envelope follower is routed to nothing. " +
+           RoutingAdvice(catalog, kFollower);
 }
 
 }  // namespace Quorvan::Tools

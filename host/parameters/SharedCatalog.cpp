@@ -1,0 +1,10 @@
+#include "host/parameters/SharedCatalog.h"
+
+namespace Quorvan::Host {
+
+const ParameterCatalog& SharedCatalog() {
+    static const ParameterCatalog catalog;
+    return catalog;
+}
+
+}  // namespace Quorvan::Host
