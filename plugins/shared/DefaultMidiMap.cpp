@@ -35,8 +35,8 @@ std::string LoadDefaultMidiMap(Host::Instrument& instrument) {
 }
 
 std::string SaveDefaultMidiMap(const Host::Instrument& instrument) {
-    return Host::WriteWholeFile(DefaultMidiMapFile(), Host::WriteMidiMap(instrument.GetMidiMap(),
-                                                                         instrument.Catalog()));
+    return Host::WriteWholeFile(DefaultMidiMapFile(),
+                                Host::WriteMidiMap(instrument.GetMidiMap(), instrument.Catalog()));
 }
 
 }  // namespace Quorvan::Plugins
