@@ -45,7 +45,7 @@ public:
 
     /// Takes all memory that running needs, and starts from silence; tempo is what the song will
     /// begin at, where it is known. Throws std::invalid_argument, with a sentence, for a format
-    /// that nothing can run at.
+    /// that nothing can run at, and std::bad_alloc where memory lacks.
     void Activate(const StreamFormat& format, double tempo = 120.0);
     void Deactivate();
     bool IsActive() const;
