@@ -1,0 +1,72 @@
+// Runs the LV2 with the trap set: lv2host Tesserae.so
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <random>
+#include <thread>
+
+#include "plugins/lv2host/Lv2Instance.h"
+
+namespace Quorvan::test {
+namespace {
+
+const char* binary = nullptr;
+constexpr uint32_t kDryWetPort = 10;
+
+/// Noise in buffers of random lengths, also none, with a control that moves. The loudest output.
+float PlayNoise(Lv2Instance& lv2, int buffers) {
+    std::mt19937 random(3);
+    float dryWet = 50.0f, loudest = 0.0f;
+    lv2.Connect(kDryWetPort, dryWet);
+    for (int i = 0; i < buffers; ++i) {
+        const uint32_t frames = static_cast<uint32_t>(random()) % (Lv2Instance::kMost + 1);
+        for (uint32_t n = 0; n < 2 * frames; ++n)
+            lv2.audio[n % 2][n / 2] = static_cast<float>(random() % 2001) / 2000.0f - 0.5f;
+        dryWet = static_cast<float>(random() % 101);
+        lv2.Run(frames);
+        for (uint32_t n = 0; n < frames; ++n)
+            loudest = std::isfinite(lv2.audio[4][n]) ? std::max(loudest, lv2.audio[4][n]) : 1e9f;
+    }
+    return loudest;
+}
+
+TEST(Lv2Test, StatesGoIntoAnotherInstanceAndBackToTheByte) {
+    Lv2Instance first(binary), second(binary);
+    PlayNoise(first, 20);
+    const std::string saved = first.Save();
+    EXPECT_NE(saved, second.Save());
+    second.Restore(saved);
+    EXPECT_EQ(second.Save(), saved);
+}
+
+TEST(Lv2Test, RunNeitherAllocatesNorLocksWhileStatesComeAndGo) {
+    Lv2Instance lv2(binary);
+    const std::string plain = lv2.Save();
+    std::string seeded = plain;
+    seeded.insert(seeded.find("\"parameters\""), "\"seed\": 7,\n \"preset\": \"Other\",\n ");
+    std::atomic<bool> ends{false};
+    std::thread other([&] {
+        while (!ends) {
+            lv2.Restore(seeded);
+            lv2.Save();
+            lv2.Restore(plain);
+        }
+    });
+    const float loudest = PlayNoise(lv2, 3000);
+    ends = true;
+    other.join();
+    EXPECT_GT(loudest, 0.05f);
+    EXPECT_LT(loudest, 10.0f);
+    EXPECT_EQ(ClapHost::Trap::Caught(), 0u);
+}
+
+}  // namespace
+}  // namespace Quorvan::test
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    Quorvan::test::binary = argc > 1 ? argv[1] : "Tesserae.so";
+    return RUN_ALL_TESTS();
+}
