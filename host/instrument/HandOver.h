@@ -39,11 +39,18 @@ public:
         T* const fresh = offered.exchange(nullptr, std::memory_order_acquire);
         if (fresh == nullptr)
             return false;
-        returned.store(current, std::memory_order_release);
-        current = fresh;
+        Replace(fresh);
         return true;
     }
     T* Current() const { return current; }
+
+    /// User's side: whether what is given back now would find its place.
+    bool CanReplace() const { return returned.load(std::memory_order_relaxed) == nullptr; }
+    /// User's side, where CanReplace: makes an object of its own the current one.
+    void Replace(T* fresh) {
+        returned.store(current, std::memory_order_release);
+        current = fresh;
+    }
 
 private:
     T* current = nullptr;  ///< the user's

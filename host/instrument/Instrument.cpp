@@ -59,6 +59,17 @@ void Instrument::Activate(const StreamFormat& format, double tempo) {
     latency = engine->LatencyFrames();
     player.SetEngine(std::move(engine));
     active = format;
+    OfferUnderstudy();
+}
+
+void Instrument::OfferFreshEngine() {
+    OfferUnderstudy();
+    player.OfferEngine(MakeEngine(*active, player.Tempo()));
+}
+
+/// With a seed, a start of the host's song is one from silence.
+void Instrument::OfferUnderstudy() {
+    player.OfferUnderstudy(kept.seed ? MakeEngine(*active, player.Tempo()) : nullptr);
 }
 
 void Instrument::Deactivate() {
@@ -346,6 +357,8 @@ std::optional<uint32_t> Instrument::Poll() {
         kept.midi.push_back(learnt);
         OfferMidi();
     }
+    if (active && kept.seed && !player.HasUnderstudy())
+        OfferUnderstudy();
     return program;
 }
 
@@ -357,7 +370,7 @@ void Instrument::SetSeed(std::optional<uint64_t> seed) {
         return;
     kept.seed = seed;
     if (active)
-        player.OfferEngine(MakeEngine(*active, player.Tempo()));
+        OfferFreshEngine();
 }
 
 std::optional<uint64_t> Instrument::Seed() const {
@@ -396,7 +409,7 @@ std::vector<Issue> Instrument::LoadState(std::string_view text) {
     OfferMorph();
     OfferMidi();
     if (active && otherSeed)
-        player.OfferEngine(MakeEngine(*active, player.Tempo()));
+        OfferFreshEngine();
     return std::move(parsed.issues);
 }
 

@@ -143,8 +143,9 @@ public:
 
     // ---- Chance
 
-    /// A seed: the sound repeats to the bit from Activate on. None: each start is another one.
-    /// While active the sound starts afresh.
+    /// A seed: the sound repeats to the bit from Activate on, and from each start of the host's
+    /// song on, which cuts off what still sounds. None: each start is another one. While active the
+    /// sound starts afresh.
     void SetSeed(std::optional<uint64_t> seed);
     std::optional<uint64_t> Seed() const;
 
@@ -160,6 +161,8 @@ public:
 
 private:
     std::unique_ptr<Engine> MakeEngine(const StreamFormat& format, double tempo);
+    void OfferFreshEngine();
+    void OfferUnderstudy();
     std::vector<float> Snapshot() const;
     void Remember(const std::string& name, const std::vector<float>& before);
     void Move(uint32_t index, float position);

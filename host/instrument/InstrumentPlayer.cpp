@@ -60,7 +60,7 @@ void InstrumentPlayer::Process(const InstrumentBuffer& buffer, ControlSink& sink
     done = 0;
     TakeUp(sink);
     if (buffer.transport && GetEngine() != nullptr)
-        GetEngine()->SetTransport(*buffer.transport);
+        FollowHost(*buffer.transport);
     else
         RunOwnSong();
     for (const InstrumentEvent& event : buffer.events) {
@@ -132,7 +132,7 @@ void InstrumentPlayer::Handle(const InstrumentEvent& event, uint32_t frame) {
         case InstrumentEvent::Kind::Transport:
             RunTo(frame);
             if (GetEngine() != nullptr)
-                GetEngine()->SetTransport(event.place);
+                FollowHost(event.place);
             break;
         case InstrumentEvent::Kind::Midi:
             HandleMidi(event.midi, frame);
@@ -191,6 +191,25 @@ void InstrumentPlayer::FollowClock(const std::array<uint8_t, 3>& message, uint32
     if (place->playing != present.playing || place->tempo != present.tempo ||
         std::abs(place->beat - present.beat) > kTick)
         engine->SetTransport(*place);
+}
+
+void InstrumentPlayer::FollowHost(const Transport& place) {
+    if (place.playing && !GetEngine()->GetTransport().playing && GetEngine()->FramesIn() > 0)
+        StartAfresh();
+    GetEngine()->SetTransport(place);
+}
+
+/// What has moved since the understudy was made comes as writes for its first block.
+void InstrumentPlayer::StartAfresh() {
+    if (!engines.CanReplace())
+        return;
+    Engine* const fresh = understudy.exchange(nullptr, std::memory_order_acquire);
+    if (fresh == nullptr)
+        return;
+    engines.Replace(fresh);
+    for (const ParameterValue& value : restored)
+        if (const float position = Effective(value.index); position != fresh->Position(value.index))
+            fresh->Write(value.index, position);
 }
 
 void InstrumentPlayer::RunOwnSong() {

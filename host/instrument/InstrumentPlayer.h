@@ -27,18 +27,28 @@ namespace Quorvan::Host {
 /// the events of each buffer at their frames, and runs the engine.
 ///
 /// Threads  Process and Clear on the audio thread, or on another while that one stands still; they
-///          neither allocate, lock nor wait. OfferEngine, OfferPlan, OfferRoutes, TellHost and
-///          TakeNote from the other side, in turn; Learn and song from any. SetEngine while the
-///          audio thread stands still.
+///          neither allocate, lock nor wait. OfferEngine, OfferUnderstudy, OfferPlan, OfferRoutes,
+///          TellHost and TakeNote from the other side, in turn; Learn and song from any. SetEngine
+///          while the audio thread stands still.
 class InstrumentPlayer {
 public:
     InstrumentPlayer(const ParameterCatalog& parameters, PositionBoard& positionBoard,
                      ControlBoard& controlBoard);
+    ~InstrumentPlayer() { delete understudy.load(); }
+    InstrumentPlayer(const InstrumentPlayer&) = delete;
+    InstrumentPlayer& operator=(const InstrumentPlayer&) = delete;
 
     /// A prepared engine that has the positions of the board, for a start from silence.
     void SetEngine(std::unique_ptr<Engine> engine);
     /// The same while the audio runs, with the format of the present one.
     void OfferEngine(std::unique_ptr<Engine> engine) { engines.Offer(std::move(engine)); }
+    /// The engine that takes over, fresh, where the host starts its song; null: none does. It has
+    /// the format of the present one.
+    void OfferUnderstudy(std::unique_ptr<Engine> engine) {
+        engines.Collect();
+        delete understudy.exchange(engine.release(), std::memory_order_acq_rel);
+    }
+    bool HasUnderstudy() const { return understudy.load(std::memory_order_relaxed) != nullptr; }
     void OfferPlan(std::unique_ptr<MorphPlan> plan) { plans.Offer(std::move(plan)); }
     void OfferRoutes(std::unique_ptr<MidiRoutes> routes) { midiRoutes.Offer(std::move(routes)); }
 
@@ -89,6 +99,8 @@ private:
     void FollowClock(const std::array<uint8_t, 3>& message, uint32_t frame);
     void LearnFrom(const MidiDecoder::Values& values);
     void RunOwnSong();
+    void FollowHost(const Transport& place);
+    void StartAfresh();
     void Move(uint32_t frame, uint32_t index, float position);
     void MoveOffset(uint32_t frame, uint32_t id, float offset);
     void Morph(uint32_t frame, float way);
@@ -103,6 +115,7 @@ private:
     OffsetBank offsets;
     BypassFader bypass;
     HandOver<Engine> engines;
+    std::atomic<Engine*> understudy{nullptr};
     HandOver<MorphPlan> plans;
     HandOver<MidiRoutes> midiRoutes;
     MidiDecoder midi;

@@ -13,7 +13,13 @@
 #define DISTRHO_PLUGIN_HAS_UI 0
 #define DISTRHO_PLUGIN_IS_RT_SAFE 1
 #define DISTRHO_PLUGIN_WANT_LATENCY 1
+#ifdef DISTRHO_PLUGIN_TARGET_VST3
+// The framework would show 2080 hidden parameters for it ahead of ours, and hosts automate the
+// first few hundred only.
+#define DISTRHO_PLUGIN_WANT_MIDI_INPUT 0
+#else
 #define DISTRHO_PLUGIN_WANT_MIDI_INPUT 1
+#endif
 #define DISTRHO_PLUGIN_WANT_PARAMETER_VALUE_CHANGE_REQUEST 1
 #define DISTRHO_PLUGIN_WANT_PROGRAMS 1
 #define DISTRHO_PLUGIN_WANT_STATE 1

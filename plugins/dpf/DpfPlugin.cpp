@@ -174,6 +174,8 @@ String DpfPlugin::getState(const char*) const { return String(instrument.SaveSta
 void DpfPlugin::setState(const char* key, const char* value) {
     if (std::strcmp(key, kStateKey) != 0 || *value == '\0')
         return;
+    // VST3 names the program that was chosen once ahead of the state, which is the newer of both.
+    caretaker.ForgetFactoryPreset();
     for (const Host::Issue& issue : instrument.LoadState(value))
         d_stderr("Tesserae: %s", issue.text.c_str());
 }
@@ -197,7 +199,7 @@ void DpfPlugin::deactivate() { instrument.Deactivate(); }
 
 void DpfPlugin::sampleRateChanged(double) { Start(); }
 
-std::optional<Host::Transport> DpfPlugin::Place() const {
+std::optional<Host::Transport> DpfPlugin::Place(uint32_t frames) {
     const TimePosition& time = getTimePosition();
     if (!time.bbt.valid)
         return std::nullopt;
@@ -205,15 +207,18 @@ std::optional<Host::Transport> DpfPlugin::Place() const {
     place.tempo = time.bbt.beatsPerMinute;
     place.playing = time.playing;
     const auto& bbt = time.bbt;
-    const double beats = (bbt.barStartTick + bbt.tick) / bbt.ticksPerBeat + bbt.beat - 1;
+    // Ahead of bar 1 the framework is a tick early.
+    const double tick = bbt.barStartTick + bbt.tick + (bbt.bar < 1 ? 1.0 : 0.0);
+    const double beats = tick / bbt.ticksPerBeat + bbt.beat - 1;
     place.beat = beats * 4.0 / static_cast<double>(bbt.beatType);
-    return place;
+    return steady.Steady(place, static_cast<int64_t>(time.frame), frames, instrument);
 }
 
 void DpfPlugin::OnControlMove(uint32_t, uint32_t id, double) {
     requestParameterValueChange(id, getParameterValue(id));
 }
 
+#if DISTRHO_PLUGIN_WANT_MIDI_INPUT
 void DpfPlugin::run(const float** inputs, float** outputs, uint32_t frames,
                     const MidiEvent* midiEvents, uint32_t midiEventCount) {
     events.clear();
@@ -225,13 +230,18 @@ void DpfPlugin::run(const float** inputs, float** outputs, uint32_t frames,
         std::copy_n(midi.data, midi.size, event.midi.begin());
         events.push_back(event);
     }
+    Play(inputs, outputs, frames);
+}
+#endif
+
+void DpfPlugin::Play(const float** inputs, float** outputs, uint32_t frames) {
     Host::InstrumentBuffer buffer;
     buffer.audio.inputs = inputs;
     buffer.audio.sideChain = inputs + 2;
     buffer.audio.outputs = outputs;
     buffer.audio.frames = frames;
     buffer.events = events;
-    buffer.transport = Place();
+    buffer.transport = Place(frames);
     instrument.Process(buffer, *this);
 }
 

@@ -7,6 +7,7 @@
 #include "DistrhoPlugin.hpp"
 #include "host/instrument/Instrument.h"
 #include "plugins/shared/Caretaker.h"
+#include "plugins/shared/SteadyPlace.h"
 
 namespace Quorvan::Plugins {
 
@@ -43,8 +44,14 @@ protected:
     void activate() override;
     void deactivate() override;
     void sampleRateChanged(double newSampleRate) override;
+#if DISTRHO_PLUGIN_WANT_MIDI_INPUT
     void run(const float** inputs, float** outputs, uint32_t frames,
              const DISTRHO_NAMESPACE::MidiEvent* midiEvents, uint32_t midiEventCount) override;
+#else
+    void run(const float** inputs, float** outputs, uint32_t frames) override {
+        Play(inputs, outputs, frames);
+    }
+#endif
 
 private:
     /// The straight way between a position and what the host sees.
@@ -53,15 +60,17 @@ private:
         bool stepped = false;
     };
     Range RangeOf(uint32_t id) const;
-    std::optional<Host::Transport> Place() const;
+    std::optional<Host::Transport> Place(uint32_t frames);
     void OnControlMove(uint32_t frame, uint32_t id, double position) override;
     void Start();
+    void Play(const float** inputs, float** outputs, uint32_t frames);
 
     // Saving a state changes nothing that a host could see.
     mutable Host::Instrument instrument;
     std::vector<Range> ranges;
     std::vector<std::string> groups;
     std::vector<Host::InstrumentEvent> events;
+    SteadyPlace steady;
     Caretaker caretaker;
 };
 

@@ -116,16 +116,17 @@ void JackClient::ReadMidi(jack_nframes_t frames) {
     }
 }
 
-std::optional<Host::Transport> JackClient::Place() const {
+std::optional<Host::Transport> JackClient::Place(jack_nframes_t frames) {
     jack_position_t position{};
     const jack_transport_state_t state = jack_transport_query(client, &position);
     if ((position.valid & JackPositionBBT) == 0)
         return std::nullopt;
     const double beats = (position.bar_start_tick + position.tick) / position.ticks_per_beat +
                          static_cast<double>(position.beat - 1);
-    return Host::Transport{position.beats_per_minute,
-                           beats * 4.0 / static_cast<double>(position.beat_type),
-                           state == JackTransportRolling};
+    const Host::Transport told{position.beats_per_minute,
+                               beats * 4.0 / static_cast<double>(position.beat_type),
+                               state == JackTransportRolling};
+    return steady.Steady(told, position.frame, frames, instrument);
 }
 
 int JackClient::Process(jack_nframes_t frames) {
@@ -139,7 +140,7 @@ int JackClient::Process(jack_nframes_t frames) {
     buffer.audio.outputs = out;
     buffer.audio.frames = frames;
     buffer.events = events;
-    buffer.transport = Place();
+    buffer.transport = Place(frames);
     instrument.Process(buffer, nobody);
     return 0;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/instrument/Instrument.h"
+#include "plugins/shared/SteadyPlace.h"
 
 namespace Quorvan::Live {
 
@@ -41,7 +42,7 @@ private:
     bool Start();
     int Process(jack_nframes_t frames);
     void ReadMidi(jack_nframes_t frames);
-    std::optional<Host::Transport> Place() const;
+    std::optional<Host::Transport> Place(jack_nframes_t frames);
     static void TellLatency(jack_latency_callback_mode_t mode, void* self);
 
     Host::Instrument& instrument;
@@ -51,6 +52,7 @@ private:
     jack_port_t* outputs[2]{};
     jack_port_t* midi = nullptr;
     std::vector<Host::InstrumentEvent> events;
+    Plugins::SteadyPlace steady;
     Host::ControlSink nobody;
     std::atomic<bool> lost{false}, otherRate{false};
 };

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Quorvan::Live {
 
@@ -10,6 +11,7 @@ namespace Quorvan::Live {
 struct LiveOptions {
     std::string preset = "init";  ///< name of a preset, or a file
     std::optional<std::string> midiMap, state;
+    std::vector<std::string> learn, setList;
     std::optional<double> tempo;
     std::optional<uint64_t> seed;
     std::string name = "Tesserae";

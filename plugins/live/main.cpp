@@ -7,6 +7,7 @@
 #include <exception>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
@@ -16,6 +17,7 @@
 #include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
 #include "plugins/live/JackClient.h"
+#include "plugins/live/Lessons.h"
 #include "plugins/live/LiveOptions.h"
 #include "plugins/shared/Caretaker.h"
 #include "presets/FactoryPresets.h"
@@ -24,7 +26,7 @@ namespace Quorvan::Live {
 
 namespace {
 
-constexpr int kUsage = 2, kCannotRead = 3, kNoServer = 6;
+constexpr int kUsage = 2, kCannotRead = 3, kCannotWrite = 4, kNoServer = 6;
 constexpr size_t kMostBytes = 64 << 20;
 
 /// A sentence for the user, and how the program ends.
@@ -68,7 +70,27 @@ Host::Preset FindPreset(const std::string& name) {
     throw Trouble{kUsage, Host::UnknownFactoryPreset(name)};
 }
 
+/// Where the MIDI map is read from and what is learnt goes to.
+std::filesystem::path MidiMapFile(const LiveOptions& options) {
+    if (options.midiMap)
+        return *options.midiMap;
+    return Host::PresetLibrary::UsualFolder().parent_path() / "midi-map.json";
+}
+
+/// The user's order of presets for program changes, in every instance from then on.
+void KeepSetList(const std::vector<std::string>& names) {
+    Host::PresetLibrary library(Host::SharedCatalog(), Host::FactoryPresets(),
+                                Host::PresetLibrary::UsualFolder());
+    std::vector<std::string> found;
+    for (const std::string& name : names)
+        found.push_back(FindPreset(name).name);
+    if (const std::string problem = library.SetSetList(found); !problem.empty())
+        throw Trouble{kCannotWrite, problem};
+}
+
 void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
+    if (!options.setList.empty())
+        KeepSetList(options.setList);
     const Host::Preset preset = FindPreset(options.preset);
     instrument.LoadPreset(preset);
     if (options.state)
@@ -76,10 +98,10 @@ void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
             throw Trouble{kCannotRead, issue.text};
     if (options.seed)
         instrument.SetSeed(options.seed);
-    const auto usual = Host::PresetLibrary::UsualFolder().parent_path() / "midi-map.json";
-    if (options.midiMap || std::filesystem::exists(usual))
-        instrument.SetMidiMap(Value(Host::ReadMidiMap(
-            Read(options.midiMap.value_or(usual.string())), Host::SharedCatalog())));
+    // What is to be learnt may begin a new file.
+    const std::filesystem::path map = MidiMapFile(options);
+    if (std::filesystem::exists(map) || (options.midiMap && options.learn.empty()))
+        instrument.SetMidiMap(Value(Host::ReadMidiMap(Read(map.string()), Host::SharedCatalog())));
     instrument.Song().SetTempo(options.tempo.value_or(preset.tempo.value_or(120.0)));
     instrument.Song().Run(options.run);
 }
@@ -109,9 +131,19 @@ void Introduce(const LiveOptions& options, const JackClient& client, uint32_t la
     Say(options, text);
 }
 
+Lessons Teach(Host::Instrument& instrument, const LiveOptions& options) {
+    try {
+        return Lessons(instrument, options.learn, MidiMapFile(options),
+                       [&options](const std::string& sentence) { Say(options, sentence); });
+    } catch (const std::invalid_argument& error) {
+        throw Trouble{kUsage, error.what()};
+    }
+}
+
 /// Plays until a signal comes, also where the server goes and comes back.
 void Play(Host::Instrument& instrument, const LiveOptions& options) {
     const sigset_t signals = EndingSignals();
+    Lessons lessons = Teach(instrument, options);
     jack_set_error_function([](const char*) {});
     jack_set_info_function([](const char*) {});
     std::unique_ptr<JackClient> client = JackClient::Open(instrument, options.name);
@@ -120,11 +152,16 @@ void Play(Host::Instrument& instrument, const LiveOptions& options) {
                       "No JACK server runs. Start one (jackd -d alsa, or qjackctl), or with "
                       "PipeWire put pw-jack in front of this command."};
     const Plugins::Caretaker caretaker(instrument);
+    std::string preset = instrument.PresetName();
     for (bool ends = false; !ends;) {
         const int wires = options.connect ? client->ConnectToMachine() : 0;
         Introduce(options, *client, instrument.LatencyFrames(), wires);
-        while (!ends && !client->IsLost() && !client->IsOutOfRate())
+        while (!ends && !client->IsLost() && !client->IsOutOfRate()) {
             ends = Ends(signals, 100);
+            lessons.Look();
+            if (instrument.PresetName() != std::exchange(preset, instrument.PresetName()))
+                Say(options, "Preset " + Host::Quoted(preset) + ".");
+        }
         if (ends)
             break;
         Say(options, client->IsLost() ? "The JACK server has gone; waiting for it to come back."
@@ -156,6 +193,13 @@ int Main(int argc, char** argv) {
     app.add_option("--seed", options.seed, "Fixed chance: the same playing gives the same sound");
     app.add_option("--midi-map", options.midiMap,
                    "What MIDI moves; without it, midi-map.json beside the user's presets folder");
+    app.add_option("--learn", options.learn,
+                   "Parameters that wait, in this order, for a MIDI control that moves them from "
+                   "then on; kept in the MIDI map's file")
+        ->type_name("NAME...");
+    app.add_option("--set-list", options.setList,
+                   "Presets that program changes choose, in this order; kept for the next times")
+        ->type_name("NAME...");
     app.add_option("--name", options.name, "Name of the JACK client")->capture_default_str();
     app.add_flag("--connect", options.connect,
                  "Connect to the machine's inputs, outputs and MIDI devices");

@@ -28,6 +28,7 @@ Caretaker::~Caretaker() {
 }
 
 void Caretaker::Look() {
+    const std::lock_guard<std::mutex> lock(looking);
     const int32_t number = wanted.exchange(-1, std::memory_order_relaxed);
     const auto presets = Host::FactoryPresets();
     if (number >= 0 && static_cast<size_t>(number) < presets.size())

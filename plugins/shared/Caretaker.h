@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -27,12 +28,19 @@ public:
         wanted.store(static_cast<int32_t>(number), std::memory_order_relaxed);
     }
 
+    /// What was asked for will not come any more once this has returned. Not on the audio thread.
+    void ForgetFactoryPreset() {
+        const std::lock_guard<std::mutex> lock(looking);
+        wanted.store(-1, std::memory_order_relaxed);
+    }
+
 private:
     void Look();
     void LoadProgram(uint32_t program);
 
     Host::Instrument& instrument;
     std::unique_ptr<Host::PresetLibrary> library;  ///< made at the first program change
+    std::mutex looking;
     std::atomic<int32_t> wanted{-1};
     std::atomic<bool> ends{false};
     std::thread thread;

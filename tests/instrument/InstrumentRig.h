@@ -58,6 +58,7 @@ public:
             buffer.audio = {
                 .inputs = channels, .outputs = channels, .frames = static_cast<uint32_t>(frames)};
             buffer.events = now;
+            buffer.transport = transport;
             Process(buffer, sink);
             done += frames;
         }
@@ -71,6 +72,7 @@ public:
     }
 
     NotingSink sink;
+    std::optional<Host::Transport> transport;  ///< for each buffer as it is
 };
 
 }  // namespace Quorvan::test

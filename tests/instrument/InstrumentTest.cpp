@@ -159,6 +159,22 @@ TEST(InstrumentTest, AFixedSeedRepeatsAfterReloadAndActivate) {
     EXPECT_FALSE(second.Run(input) == sound);
 }
 
+TEST(InstrumentTest, AFixedSeedRepeatsFromEachStartOfTheHostsSong) {
+    const StereoSignal input = NoiseInput(12000);
+    const auto whole = [] { return size_t{12000}; };
+    ReadyInstrument first, second;
+    first.transport = Transport{120.0, 0.0, true};
+    const StereoSignal sound = first.Run(input, {}, whole);
+    for (int round = 0; round < 3; ++round) {
+        second.transport = Transport{120.0, 8.0, false};
+        second.Run(input, {ControlAt(5, kPitch, 0.1)}, [] { return size_t{777}; });
+        second.Flush({ControlAt(0, kPitch, 0.5)});
+        second.Poll();
+        second.transport = first.transport;
+        EXPECT_TRUE(second.Run(input, {}, whole) == sound) << round;
+    }
+}
+
 TEST(InstrumentTest, EditsAreTakenBackByGestureAndSoundsCompared) {
     ReadyInstrument instrument;
     const uint32_t feedback = IndexOf("Feedback");

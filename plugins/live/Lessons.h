@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/instrument/Instrument.h"
+
+namespace Quorvan::Live {
+
+/// Parameters that wait, one after another, for the MIDI source that is to move them from then on.
+/// What has been learnt is kept in a file.
+class Lessons {
+public:
+    using Saying = std::function<void(const std::string&)>;
+
+    /// Indices of the names, with the instrument's present settings. Throws std::invalid_argument,
+    /// with a sentence, for a name that means nothing.
+    Lessons(Host::Instrument& taught, const std::vector<std::string>& names,
+            std::filesystem::path mapFile, Saying speaker);
+    /// To be called now and then: tells what has been learnt, keeps it, and begins the next one.
+    void Look();
+
+private:
+    void Begin();
+    void Keep();
+
+    Host::Instrument& instrument;
+    std::vector<uint32_t> waiting;  ///< the next one comes last
+    std::filesystem::path file;
+    Saying say;
+    bool begun = false;
+};
+
+}  // namespace Quorvan::Live

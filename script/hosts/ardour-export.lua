@@ -1,0 +1,22 @@
+-- Opens the session, says what the plug-in's latency is, and exports so many frames into OUT.
+--   ardour-export.lua FOLDER BUFFER FRAMES OUT
+local folder, buffer, frames = arg[1], tonumber(arg[2]), tonumber(arg[3])
+local backend = AudioEngine:set_backend("None (Dummy)", "", "")
+backend:set_device_name("Silence")
+backend:set_sample_rate(48000)
+backend:set_buffer_size(buffer)
+local session = load_session(folder, "try")
+assert(session, "Ardour does not open the session in " .. folder)
+local insert = session:route_by_name("Voice"):nth_plugin(0):to_insert()
+sleep(1)
+print("LATENCY", insert:signal_latency())
+local export = session:simple_export()
+assert(export:set_preset("7d4a4d0e-6a2f-4a5c-9c0e-2f6d0b1d7a11"))
+export:set_folder(arg[4])
+export:set_name("out")
+export:set_range(0, frames)
+assert(export:run_export(), "Ardour does not export")
+print("EXPORTED")
+io.stdout:flush()
+-- Closing a session behind an export crashes Ardour 7.3 now and then, whatever the session holds.
+os.execute("kill -KILL $PPID")

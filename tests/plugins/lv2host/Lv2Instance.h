@@ -1,0 +1,84 @@
+#pragma once
+
+#include <dlfcn.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "lv2/atom.h"
+#include "lv2/lv2.h"
+#include "lv2/options.h"
+#include "lv2/state.h"
+#include "lv2/urid.h"
+#include "lv2/worker.h"
+#include "plugins/claphost/Trap.h"
+
+namespace Quorvan::test {
+
+/// An active LV2 plug-in behind the plain C interface; ports that nobody connects stay so.
+struct Lv2Instance {
+    explicit Lv2Instance(const char* binary) {
+        auto* const find = dlsym(dlopen(binary, RTLD_NOW | RTLD_LOCAL), "lv2_descriptor");
+        plugin = reinterpret_cast<LV2_Descriptor_Function>(find)(0);
+        handle = plugin->instantiate(plugin, 48000.0, "", features);
+        state =
+            static_cast<const LV2_State_Interface*>(plugin->extension_data(LV2_STATE__interface));
+        for (uint32_t port = 0; port < 6; ++port)
+            Connect(port, audio[port][0]);
+        plugin->connect_port(handle, 6, &eventsIn);
+        plugin->connect_port(handle, 7, eventsOut.data());
+        plugin->activate(handle);
+    }
+    ~Lv2Instance() {
+        plugin->deactivate(handle);
+        plugin->cleanup(handle);
+    }
+
+    void Connect(uint32_t port, float& value) { plugin->connect_port(handle, port, &value); }
+    /// At most kMost frames, with the trap set.
+    void Run(uint32_t frames) {
+        *reinterpret_cast<LV2_Atom*>(eventsOut.data()) = {8000, 0};
+        const ClapHost::Trap trap;
+        plugin->run(handle, frames);
+    }
+    std::string Save() {
+        std::string text;
+        const auto store = [](void* kept, uint32_t, const void* value, size_t size, uint32_t,
+                              uint32_t) {
+            static_cast<std::string*>(kept)->assign(static_cast<const char*>(value), size);
+            return LV2_STATE_SUCCESS;
+        };
+        state->save(handle, store, &text, 0, features);
+        return text;
+    }
+    void Restore(std::string text) {
+        const auto retrieve = [](void* held, uint32_t, size_t* size, uint32_t* type, uint32_t*) {
+            *size = static_cast<std::string*>(held)->size();
+            *type = Map(nullptr, LV2_ATOM__String);
+            return static_cast<const void*>(static_cast<std::string*>(held)->c_str());
+        };
+        state->restore(handle, retrieve, &text, 0, features);
+    }
+    static LV2_URID Map(void*, const char* uri) {
+        static std::map<std::string, LV2_URID> numbers;
+        return numbers.try_emplace(uri, static_cast<LV2_URID>(numbers.size() + 1)).first->second;
+    }
+
+    static constexpr uint32_t kMost = 512;
+    float audio[6][kMost]{};  ///< in, side-chain, out
+    LV2_URID_Map map{nullptr, Map};
+    LV2_Worker_Schedule schedule{
+        nullptr, [](void*, uint32_t, const void*) { return LV2_WORKER_ERR_NO_SPACE; }};
+    LV2_Options_Option options[1]{};
+    LV2_Feature all[3]{
+        {LV2_URID__map, &map}, {LV2_WORKER__schedule, &schedule}, {LV2_OPTIONS__options, options}};
+    const LV2_Feature* features[4]{&all[0], &all[1], &all[2], nullptr};
+    LV2_Atom_Sequence eventsIn{{sizeof(LV2_Atom_Sequence_Body), 0}, {0, 0}};
+    std::vector<uint64_t> eventsOut = std::vector<uint64_t>(1024);
+    const LV2_Descriptor* plugin;
+    LV2_Handle handle;
+    const LV2_State_Interface* state;
+};
+
+}  // namespace Quorvan::test
