@@ -1,13 +1,6 @@
-#include <cmath>
-#include <memory>
-#include <string>
-#include <utility>
-
-#include <gtest/gtest.h>
-
 #include "c/tesserae.h"
 #include "support/AllocationTrap.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::test {
 namespace {
@@ -37,9 +30,7 @@ TEST(CFaceTest, WhatTheAudioThreadMayCallTakesNoMemory) {
         EXPECT_EQ(tesserae_watch(p, 1), TESSERAE_OK);
         for (uint32_t write = 0; write < 20; ++write)
             EXPECT_EQ(tesserae_set_at(p, 997 * write % 1500, 3024, 0.5f), TESSERAE_OK);
-        if (n % 60 == 7) {
-            EXPECT_EQ(tesserae_panic(p), TESSERAE_OK);
-        }
+        EXPECT_TRUE(n % 60 != 7 || tesserae_panic(p) == TESSERAE_OK);
         EXPECT_EQ(tesserae_set(p, 3013, 0.5f), TESSERAE_READ_ONLY);
         EXPECT_EQ(tesserae_set(p, 3024, std::nanf("")), TESSERAE_BAD_ARGUMENT);
         EXPECT_EQ(tesserae_process(p, channels, channels, channels, nullptr, n * 2), TESSERAE_OK);

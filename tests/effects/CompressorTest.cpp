@@ -1,38 +1,16 @@
 #include "effects/Compressor.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <utility>
-#include <vector>
-
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherLPF.h"
-#include "support/ModuleRig.h"
 #include "support/PlainParts.h"
 #include "support/SideBySide.h"
 
 namespace Quorvan::dsp {
 namespace {
 
-using test::Channel;
-using test::Stereo;
 using C = Compressor;
 
-struct Rig : test::EffectRig<C> {
-    /// Wet, all gains 0 dB, no knee, and at rest.
-    explicit Rig(float thresholdDb = -20.0f, float ratio = 4.0f, float sampleRate = 48000.0f)
-        : EffectRig(sampleRate) {
-        Set(C::Wet, 1.0f);
-        Set(C::OutputGain, 0.0f);
-        Set(C::Threshold, thresholdDb);
-        Set(C::Ratio, ratio);
-        module.Reset(true);
-    }
-};
+using Rig = EffectRig<C>;
 
 /// The same compressor sample by sample, with nothing worked out ahead and unending delay lines in
 /// place of rings. In single precision like the real one: a release of seconds moves the gain by
@@ -40,11 +18,10 @@ struct Rig : test::EffectRig<C> {
 /// from the smoothers themselves.
 class Plain {
 public:
-    Plain(C& source, float sampleRate) : knobs(source), rate(sampleRate) {
-        const uint32_t block = test::BlockOf(rate);
+    Plain(C& source, float sampleRate, uint32_t block) : knobs(source), rate(sampleRate) {
         for (SmootherLPF* s : {&inGain, &outGain, &ratio, &threshold})
-            test::SetUp(*s, rate, block);
-        test::SetUp(wet, rate, 1);
+            SetUp(*s, rate, block);
+        SetUp(wet, rate, 1);
         wet.rampSteps = block;
         Reset(true);
     }
@@ -62,7 +39,7 @@ public:
         BeginBlock();
         const size_t count = in[0].size();
         const bool linked = On(C::StereoMode), mono = !hasRight;
-        Stereo out{Channel(count, test::kStale), Channel(count, test::kStale)};
+        Stereo out{Channel(count, kStale), Channel(count, kStale)};
         for (size_t i = 0; i < count; ++i) {
             const float share = wet.Tick();
             const float x[2] = {in[0][i], mono ? 0.0f : in[1][i]};
@@ -86,7 +63,7 @@ public:
         return out;
     }
 
-    test::PlainKnobs<C> knobs;
+    PlainKnobs<C> knobs;
     float meter = 0.0f;
 
 private:
@@ -185,8 +162,7 @@ private:
     int32_t lookahead = 0;
 };
 
-/// Draws a new value for a share of the parameters.
-void Jump(Rig& rig, test::Dice& dice, float share) {
+void Jump(Rig& rig, Dice& dice, float share) {
     struct Range {
         uint32_t id;
         float from, to;
@@ -217,24 +193,19 @@ void Jump(Rig& rig, test::Dice& dice, float share) {
 // In the look-ahead a ramp ends where it meets the curve: where the two run side by side, the last
 // digit decides on a stretch of it, which then is off a little more.
 TEST(CompressorTest, MatchesAPlainModelWhileEverythingMoves) {
-    for (const float rate : test::kRates) {
-        Rig rig(-20.0f, 4.0f, rate);
-        Plain model(rig.module, rate);
-        test::SideBySide pair(rig, model, rate);
+    ExpectAlike<Rig, Plain>(4000, 2.0e-4f, [](auto& pair, uint32_t number) {
         pair.unit = 0.2f;
-        const float worst = pair.WorstError(4000, [&](uint32_t number) {
-            ASSERT_NEAR(rig.module.Value(C::OutGainReduction), std::min(model.meter, 1.0f), 1.0e-6f)
-                << number;
-            if (number % 20 == 0)
-                Jump(rig, pair.dice, number % 240 == 0 ? 1.0f : 0.2f);
-            for (uint32_t row = 2; row < 6 && number > 2000; ++row)
-                if (pair.dice.Chance(0.01f))
-                    pair.Modulate(row, pair.dice.Between(-0.3f, 0.3f));
-            if (number % 240 == 0 && number > 0)
-                pair.Reset(number % 480 == 0);
-        });
-        EXPECT_LT(worst, 2.0e-4f) << rate;
-    }
+        ASSERT_NEAR(pair.rig.module.Value(C::OutGainReduction), std::min(pair.model.meter, 1.0f),
+                    1.0e-6f)
+            << number;
+        if (number % 20 == 0)
+            Jump(pair.rig, pair.dice, number % 240 == 0 ? 1.0f : 0.2f);
+        for (uint32_t row = 2; row < 6 && number > 2000; ++row)
+            if (pair.dice.Chance(0.01f))
+                pair.Modulate(row, pair.dice.Between(-0.3f, 0.3f));
+        if (number % 240 == 0 && number > 0)
+            pair.Reset(number % 480 == 0);
+    });
 }
 
 }  // namespace

@@ -1,70 +1,54 @@
 #include "effects/Limiter.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "support/EchoMeters.h"
-#include "support/ModuleRig.h"
+#include "effects/DigitalPPM.h"
 #include "support/SideBySide.h"
 
 namespace Quorvan::dsp {
 namespace {
 
-using test::BlockOf;
-using test::Channel;
-using test::PeakOf;
-using test::Stereo;
-
 const float kCeiling = std::pow(10.0f, -0.1f / 20.0f);
 
-struct Rig : test::ModuleRig<Limiter> {
-    explicit Rig(float rate = 48000.0f)
-        : test::ModuleRig<Limiter>(rate, BlockOf(rate), "Limiter") {}
+struct Rig : ModuleRig<Limiter> {
+    explicit Rig(float rate = 48000.0f) : ModuleRig<Limiter>(rate, BlockOf(rate), "Limiter") {}
 };
 
 /// Signals that look for a way past the limiter, all up to peak.
 std::vector<std::pair<std::string, Channel>> Attempts(float rate, size_t length, float peak) {
-    Channel steps(length), swell = test::Sine(100.0, rate, length, peak);
+    Channel steps(length), swell = Sine(100.0, rate, length, peak);
     for (size_t i = 0; i < length; ++i) {
         const size_t phase = i / 997 % 3;
         steps[i] = phase == 0 ? 0.1f : phase == 1 ? peak : -0.7f * peak;
         swell[i] *= static_cast<float>(i) / static_cast<float>(length);
     }
     Channel impulses(length);
-    const Channel heights = test::Noise(5, length, peak);
+    const Channel heights = Noise(5, length, peak);
     for (size_t i = 0; i < length; i += 7 + i % 411)
         impulses[i] = heights[i];
-    return {{"noise", test::Noise(1, length, peak)},
-            {"bursts", test::Bursts(3, length, peak)},
-            {"steps", steps},
-            {"impulses", impulses},
-            {"swell", swell},
-            {"30 Hz", test::Sine(30.0, rate, length, peak)},
-            {"5 kHz", test::Sine(5000.0, rate, length, peak)},
-            {"a quarter of the rate",
-             test::Sine(0.2499 * static_cast<double>(rate), rate, length, peak)}};
+    return {
+        {"noise", Noise(1, length, peak)},
+        {"bursts", Bursts(3, length, peak)},
+        {"steps", steps},
+        {"impulses", impulses},
+        {"swell", swell},
+        {"30 Hz", Sine(30.0, rate, length, peak)},
+        {"5 kHz", Sine(5000.0, rate, length, peak)},
+        {"a quarter of the rate", Sine(0.2499 * static_cast<double>(rate), rate, length, peak)}};
 }
 
 // The gain that a sample asks for is the one it leaves with, or a lower one: what is over the
 // ceiling comes from the rounding of logarithm and exponential, more of it the more decibels there
 // are.
 TEST(LimiterTest, NothingPassesTheCeiling) {
-    for (const float rate : test::kRates)
+    for (const float rate : kRates)
         for (const float peak : {0.99f, 1.5f, 4.0f, 1000.0f}) {
             const float rounding = peak < 10.0f ? 2.0e-7f : 2.0e-6f;
             const size_t length = size_t{200} * BlockOf(rate);
             for (const auto& [name, signal] : Attempts(rate, length, peak)) {
                 Rig rig(rate);
-                const Stereo output = rig.Run({signal, test::Noise(9, length, 0.3f * peak)});
+                const Stereo output = rig.Run({signal, Noise(9, length, 0.3f * peak)});
                 EXPECT_LE(PeakOf(output), kCeiling * (1.0f + rounding))
                     << name << " up to " << peak;
-                EXPECT_GT(PeakOf(output), 0.9f * std::min(kCeiling, PeakOf({signal, {}}))) << name;
+                EXPECT_GT(PeakOf(output), 0.9f * std::min(kCeiling, PeakLevel(signal))) << name;
             }
         }
 }
@@ -74,7 +58,7 @@ TEST(LimiterTest, WhatIsBelowTheCeilingComesOutThreeMillisecondsLater) {
          {std::pair(44100.0f, 132u), {48000.0f, 144u}, {96000.0f, 288u}, {192000.0f, 576u}}) {
         Rig rig(rate);
         const size_t length = size_t{100} * BlockOf(rate);
-        const Stereo input{test::Noise(1, length, 0.98f), test::Noise(2, length, 0.98f)};
+        const Stereo input{Noise(1, length, 0.98f), Noise(2, length, 0.98f)};
         const Stereo output = rig.Run(input);
         EXPECT_EQ(rig.module.LookaheadSamples(), static_cast<int32_t>(latency));
         for (size_t c = 0; c < 2; ++c)
@@ -91,9 +75,46 @@ TEST(LimiterTest, BothChannelsAndTheMeterFollowTheLouder) {
     const Stereo output = rig.Run({Channel(9600, 4.0f), Channel(9600, -0.1f)});
     EXPECT_NEAR(output[0].back(), kCeiling, 1.0e-6f);
     EXPECT_NEAR(output[1].back(), -0.1f * kCeiling / 4.0f, 1.0e-6f);
-    const float over = test::DecibelsOf(4.0f / kCeiling);
+    const float over = DecibelsOf(4.0f / kCeiling);
     EXPECT_NEAR(rig.module.Value(Limiter::OutGainReduction),
                 ((over * 3.465e-06f - 0.000511f) * over + 0.03486f) * over, 1.0e-5f);
+}
+
+struct Meter : ModuleRig<DigitalPPM> {
+    explicit Meter(float rate = 48000.0f, uint32_t block = 48)
+        : ModuleRig<DigitalPPM>(rate, block, "MasterVuL") {}
+    float After(const Channel& signal) {
+        RunMono(signal);
+        return module.GetParameterNormalized(DigitalPPM::Level);
+    }
+};
+
+// While falling, the meter is a one-pole low-pass of the rectified signal.
+TEST(DigitalPPMTest, MatchesAPlainModel) {
+    const Channel signal = Bursts(3, 96000, 1.3f);
+    double level = 0.0;
+    Meter rig(44100.0f, 44);
+    for (size_t at = 0; at + 440 <= signal.size(); at += 440) {
+        for (size_t i = at; i < at + 440; ++i) {
+            const double a = std::abs(signal[i]);
+            const double share = 1.0 / (44100.0 * 1.7 / std::log(10.0));
+            level = a > level ? a : level * std::exp(-share) + a * share;
+        }
+        const auto first = signal.begin() + static_cast<std::ptrdiff_t>(at);
+        ASSERT_NEAR(static_cast<double>(rig.After(Channel(first, first + 440))),
+                    std::min(level, 1.0), 1.0e-3 * level);
+    }
+    rig.module.Reset(false);
+    EXPECT_EQ(rig.After(Channel(44)), 0.0f);
+}
+
+TEST(DigitalPPMTest, ABlockWithoutSamplesShowsZero) {
+    Meter rig;
+    EXPECT_EQ(rig.After(Channel(48, 0.5f)), 0.5f);
+    ProcessBlock empty;
+    EXPECT_TRUE(rig.module.Process(empty));
+    EXPECT_EQ(rig.module.GetParameterNormalized(DigitalPPM::Level), 0.0f);
+    EXPECT_NEAR(rig.After(Channel(48)), 0.5f, 0.001f);
 }
 
 }  // namespace

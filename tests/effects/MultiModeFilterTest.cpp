@@ -1,25 +1,12 @@
 #include "effects/MultiModeFilter.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <numbers>
-#include <utility>
-#include <vector>
-
-#include "support/ModuleRig.h"
-#include "support/RampedPole.h"
+#include "support/PlainParts.h"
 #include "support/SideBySide.h"
 
 namespace Quorvan::dsp {
 namespace {
 
-using test::Channel;
-using test::kRates;
-using test::Stereo;
-using Rig = test::EffectRig<MultiModeFilter>;
+using Rig = EffectRig<MultiModeFilter>;
 using Filter = MultiModeFilter;
 
 /// The filter in double precision, one sample and one channel after the other.
@@ -58,7 +45,7 @@ public:
         return mode < 3 ? RunSections(input) : RunComb(input);
     }
 
-    test::PlainKnobs<Filter> knobs;
+    PlainKnobs<Filter> knobs;
 
 private:
     using Coefficients = std::array<double, 4>;  // a1, a2, a3, band
@@ -157,7 +144,7 @@ private:
     int mode = 0;
     size_t stages = 1;
     std::pair<float, float> switches;
-    test::RampedPole wet{.rate = rate, .time = 0.01}, gain = wet;
+    RampedPole wet{.rate = rate, .time = 0.01}, gain = wet;
     double frequency = 0.0;
     Coefficients coefficients{};
     SmootherSRL delay{0.03};
@@ -169,35 +156,28 @@ private:
 // In single precision the states of steep settings with a low corner lose some parts in 1e4 of the
 // loudest sample around; the combs lose next to nothing.
 TEST(MultiModeFilterTest, MatchesAPlainModelWhileEverythingMoves) {
-    for (const float rate : kRates) {
-        Rig rig(rate);
-        Plain model(rig.module, rate, test::BlockOf(rate));
-        test::SideBySide pair(rig, model, rate);
+    std::array<uint32_t, 5> seen{};
+    ExpectAlike<Rig, Plain>(2000, 6.0e-4f, [&seen](auto& pair, uint32_t number) {
         pair.mayLackRight = false;
-        std::array<uint32_t, 5> seen{};
-        const float worst = pair.WorstError(2000, [&](uint32_t number) {
-            for (uint32_t id = 0; id < Filter::kParameterCount; ++id) {
-                const bool isSwitch = id == Filter::Mode || id == Filter::Slope;
-                if (pair.dice.Chance(isSwitch ? 0.03f : 0.2f))
-                    rig.SetPosition(id, pair.dice.Unit());
-            }
-            for (uint32_t channel = 2; channel < 5; ++channel)
-                if (pair.dice.Chance(0.1f))
-                    pair.Modulate(channel,
-                                  pair.dice.Chance(0.5f) ? 0.0f : pair.dice.Between(-0.5f, 0.5f));
-            if (number % 300 == 250)
-                pair.Reset(number == 250);
-            const int32_t mode = rig.module.Index(Filter::Mode);
-            pair.unit = mode >= Filter::kCombFeedback ? 0.025f : 1.0f;
-            ++seen[static_cast<size_t>(mode)];
-        });
-        EXPECT_LT(worst, 6.0e-4f) << rate;
-        for (const uint32_t blocks : seen)
-            EXPECT_GT(blocks, 50u) << "a mode was hardly tried at " << rate;
-    }
+        for (uint32_t id = 0; id < Filter::kParameterCount; ++id) {
+            const bool isSwitch = id == Filter::Mode || id == Filter::Slope;
+            if (pair.dice.Chance(isSwitch ? 0.03f : 0.2f))
+                pair.rig.SetPosition(id, pair.dice.Unit());
+        }
+        for (uint32_t channel = 2; channel < 5; ++channel)
+            if (pair.dice.Chance(0.1f))
+                pair.Modulate(channel,
+                              pair.dice.Chance(0.5f) ? 0.0f : pair.dice.Between(-0.5f, 0.5f));
+        if (number % 300 == 250)
+            pair.Reset(number == 250);
+        const int32_t mode = pair.rig.module.Index(Filter::Mode);
+        pair.unit = mode >= Filter::kCombFeedback ? 0.025f : 1.0f;
+        ++seen[static_cast<size_t>(mode)];
+    });
+    for (const uint32_t blocks : seen)
+        EXPECT_GT(blocks, 150u) << "a mode was hardly tried";
 }
 
-/// Fully wet and at rest.
 struct Still : Rig {
     Still(float sampleRate, int32_t mode, float slope, float frequency, float q) : Rig(sampleRate) {
         Set(Filter::Wet, 1.0f);
@@ -212,7 +192,7 @@ struct Still : Rig {
 
 TEST(MultiModeFilterTest, CornersBeyondHalfTheRateAreHeldBelowIt) {
     constexpr float rate = 11025.0f;
-    const Stereo input{test::Noise(9, 11025, 0.5f), test::Noise(10, 11025, 0.5f)};
+    const Stereo input{Noise(9, 11025, 0.5f), Noise(10, 11025, 0.5f)};
     for (int32_t mode = 0; mode < 3; ++mode) {
         Still filter(rate, mode, 36.0f, 20000.0f, 0.7f),
             held(rate, mode, 36.0f, 0.49f * rate, 0.7f);

@@ -1,27 +1,16 @@
 #include "effects/Reverb.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <utility>
-
-#include "support/EchoMeters.h"
-#include "support/ModuleRig.h"
 #include "support/PlainReverb.h"
-#include "support/SideBySide.h"
 
 namespace Quorvan::dsp {
 namespace {
 
-using test::PeakOf;
-using test::Stereo;
 using R = Reverb;
 using Core = DattorroCore;
 
-using Rig = test::EffectRig<R>;
+using Rig = EffectRig<R>;
 
-/// Random settings of the reverb and of its plate.
-void Jump(Rig& rig, test::Dice& dice) {
+void Jump(Rig& rig, Dice& dice) {
     struct Range {
         uint32_t id;
         float from, to;
@@ -61,29 +50,22 @@ void Jump(Rig& rig, test::Dice& dice) {
 }
 
 TEST(ReverbTest, MatchesAPlainModelWhileEverythingMoves) {
-    for (const float rate : test::kRates) {
-        Rig rig(rate);
-        test::PlainReverb model(rig.module, rate, test::BlockOf(rate));
-        test::SideBySide pair(rig, model, rate);
+    ExpectAlike<Rig, PlainReverb>(2400, 1.0e-5f, [](auto& pair, uint32_t number) {
         pair.mayLackRight = false;
-        const float worst = pair.WorstError(2400, [&](uint32_t number) {
-            if (number % 40 == 0) {
-                Jump(rig, pair.dice);
-                for (uint32_t channel = 2; channel < 10 && number >= 900; ++channel)
-                    pair.Modulate(channel,
-                                  (channel == 9 ? 5.0f : 1.0f) * pair.dice.Between(-0.3f, 0.3f));
-            }
-            if (number % 600 == 430)
-                pair.Reset(number % 1200 == 430);
-        });
-        EXPECT_LT(worst, 1.0e-5f) << rate;
-    }
+        if (number % 40 == 0) {
+            Jump(pair.rig, pair.dice);
+            for (uint32_t row = 2; row < 10 && number >= 900; ++row)
+                pair.Modulate(row, (row == 9 ? 5.0f : 1.0f) * pair.dice.Between(-0.3f, 0.3f));
+        }
+        if (number % 600 == 430)
+            pair.Reset(number % 1200 == 430);
+    });
 }
 
 TEST(ReverbTest, LowAndUnusableRatesStayStable) {
-    const Stereo in{test::Noise(1, 24000), test::Noise(2, 24000)};
+    const Stereo in{Noise(1, 24000), Noise(2, 24000)};
     for (const float rate : {-1.0f, 0.0f, 8000.0f, 10001.0f, 22050.0f}) {
-        test::ModuleRig<R> rig(rate, 48, "");
+        ModuleRig<R> rig(rate, 48, "");
         rig.module.SetParameterValue(Core::Predelay, 0.2f);
         rig.module.SetParameterValue(Core::Size, 0.1f);
         rig.module.SetParameterValue(R::EarlyOn, 1.0f);
@@ -95,14 +77,14 @@ TEST(ReverbTest, LowAndUnusableRatesStayStable) {
 }
 
 TEST(ReverbTest, ThePlateRunsAtItsReferenceRateBelowItAndStartsAfreshAtANewOne) {
-    test::ModuleRig<Core> low(8000.0f, 48, ""), reference(29761.0f, 48, "");
+    ModuleRig<Core> low(8000.0f, 48, ""), reference(29761.0f, 48, "");
     for (auto* rig : {&low, &reference}) {
         rig->module.SetParameterValue(Core::Predelay, 0.01f);
         rig->module.Reset(true);
     }
-    const test::Channel in = test::Noise(1, 9600);
+    const Channel in = Noise(1, 9600);
     EXPECT_EQ(low.RunMono(in), reference.RunMono(in));
-    test::ModuleRig<Core> fresh(96000.0f, 48, "");
+    ModuleRig<Core> fresh(96000.0f, 48, "");
     fresh.module.SetParameterValue(Core::Predelay, 0.01f);
     for (auto* rig : {&low, &fresh})
         rig->module.Setup(96000.0f, 48);

@@ -1,19 +1,51 @@
 #include "framework/ModuleContainer.h"
 
-#include <gtest/gtest.h>
-
-#include <map>
-#include <tuple>
-#include <utility>
-
-#include "framework/FakeModules.h"
+#include "framework/UnitModule.h"
+#include "support/Test.h"
 
 namespace Quorvan::dsp {
 namespace {
 
-using test::FakeLeaf;
-using test::Log;
-using test::Recording;
+using Log = std::vector<std::string>;
+
+/// What a leaf and a container have in common: both note which hooks run.
+template <class Base>
+class Recording : public Base {
+public:
+    template <class... Arguments>
+    explicit Recording(Log* events, Arguments&&... arguments)
+        : Base(std::forward<Arguments>(arguments)...), log(events) {}
+
+    void OnSetup(float rate, uint32_t size) override {
+        Note("setup " + std::to_string(static_cast<int>(rate)) + "/" + std::to_string(size));
+    }
+    void OnReset(bool hard) override { Note(hard ? "reset hard" : "reset soft"); }
+    bool OnProcess(ProcessBlock&) override {
+        Note(this->needsFullUpdate ? "process fully" : "process");
+        return answer;
+    }
+    bool UpdateParameters(ProcessBlock&) override { return runs; }
+
+    void Note(const std::string& what) {
+        if (log != nullptr)
+            log->push_back(this->name + ": " + what);
+    }
+
+    Log* log;
+    bool runs = true;    ///< answer of UpdateParameters
+    bool answer = true;  ///< answer of OnProcess
+};
+
+/// kCount linear parameters from 0 to 10, named "P1" on; two inputs, one output.
+template <uint32_t kCount>
+class FakeLeaf : public Recording<UnitModule> {
+public:
+    static constexpr uint32_t kParameterCount = kCount;
+
+    explicit FakeLeaf(const char* moduleName, Log* events = nullptr)
+        : Recording(events, moduleName, 2u, 1u,
+                    Numbered("P", kCount, ParameterSpec::Linear("", 0.0f, 10.0f))) {}
+};
 
 /// A child without parameter records: ids below 2 are amounts, the others switches.
 class FakeMatrix final : public Module {
@@ -75,9 +107,10 @@ public:
     FakeMatrix& M() { return Child<2>(); }
 };
 
-bool RunBlock(Module& module, uint32_t inputs = 2) {
+bool RunBlock(Module& module, uint32_t inputs = 2, uint32_t outputs = 0) {
     ProcessBlock block;
     block.numInputs = inputs;
+    block.numOutputs = outputs;
     return module.Process(block);
 }
 
@@ -200,6 +233,46 @@ TEST(ModuleContainerTest, LinksCarryThePositionToEveryTarget) {
     root.SetParameterNormalized(Root::Linked, 0.25f);
     EXPECT_EQ(root.Value(Root::Target), 2.0f);
     EXPECT_EQ(ChangedFlags(root), "0000000010");
+}
+
+TEST(UnitModuleTest, FlagsFollowTheOutcomeOfTheBlock) {
+    Log log;
+    FakeLeaf<1> leaf("", &log);  // takes two inputs and one output
+    leaf.runs = false;
+    EXPECT_FALSE(RunBlock(leaf));  // refused by the module: all waits for the next block
+    EXPECT_TRUE(leaf.IsChanged(0) && leaf.NeedsFullUpdate());
+    leaf.runs = true;
+    for (const auto& [inputs, outputs] : {std::pair{3u, 1u}, {2u, 2u}}) {
+        leaf.MarkChanged(0);
+        EXPECT_FALSE(RunBlock(leaf, inputs, outputs));  // too wide: flags go, the update stays due
+        EXPECT_TRUE(!leaf.IsChanged(0) && leaf.NeedsFullUpdate());
+    }
+    EXPECT_TRUE(log.empty());
+    leaf.answer = false;
+    leaf.MarkChanged(0);
+    EXPECT_FALSE(RunBlock(leaf, 0, 0));  // has run, and answered no
+    EXPECT_TRUE(!leaf.IsChanged(0) && !leaf.NeedsFullUpdate());
+    EXPECT_EQ(log.size(), 1u);
+}
+
+TEST(ParameterNameSinkTest, NamesAreJoinedCutAndCounted) {
+    char text[64], brief[8] = "xxxxxxx";
+    ParameterNameSink sink(text, sizeof(text)), narrow(brief, 4);
+    EXPECT_EQ(narrow.required, 1u);
+    for (ParameterNameSink* each : {&sink, &narrow}) {
+        FakeLeaf<12>("Leaf").GetParameterName(10, *each);
+        each->AppendSeparator();
+        FakeLeaf<1>("").GetParameterName(0, *each);
+        each->Append({});
+        for (const uint32_t number : {0u, 95u, 256u, 4294967295u})
+            each->AppendNumber(number);
+    }
+    EXPECT_STREQ(text, "Leaf_P11_P10952564294967295");
+    EXPECT_STREQ(brief, "Lea");
+    EXPECT_STREQ(brief + 4, "xxx");  // nothing past the capacity
+    EXPECT_EQ(sink.length, 27u);
+    EXPECT_EQ(narrow.length, 3u);
+    EXPECT_TRUE(sink.required == 28u && narrow.required == 28u);
 }
 
 }  // namespace

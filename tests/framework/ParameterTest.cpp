@@ -1,15 +1,8 @@
 #include "framework/Parameter.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "basictools/math/mapping/IPotardMapping.h"
 #include "framework/ParameterTable.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -46,18 +39,14 @@ std::vector<Parameter> AllKinds() {
     return all;
 }
 
-TEST(ParameterTest, ConfigureRestsAtTheMinimum) {
+TEST(ParameterTest, CurvesRunBetweenTheEndsOfTheRange) {
     Parameter p = Parameter::MakeContinuous("Cutoff", PotardKind::kExponential, 20.0f, 2e4f, 6.9f);
     p.WriteNormalized(0.4f, false);
     p.Configure(PotardKind::kRaw, 0.0f, 5.0f);
     EXPECT_EQ(p.name, "Cutoff");
-    EXPECT_EQ(p.freshness, Parameter::kAgree);
+    EXPECT_EQ(p.freshness, Parameter::kAgree);  // at the minimum
     EXPECT_EQ(p.GetNormalized(), 0.0f);
     EXPECT_EQ(p.ValueOf(0.7f), 0.7f);  // raw knows no range
-}
-
-TEST(ParameterTest, CurvesRunBetweenTheEndsOfTheRange) {
-    Parameter p;
     p.Configure(PotardKind::kPolynomial, 10.0f, 20.0f, 2.0f);
     EXPECT_FLOAT_EQ(p.ValueOf(0.5f), 12.5f);
     EXPECT_FLOAT_EQ(p.PositionOf(12.5f), 0.5f);
@@ -152,31 +141,22 @@ TEST(ParameterTest, RowsMoveThePositionAndStopAtItsEnds) {
     }
 }
 
-TEST(ParameterTest, FilledBlocksAgreeWithSingleReadsForAllKinds) {
-    RowBlock rig(test::Noise(3, kFrames, 0.8f));
+TEST(ParameterTest, FilledBlocksAgreeWithSingleReadsForAllKindsAndRowsThatAreNoNumbers) {
+    std::vector<float> samples = Noise(3, kFrames, 0.8f);
+    samples[1] = NAN;  // leads to the bottom
+    RowBlock rig(samples), broken({NAN});
     for (Parameter& p : AllKinds()) {
         p.WriteNormalized(0.45f, false);
         float out[kFrames];
         p.FillBlockValues(rig.block, 1, out);
         for (uint32_t i = 0; i < kFrames; ++i) {
-            const float single = p.GetModulatedValue(rig.channels[1][i]);
+            const float single = i == 1 ? p.ValueOf(0.0f) : p.GetModulatedValue(samples[i]);
             // The block forms of the curves are good to a few roundings of the range.
             EXPECT_NEAR(out[i], single, 1e-6f * std::fmax(120.0f, std::fabs(single))) << p.kind;
         }
-        EXPECT_EQ(p.GetBlockValue(rig.block, 1), p.GetModulatedValue(rig.channels[1][0]));
-    }
-}
-
-TEST(ParameterTest, ARowThatIsNotANumberLeadsToTheBottom) {
-    RowBlock rig({NAN, NAN});
-    for (Parameter& p : AllKinds()) {
-        p.WriteNormalized(0.45f, false);
-        const float bottom = p.ValueOf(0.0f);
-        float out[2];
-        p.FillBlockValues(rig.block, 1, out);
-        EXPECT_NEAR(out[1], bottom, 1e-6f * std::fmax(120.0f, std::fabs(bottom))) << p.kind;
-        EXPECT_EQ(p.GetBlockValue(rig.block, 1), bottom) << p.kind;
-        EXPECT_EQ(p.GetBlockNormalized(rig.block, 1), 0.0f);
+        EXPECT_EQ(p.GetBlockValue(rig.block, 1), p.GetModulatedValue(samples[0]));
+        EXPECT_EQ(p.GetBlockValue(broken.block, 1), p.ValueOf(0.0f)) << p.kind;
+        EXPECT_EQ(p.GetBlockNormalized(broken.block, 1), 0.0f);
     }
 }
 

@@ -1,15 +1,6 @@
 #include "granular/CaptureBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
-#include <string>
-#include <tuple>
-#include <vector>
-
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -47,9 +38,8 @@ struct PlainTape {
     }
     void Reset() {
         writePosition = 0;
-        playPosition = 0.0;
+        playPosition = lastWrapped = 0.0;
         lastClock = 0.0f;
-        lastWrapped = 0.0;
         freeWrap = false;
         markers.clear();
         ZeroAll();
@@ -57,11 +47,9 @@ struct PlainTape {
     }
     void Write(float l, float r, float a) {
         const uint32_t w = writePosition;
-        const float newLeft = (1.0f - a) * l + a * left[1 - pass][w];
-        const float newRight = (1.0f - a) * r + a * right[1 - pass][w];
-        left[pass][w] = newLeft;
-        right[pass][w] = newRight;
-        mono[w] = (newLeft + newRight) * 0.5f;
+        left[pass][w] = (1.0f - a) * l + a * left[1 - pass][w];
+        right[pass][w] = (1.0f - a) * r + a * right[1 - pass][w];
+        mono[w] = (left[pass][w] + right[pass][w]) * 0.5f;
     }
     void Free() {
         writePosition = (writePosition + 1) % length;
@@ -116,9 +104,7 @@ struct PlainTape {
         lastWrapped = wrapped;
     }
     void PlayHead(const CaptureBuffer::Transport& transport, bool firstSample) {
-        double p = playPosition;
-        if (playbackMode == 1)
-            p = static_cast<double>(writePosition) - static_cast<double>(offsetSamples);
+        double p = playbackMode == 1 ? writePosition - double{offsetSamples} : playPosition;
         if (playbackMode == 0 && transport.songPosition >= 0.0f)
             p += speed;
         const double wrap = writePosition >= length ? writePosition + 1.0 : length;
@@ -132,13 +118,10 @@ struct PlainTape {
         playPosition = p;
     }
     void StartTransport(float manual) {
-        const auto size = static_cast<double>(length);
-        if (playbackMode == 0)
-            playPosition = 0.0;
-        if (playbackMode == 1)
-            playPosition = Frac((size - static_cast<double>(offsetSamples)) / size) * size;
-        if (playbackMode == 2)
-            playPosition = static_cast<double>(manual) * size;
+        const double size = length;
+        playPosition = playbackMode == 0   ? 0.0
+                       : playbackMode == 1 ? Frac((size - double{offsetSamples}) / size) * size
+                                           : double{manual} * size;
         if (!frozen)
             writePosition = 0;
     }
@@ -155,9 +138,9 @@ struct PlainTape {
 };
 
 /// A host that plays, stops, jumps, changes tempo and turns every knob of the tape.
-class Take {
+class Take : private Dice {
 public:
-    explicit Take(uint32_t seed) : plain(kRate), random(seed) {
+    explicit Take(uint32_t seed) : Dice(seed), plain(kRate) {
         tape.Setup(kRate);
         SetLength();
         tape.Reset();
@@ -168,7 +151,7 @@ public:
         if (Chance(0.03f))
             Knob();
         if (Chance(0.02f))
-            song = Draw(-1.0f, 40.0f);
+            song = Between(-1.0f, 40.0f);
         started = Chance(0.02f) && !playing;
         if (started || Chance(0.01f))
             playing = started;
@@ -205,19 +188,14 @@ public:
     uint32_t laps = 0, clears = 0;
 
 private:
-    float Draw(float from, float to) {
-        return std::uniform_real_distribution<float>(from, to)(random);
-    }
-    bool Chance(float chance) { return Draw(0.0f, 1.0f) < chance; }
-
     void Sample(uint32_t n, const CaptureBuffer::Transport& transport) {
         const auto clock = static_cast<float>(song * 16.0);
         if (!tape.frozen) {
-            const float l = Draw(-1.0f, 1.0f);
-            const float r = Draw(-1.0f, 1.0f);
+            const float l = Between(-1.0f, 1.0f), r = Between(-1.0f, 1.0f);
             tape.Write(l, r, persistence);
             plain.Write(l, r, persistence);
             const uint32_t before = tape.activePass;
+            const auto head = [this] { return static_cast<int32_t>(tape.writePosition); };
             if (playing) {
                 tape.AdvanceLocked(clock, transport, n == 0, ring);
                 plain.Locked(clock, transport, n == 0);
@@ -227,10 +205,9 @@ private:
             }
             laps += tape.activePass != before ? 1u : 0u;
             if (plain.marking && plain.markers.size() < 150 && Chance(0.02f) &&
-                (plain.markers.empty() ||
-                 plain.markers.back() < static_cast<int32_t>(tape.writePosition))) {
-                ring.Push(static_cast<int32_t>(tape.writePosition));
-                plain.markers.push_back(static_cast<int32_t>(tape.writePosition));
+                (plain.markers.empty() || plain.markers.back() < head())) {
+                ring.Push(head());
+                plain.markers.push_back(head());
             }
         }
         EXPECT_EQ(tape.AdvancePlayHead(transport, n == 0), tape.writePosition == 0);
@@ -240,12 +217,11 @@ private:
     }
     /// Many samples at once, as the tape takes them where nothing else moves.
     void Stretch(const CaptureBuffer::Transport& transport) {
-        const auto count = 1 + static_cast<uint32_t>(random() % 2000);
-        const std::vector<float> l = test::Noise(count, count);
-        const std::vector<float> r = test::Noise(count + 1, count);
+        const uint32_t count = 1 + Below(2000);
+        const std::vector<float> l = Noise(count, count), r = Noise(count + 1, count);
         std::vector<float> share(count);
         for (float& kept : share)
-            kept = Draw(0.0f, 0.8f);
+            kept = Between(0.0f, 0.8f);
         tape.RunFree(l.data(), r.data(), share.data(), count, transport);
         for (uint32_t i = 0; i < count; ++i) {
             plain.Write(l[i], r[i], share[i]);
@@ -254,12 +230,12 @@ private:
         }
     }
     void StartTransport() {
-        const float manual = Draw(0.0f, 1.0f);
+        const float manual = Unit();
         tape.StartTransport(manual);
         plain.StartTransport(manual);
     }
     void SetLength() {
-        const float notes = std::exp2(std::floor(Draw(-3.0f, 3.0f)));
+        const float notes = std::exp2(std::floor(Between(-3.0f, 3.0f)));
         const float seconds = notes * (240.0f / tempo) * typeFactor;
         if (!tape.frozen)
             ring.Clear();
@@ -268,7 +244,7 @@ private:
         EXPECT_FLOAT_EQ(tape.lengthMs, std::min(seconds * 1000.0f, 16000.0f));
     }
     void SetTempo() {
-        tempo = std::exp2(Draw(3.9f, 8.2f));
+        tempo = std::exp2(Between(3.9f, 8.2f));
         typeFactor = Chance(0.5f) ? 1.5f : 1.0f;
         const float seconds = plain.lengthUnits / 64.0f * (240.0f / tempo) * typeFactor;
         tape.SetTargetLength(seconds);
@@ -276,57 +252,47 @@ private:
         EXPECT_FLOAT_EQ(tape.lengthMs, std::min(seconds * 1000.0f, 16000.0f));
     }
     void Knob() {
-        switch (random() % 9) {
-            case 0:
-                return SetLength();
-            case 1:
-                return SetTempo();
-            case 2:
-                tape.frozen = plain.frozen = Chance(0.3f);
-                return;
-            case 3:
+        const std::function<void()> knobs[] = {
+            [this] { SetLength(); },
+            [this] { SetTempo(); },
+            [this] { tape.frozen = plain.frozen = Chance(0.3f); },
+            [this] {
                 tape.Clear();
                 plain.ZeroAll();
                 ring.Clear();
                 plain.markers.clear();
                 ++clears;
-                return;
-            case 4:
-                persistence = Draw(0.0f, 0.8f);
-                return;
-            case 5:
-                tape.playbackMode = plain.playbackMode = static_cast<int32_t>(random() % 3);
+            },
+            [this] { persistence = Between(0.0f, 0.8f); },
+            [this] {
+                tape.playbackMode = plain.playbackMode = static_cast<int32_t>(Below(3));
                 if (tape.playbackMode == CaptureBuffer::kFollow)
                     Follow();
-                return;
-            case 6:
-                tape.speed = plain.speed = static_cast<double>(Draw(-2.0f, 2.0f));
+            },
+            [this] {
+                tape.speed = plain.speed = double{Between(-2.0f, 2.0f)};
                 tape.retrigPlayHead = plain.retrig = Chance(0.5f);
-                return;
-            case 7:
+            },
+            [this] {
                 plain.marking = Chance(0.5f);
                 tape.quantizationMode =
                     plain.marking ? CaptureBuffer::kTransients : CaptureBuffer::kFree;
-                return;
-            default:
-                const float seconds = Draw(0.0f, 2.0f);
+            },
+            [this] {
+                const float seconds = Between(0.0f, 2.0f);
                 tape.SetOffset(seconds);
                 plain.offsetSamples =
                     std::min(seconds * kRate, static_cast<float>(plain.Effective()));
-                return;
-        }
+            }};
+        knobs[Below(9)]();
     }
     void Follow() {
         tape.PlaceFollower();
-        double d =
-            static_cast<double>(plain.writePosition) - static_cast<double>(plain.offsetSamples);
-        const auto size = static_cast<double>(plain.Effective());
-        if (d <= 0.0)
-            d += size;
-        plain.playPosition = Frac(d / size) * size;
+        const double d = plain.writePosition - double{plain.offsetSamples};
+        const double size = plain.Effective();
+        plain.playPosition = Frac((d <= 0.0 ? d + size : d) / size) * size;
     }
 
-    std::mt19937 random;
     double song = 0.0;  // quarter notes
     float tempo = 120.0f;
     float typeFactor = 1.0f;
@@ -335,8 +301,7 @@ private:
 };
 
 TEST(CaptureBufferTest, FollowsThePlainRulesThroughWholeTakes) {
-    uint32_t laps = 0;
-    uint32_t clears = 0;
+    uint32_t laps = 0, clears = 0;
     for (uint32_t seed = 0; seed < 40; ++seed) {
         Take take(seed);
         for (uint32_t block = 0; block < 3000; ++block) {

@@ -1,12 +1,5 @@
 #include "granular/GrainScheduler.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <tuple>
-#include <vector>
-
 #include "granular/GranularTables.h"
 #include "support/PlainScheduler.h"
 #include "support/SeededClock.h"
@@ -22,10 +15,8 @@ struct Engine : GrainListener {
         : clock(seed), scheduler(pool, capture, ring, settings, curves, position, gate) {
         pool.Resize(258);
         scheduler.SetListener(this);
-        for (size_t i = 0; i < rows.size(); ++i) {
-            rows[i].assign(kFrames, 0.0f);
+        for (size_t i = 0; i < rows.size(); ++i)
             curves.rows[i] = rows[i].data();
-        }
         clocks = {.tick = tick.data(),
                   .mainRate = mainRate.data(),
                   .sequence = sequence.data(),
@@ -39,7 +30,7 @@ struct Engine : GrainListener {
         return grains;
     }
 
-    test::FixedClock clock;
+    FixedClock clock;
     GrainPool pool;
     CaptureBuffer capture;
     MarkerRing ring;
@@ -47,10 +38,8 @@ struct Engine : GrainListener {
     BlockCurves curves;
     StereoPosition position;
     GatePulse gate;
-    std::array<std::vector<float>, static_cast<size_t>(Curve::Count)> rows;
-    std::vector<float> tick = std::vector<float>(kFrames);
-    std::vector<float> mainRate = std::vector<float>(kFrames);
-    std::vector<float> sequence = std::vector<float>(kFrames);
+    std::array<std::array<float, kFrames>, static_cast<size_t>(Curve::Count)> rows{};
+    std::array<float, kFrames> tick{}, mainRate{}, sequence{};
     GrainScheduler::Clocks clocks;
     GrainScheduler scheduler;
     std::vector<double> heard;  ///< starts of the grains told of
@@ -65,9 +54,9 @@ auto Fields(const Grain& g) {
 }
 
 /// Draws every switch, curve and clock anew.
-class Fuzz {
+class Fuzz : public Dice {
 public:
-    Fuzz(uint32_t seed, Engine& target) : random(seed), engine(target) {}
+    Fuzz(uint32_t seed, Engine& target) : Dice(seed), engine(target) {}
 
     void Settings() {
         GranularSettings& s = engine.settings;
@@ -84,11 +73,11 @@ public:
         s.shape = Choice(8);
         s.triggerMode = Choice(4) == 0 ? 1 : 0;
         s.spatializerEnabled = Chance(0.5f);
-        s.randomDistance = Draw(0.0f, 1.0f);
-        s.distanceRange = Draw(1.0f, 100.0f);
+        s.randomDistance = Unit();
+        s.distanceRange = Between(1.0f, 100.0f);
         s.grainLimit = kGrainLimits[static_cast<size_t>(Choice(10))] + 1;
         s.gridSize = kGridSizes[static_cast<size_t>(Choice(3))];
-        engine.position.Follow(Draw(-1.5f, 1.5f), 0.0f, 0.0f, Draw(-0.5f, 1.0f), 0.0f, 0.0f);
+        engine.position.Follow(Between(-1.5f, 1.5f), 0.0f, 0.0f, Between(-0.5f, 1.0f), 0.0f, 0.0f);
     }
     void Tape() {
         CaptureBuffer& tape = engine.capture;
@@ -116,13 +105,13 @@ public:
     void Block() {
         CaptureBuffer& tape = engine.capture;
         const bool scaled = engine.settings.scale != 0;
-        const float notes = static_cast<float>(engine.settings.scaleTable.size());
+        const auto notes = static_cast<float>(engine.settings.scaleTable.size());
         for (uint32_t n = 0; n < kFrames; ++n) {
             const auto set = [&](Curve curve, float value) { engine.curves[curve][n] = value; };
-            const auto depth = [this] { return Chance(0.2f) ? 0.0f : Draw(0.0f, 1.0f); };
-            set(Curve::Pitch, scaled ? std::floor(Draw(0.0f, notes)) : Draw(-36.0f, 36.0f));
-            if (!scaled && Chance(0.3f))
-                set(Curve::Pitch, 0.0f);  // unit speed, where nothing else moves the pitch
+            const auto depth = [this] { return Chance(0.2f) ? 0.0f : Unit(); };
+            set(Curve::Pitch, scaled         ? std::floor(Between(0.0f, notes))
+                              : Chance(0.3f) ? 0.0f  // unit speed, where nothing else moves it
+                                             : Between(-36.0f, 36.0f));
             for (const Curve curve :
                  {Curve::RandomPitch, Curve::RandomFine, Curve::RandomSize, Curve::RandomDensity,
                   Curve::RandomDirection, Curve::RandomPan, Curve::Width, Curve::Spray,
@@ -132,36 +121,28 @@ public:
                  {Curve::GrainSizeRatio, Curve::GrainSizeSynced, Curve::TextureSizeSynced})
                 set(curve, static_cast<float>(Choice(7)));
             set(Curve::GrainTrigger, Chance(0.2f) ? 0.5f : depth());
-            set(Curve::GrainSizeAbsolute, Draw(10.0f, 1000.0f));
-            set(Curve::TextureSizeAbsolute, Draw(10.0f, 1000.0f));
+            set(Curve::GrainSizeAbsolute, Between(10.0f, 1000.0f));
+            set(Curve::TextureSizeAbsolute, Between(10.0f, 1000.0f));
             set(Curve::TextureDensity, static_cast<float>(Choice(6)));
             set(Curve::ManualScanPosition, Chance(0.5f) ? static_cast<float>(Choice(2)) : depth());
             engine.tick[n] = Chance(0.3f) ? 1.0f : 0.0f;
             engine.sequence[n] = static_cast<float>(Choice(4));
-            engine.mainRate[n] = Draw(0.01f, 1.0f);
+            engine.mainRate[n] = Between(0.01f, 1.0f);
         }
-        tape.playPosition = static_cast<double>(Draw(0.0f, 1.0f)) * tape.length;
-        engine.clocks.hz = std::exp2(Draw(-3.0f, 10.0f));
+        tape.playPosition = double{Unit()} * tape.length;
+        engine.clocks.hz = std::exp2(Between(-3.0f, 10.0f));
         engine.clocks.mainSynced = Chance(0.5f);
-        engine.clocks.mainTempo = Draw(30.0f, 300.0f);
+        engine.clocks.mainTempo = Between(30.0f, 300.0f);
         engine.clocks.wholeNote = 240.0f / engine.clocks.mainTempo;
-        if (!engine.clocks.mainSynced)
-            for (float& rate : engine.mainRate)
-                rate *= 250.0f;
+        for (float& rate : engine.mainRate)
+            rate *= engine.clocks.mainSynced ? 1.0f : 250.0f;
     }
-
-    uint32_t Below(uint32_t count) { return static_cast<uint32_t>(random() % count); }
 
     std::vector<int32_t> onsets;
 
 private:
     int32_t Choice(uint32_t count) { return static_cast<int32_t>(Below(count)); }
-    float Draw(float from, float to) {
-        return std::uniform_real_distribution<float>(from, to)(random);
-    }
-    bool Chance(float chance) { return Draw(0.0f, 1.0f) < chance; }
 
-    std::mt19937 random;
     Engine& engine;
 };
 
@@ -171,7 +152,7 @@ TEST(GrainSchedulerTest, DrawsAndPlacesEveryGrainAsThePlainListSays) {
         Engine engine(seed);
         Fuzz fuzz(seed, engine);
         CaptureBuffer twin;
-        test::PlainScheduler model(seed, engine.settings, engine.curves, twin, fuzz.onsets);
+        PlainScheduler model(seed, engine.settings, engine.curves, twin, fuzz.onsets);
         for (uint32_t block = 0; block < 12; ++block) {
             if (block % 4 == 0) {
                 fuzz.Settings();

@@ -1,18 +1,47 @@
 #include "granular/OutputStage.h"
 
-#include <gtest/gtest.h>
-
 #include "granular/BitCrusher.h"
 #include "granular/LogQuantizer.h"
 #include "support/ModuleRig.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::dsp {
 namespace {
 
-using test::Stereo;
-
 constexpr uint32_t kFrames = 48;
+
+/// Counts segments and steps one by one.
+float Counted(float sample) {
+    const float magnitude = std::min(std::abs(sample), 1.0f) * 8031.0f;
+    float base = 0.0f;
+    float step = 2.0f;
+    while (step < 256.0f && magnitude >= 2.0f * base + 33.0f) {  // segments start at 33 (2^s - 1)
+        base = 2.0f * base + 33.0f;
+        step *= 2.0f;
+    }
+    int level = 0;
+    while (level < 15 && base + static_cast<float>(level + 1) * step <= magnitude)
+        ++level;
+    const float value = (static_cast<float>(level) * step + base) * 0.0001245175f;
+    return sample < 0.0f ? -value : value;
+}
+
+TEST(LogQuantizerTest, FindsTheLevelThatCountingFinds) {
+    std::vector<float> samples = Noise(1, 20000, 1.2f);
+    samples.insert(samples.end(), {-0.0f, -1.0f, 7.0f});
+    for (const float quiet : {0.1f, 0.01f, 0.001f})
+        for (const float sample : Noise(2, 5000, quiet))
+            samples.push_back(sample);
+    for (int level = 0; level <= 8031; ++level)  // the edges of all steps, met exactly or nearly
+        samples.push_back(static_cast<float>(level) / 8031.0f);
+    std::vector<float> quantized = samples;
+    LogQuantizer::Process(quantized.data(), static_cast<uint32_t>(quantized.size()));
+    for (size_t i = 0; i < samples.size(); ++i) {
+        ASSERT_EQ(quantized[i], Counted(samples[i])) << samples[i];
+        ASSERT_EQ(std::signbit(quantized[i]), samples[i] < 0.0f);
+        ASSERT_EQ(quantized[i], LogQuantizer::Quantize(samples[i]));
+    }
+}
 
 struct Stage {
     Stage() { crusher.Setup(48000.0f, kFrames); }
@@ -41,7 +70,7 @@ Stereo Scaled(Stereo signal, float gain) {
 }
 
 TEST(OutputStageTest, EveryPresetRunsItsEffectAtItsGain) {
-    const Stereo sum{test::Noise(1, 960), test::Noise(2, 960, 3.0f)};
+    const Stereo sum{Noise(1, 960), Noise(2, 960, 3.0f)};
     Stage stage;
     for (const int32_t preset : {0, 1}) {
         stage.Select(preset);
@@ -65,7 +94,7 @@ TEST(OutputStageTest, EveryPresetRunsItsEffectAtItsGain) {
         EXPECT_EQ(stage.crusher.Value(BitCrusher::Downsample), divisor);
         stage.Select(4 + k);
 
-        test::ModuleRig<BitCrusher> rig(48000.0f, kFrames, "BitCrusher");
+        ModuleRig<BitCrusher> rig(48000.0f, kFrames, "BitCrusher");
         rig.module.SetParameterValue(BitCrusher::Bitdepth, bits);
         rig.module.SetParameterValue(BitCrusher::Downsample, divisor);
         for (BitCrusher* crusher : {&stage.crusher, &rig.module}) {

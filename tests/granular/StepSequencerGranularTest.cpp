@@ -1,13 +1,8 @@
 #include "granular/StepSequencerGranular.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <vector>
-
 #include "granular/GranularTables.h"
 #include "support/GeneratorRig.h"
+#include "support/PlainParts.h"
 #include "support/SeededClock.h"
 
 namespace Quorvan::dsp {
@@ -16,14 +11,13 @@ namespace {
 using Seq = StepSequencerGranular;
 using Steps = std::vector<int32_t>;
 
-constexpr float kRate = 48000.0f;
 constexpr uint32_t kBlock = 4;  // shorter than a step, so that a block holds one tick at most
 constexpr double kBeatsPerSample = 120.0 / 60.0 / 48000.0;
 constexpr double kStepsPerBeat = 64.0;  // of 1/256 notes: 375 samples each
 
-struct Pattern : test::GeneratorRig<Seq> {
+struct Pattern : GeneratorRig<Seq> {
     explicit Pattern(StepLoop loop, uint32_t steps)
-        : GeneratorRig(kRate, kBlock, "StepSequencerGranular") {
+        : GeneratorRig(48000.0f, kBlock, "StepSequencerGranular") {
         module.SetSyncedRates(kMainRates.data(), kMainRates.size());
         Set(Seq::MidiSync, 1.0f);
         Set(Seq::RateSynced, 8.0f);
@@ -113,17 +107,13 @@ TEST(StepSequencerGranularTest, AShorterPatternGoesOnFromItsLastStep) {
 }
 
 TEST(StepSequencerGranularTest, RandomStepsFollowTheXorshift) {
-    const test::FixedClock clock(123456789);
+    const FixedClock clock(123456789);
     Pattern pattern(kRandom, 11);
     const Steps found = pattern.Next(300);
     EXPECT_EQ(found[0], 0);  // the placing of the first block leaves the step
-    uint64_t x = 123456789;
-    for (size_t i = 1; i < found.size(); ++i) {
-        x = (x ^ (x << 13)) & 0xffffffff;
-        x ^= x >> 17;
-        x = (x ^ (x << 5)) & 0xffffffff;
-        ASSERT_EQ(found[i], static_cast<int32_t>(x * 11 >> 32)) << i;
-    }
+    uint32_t x = 123456789;
+    for (size_t i = 1; i < found.size(); ++i)
+        ASSERT_EQ(found[i], static_cast<int32_t>(uint64_t{PlainDraw(x)} * 11 >> 32)) << i;
     pattern.SetSteps(3);
     for (const int32_t step : pattern.Next(50))
         EXPECT_LT(step, 3);

@@ -1,18 +1,11 @@
 #include "host/engine/EngineListener.h"
 
-#include <cmath>
-#include <map>
-
-#include <gtest/gtest.h>
-
 #include "host/HostRig.h"
 #include "host/engine/DisplaySnapshot.h"
 #include "processor/IProcessor.h"
 
 namespace Quorvan::Host {
 namespace {
-
-using namespace test;
 
 struct Notes : EngineListener {
     void OnBlock(const BlockReport& report) override {

@@ -1,11 +1,5 @@
 #include "host/engine/Engine.h"
 
-#include <cmath>
-#include <limits>
-#include <stdexcept>
-
-#include <gtest/gtest.h>
-
 #include "host/HostRig.h"
 #include "host/parameters/ModulationNames.h"
 #include "host/parameters/ShellIndex.h"
@@ -13,8 +7,6 @@
 
 namespace Quorvan::Host {
 namespace {
-
-using namespace test;
 
 /// Everything that depends on time at once: a playing transport that turns faster, timed writes, a
 /// side-chain that opens the grains' pitch, chance.

@@ -1,20 +1,9 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cstdint>
-#include <functional>
-#include <sstream>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "host/engine/Engine.h"
 #include "host/parameters/ParameterCatalog.h"
 #include "host/state/Preset.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::test {
 
@@ -33,7 +22,6 @@ inline uint32_t IndexOf(std::string_view name) {
     return index.value_or(0);
 }
 
-/// A parameter at what a text asks for.
 inline Host::ParameterValue Set(std::string_view name, std::string_view text,
                                 const Host::TextContext& context = {}) {
     const uint32_t index = IndexOf(name);
@@ -52,7 +40,6 @@ inline std::vector<Host::ParameterValue> Settings(const std::string& all) {
     return values;
 }
 
-/// Settings that let dry and wet signal through, with short grains in quick succession, and more.
 inline std::vector<Host::ParameterValue> AudibleSettings(const std::string& more = {}) {
     return Settings(
         "Dry / Wet=50 %;Granular Volume=0 dB;Master Volume=0 dB;MoteWeaver_Pitch=0 st;"
@@ -93,7 +80,6 @@ public:
         }
         return output;
     }
-    /// Runs silence in one buffer.
     void Pass(size_t frames) { Run({Signal(frames), Signal(frames)}, frames); }
 
     /// Called ahead of each buffer with its first frame.

@@ -1,10 +1,6 @@
 #include "host/parameters/NumberText.h"
 
-#include <cmath>
-#include <limits>
-#include <random>
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 namespace Quorvan::Host {
 namespace {
@@ -21,13 +17,13 @@ TEST(NumberTextTest, ThreeDigitsInTheUnitThatFits) {
 }
 
 TEST(NumberTextTest, WrittenNumbersAreReadAsTheSameText) {
-    std::mt19937 random(3);
-    std::uniform_real_distribution<double> exponent(-4.0, 5.0);
+    Dice dice(3);
     for (const Unit unit : {Unit::None, Unit::Hertz, Unit::Milliseconds, Unit::Seconds,
                             Unit::Decibels, Unit::Semitones, Unit::Cents, Unit::Percent,
                             Unit::Degrees, Unit::Factor, Unit::Ratio, Unit::Bits}) {
         for (int i = 0; i < 200; ++i) {
-            const double number = std::pow(10.0, exponent(random)) * (i % 2 == 0 ? 1.0 : -1.0);
+            const double number =
+                std::pow(10.0, dice.Between(-4.0f, 5.0f)) * (i % 2 == 0 ? 1.0 : -1.0);
             const std::string text = FormatNumber(number, unit);
             const auto parsed = ParseNumber(text, unit);
             ASSERT_TRUE(parsed.has_value()) << text;

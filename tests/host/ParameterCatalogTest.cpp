@@ -1,10 +1,5 @@
 #include "host/parameters/ParameterCatalog.h"
 
-#include <random>
-#include <set>
-
-#include <gtest/gtest.h>
-
 #include "host/HostRig.h"
 #include "host/parameters/ModulationNames.h"
 #include "host/parameters/PresentSettings.h"
@@ -14,15 +9,12 @@
 namespace Quorvan::Host {
 namespace {
 
-using namespace test;
-
 std::string ProblemOf(std::string_view name, std::string_view text) {
     const TextResult result = Catalog().Position(IndexOf(name), text);
     EXPECT_FALSE(result.position.has_value());
     return result.problem;
 }
 
-/// A new processor in texture mode.
 PresentSettings Textured() {
     PresentSettings settings(Catalog());
     settings.Put(IndexOf("MoteWeaver_GranularMode"), 0.5f);
@@ -31,8 +23,7 @@ PresentSettings Textured() {
 
 TEST(ParameterCatalogTest, EveryParameterIsDescribed) {
     ASSERT_EQ(Catalog().Count(), 3152u);
-    std::set<std::string> names;
-    std::set<std::string> labels;
+    std::set<std::string> names, labels;
     for (const ParameterInfo& info : Catalog().All()) {
         EXPECT_TRUE(names.insert(info.name).second) << info.name;
         EXPECT_NE(info.group, "Other") << info.name;
@@ -44,21 +35,20 @@ TEST(ParameterCatalogTest, EveryParameterIsDescribed) {
             EXPECT_EQ(Catalog().Resolve(info.group + " " + info.label, settings), info.index)
                 << info.title;
         }
-        if (info.kind == ParameterKind::Choice || info.kind == ParameterKind::Switch) {
-            EXPECT_GE(info.choices.size(), 2u) << info.name;
-        }
+        const bool choose =
+            info.kind == ParameterKind::Choice || info.kind == ParameterKind::Switch;
+        EXPECT_TRUE(!choose || info.choices.size() >= 2u) << info.name;
     }
 }
 
 TEST(ParameterCatalogTest, TextsComeBackAsTheyWere) {
-    std::mt19937 random(5);
-    std::uniform_real_distribution<float> draw(0.0f, 1.0f);
+    Dice dice(5);
     for (const ParameterInfo& info : Catalog().All()) {
         if (info.kind == ParameterKind::Binary)
             continue;
         std::vector<float> positions{0.0f, 1.0f, 0.5f, 0.001f, 0.999f, info.defaultPosition};
         for (int i = 0; i < 30; ++i)
-            positions.push_back(draw(random));
+            positions.push_back(dice.Unit());
         for (const float position : positions) {
             const std::string text = Catalog().Text(info.index, position);
             const TextResult back = Catalog().Position(info.index, text);
@@ -81,9 +71,7 @@ TEST(ParameterCatalogTest, ShownChoicesAreAllOfTheProcessorsSteps) {
             continue;
         SCOPED_TRACE(info.name);
         const bool stepped = record->kind == dsp::PotardKind::kStepped;
-        if (info.kind == ParameterKind::Switch && stepped) {
-            EXPECT_EQ(record->steps, 2.0f);
-        }
+        EXPECT_TRUE(info.kind != ParameterKind::Switch || !stepped || record->steps == 2.0f);
         if (info.kind != ParameterKind::Choice) {
             EXPECT_FALSE(info.kind == ParameterKind::Continuous && stepped);
             continue;
@@ -100,25 +88,20 @@ TEST(ParameterCatalogTest, ShownChoicesAreAllOfTheProcessorsSteps) {
 }
 
 TEST(ParameterCatalogTest, TextsAreInUnitsThatPeopleUse) {
-    struct Case {
-        const char* name;
-        float position;
-        const char* text;
-    };
-    for (const Case& c : {Case{"Master Volume", 1.0f, "0.0 dB"},
-                          {"Master Volume", 0.0f, "-70.0 dB"},
-                          {"Feedback", 0.0f, "-inf dB"},
-                          {"MoteWeaver_Scale", 0.5f, "Major Pentatonic"},
-                          {"MoteWeaver_GrainSizeSynced", 0.5f, "1/8"},
-                          {"MoteWeaver_BufferLengthSynced", 0.6f, "3/2"},
-                          {"MoteWeaver_MaxGrains", 1.0f, "256"},
-                          {"MoteWeaver_Speed", 0.75f, "1.00 x"},
-                          {"MoteWeaver_BufferFreeze", 1.0f, "On"},
-                          {"FX1_MultiModeFilter_Slope", 0.5f, "24 dB/oct"},
-                          {"FX1_Delay_DelayTimeMs", 1.0f, "2.00 s"},
-                          {"Modulations_Dst7_Src2_Amount", 0.25f, "-50.0 %"},
-                          {"MoteWeaver_VisualizedBuffer", 0.3f, ""}})
-        EXPECT_EQ(Catalog().Text(IndexOf(c.name), c.position), c.text);
+    for (const auto& [name, position, text] : {std::tuple("Master Volume", 1.0f, "0.0 dB"),
+                                               {"Master Volume", 0.0f, "-70.0 dB"},
+                                               {"Feedback", 0.0f, "-inf dB"},
+                                               {"MoteWeaver_Scale", 0.5f, "Major Pentatonic"},
+                                               {"MoteWeaver_GrainSizeSynced", 0.5f, "1/8"},
+                                               {"MoteWeaver_BufferLengthSynced", 0.6f, "3/2"},
+                                               {"MoteWeaver_MaxGrains", 1.0f, "256"},
+                                               {"MoteWeaver_Speed", 0.75f, "1.00 x"},
+                                               {"MoteWeaver_BufferFreeze", 1.0f, "On"},
+                                               {"FX1_MultiModeFilter_Slope", 0.5f, "24 dB/oct"},
+                                               {"FX1_Delay_DelayTimeMs", 1.0f, "2.00 s"},
+                                               {"Modulations_Dst7_Src2_Amount", 0.25f, "-50.0 %"},
+                                               {"MoteWeaver_VisualizedBuffer", 0.3f, ""}})
+        EXPECT_EQ(Catalog().Text(IndexOf(name), position), text);
 }
 
 TEST(ParameterCatalogTest, ReadsWhatPeopleType) {
@@ -173,13 +156,12 @@ TEST(ParameterCatalogTest, NamesOfMusiciansFindTheirParameters) {
 /// What a row of modulation moves is what the shared name means, whatever the modes.
 TEST(ParameterCatalogTest, SharedNamesMeanWhatModulationMoves) {
     ReadyEngine engine;
-    std::mt19937 random(3);
-    std::uniform_real_distribution<float> draw(0.0f, 1.0f);
+    Dice dice(3);
     for (int round = 0; round < 40; ++round) {
         std::vector<ParameterValue> modes;
         for (const ParameterInfo& info : Catalog().All())
             if (Catalog().Decides(info.index))
-                modes.push_back({info.index, draw(random)});
+                modes.push_back({info.index, dice.Unit()});
         engine.Restore(modes);
         engine.Pass(100);
         const PresentSettings settings(Catalog(), [&](uint32_t i) { return engine.Position(i); });
@@ -191,9 +173,9 @@ TEST(ParameterCatalogTest, SharedNamesMeanWhatModulationMoves) {
             const bool apart = name.ends_with("Density") || name.ends_with("Chorus Rate") ||
                                (name == "Play Head" && mode == 2);
             const uint32_t target = TargetOfDestination(engine.GetProcessor(), row);
-            if (!apart && !Catalog().CommonName(target).empty()) {
-                EXPECT_TRUE(Catalog().IsInForce(target, settings)) << Catalog()[target].title;
-            }
+            EXPECT_TRUE(apart || Catalog().CommonName(target).empty() ||
+                        Catalog().IsInForce(target, settings))
+                << Catalog()[target].title;
         }
     }
 }

@@ -1,7 +1,5 @@
 #include "host/engine/TailEstimator.h"
 
-#include <gtest/gtest.h>
-
 #include "host/HostRig.h"
 #include "host/parameters/ModulationNames.h"
 #include "host/parameters/ShellIndex.h"
@@ -12,15 +10,12 @@
 namespace Quorvan::Host {
 namespace {
 
-using namespace test;
-
 Preset With(const std::string& more) {
     Preset preset;
     preset.parameters = AudibleSettings(more);
     return preset;
 }
 
-/// An engine with a preset in force.
 struct Applied : ReadyEngine {
     explicit Applied(const Preset& preset, double rate = 44100.0) : ReadyEngine({}, {rate}) {
         SetTransport({preset.tempo.value_or(120.0), 0.0, true});
@@ -72,11 +67,9 @@ TEST(TailEstimatorTest, NoFactoryPresetSoundsLongerThanItSays) {
     for (const FactoryPreset& factory : FactoryPresets()) {
         const Preset preset = ReadPreset(factory.json, Catalog()).value.value();
         const Tail tail = TailOf(preset);
-        if (!tail.endless) {
-            EXPECT_LE(MeasuredTail(preset, std::min(tail.seconds + 1.0, 70.0), 16000.0),
-                      tail.seconds)
-                << factory.id;
-        }
+        const double listened = tail.endless ? 0.0 : std::min(tail.seconds + 1.0, 70.0);
+        EXPECT_TRUE(tail.endless || MeasuredTail(preset, listened, 16000.0) <= tail.seconds)
+            << factory.id;
     }
 }
 

@@ -1,18 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "basictools/math/mapping/BlockMath.h"
 #include "basictools/math/mapping/CException.h"
 #include "basictools/math/mapping/PotardKind.h"
 #include "basictools/math/mapping/PotardMappingUtils.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::MappingTools {
 namespace {
@@ -86,7 +76,7 @@ std::vector<Case> Cases() {
 }
 
 std::vector<float> Positions(uint32_t seed) {
-    std::vector<float> positions = test::Noise(seed, 301);
+    std::vector<float> positions = Noise(seed, 301);
     for (float& x : positions)
         x = std::fabs(x);
     positions.insert(positions.end(), {0.0f, 0.3f, 0.5f, 0.75f, 1.0f, 1e-30f});
@@ -139,13 +129,12 @@ TEST(PotardMappingTest, BlocksAgreeWithSinglePositionsAtAnyLength) {
 }
 
 TEST(PotardMappingTest, BlockMathKeepsItsErrorBounds) {
-    std::mt19937 random(7);
-    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    Dice dice(7);
     for (int i = 0; i < 20000; ++i) {
-        const float x = -87.0f + 175.0f * unit(random);
+        const float x = dice.Between(-87.0f, 88.0f);
         EXPECT_NEAR(BlockExp(x) / std::exp(double{x}), 1.0, 2e-7) << x;
-        const float exponent = std::exp2(-4.0f + 14.0f * unit(random));
-        const float base = std::pow(unit(random), 2.0f);
+        const float exponent = std::exp2(dice.Between(-4.0f, 10.0f));
+        const float base = std::pow(dice.Unit(), 2.0f);
         const double exact = std::pow(double{base}, double{exponent});
         const double bound = (2e-7 + 1e-7 * double{exponent}) * exact + 1.2e-38;
         EXPECT_NEAR(BlockPower(exponent)(base), exact, bound) << base << "^" << exponent;
@@ -156,21 +145,17 @@ TEST(PotardMappingTest, BlockMathKeepsItsErrorBounds) {
 }
 
 TEST(PotardMappingTest, TimeTablesHitTheirKnotsAndHoldTheirEnds) {
-    struct Table {
-        uint32_t kind, pieces, index;
-        float here, next;  ///< entries at index and behind it
-    };
-    for (const Table& t : {Table{kEnveloppeTime, 20, 1, 2.7507564e-4f, 1.0502888e-3f},
-                           Table{kEnveloppeTime, 20, 13, 0.09225037f, 0.15019131f},
-                           Table{kMixerTime, 9, 7, 0.28584823f, 0.55262184f}}) {
-        const PotardMappingVariant held = Make(t.kind);
+    for (const auto& [kind, pieces, index, here, next] :  // entries at index and behind it
+         {std::tuple(kEnveloppeTime, 20.0f, 1.0f, 2.7507564e-4f, 1.0502888e-3f),
+          {kEnveloppeTime, 20.0f, 13.0f, 0.09225037f, 0.15019131f},
+          {kMixerTime, 9.0f, 7.0f, 0.28584823f, 0.55262184f}}) {
+        const PotardMappingVariant held = Make(kind);
         const IPotardMapping& curve = *held.Get();
-        const float spacing = 1.0f / static_cast<float>(t.pieces);
-        const float at = static_cast<float>(t.index) * spacing;
-        EXPECT_NEAR(curve.Map(at), t.here, 1e-7f);
-        EXPECT_NEAR(curve.Map(at + 0.25f * spacing), 0.75f * t.here + 0.25f * t.next, 1e-7f);
-        for (uint32_t i = 0; i <= 4 * t.pieces; ++i) {  // knots and between
-            const float x = 0.25f * spacing * static_cast<float>(i);
+        const float spacing = 1.0f / pieces, at = index * spacing;
+        EXPECT_NEAR(curve.Map(at), here, 1e-7f);
+        EXPECT_NEAR(curve.Map(at + 0.25f * spacing), 0.75f * here + 0.25f * next, 1e-7f);
+        for (float i = 0; i <= 4 * pieces; ++i) {  // knots and between
+            const float x = 0.25f * spacing * i;
             EXPECT_NEAR(curve.Unmap(curve.Map(x)), x, 2e-6f);
         }
         for (const float outside : {-1.0f, -0.0f, 0.0f, 1.0f, 1.5f}) {

@@ -1,21 +1,10 @@
 #include "modulation/EnvFollower.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <random>
-#include <vector>
-
 #include "support/ModuleRig.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::dsp {
 namespace {
-
-using test::Channel;
-using test::Stereo;
 
 constexpr float kRate = 48000.0f;
 
@@ -24,9 +13,9 @@ struct Settings {
     bool stereo = false;
 };
 
-struct Rig : test::ModuleRig<EnvFollower> {
+struct Rig : ModuleRig<EnvFollower> {
     explicit Rig(const Settings& s = {}, float rate = kRate, uint32_t block = 48)
-        : test::ModuleRig<EnvFollower>(rate, block, "EnvFollower") {
+        : ModuleRig<EnvFollower>(rate, block, "EnvFollower") {
         // As the owner shapes it: times down to 0.
         module.Configure(EnvFollower::Attack, PotardKind::kLinear, 0.0f, 5.0f);
         module.Configure(EnvFollower::Release, PotardKind::kLinear, 0.0f, 5.0f);
@@ -41,24 +30,20 @@ struct Rig : test::ModuleRig<EnvFollower> {
 
 /// The same with every window summed anew, in double precision.
 std::vector<double> Plain(const Settings& s, const Stereo& input, double rate) {
-    const auto step = [rate](float seconds) {
-        return 1.0 - std::exp(-5.0 / (static_cast<double>(seconds) * rate));
-    };
+    const auto step = [rate](double seconds) { return 1.0 - std::exp(-5.0 / (seconds * rate)); };
     const auto window = static_cast<size_t>(s.windowMs * static_cast<float>(rate) * 0.001f);
     std::vector<double> levels(input[0].size()), envelope(input[0].size());
     double state = 0.0;
     for (size_t i = 0; i < levels.size(); ++i) {
-        const double left = std::abs(static_cast<double>(input[0][i]));
-        const double right = std::abs(static_cast<double>(input[1][i]));
-        levels[i] = s.stereo ? 0.5 * (left + right) : left;
-        double level = levels[i];
+        const double left = std::abs(input[0][i]), right = std::abs(input[1][i]);
+        double level = levels[i] = s.stereo ? 0.5 * (left + right) : left;
         if (window > 1) {
             double sum = 0.0;
             for (size_t k = 0; k < std::min(window, i + 1); ++k)
                 sum += levels[i - k] * levels[i - k];
             level = std::sqrt(sum / static_cast<double>(window));
         }
-        level *= static_cast<double>(s.gain);
+        level *= s.gain;
         state += (level - state) * step(level < state ? s.release : s.attack);
         envelope[i] = state;
     }
@@ -66,25 +51,21 @@ std::vector<double> Plain(const Settings& s, const Stereo& input, double rate) {
 }
 
 TEST(EnvFollowerTest, MatchesAPlainModelUnderRandomSettings) {
-    std::mt19937 random(8);
+    Dice dice(8);
     for (uint32_t round = 0; round < 20; ++round) {
-        const auto draw = [&random](float from, float to) {
-            return std::uniform_real_distribution<float>(from, to)(random);
-        };
-        const Settings s{.attack = round % 5 == 0 ? 0.0f : draw(0.001f, 0.1f),
-                         .release = draw(0.001f, 0.3f),
-                         .windowMs = round % 2 == 0 ? draw(0.0f, 0.04f) : draw(0.05f, 12.0f),
-                         .gain = draw(0.1f, 4.0f),
-                         .stereo = round % 3 == 0};
+        const Settings s{round % 5 == 0 ? 0.0f : dice.Between(0.001f, 0.1f),
+                         dice.Between(0.001f, 0.3f),
+                         round % 2 == 0 ? dice.Between(0.0f, 0.04f) : dice.Between(0.05f, 12.0f),
+                         dice.Between(0.1f, 4.0f), round % 3 == 0};
         const float rate = round % 4 < 2 ? 44100.0f : 96000.0f;
-        const Stereo input{test::Bursts(round, 4800, 0.8f), test::Bursts(round + 50, 4800, 0.8f)};
+        const Stereo input{Bursts(round, 4800, 0.8f), Bursts(round + 50, 4800, 0.8f)};
         const Channel found = Rig(s, rate, round % 2 == 0 ? 44 : 4800).Follow(input);
-        const std::vector<double> wanted = Plain(s, input, static_cast<double>(rate));
+        const std::vector<double> wanted = Plain(s, input, rate);
         // Entries too small for the running sum are lost: 1e-10 a sample of the window.
-        const double samples = std::max(static_cast<double>(s.windowMs * rate) * 0.001, 1.0);
-        const double floor = 2.0e-6 + static_cast<double>(s.gain) * 1.0e-5 * std::sqrt(samples);
+        const double samples = std::max(s.windowMs * rate * 0.001, 1.0);
+        const double floor = 2.0e-6 + s.gain * 1.0e-5 * std::sqrt(samples);
         for (size_t i = 0; i < found.size(); ++i)
-            ASSERT_NEAR(static_cast<double>(found[i]), wanted[i], floor + 1.0e-5 * wanted[i])
+            ASSERT_NEAR(found[i], wanted[i], floor + 1.0e-5 * wanted[i])
                 << "round " << round << " at " << i;
     }
 }
@@ -93,7 +74,7 @@ TEST(EnvFollowerTest, MatchesAPlainModelUnderRandomSettings) {
 TEST(EnvFollowerTest, SilenceComesToRestAtZero) {
     for (const float windowMs : {0.0f, 100.0f}) {
         Rig rig({.windowMs = windowMs});
-        rig.Follow({test::Bursts(2, 480000, 20.0f), Channel(480000)});
+        rig.Follow({Bursts(2, 480000, 20.0f), Channel(480000)});
         const Channel tail = rig.Follow({Channel(9600), Channel(9600)});
         EXPECT_GT(tail.front(), 0.0f);
         EXPECT_EQ(tail.back(), 0.0f) << windowMs;
@@ -102,7 +83,7 @@ TEST(EnvFollowerTest, SilenceComesToRestAtZero) {
 
 TEST(EnvFollowerTest, ANewWindowStartsOver) {
     Rig rig({.windowMs = 10.0f});
-    const Stereo loud{test::Noise(4, 4800), Channel(4800)};
+    const Stereo loud{Noise(4, 4800), Channel(4800)};
     rig.Follow(loud);
     rig.module.SetParameterValue(EnvFollower::RMSWindowDurationMs, 20.0f);
     EXPECT_EQ(rig.Follow(loud), Rig({.windowMs = 20.0f}).Follow(loud));

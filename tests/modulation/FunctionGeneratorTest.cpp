@@ -1,14 +1,5 @@
 #include "modulation/FunctionGenerator.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <memory>
-#include <random>
-#include <utility>
-#include <vector>
-
 #include "primitives/TensionCurve.h"
 #include "support/GeneratorRig.h"
 
@@ -16,10 +7,7 @@ namespace Quorvan::dsp {
 namespace {
 
 using Function = FunctionGenerator<64>;
-using Rig = test::GeneratorRig<Function>;
-
-constexpr float kRate = 48000.0f;
-constexpr uint32_t kBlock = 48;
+using Rig = GeneratorRig<Function>;
 
 struct Point {
     float x, y, tension;
@@ -28,7 +16,7 @@ struct Point {
 /// A function of 100 Hz: 480 samples a cycle.
 struct Drawn : Rig {
     explicit Drawn(const std::vector<Point>& points, IGenerator::RunMode mode = IGenerator::kLoop)
-        : Rig(kRate, kBlock, "Function1") {
+        : Rig(48000.0f, 48, "Function1") {
         module.Configure(Function::RateUnSynced, PotardKind::kLinear, 0.0f, 2000.0f);
         Set(Function::RateUnSynced, 100.0f);
         Set(Function::Mode, static_cast<float>(mode));
@@ -55,48 +43,40 @@ double PlainHeight(std::vector<Point> points, double x) {
         points[i].x = std::max(points[i].x, points[i - 1].x);
     points.back().x = 1.0f;
     for (size_t i = 0; i + 1 < points.size(); ++i) {
-        const Point& a = points[i];
-        const Point& b = points[i + 1];
-        if (x >= static_cast<double>(b.x))
+        const Point &a = points[i], &b = points[i + 1];
+        if (x >= b.x)
             continue;
-        const double t = static_cast<double>(a.tension);
-        const double u = (x - static_cast<double>(a.x)) / static_cast<double>(b.x - a.x);
+        const double t = a.tension, u = (x - a.x) / (b.x - a.x);
         if (std::abs(t) >= 1000.0)
-            return static_cast<double>(t > 0.0 ? a.y : b.y);
+            return t > 0.0 ? a.y : b.y;
         const double share = t == 0.0  ? u
                              : t < 0.0 ? std::expm1(t * u) / std::expm1(t)
                                        : 1.0 - std::expm1(-t * (1.0 - u)) / std::expm1(-t);
-        return static_cast<double>(a.y) + static_cast<double>(b.y - a.y) * share;
+        return a.y + (b.y - a.y) * share;
     }
-    return static_cast<double>(points.back().y);
+    return points.back().y;
 }
 
 TEST(FunctionGeneratorTest, DrawsRandomCurvesLikeAPlainModel) {
-    std::mt19937 random(5);
-    const auto draw = [&random](float a, float b) {
-        return std::uniform_real_distribution<float>(a, b)(random);
-    };
+    Dice dice(5);
     for (uint32_t round = 0; round < 60; ++round) {
         std::vector<Point> points(2 + round % 63);
         for (Point& point : points) {
-            const float kind = draw(0.0f, 1.0f);
-            point = {draw(0.0f, 1.0f), draw(0.0f, 1.0f), kind < 0.3f ? 0.0f : draw(-20.0f, 20.0f)};
+            const float kind = dice.Unit();
+            point = {dice.Unit(), dice.Unit(), kind < 0.3f ? 0.0f : dice.Between(-20.0f, 20.0f)};
             if (kind > 0.9f)
                 point.tension = kind > 0.95f ? 1000.0f : -1000.0f;
         }
         // Some points stay out of order, and the ends off their places.
         if (round % 3 != 0)
-            std::sort(points.begin(), points.end(),
-                      [](const Point& a, const Point& b) { return a.x < b.x; });
+            std::ranges::sort(points, {}, &Point::x);
         Drawn function(points);
-        const float scale = draw(-1.0f, 1.0f);
-        const float bipolar = static_cast<float>(round % 2);
+        const float scale = dice.Between(-1.0f, 1.0f), bipolar = static_cast<float>(round % 2);
         function.Set(Function::Scale, scale);
         function.Set(Function::Bipolar, bipolar);
         function.Blocks(20);
         for (size_t i = 0; i < function.phases.size(); ++i) {
-            const double height = PlainHeight(points, static_cast<double>(function.phases[i]));
-            const double scaled = (height - 0.5) * static_cast<double>(scale) + 0.5;
+            const double scaled = (PlainHeight(points, function.phases[i]) - 0.5) * scale + 0.5;
             const double wanted = bipolar > 0.5f ? 2.0 * scaled - 1.0 : scaled;
             // Short segments with a bend lose digits of the position in them.
             ASSERT_NEAR(function.outputs[0][i], wanted, 2e-3) << "round " << round << ", " << i;
@@ -105,16 +85,14 @@ TEST(FunctionGeneratorTest, DrawsRandomCurvesLikeAPlainModel) {
 }
 
 TEST(FunctionGeneratorTest, SegmentsAreTheTensionCurveToTheBit) {
-    std::mt19937 random(6);
-    std::uniform_real_distribution<float> draw(0.0f, 1.0f);
+    Dice dice(6);
     for (const float tension :
          {-1500.0f, -1000.0f, -999.0f, -3.0f, -0.0001f, 0.0001f, 0.5f, 40.0f, 999.0f, 1000.0f}) {
         for (uint32_t i = 0; i < 100; ++i) {
-            const float x0 = 0.5f * draw(random);
-            const float x1 = x0 + 0.01f + 0.4f * draw(random);
-            const float y0 = draw(random), y1 = draw(random);
+            const float x0 = 0.5f * dice.Unit(), x1 = x0 + 0.01f + 0.4f * dice.Unit();
+            const float y0 = dice.Unit(), y1 = dice.Unit();
             const CurveSegment segment(x0, y0, x1, y1, (y1 - y0) / (x1 - x0), tension);
-            const float x = x0 + (x1 - x0) * 0.99f * draw(random);
+            const float x = x0 + (x1 - x0) * 0.99f * dice.Unit();
             ASSERT_TRUE(segment.Holds(x));
             ASSERT_EQ(segment.HeightAt(x), TensionCurve(x0, y0, x1, y1, x, tension)) << tension;
         }
@@ -174,7 +152,7 @@ TEST(FunctionGeneratorTest, SmoothBoundsTheStepByTheBlockLength) {
         {0.0f, 0.0f, 1000.0f}, {0.5f, 1.0f, 1000.0f}, {1.0f, 1.0f, 0.0f}};
     Drawn function(square);
     function.Block();
-    function.module.Setup(kRate, kBlock);  // a second set-up is as good as the first
+    function.module.Setup(48000.0f, 48);  // a second set-up is as good as the first
     function.Set(Function::Smooth, 1.0f);
     function.Forget();
     function.Blocks(10);
@@ -266,15 +244,13 @@ TEST(FunctionGeneratorTest, ARandomEngineMovesThePointsAtEveryRestartInOrderAndI
             function.module.Restart();
             function.Forget();
             function.Blocks(10);
-            const auto [low, high] =
-                std::minmax_element(function.outputs[0].begin(), function.outputs[0].end());
-            ASSERT_GE(*low, 0.0f);
-            ASSERT_LE(*high, 1.0f);
+            const auto [low, high] = std::ranges::minmax(function.outputs[0]);
+            ASSERT_TRUE(low >= 0.0f && high <= 1.0f);
             const float moved = function.outputs[0][0] - 0.1f;  // of the first point
             ASSERT_LE(std::abs(moved), amount * 0.4f + 1e-6f);
             ASSERT_GE(moved, -0.1f - 1e-6f);
             widest = std::max(widest, std::abs(moved));
-            sum += static_cast<double>(moved);
+            sum += moved;
         }
         // Triangular between -0.1 and 0.2 with its peak at 0: the mean is a third of their sum.
         EXPECT_NEAR(sum / 400.0, amount > 0.0f ? 0.1 / 3.0 : 0.0, 0.012);

@@ -1,15 +1,10 @@
 #include "modulation/IGenerator.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <random>
-#include <string>
-#include <vector>
-
+#include "modulation/FunctionGenerator.h"
+#include "modulation/LFO.h"
+#include "modulation/StepSequencer.h"
 #include "support/GeneratorRig.h"
+#include "support/SeededClock.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -32,7 +27,7 @@ public:
     uint32_t lastFrames = 0;
 };
 
-using Rig = test::GeneratorRig<BareClock>;
+using Rig = GeneratorRig<BareClock>;
 
 struct Clock : Rig {
     /// Synced, the rate is an entry of the table of rates: 3 is a whole note, four quarter notes a
@@ -89,8 +84,7 @@ struct PlainClock {
     }
 
     void BeginBlock(double frames, double step, double beat, double position, bool playing) {
-        const bool starts = playing && !wasPlaying;
-        const bool stops = !playing && wasPlaying;
+        const bool starts = playing && !wasPlaying, stops = !playing && wasPlaying;
         if (starts && mode == 2)
             Restart();
         if (position < song && !starts) {
@@ -134,7 +128,8 @@ struct PlainClock {
     }
     void Step(double step, double beat) {
         tick = roundingDecides = false;
-        if (mode == 0 && ended) {
+        const bool rests = mode == 0 && ended;
+        if (rests) {
             cycle = 0.0;
         } else if (!synced) {
             const bool second = count % 2 != 0;
@@ -151,7 +146,6 @@ struct PlainClock {
                 freePhase = Frac(start + 0.999999);
                 tick = false;
             }
-            Go(beat);
         } else if (mode == 0) {
             const double inc = step * beat / beatsPerCycle;
             tick = Passes(syncedPhase - start + 1.0, syncedPhase - start + 1.0 + inc);
@@ -160,7 +154,6 @@ struct PlainClock {
             cycle = 0.0;
             tick = tick && !ended;
             syncedPhase = ended ? Frac(start - 0.000001) : Frac(syncedPhase + inc);
-            Go(beat);
         } else {
             const double p = Bent((now - origin) / beatsPerCycle);
             const double q = Bent((previous - origin) / beatsPerCycle);
@@ -168,25 +161,20 @@ struct PlainClock {
             cycle = std::floor(p + 1e-9);
             tick = Passes(q, p);
             ended = ended || (tick && cycle > 0.0);
-            if (tick || (follows && mode == 2))
-                syncedPhase = Frac(start + p);
-            else
-                syncedPhase = Frac(syncedPhase + step * beat / beatsPerCycle);
-            Go(beat);
+            const bool placed = tick || (follows && mode == 2);
+            syncedPhase = Frac(placed ? start + p : syncedPhase + step * beat / beatsPerCycle);
         }
         phase = synced ? syncedPhase : freePhase;
-    }
-    void Go(double beat) {
-        previous = now;
-        now += beat;
+        if (!rests)
+            previous = std::exchange(now, now + beat);
     }
     double now = 0.0;
 };
 
 /// A scenario at random: settings, transport and tempo change at block borders.
-class Scenario {
+class Scenario : private Dice {
 public:
-    explicit Scenario(uint32_t seed) : random(seed), rig(kRate, kBlock, "Clock") {
+    explicit Scenario(uint32_t seed) : Dice(seed), rig(kRate, kBlock, "Clock") {
         Choose(IGenerator::Mode, Whole(0, 2));
         Choose(IGenerator::MidiSync, Whole(0, 1));
         Choose(IGenerator::RateUnSynced, Between(1.0f, 400.0f));
@@ -198,23 +186,20 @@ public:
         controlRate = Whole(0, 4) == 0.0f;
         rig.Set(IGenerator::ControlRate, controlRate ? 1.0f : 0.0f);
         rig.tempo = Between(60.0f, 400.0f);
-        rig.position = Whole(0, 2) == 0.0f ? -2.0 : static_cast<double>(Between(0.0f, 200.0f));
+        rig.position = Whole(0, 2) == 0.0f ? -2.0 : Between(0.0f, 200.0f);
     }
     /// False where the scenario has ended early, because plain clock and rounding disagree on a
     /// tick.
     bool Run(uint32_t blocks) {
-        for (uint32_t b = 0; b < blocks && !over && !HasFailure(); ++b) {
+        for (uint32_t b = 0; b < blocks && !over && !testing::Test::HasFailure(); ++b) {
             if (b > 0)
                 Disturb();
-            const uint32_t frames = 4 * static_cast<uint32_t>(Whole(1, kBlock / 4));
-            Compare(frames);
+            Compare(4 * static_cast<uint32_t>(Whole(1, kBlock / 4)));
         }
         return !over;
     }
 
 private:
-    static bool HasFailure() { return testing::Test::HasFailure(); }
-    float Between(float a, float b) { return std::uniform_real_distribution<float>(a, b)(random); }
     float Whole(int a, int b) {
         return static_cast<float>(std::uniform_int_distribution<int>(a, b)(random));
     }
@@ -223,32 +208,32 @@ private:
         rig.Set(id, value);
         static constexpr double kLengths[] = {32, 16, 8, 4, 2, 1, 0.5, 0.25, 0.125};
         static constexpr float kTypes[] = {1.0f, 0.6666667f, 1.5f};  // the rounding counts
-        if (id == IGenerator::Mode) {
+        if (id == IGenerator::Mode)
             plain.mode = static_cast<int>(value);
-        } else if (id == IGenerator::MidiSync) {
+        if (id == IGenerator::MidiSync) {
             restarts = restarts || rig.module.IsChanged(id);
             plain.synced = value > 0.5f;
-        } else if (id == IGenerator::RateUnSynced) {
-            plain.hertz = static_cast<double>(value);
-        } else if (id == IGenerator::RateSynced) {
-            entry = kLengths[static_cast<size_t>(value)];
-        } else if (id == IGenerator::RateSyncedType) {
-            type = static_cast<double>(kTypes[static_cast<size_t>(value)]);
-        } else if (id == IGenerator::PhaseInit) {
-            plain.MoveStart(static_cast<double>(value) / 360.0);
-        } else if (id == IGenerator::SppHardFollow) {
-            plain.follows = value > 0.5f;
-        } else if (id == IGenerator::Swing) {
-            plain.swing = static_cast<double>(value) / 100.0;
         }
+        if (id == IGenerator::RateUnSynced)
+            plain.hertz = value;
+        if (id == IGenerator::RateSynced)
+            entry = kLengths[static_cast<size_t>(value)];
+        if (id == IGenerator::RateSyncedType)
+            type = kTypes[static_cast<size_t>(value)];
+        if (id == IGenerator::PhaseInit)
+            plain.MoveStart(value / 360.0);
+        if (id == IGenerator::SppHardFollow)
+            plain.follows = value > 0.5f;
+        if (id == IGenerator::Swing)
+            plain.swing = value / 100.0;
         plain.beatsPerCycle = entry * type;
     }
     void Disturb() {
         rig.tempo = std::clamp(rig.tempo * ramp, 60.0f, 400.0f);
         const std::function<void()> events[] = {
             [this] { rig.playing = !rig.playing; },
-            [this] { rig.position = static_cast<double>(Between(-1.0f, 300.0f)); },  // a jump
-            [this] { rig.position -= static_cast<double>(Between(0.0f, 2.0f)); },    // a loop
+            [this] { rig.position = Between(-1.0f, 300.0f); },  // a jump
+            [this] { rig.position -= Between(0.0f, 2.0f); },    // a loop
             [this] {
                 rig.tempo = Between(60.0f, 400.0f);
                 ramp = 1.0f;
@@ -273,29 +258,26 @@ private:
         }
     }
     void Compare(uint32_t frames) {
-        const double step = controlRate ? static_cast<double>(frames) : 1.0;
-        const double beat = static_cast<double>(rig.tempo) / 60.0 / 48000.0;
+        const double step = controlRate ? frames : 1.0, beat = rig.tempo / 60.0 / 48000.0;
         if (restarts)
             plain.Restart();
         restarts = false;
-        plain.BeginBlock(static_cast<double>(frames), step, beat,
-                         static_cast<double>(static_cast<float>(rig.position)), rig.playing);
+        plain.BeginBlock(frames, step, beat, static_cast<float>(rig.position), rig.playing);
         rig.Forget();
         rig.Block(frames);
         for (size_t i = 0; i < rig.phases.size(); ++i) {
             plain.Step(step, beat);
-            const double apart = Apart(static_cast<double>(rig.phases[i]), plain.phase);
+            const double apart = Apart(rig.phases[i], plain.phase);
             over = plain.roundingDecides && (plain.tick != (rig.ticks[i] > 0.5f) || apart > 2e-6);
             if (over)
                 return;
             ASSERT_LT(apart, 2e-6) << "step " << i;
             ASSERT_EQ(rig.ticks[i] > 0.5f, plain.tick) << "step " << i << " at " << plain.phase;
-            ASSERT_EQ(static_cast<double>(rig.cycles[i]), plain.cycle) << "step " << i;
+            ASSERT_EQ(rig.cycles[i], plain.cycle) << "step " << i;
             ASSERT_EQ(rig.module.lastFrames, rig.phases.size());
         }
     }
 
-    std::mt19937 random;
     Rig rig;
     PlainClock plain;
     double entry = 4.0, type = 1.0;
@@ -332,6 +314,51 @@ TEST(IGeneratorTest, ANewTableOfRatesStartsAtItsFirstEntry) {
     clock.module.SetParameterNormalized(IGenerator::RateSynced, 1.0f);
     clock.Block();
     EXPECT_EQ(clock.module.RateBuffer()[0], 0.1f);
+}
+
+/// What a generator gives under a standing transport, in blocks of full or of random length.
+template <class G>
+std::vector<float> Heard(const std::map<uint32_t, float>& settings, bool random) {
+    const SeededClock seed(1);
+    GeneratorRig<G> rig(kRate, kBlock, "Generator");
+    rig.module.Configure(G::RateUnSynced, PotardKind::kLinear, 0.0f, 2000.0f);
+    for (const auto& [id, value] : settings)
+        rig.Set(id, value);
+    rig.module.Reset(true);
+    Dice dice(1);
+    while (rig.outputs[0].size() < 48000)
+        rig.Block(random ? 4 + 4 * dice.Below(kBlock / 4) : kBlock);
+    return rig.outputs[0];
+}
+
+template <class G>
+void ExpectBlockLengthsAreNotHeard(std::map<uint32_t, float> settings) {
+    settings.insert({{G::RateUnSynced, 77.0f}, {G::RateSynced, 8.0f}});
+    for (const float synced : {0.0f, 1.0f}) {
+        settings.insert_or_assign(G::MidiSync, synced);
+        const std::vector<float> even = Heard<G>(settings, false), odd = Heard<G>(settings, true);
+        for (size_t i = 0; i < 48000; ++i)
+            ASSERT_NEAR(odd[i], even[i], 1e-4f) << testing::PrintToString(settings) << i;
+        EXPECT_GT(std::set<float>(even.begin(), even.end()).size(), 1u)
+            << testing::PrintToString(settings);
+    }
+}
+
+TEST(GeneratorsTest, BlockLengthsAreNotHeard) {
+    using Function = FunctionGenerator<64>;
+    using Steps = StepSequencer;
+    for (const float k : {0.0f, 1.0f, 2.0f, 3.0f, 4.0f, 5.0f}) {
+        ExpectBlockLengthsAreNotHeard<LFO>({{LFO::Waveform, k}, {LFO::Fade, 0.1f}});
+        ExpectBlockLengthsAreNotHeard<Function>({{Function::Mode, std::fmod(k, 3.0f)},
+                                                 {Function::LastActivePointIndex, 2.0f},
+                                                 {Function::PointX1 + 1, 0.3f},
+                                                 {Function::PointY1 + 1, 0.9f},
+                                                 {Function::Tension1, k}});
+        ExpectBlockLengthsAreNotHeard<Steps>({{Steps::LoopMode, std::fmod(k, 4.0f)},
+                                              {Steps::NbSteps, 5.0f},
+                                              {Steps::StepVal1 + 1, 1.0f},
+                                              {Steps::Smooth, k < 4.0f ? 0.0f : 0.3f}});
+    }
 }
 
 }  // namespace

@@ -1,26 +1,18 @@
 #include "modulation/StepSequencer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <set>
-#include <vector>
-
 #include "support/GeneratorRig.h"
 
 namespace Quorvan::dsp {
 namespace {
 
-constexpr float kRate = 48000.0f;
 constexpr uint32_t kBlock = 64;  // at 750 Hz a cycle, whose steps are exact in binary
 
-using Rig = test::GeneratorRig<StepSequencer>;
+using Rig = GeneratorRig<StepSequencer>;
 using Steps = std::vector<int>;
 
 /// A step a block, with the value of step i at i / 32.
 struct Sequence : Rig {
-    Sequence(StepLoop loop, uint32_t steps) : Rig(kRate, kBlock, "StepSeq") {
+    Sequence(StepLoop loop, uint32_t steps) : Rig(48000.0f, kBlock, "StepSeq") {
         module.Configure(StepSequencer::RateUnSynced, PotardKind::kLinear, 0.0f, 2000.0f);
         for (uint32_t i = 0; i < StepSequencer::kMaxSteps; ++i) {
             module.Configure(StepSequencer::StepVal1 + i, PotardKind::kLinear, 0.0f, 1.0f);
@@ -62,18 +54,15 @@ struct Sequence : Rig {
 };
 
 TEST(StepSequencerTest, OrdersTurnWhereTheyShouldAndDrawWhereAPassBegins) {
-    struct Case {
-        StepLoop loop;
-        uint32_t steps;
-        Steps played, drawing;
-    };
-    for (const Case& wanted : {Case{kForward, 4, {0, 1, 2, 3, 0, 1, 2, 3, 0}, {0, 4, 8}},
-                               Case{kBackward, 4, {3, 2, 1, 0, 3, 2, 1, 0, 3}, {0, 4, 8}},
-                               Case{kBackAndForth, 3, {0, 1, 2, 2, 1, 0, 0, 1, 2}, {0, 6}},
-                               Case{kBackAndForth, 1, {0, 0, 0, 0}, {0, 2}}}) {
-        Sequence sequence(wanted.loop, wanted.steps);
-        EXPECT_EQ(sequence.Play(static_cast<int>(wanted.played.size())), wanted.played);
-        EXPECT_EQ(sequence.drawing, wanted.drawing);
+    const std::vector<std::tuple<StepLoop, uint32_t, Steps, Steps>> cases{
+        {kForward, 4, {0, 1, 2, 3, 0, 1, 2, 3, 0}, {0, 4, 8}},
+        {kBackward, 4, {3, 2, 1, 0, 3, 2, 1, 0, 3}, {0, 4, 8}},
+        {kBackAndForth, 3, {0, 1, 2, 2, 1, 0, 0, 1, 2}, {0, 6}},
+        {kBackAndForth, 1, {0, 0, 0, 0}, {0, 2}}};
+    for (const auto& [loop, steps, played, drawing] : cases) {
+        Sequence sequence(loop, steps);
+        EXPECT_EQ(sequence.Play(static_cast<int>(played.size())), played);
+        EXPECT_EQ(sequence.drawing, drawing);
     }
     Sequence sequence(kRandom, 5);
     const Steps random = sequence.Play(400);
@@ -83,19 +72,16 @@ TEST(StepSequencerTest, OrdersTurnWhereTheyShouldAndDrawWhereAPassBegins) {
 
 TEST(StepSequencerTest, SmallDeviationsAreTheLikeliest) {
     Sequence sequence(kRandom, 4);
-    uint32_t count = 0, small = 0;
-    double sum = 0.0;
-    for (uint32_t b = 0; b < 300; ++b) {
-        sequence.Block();
+    double count = 0.0, small = 0.0, sum = 0.0;
+    for (; count < 300 * StepSequencer::kMaxSteps; sequence.Block())
         for (const float deviation : sequence.Deviations()) {
             ASSERT_LE(std::abs(deviation), 1.0f);
-            small += std::abs(deviation) < 0.1f ? 1 : 0;
-            sum += static_cast<double>(deviation);
+            small += std::abs(deviation) < 0.1f;
+            sum += deviation;
             ++count;
         }
-    }
     // P(|xy| < a) = a (1 - ln a) for x and y uniform in -1..1.
-    EXPECT_NEAR(static_cast<double>(small) / count, 0.1 * (1.0 - std::log(0.1)), 0.02);
+    EXPECT_NEAR(small / count, 0.1 * (1.0 - std::log(0.1)), 0.02);
     EXPECT_NEAR(sum / count, 0.0, 0.02);
 }
 
@@ -118,18 +104,17 @@ TEST(StepSequencerTest, OutputIsTheStepsValueMovedByItsDeviationAheadOfTheCurve)
         sequence.Forget();
         for (uint32_t i = 0; i < 16; ++i) {
             const uint32_t kind = i < 8 ? PotardKind::kPolynomial : PotardKind::kRaw;
-            sequence.module.Configure(StepSequencer::StepVal1 + i, kind, -2.0f, 2.0f, 3.0f);
-            sequence.module.SetParameterNormalized(StepSequencer::StepVal1 + i,
-                                                   static_cast<float>(i) / 15.0f);
+            const uint32_t id = StepSequencer::StepVal1 + i;
+            sequence.module.Configure(id, kind, -2.0f, 2.0f, 3.0f);
+            sequence.module.SetParameterNormalized(id, static_cast<float>(i) / 15.0f);
         }
         for (uint32_t b = 0; b < 48; ++b) {
             sequence.Block();
             const auto step = static_cast<uint32_t>(sequence.Current());
-            const float moved =
-                static_cast<float>(step) / 15.0f + amount * sequence.Deviations()[step];
-            const float held = std::clamp(moved, 0.0f, 1.0f);
-            const float wanted = step < 8 ? 4.0f * held * held * held - 2.0f : held;
-            EXPECT_NEAR(sequence.outputs[0].back(), wanted, 1e-5f);
+            const double moved = step / 15.0 + amount * sequence.Deviations()[step];
+            const double held = std::clamp(moved, 0.0, 1.0);
+            EXPECT_NEAR(sequence.outputs[0].back(),
+                        step < 8 ? 4.0 * held * held * held - 2.0 : held, 1e-5);
         }
     }
 }

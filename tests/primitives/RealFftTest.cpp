@@ -1,13 +1,6 @@
 #include "primitives/RealFft.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <complex>
-#include <numbers>
-#include <vector>
-
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -16,7 +9,7 @@ TEST(RealFftTest, BinsAreThoseOfTheDefinition) {
     RealFft fft;
     for (const uint32_t length : {512u, 4u, 8u, 32u, 64u, 1024u, 512u}) {
         fft.Resize(length);
-        const std::vector<float> signal = test::Noise(length, length);
+        const std::vector<float> signal = Noise(length, length);
         std::vector<float> bins(length + 4, 99.0f);
         fft.Forward(signal.data(), bins.data());
         for (uint32_t k = 0; k <= length / 2; ++k) {

@@ -1,30 +1,20 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <random>
-#include <vector>
-
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherSRL.h"
-#include "support/RampedPole.h"
+#include "support/PlainParts.h"
 
 namespace Quorvan::dsp {
 namespace {
 
 template <class S>
-S Make(double seconds, double rate = 48000.0, uint32_t stepLength = 1) {
+S Make(double seconds, float rate = 48000.0f, uint32_t stepLength = 1) {
     S smoother(seconds);
-    smoother.sampleRate = rate;
-    smoother.stepLength = stepLength;
-    smoother.UpdateCoefficients();
+    SetUp(smoother, rate, stepLength);
     return smoother;
 }
 
 TEST(SmootherTest, LowPassFollowsItsExponentialAndArrives) {
     for (const uint32_t stepLength : {1u, 48u}) {
-        auto smoother = Make<SmootherLPF>(0.02, 48000.0, stepLength);
+        auto smoother = Make<SmootherLPF>(0.02, 48000.0f, stepLength);
         smoother.SetStartAndTarget(2.0f, -1.0f);
         const double ticksInTime = 0.02 * 48000.0 / stepLength;
         for (int n = 1; n <= 3 * static_cast<int>(ticksInTime); ++n)
@@ -53,8 +43,8 @@ TEST(SmootherTest, LowPassThresholdFollowsNewTargetsOnly) {
 }
 
 TEST(SmootherTest, SlewLimiterTakesEqualStepsAndLandsOnTheTarget) {
-    auto smoother = Make<SmootherSRL>(0.01, 1000.0, 2);  // 5 ticks for a distance of 1
-    smoother.range = 2.0;                                // and so 0.4 a tick
+    auto smoother = Make<SmootherSRL>(0.01, 1000.0f, 2);  // 5 ticks for a distance of 1
+    smoother.range = 2.0;                                 // and so 0.4 a tick
     smoother.UpdateCoefficients();
     for (const float to : {1.0f, -0.9f}) {
         const float from = static_cast<float>(smoother.current);
@@ -71,13 +61,13 @@ TEST(SmootherTest, SlewLimiterTakesEqualStepsAndLandsOnTheTarget) {
 }
 
 TEST(SmootherTest, RampedLowPassFollowsAPlainModelFromWhereTheLastRampStands) {
-    std::mt19937 random(4);
+    Dice dice(4);
     auto smoother = Make<SmootherInterpLPF>(0.002);
-    test::RampedPole plain{48000.0, 0.002};
+    RampedPole plain{48000.0, 0.002};
     for (uint32_t round = 0; round < 300; ++round) {
-        const auto steps = std::array{1u, 4u, 6u, 48u}[random() % 4];
-        const auto count = static_cast<uint32_t>(1 + random() % 60);
-        const auto to = static_cast<float>(random() % 10000);
+        const auto steps = std::array{1u, 4u, 6u, 48u}[dice.Below(4)];
+        const uint32_t count = 1 + dice.Below(60);
+        const auto to = static_cast<float>(dice.Below(10000));
         smoother.rampSteps = steps;
         smoother.SetTarget(to);
         std::vector<float> found(count);
@@ -85,7 +75,7 @@ TEST(SmootherTest, RampedLowPassFollowsAPlainModelFromWhereTheLastRampStands) {
             smoother.FillBlock(found.data(), count);
         else
             std::generate(found.begin(), found.end(), [&] { return smoother.Tick(); });
-        const std::vector<double> wanted = plain.Run(static_cast<double>(to), count, steps);
+        const std::vector<double> wanted = plain.Run(to, count, steps);
         for (uint32_t i = 0; i < count; ++i)
             ASSERT_NEAR(found[i], wanted[i], 2e-3) << round << ", " << i;
     }

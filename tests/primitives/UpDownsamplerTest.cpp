@@ -1,13 +1,6 @@
 #include "primitives/UpDownsampler.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <complex>
-#include <numbers>
-#include <vector>
-
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::prims {
 namespace {
@@ -61,7 +54,7 @@ TEST(UpDownsamplerTest, PipelinesEqualThePlainCascadeBitForBit) {
     for (const uint32_t count : {44u, 1u, 0u, 2u, 3u, 4u, 7u, 48u, 5u, 96u, 13u}) {
         std::array<Signal, 2> in, high, expectedHigh, expected;
         for (size_t c = 0; c < 2; ++c) {
-            in[c] = test::Noise(seed++, count);
+            in[c] = Noise(seed++, count);
             high[c].resize(2 * count);
             expectedHigh[c] = PlainUp(plain[c], in[c]);
             expected[c] = PlainDown(plain[c], expectedHigh[c]);
@@ -93,7 +86,7 @@ TEST(UpDownsamplerTest, SinesPassAndTheirImagesAndAliasesDoNot) {
     Signal high(12000), out(6000);
     for (const double frequency : {0.02, 0.1, 0.3, 0.42}) {  // of the low rate
         resampler.Reset();
-        const Signal in = test::Sine(frequency, 1.0, 6000);
+        const Signal in = Sine(frequency, 1.0, 6000);
         resampler.Upsample(in.data(), high.data(), 6000);
         resampler.Downsample(high.data(), out.data(), 6000);
         const double tolerance = frequency < 0.1 ? 1e-4 : 1e-2;
@@ -105,7 +98,7 @@ TEST(UpDownsamplerTest, SinesPassAndTheirImagesAndAliasesDoNot) {
             EXPECT_NEAR(out[i], std::sin(late * (static_cast<double>(i) - 3.59)), 3e-3);
         // The cascade is down by 100 dB from 0.28 of the high rate on.
         EXPECT_LT(LevelAt(high, 0.5 - 0.5 * frequency), 2e-5) << frequency;
-        const Signal above = test::Sine(0.5 - 0.5 * frequency, 1.0, 12000);
+        const Signal above = Sine(0.5 - 0.5 * frequency, 1.0, 12000);
         resampler.Downsample(above.data(), out.data(), 6000);
         EXPECT_LT(LevelAt(out, frequency), 2e-5) << frequency;
     }

@@ -1,13 +1,8 @@
 // The adapter on top of a root that is a plain module.
 #include "processor/DsplibProcessor.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "framework/UnitModule.h"
+#include "support/Test.h"
 
 namespace Quorvan::Processor {
 namespace {
@@ -19,7 +14,6 @@ const dsp::ParameterTable& Table() {
     return table;
 }
 
-/// Multiplies by its parameter, and answers a note for each note.
 class PlainRoot final : public dsp::UnitModule {
 public:
     PlainRoot() : UnitModule("Top", 2, 2, Table()) {}

@@ -1,14 +1,9 @@
-// Bypass, output gain, panic, preset loading and the change lists.
-#include <gtest/gtest.h>
-
-#include <cmath>
-
+// Bypass, output gain, panic, preset loading, the change lists and the places of the slots.
 #include "support/ProcessorRig.h"
+#include "support/Test.h"
 
 namespace Quorvan::Processor {
 namespace {
-
-using namespace test;
 
 TEST(EffectProcessorTest, BypassCrossfadesInTenMillisecondsAndPassesTheInputUntouched) {
     ProcessorRig rig;
@@ -84,6 +79,55 @@ TEST(EffectProcessorTest, NothingIsToldBeforeAPresetLoadHasEnded) {
     quick.Set("PresetLoading", 1.0f).Set("PresetLoading", 0.0f).Set("FX2_Position", 1.0f);
     quick.RunSilence(1);
     EXPECT_FALSE(quick.TakeParameterChanges().empty());
+}
+
+constexpr const char* kDistorts =
+    "ModuleType=0.2222;Dry / Wet=1;MultiDist_DistType=0;MultiDist_Drive=1;MultiDist_Stereo=1;";
+constexpr const char* kFilters = "ModuleType=0.1111;Dry / Wet=1;MultiModeFilter_Freq=0.2;";
+constexpr const char *kFirst = "FX1_", *kSecond = "FX2_";
+constexpr const char *kAfterMix = "Position=0", *kOnWet = "Position=0.5", *kInLoop = "Position=1";
+
+struct Slot {
+    std::string prefix, positions;
+};
+
+/// What comes out of a cloud with these slots, where dryWet and feedback are positions.
+Stereo Sound(float dryWet, float feedback, const std::vector<Slot>& slots) {
+    ProcessorRig rig;
+    rig.MakeAudible().Set("Dry / Wet", dryWet).Set("Feedback", feedback);
+    for (const Slot& slot : slots)
+        rig.SetAll(slot.positions, slot.prefix);
+    rig.EndPresetLoad();
+    return rig.Run(NoisePair(24000));
+}
+
+TEST(SlotPlaceTest, AnEffectIsHeardOnWhatPassesItsPlaceOnly) {
+    for (const float dryWet : {0.0f, 1.0f})
+        for (const float feedback : {0.0f, 0.85f}) {
+            const Stereo plain = Sound(dryWet, feedback, {});
+            const auto isHeard = [&, dryWet, feedback](const char* place) {
+                return Sound(dryWet, feedback, {{kFirst, kDistorts + std::string(place)}}) != plain;
+            };
+            SCOPED_TRACE(testing::Message() << dryWet << " wet, feedback " << feedback);
+            EXPECT_TRUE(isHeard(kAfterMix));
+            EXPECT_EQ(isHeard(kOnWet), dryWet > 0.0f);
+            EXPECT_EQ(isHeard(kInLoop), dryWet > 0.0f && feedback > 0.0f);
+        }
+}
+
+TEST(SlotPlaceTest, TheFirstSlotComesAheadOfTheSecond) {
+    const auto sound = [](const char* first, const char* firstPlace, const char* second,
+                          const char* secondPlace) {
+        return Sound(1.0f, 0.5f,
+                     {{kFirst, std::string(first) + firstPlace},
+                      {kSecond, std::string(second) + secondPlace}});
+    };
+    for (const char* place : {kAfterMix, kOnWet, kInLoop})
+        EXPECT_NE(sound(kDistorts, place, kFilters, place),
+                  sound(kFilters, place, kDistorts, place));
+    // The second one never stands ahead of the first.
+    EXPECT_EQ(sound(kDistorts, kAfterMix, kFilters, kInLoop),
+              sound(kDistorts, kAfterMix, kFilters, kAfterMix));
 }
 
 }  // namespace

@@ -1,14 +1,9 @@
 // What the matrix reaches, and when: destination rows, order of the sources, sequence, rate types.
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "support/DestinationRows.h"
+#include "support/Test.h"
 
 namespace Quorvan::Processor {
 namespace {
-
-using namespace test;
 
 constexpr uint32_t kFollower = 0, kSequence = 4, kMacro = 5;
 constexpr uint32_t kPitchRow = 6;
@@ -22,7 +17,6 @@ constexpr const char* kMovingSources =
     "Function2_Mode=1;Function2_PointX2=0.5;Function2_PointY2=1;Function2_RateUnSynced=0.8;"
     "Function3_Mode=1;Function3_PointX2=0.5;Function3_PointY2=1;Function3_RateUnSynced=0.8";
 
-/// How a row is listened to.
 struct Place {
     float rate;
     const char* settings;
@@ -32,7 +26,6 @@ struct Place {
 
 Channel Hits(uint32_t seed, size_t length) { return Bursts(seed, length, 0.9f); }
 
-/// Bursts, with their top taken off so that a part of a sample more or less doesn't matter.
 Channel Rumble(uint32_t seed, size_t length) {
     Channel signal = Bursts(seed, length, 4.0f);
     for (int pass = 0; pass < 2; ++pass) {
@@ -63,9 +56,8 @@ double Distance(const Stereo& a, const Stereo& b, size_t from) {
     double power = 1e-12, apart = 0.0;
     for (size_t c = 0; c < 2; ++c)
         for (size_t i = from; i < a[c].size(); ++i) {
-            const double difference = static_cast<double>(a[c][i]) - static_cast<double>(b[c][i]);
-            power += static_cast<double>(a[c][i]) * static_cast<double>(a[c][i]);
-            apart += difference * difference;
+            power += double{a[c][i]} * a[c][i];
+            apart += std::pow(double{a[c][i]} - b[c][i], 2.0);
         }
     return apart / power;
 }
@@ -86,15 +78,6 @@ void ExpectTheRowTurnsTheKnob(const DestinationRow& row, const Place& place) {
     }
 }
 
-void ExpectSourceIsHeard(uint32_t source, const DestinationRow& row, const Place& place,
-                         const Stereo& without) {
-    SCOPED_TRACE("source " + std::to_string(source) + " on " + std::to_string(row.row) + " " +
-                 row.knob);
-    const auto from = static_cast<size_t>(place.heardFrom * place.rate);
-    constexpr float kDeep = 0.6f;  // a source may take a while to its top, and rows have steps
-    EXPECT_GT(Distance(Sound(place, row, row.from, kDeep, source), without, from), 1e-5);
-}
-
 // At half speed the play head falls behind the write head: any pitch finds something to read.
 const Place kCloud{24000.0f, "MoteWeaver_Speed=0.625", Hits, 0.6f, 0.0f};
 // Heard late: delay times glide there from where the knob stands.
@@ -103,25 +86,29 @@ const Place kSlots{48000.0f, "Dry / Wet=0;MoteWeaver_MaxGrains=0", Rumble, 0.8f,
 TEST(ModulationTest, AMacroOnARowSoundsLikeItsKnobTurned) {
     for (const DestinationRow& row : GranularRows())
         ExpectTheRowTurnsTheKnob(row, kCloud);
+    for (const char* const slot : {"FX1", "FX2"})
+        for (const DestinationRow& row : SlotRows(slot))
+            ExpectTheRowTurnsTheKnob(row, kSlots);
 }
 
 TEST(ModulationTest, EverySourceIsHeardOnEveryRow) {
+    const auto expectHeard = [](uint32_t source, const DestinationRow& row, const Place& place,
+                                const Stereo& without) {
+        constexpr float kDeep = 0.6f;  // a source may take a while to its top, and rows have steps
+        const auto from = static_cast<size_t>(place.heardFrom * place.rate);
+        EXPECT_GT(Distance(Sound(place, row, row.from, kDeep, source), without, from), 1e-5)
+            << "source " << source << " on " << row.row << " " << row.knob;
+    };
     for (const DestinationRow& row : GranularRows()) {
         const Stereo without = Sound(kCloud, row, row.from, 0.0f);
         for (uint32_t source = 0; source < 7; ++source)
-            ExpectSourceIsHeard(source, row, kCloud, without);
+            expectHeard(source, row, kCloud, without);
     }
     // In turn, since a row of a slot takes longer to be heard.
     uint32_t source = 0;
     for (const char* const slot : {"FX1", "FX2"})
         for (const DestinationRow& row : SlotRows(slot))
-            ExpectSourceIsHeard(source++ % 7, row, kSlots, Sound(kSlots, row, row.from, 0.0f));
-}
-
-TEST(ModulationTest, AMacroOnARowOfASlotSoundsLikeItsKnobTurned) {
-    for (const char* const slot : {"FX1", "FX2"})
-        for (const DestinationRow& row : SlotRows(slot))
-            ExpectTheRowTurnsTheKnob(row, kSlots);
+            expectHeard(source++ % 7, row, kSlots, Sound(kSlots, row, row.from, 0.0f));
 }
 
 /// Output of the first function after the block, of a flat curve at its top: half its scale above
@@ -138,30 +125,24 @@ void ShowScale(ProcessorRig& rig) {
 
 TEST(ModulationTest, ASourceIsHeardInItsBlockByWhatRunsBehindIt) {
     constexpr uint32_t kScaleRow = 30;
-    struct Step {
-        const char* name;
-        uint32_t source;
-        std::function<void(ProcessorRig&)> raise;
-        bool atOnce;
-    };
-    const std::vector<Step> steps{
-        {"follower", kFollower, [](ProcessorRig&) {}, true},
-        {"later function", 3, [](ProcessorRig& rig) { rig.Set("Function3_Scale", 1.0f); }, false},
-        {"sequence", kSequence, [](ProcessorRig& rig) { rig.Set("StepSeq_Scale", 1.0f); }, false},
-        {"macro", kMacro, [](ProcessorRig& rig) { rig.Set("Macro 1", 1.0f); }, false}};
-    for (const Step& step : steps) {
+    // The follower is loud by itself, the others by a parameter at its top.
+    const std::map<uint32_t, const char*> raisedBy{{kFollower, ""},
+                                                   {3, "Function3_Scale=1"},
+                                                   {kSequence, "StepSeq_Scale=1"},
+                                                   {kMacro, "Macro 1=1"}};
+    for (const auto& [source, raised] : raisedBy) {
         ProcessorRig rig(24000.0f);
         ShowScale(rig);
         rig.SetAll("Function3_Scale=0;StepSeq_StepVal1=1;Envelope Follower Gain=0.5");
-        Route(rig, step.source, kScaleRow, 0.5f);
+        Route(rig, source, kScaleRow, 0.5f);
         rig.RunSilence(4);
-        EXPECT_NEAR(ScaleInForce(rig), 0.0f, 1e-5f) << step.name;
-        step.raise(rig);
-        const Channel loud(rig.blockSize, step.source == kFollower ? 1.0f : 0.0f);
-        rig.Run({loud, loud});
-        EXPECT_NEAR(ScaleInForce(rig), step.atOnce ? 1.0f : 0.0f, 1e-5f) << step.name;
-        rig.Run({loud, loud});
-        EXPECT_NEAR(ScaleInForce(rig), 1.0f, 1e-5f) << step.name;
+        EXPECT_NEAR(ScaleInForce(rig), 0.0f, 1e-5f) << source;
+        const float level = source == kFollower ? 1.0f : 0.0f;
+        const Channel loud(rig.SetAll(raised).blockSize, level);
+        for (const float wanted : {level, 1.0f}) {
+            rig.Run({loud, loud});
+            EXPECT_NEAR(ScaleInForce(rig), wanted, 1e-5f) << source;
+        }
     }
 }
 
@@ -178,17 +159,16 @@ TEST(ModulationTest, TheSequenceIsMadeBipolarAndThenScaled) {
     ProcessorRig rig(24000.0f);
     rig.SetAll("StepSeq_StepVal1=0.75;StepSeq_Scale=1;GUI Visible=1");
     rig.EndPresetLoad();
-    const auto byteOf = [](float x) { return static_cast<int>((x + 1.0f) * 127.5f); };
-    EXPECT_EQ(SourceByte(rig, kSequence), byteOf(0.75f));
-    rig.Set("StepSeq_Bipolar", 0.5f);  // at the middle it is off still
-    EXPECT_EQ(SourceByte(rig, kSequence), byteOf(0.75f));
-    rig.Set("StepSeq_Bipolar", 0.6f);
-    EXPECT_EQ(SourceByte(rig, kSequence), byteOf(0.5f));
-    rig.Set("StepSeq_Scale", 0.5f);
-    EXPECT_EQ(SourceByte(rig, kSequence), byteOf(0.25f));
-    Route(rig, kMacro, 34, 1.0f);  // and modulated no further than to 1
-    rig.Set("Macro 1", 0.75f);
-    EXPECT_EQ(SourceByte(rig, kSequence), byteOf(0.5f));
+    Route(rig, kMacro, 34, 1.0f);
+    for (const auto& [setting, wanted] :
+         {std::pair("", 0.75f),
+          {"StepSeq_Bipolar=0.5", 0.75f},  // at the middle it is off still
+          {"StepSeq_Bipolar=0.6", 0.5f},
+          {"StepSeq_Scale=0.5", 0.25f},
+          {"Macro 1=0.75", 0.5f}}) {  // modulated no further than to 1
+        rig.SetAll(setting);
+        EXPECT_EQ(SourceByte(rig, kSequence), static_cast<int>((wanted + 1.0f) * 127.5f));
+    }
 }
 
 TEST(ModulationTest, OneStepABlockIsHeldOverTheBlock) {

@@ -1,15 +1,9 @@
 // The audio path around the granular engine.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-
 #include "support/ProcessorRig.h"
+#include "support/Test.h"
 
 namespace Quorvan::Processor {
 namespace {
-
-using namespace test;
 
 TEST(MoteWeaverProcessorTest, TheMixKeepsThePowerAndFollowsItsKnob) {
     const Stereo in{Channel(24000, 0.5f), Channel(24000, 0.5f)};
@@ -57,15 +51,13 @@ TEST(MoteWeaverProcessorTest, TransportMuteFadesTheWetPathAloneInAFifthOfASecond
 
 TEST(MoteWeaverProcessorTest, TheLoopIsSilentAtTheBottomAndBoundedAtTheTop) {
     const Stereo in = NoisePair(96000, 0.9f);
-    ProcessorRig open;
+    ProcessorRig open, closed;
     open.MakeAudible();
-    ProcessorRig closed;
     closed.MakeAudible().Set("Feedback", 1.0f);
-    const Stereo without = open.Run(in);
-    const Stereo with = closed.Run(in);
+    const Stereo without = open.Run(in), with = closed.Run(in);
     EXPECT_NE(without[0], with[0]);
     for (const Stereo& out : {without, with})
-        EXPECT_LE(std::max(PeakLevel(out[0]), PeakLevel(out[1])), 1.0f);
+        EXPECT_LE(PeakOf(out), 1.0f);
     // Without the loop the sound dies with the tape cleared; with it, it goes round.
     for (ProcessorRig* rig : {&open, &closed})
         rig->Set("MoteWeaver_BufferClear", 1.0f);
@@ -132,8 +124,8 @@ TEST(MoteWeaverProcessorTest, TheDisplayRecordShowsTheLoop) {
     // The tape holds the input behind the loop's high-pass; its mean follows the inputs' mean.
     double product = 0.0, power = 0.0;
     for (size_t i = 0; i < 48000; ++i) {
-        const double mean = 0.5 * static_cast<double>(in[0][i] + in[1][i]);
-        product += mean * static_cast<double>(shown.buffer[i]);
+        const double mean = 0.5 * (in[0][i] + in[1][i]);
+        product += mean * shown.buffer[i];
         power += mean * mean;
     }
     EXPECT_NEAR(product / power, 1.0, 0.02);
@@ -157,12 +149,12 @@ TEST(MoteWeaverProcessorTest, TheLoopStaysAlignedWithTheSong) {
     rig.MakeAudible();
     rig.playing = true;
     const auto play = [&rig](double beats) {
-        const double seconds = beats * 60.0 / static_cast<double>(rig.tempo);
-        rig.RunSilence(static_cast<uint32_t>(seconds * 48000.0 / rig.blockSize));
+        const double frames = beats * 60.0 / rig.tempo * 48000.0;
+        rig.RunSilence(static_cast<uint32_t>(frames / rig.blockSize));
     };
     const auto expectAligned = [&rig](const char* when) {
         const Display shown = rig.ReadDisplay();
-        const double lap = 240.0 / static_cast<double>(rig.tempo) * 48000.0;
+        const double lap = 240.0 / rig.tempo * 48000.0;
         EXPECT_NEAR(static_cast<double>(shown.length), lap, 0.002 * lap) << when;
         const double place = std::fmod(rig.songPosition, 4.0) / 4.0 * lap;
         double off = static_cast<double>(shown.writePosition) - place;

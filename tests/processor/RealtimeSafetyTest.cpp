@@ -1,6 +1,5 @@
 // What the audio path must not do: allocate, lock, call the system, leave the caller's mode
 // changed.
-#include <gtest/gtest.h>
 #include <linux/seccomp.h>
 #include <pthread.h>
 #include <sys/prctl.h>
@@ -8,19 +7,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <random>
 #include <thread>
 
 #include "processor/DenormalGuard.h"
 #include "support/AllocationTrap.h"
 #include "support/ProcessorRig.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::Processor {
 namespace {
-
-using namespace test;
 
 /// Blocks over everything that a host can set while it plays: writes in every block, transport
 /// starts, stops and jumps, tempo changes. The loop itself allocates nothing.

@@ -2,25 +2,14 @@
 //
 // TESSERAE_LOOP_SECONDS=600 asks for so many seconds of noise and as many of silence, and prints
 // what the blocks of each cost. Without it the noise lasts 4 s and the silence 15 s.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <ctime>
 #include <iostream>
-#include <limits>
-#include <string>
-#include <tuple>
-#include <utility>
 
 #include "support/ProcessorRig.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::Processor {
 namespace {
-
-using namespace test;
 
 constexpr float kRate = 48000.0f;
 constexpr float kSilent = 1.0e-7f;  // -140 dB
@@ -220,8 +209,7 @@ TEST_P(SlotLoopTest, PanicAndPresetLoadsHealWhatHasOverflowed) {
         const Stereo out = rig.Run({noise, noise});
         const float bound = place > 0.0f ? kBound : std::numeric_limits<float>::max();
         for (const Channel& channel : out)
-            EXPECT_TRUE(std::all_of(channel.begin(), channel.end(),
-                                    [=](float sample) { return std::abs(sample) <= bound; }))
+            EXPECT_TRUE(std::ranges::all_of(channel, [=](float x) { return std::abs(x) <= bound; }))
                 << where << place << panic;
         EXPECT_GT(PeakLevel(out[0]), 0.001f) << where << place << panic;
     }

@@ -1,15 +1,9 @@
 // Figures and random walk of the spatialiser, as the auxiliary outputs show the position.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-
 #include "support/ProcessorRig.h"
+#include "support/Test.h"
 
 namespace Quorvan::Processor {
 namespace {
-
-using namespace test;
 
 /// The figures' own table: rate of Y against X, and the start phases of Y.
 struct Figure {
@@ -31,18 +25,17 @@ public:
     SpaceRig() : ProcessorRig(24000.0f) {
         SetAll("Spatializer Enable=1;Spatializer Amount=1;Spatializer Distance=1");
     }
-    SpaceRig& Blocks(uint32_t count) {
+    /// Forgets the positions so far, unless told otherwise.
+    SpaceRig& Blocks(uint32_t count, bool keeps = false) {
         Channel input(blockSize), output(blockSize);
+        if (!keeps)
+            x = y = {};
         for (uint32_t k = 0; k < count; ++k) {
             RunBlock({input.data(), input.data()}, {output.data(), output.data()});
             x.push_back(scratch[2][0]);
             y.push_back(scratch[3][0]);
         }
         return *this;
-    }
-    void Forget() {
-        x.clear();
-        y.clear();
     }
     double BlocksPerSecond() const { return static_cast<double>(rate) / blockSize; }
 
@@ -82,8 +75,8 @@ TEST(SpatializerTest, FiguresRunTheirAxesInTheirRatiosFreeAndSynced) {
                                            : 150.0 / 240.0 / (kNotes[note] * factors[type]);
             const double ratio = kFigures[k].ratio == 0.0 ? 1.0 : kFigures[k].ratio;
             const double slower = std::max(ratio, 1.0 / ratio);
-            rig.Blocks(2).Forget();
-            rig.Blocks(static_cast<uint32_t>(2200.0 * slower / hertz));  // two rounds and more
+            rig.Blocks(2).Blocks(
+                static_cast<uint32_t>(2200.0 * slower / hertz));  // two rounds and more
             // The knob's rate is that of the faster axis.
             const double figure = kFigures[k].ratio;
             const double rateX = figure < 1.0 ? hertz : hertz / figure;
@@ -99,18 +92,16 @@ TEST(SpatializerTest, AFigureStartsAtItsPhaseAndInvertMovesY) {
         SpaceRig rig;
         rig.Set("Spatializer Rate UnSynced", 0.5f).Set("Spatializer Trajectory", NinthOf(kWalk));
         rig.Blocks(100).Set("Spatializer Trajectory", NinthOf(k));
-        rig.Blocks(1).Forget();  // the outputs are one block behind
-        rig.Blocks(1);
+        rig.Blocks(1).Blocks(1);  // the outputs are one block behind
         EXPECT_NEAR(rig.x[0], 0.5f, 1e-4f) << k;
         EXPECT_NEAR(rig.y[0], OnCircle(figure.phase), 1e-4) << k;
         // Y stands on by the jump of its phase, X as it was.
         SpaceRig plain, inverted;
         for (SpaceRig* each : {&plain, &inverted})
             each->Set("Spatializer Rate UnSynced", 0.5f).Set("Spatializer Trajectory", NinthOf(k));
-        plain.Blocks(101);
+        plain.Blocks(106);
         inverted.Blocks(100).Set("Spatializer Invert", 1.0f);
-        plain.Blocks(5);
-        inverted.Blocks(6);
+        inverted.Blocks(6, true);
         const double hertz = 0.1 + 19.9 * std::pow(0.5, 7.0);
         const double rateY = figure.ratio < 1.0 ? hertz * figure.ratio : hertz;
         const double time = 104.0 / plain.BlocksPerSecond();
@@ -125,18 +116,15 @@ TEST(SpatializerTest, EnablingRestartsTheFigureAndDisablingLetsItRunUnheard) {
     rig.Set("Spatializer Trajectory", NinthOf(6)).Set("Spatializer Rate UnSynced", 0.7f);
     rig.Blocks(150).Set("Spatializer Enable", 0.0f);
     EXPECT_EQ(rig.Get("MoteWeaver_SpatializerEnabled"), 0.0f);
-    rig.Blocks(2).Forget();
+    rig.Blocks(2);
     const float phase = rig.Get("LFO_Stereo_X_CurrentPhaseFeedback");
     rig.Blocks(50);
-    for (size_t i = 0; i < rig.x.size(); ++i) {
-        EXPECT_EQ(rig.x[i], 0.5f);
-        EXPECT_EQ(rig.y[i], 0.0f);
-    }
+    EXPECT_EQ(rig.x, Channel(50, 0.5f));
+    EXPECT_EQ(rig.y, Channel(50, 0.0f));
     EXPECT_NE(rig.Get("LFO_Stereo_X_CurrentPhaseFeedback"), phase);
     rig.Set("Spatializer Enable", 1.0f);
     EXPECT_EQ(rig.Get("MoteWeaver_SpatializerEnabled"), 1.0f);
-    rig.Blocks(1).Forget();
-    rig.Blocks(1);
+    rig.Blocks(1).Blocks(1);
     EXPECT_NEAR(rig.x[0], 0.5f, 1e-4f);
     EXPECT_NEAR(rig.y[0], 0.5f, 1e-4f);
 }
@@ -146,37 +134,33 @@ TEST(SpatializerTest, DepthsScaleTheAxes) {
     rig.SetAll("Spatializer Rate UnSynced=0.9;Spatializer Amount=0.25;Spatializer Distance=0.5");
     rig.Set("Spatializer Trajectory", NinthOf(6));
     rig.Blocks(1000);
-    const auto range = [](const std::vector<float>& path) {
-        const auto [low, high] = std::minmax_element(path.begin() + 2, path.end());
-        return std::pair{*low, *high};
-    };
-    EXPECT_NEAR(range(rig.x).first, 0.375f, 1e-3f);
-    EXPECT_NEAR(range(rig.x).second, 0.625f, 1e-3f);
     const float distance = (std::exp(1.5f) - 1.0f) / (std::exp(3.0f) - 1.0f);
-    EXPECT_NEAR(range(rig.y).first, 0.0f, 1e-3f);
-    EXPECT_NEAR(range(rig.y).second, distance, 1e-3f);
+    for (const auto& [path, from, to] :
+         {std::tuple(rig.x, 0.375f, 0.625f), {rig.y, 0.0f, distance}}) {
+        const auto [low, high] = std::minmax_element(path.begin() + 2, path.end());
+        EXPECT_NEAR(*low, from, 1e-3f);
+        EXPECT_NEAR(*high, to, 1e-3f);
+    }
 }
 
 TEST(SpatializerTest, TheWalkTakesStepsOfItsRateOnOneAxisAtATimeAndStaysInside) {
     SpaceRig rig;
     rig.SetAll("Spatializer Trajectory=1;Spatializer Rate UnSynced=0.75");
-    rig.Blocks(2).Forget();
-    rig.Blocks(6000);
+    rig.Blocks(2).Blocks(6000);
     const float hertz = 0.1f + 19.9f * std::pow(0.75f, 7.0f);
     const float step = hertz / 30.0f;  // of X in -1..1, that is half as much in positions
-    int moves[2] = {};
+    int movesX = 0, movesY = 0;
     for (size_t i = 1; i < rig.x.size(); ++i) {
         const float dx = 2.0f * std::abs(rig.x[i] - rig.x[i - 1]);
         const float dy = std::abs(rig.y[i] - rig.y[i - 1]);
         EXPECT_TRUE(dx == 0.0f || dy == 0.0f) << i;
         EXPECT_LT(std::max(dx, dy), step * 1.001f) << i;
-        moves[0] += std::abs(dx - step) < 1e-5f ? 1 : 0;
-        moves[1] += std::abs(dy - step) < 1e-5f ? 1 : 0;
+        movesX += std::abs(dx - step) < 1e-5f;
+        movesY += std::abs(dy - step) < 1e-5f;
         EXPECT_TRUE(rig.x[i] >= 0.0f && rig.x[i] <= 1.0f && rig.y[i] >= 0.0f && rig.y[i] <= 1.0f);
     }
     // Half of the blocks move X; at the ends steps are cut short or unseen.
-    EXPECT_GT(moves[0], 1500);
-    EXPECT_GT(moves[1], 500);
+    EXPECT_TRUE(movesX > 1500 && movesY > 500);
     // The LFOs keep the rates that they had, at the figure that construction leaves.
     EXPECT_EQ(rig.Get("LFO_Stereo_Y_RateUnSynced"), 0.0f);
 }

@@ -1,23 +1,14 @@
 #include "slots/FxVariant.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <initializer_list>
-#include <set>
-#include <vector>
-
 #include "support/ModuleRig.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::Processor {
 namespace {
 
-using test::Channel;
-using test::Stereo;
 using Filter = dsp::MultiModeFilter;
 
-struct Rig : test::ModuleRig<FxVariant> {
+struct Rig : ModuleRig<FxVariant> {
     Rig() : ModuleRig(48000.0f, 48, "FX1") {}
     void Choose(uint32_t effect) {
         module.SetParameterValue(FxVariant::ModuleType, static_cast<float>(effect));

@@ -1,22 +1,13 @@
 #include "slots/ModuleVariant.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
-
+#include "effects/CompensatedMultiDist.h"
 #include "framework/UnitModule.h"
+#include "slots/WithDryWet.h"
 #include "support/ModuleRig.h"
-#include "support/TestSignals.h"
+#include "support/Test.h"
 
 namespace Quorvan::engine {
 namespace {
-
-using test::Channel;
 
 /// Puts out a level and counts what reaches it. Its rows are added to the level.
 template <uint32_t kInputs>
@@ -49,7 +40,6 @@ public:
 
 using ThreeProbes = ModuleVariant<2, 2, Probe<2>, Probe<4>, Probe<3>>;
 
-/// A variant with the fades.
 class Variant final : public ThreeProbes {
 public:
     static constexpr uint32_t kParameterCount = kFirstDerivedId;
@@ -58,7 +48,7 @@ public:
                       std::tuple("C", 4.0f)) {}
 };
 
-struct Rig : test::ModuleRig<Variant> {
+struct Rig : ModuleRig<Variant> {
     Rig() : ModuleRig(48000.0f, 48) {}
     void Set(uint32_t id, float value) { module.SetParameterValue(id, value); }
     Channel RunFor(size_t frames, float fill = 7.0f) {
@@ -116,17 +106,6 @@ TEST(ModuleVariantTest, AnswersForTheAlternativeAndRefusesOtherChannelCounts) {
     EXPECT_FALSE(variant.Process(block));
 }
 
-TEST(ModuleVariantTest, BypassCopiesOrIsSilentWhateverWasInTheOutputs) {
-    Rig rig;
-    rig.Set(Variant::Bypass, 1.0f);
-    EXPECT_EQ(rig.RunFor(96, NAN), Channel(96, 0.0f));
-    rig.Set(Variant::CopyOnBypass, 1.0f);
-    EXPECT_EQ(rig.RunFor(96, NAN), Channel(96, 0.5f));
-    EXPECT_EQ(rig.module.Child<0>().runs, 0u);
-    rig.Set(Variant::Bypass, 0.0f);
-    EXPECT_EQ(rig.RunFor(96), Channel(96, 1.0f));
-}
-
 /// Both ends of a fade, and that it is a straight line between.
 void ExpectLine(const Channel& got, size_t from, size_t length, float start, float end) {
     for (size_t i = from; i < from + length; ++i) {
@@ -168,18 +147,36 @@ TEST(ModuleVariantTest, ChangeFadesOutThenIn) {
     ExpectLine(out, start, 1200, 0.0f, 2.0f);
     EXPECT_EQ(out.back(), 2.0f);
     EXPECT_EQ(rig.module.Child<1>().softResets, softBefore + 1);
+
+    rig.Set(Variant::ModuleType, 0.0f);  // taken back while it fades out
+    EXPECT_NEAR(rig.RunFor(480).back(), 1.2f, 2.0e-3f);
+    rig.Set(Variant::ModuleType, 1.0f);
+    const Channel again = rig.RunFor(960);
+    ExpectLine(again, 0, 480, 1.2f, 2.0f);
+    EXPECT_EQ(again.back(), 2.0f);
 }
 
-TEST(ModuleVariantTest, ChangeTakenBackWhileFadingOutComesUpAgain) {
-    Rig rig;
-    rig.Set(Variant::FadeOnModuleChange, 1.0f);
-    rig.RunFor(480);
-    rig.Set(Variant::ModuleType, 1.0f);
-    EXPECT_NEAR(rig.RunFor(480).back(), 0.6f, 1.0e-3f);
-    rig.Set(Variant::ModuleType, 0.0f);
-    const Channel out = rig.RunFor(960);
-    ExpectLine(out, 0, 480, 0.6f, 1.0f);
-    EXPECT_EQ(out.back(), 1.0f);
+using Mixed = WithDryWet<Processor::CompensatedMultiDist, 0, 2, 0>;
+
+TEST(WithDryWetTest, CrossfadesTheChildWithItsInput) {
+    const Stereo input{Noise(1, 4800), Noise(2, 4800)};
+    ModuleRig<Processor::CompensatedMultiDist> alone(48000.0f, 48, "");
+    alone.Modulate(2, 0.3f);
+    const Stereo wet = alone.Run(input);
+
+    ModuleRig<Mixed> mixed(48000.0f, 48, "");
+    mixed.Modulate(2, 0.3f);   // Drive of the child
+    mixed.Modulate(3, 0.25f);  // DryWet
+    mixed.module.SetParameterValue(Mixed::DryWet, 0.5f);
+    mixed.module.Reset(false);
+    const Stereo output = mixed.Run(input);
+    double share = 0.5;  // a reset jumps to the mix, from where the row makes it glide
+    for (size_t i = 0; i < 4800; ++i) {
+        share += (0.75 - share) * (1.0 - std::exp(-5.0 / 480.0));
+        const auto w = static_cast<float>(share);
+        for (size_t c = 0; c < 2; ++c)
+            ASSERT_NEAR(output[c][i], (1.0f - w) * input[c][i] + w * wet[c][i], 1.0e-5f) << i;
+    }
 }
 
 }  // namespace

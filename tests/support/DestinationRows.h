@@ -1,8 +1,5 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "support/ProcessorRig.h"
 
 namespace Quorvan::test {

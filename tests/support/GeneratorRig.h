@@ -1,11 +1,7 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <utility>
-#include <vector>
-
 #include "framework/ProcessBlock.h"
+#include "support/Test.h"
 
 namespace Quorvan::test {
 
@@ -27,18 +23,15 @@ public:
         rows[input].assign(dsp::kRowHeadFloats + blockSize, amount);
         rows[input][dsp::kRowHeadFloats - 1] = dsp::kRowActive;
     }
-    /// The samples of an input's row.
     float* Row(uint32_t input) { return rows[input].data() + dsp::kRowHeadFloats; }
 
-    /// One block, of the full size unless told otherwise.
     void Block(uint32_t frames = 0) {
         frames = frames == 0 ? blockSize : frames;
         std::vector<float*> inputs;
         for (auto& row : rows)
             inputs.push_back(row.empty() ? nullptr : row.data() + dsp::kRowHeadFloats);
-        std::array<std::vector<float>, 2> heard{std::vector<float>(frames, kUnwritten),
-                                                std::vector<float>(frames, kUnwritten)};
-        std::array<float*, 2> channels{heard[0].data(), heard[1].data()};
+        std::vector<float> heard(2 * frames, 99.0f);
+        std::array<float*, 2> channels{heard.data(), heard.data() + frames};
         dsp::ProcessBlock block;
         block.inputs = inputs.data();
         block.outputs = channels.data();
@@ -56,8 +49,7 @@ public:
         for (uint32_t c = 0; c < block.numOutputs; ++c)
             Keep(outputs[c], channels[c], steps);
         if (playing)
-            position += static_cast<double>(frames) * static_cast<double>(tempo) / 60.0 /
-                        static_cast<double>(rate);
+            position += frames * double{tempo} / 60.0 / rate;
     }
     void Blocks(uint32_t count) {
         for (uint32_t i = 0; i < count; ++i)
@@ -86,8 +78,6 @@ public:
     std::array<std::vector<float>, 2> outputs;
 
 private:
-    static constexpr float kUnwritten = 99.0f;
-
     static void Keep(std::vector<float>& kept, const float* from, uint32_t steps) {
         kept.insert(kept.end(), from, from + steps);
     }

@@ -1,17 +1,21 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cstdint>
-#include <utility>
-#include <vector>
-
 #include "framework/ProcessBlock.h"
+#include "support/TestSignals.h"
 
 namespace Quorvan::test {
 
 using Channel = std::vector<float>;
 using Stereo = std::array<Channel, 2>;
+
+inline Stereo Impulse(size_t length) {
+    Stereo impulse{Channel(length), Channel(length)};
+    impulse[0][0] = impulse[1][0] = 1.0f;
+    return impulse;
+}
+inline float PeakOf(const Stereo& signal) {
+    return std::max(PeakLevel(signal[0]), PeakLevel(signal[1]));
+}
 
 /// Runs one module over whole signals, cut into blocks as the processor cuts them. Signal lengths
 /// are multiples of 4.

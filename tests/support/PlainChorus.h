@@ -1,19 +1,10 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <numbers>
-#include <set>
-#include <vector>
-
 #include "effects/Chorus.h"
 #include "modulation/LFO.h"
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
-#include "support/ModuleRig.h"
 #include "support/PlainParts.h"
 #include "support/SideBySide.h"
 
@@ -66,7 +57,6 @@ public:
             written.insert(id);
     }
 
-    /// One block.
     Stereo Run(const Stereo& input, bool hasRight) {
         Update();
         written.clear();

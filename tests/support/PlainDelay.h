@@ -1,16 +1,9 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <vector>
-
 #include "effects/Delay.h"
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
-#include "support/ModuleRig.h"
 #include "support/PlainParts.h"
 #include "support/SideBySide.h"
 
@@ -47,7 +40,6 @@ public:
         lowCorner.Reset(knobs.Get(D::LPFreq));
     }
 
-    /// One block.
     Stereo Run(const Stereo& input, bool hasRight) {
         synced = knobs.IsOn(D::MidiSync);
         type = static_cast<int>(knobs.Get(D::RateSyncedType));
@@ -105,7 +97,6 @@ public:
 
 private:
     float Ms() const { return rate * 0.001f; }
-    /// In samples, by the parameter that is in force.
     float Time(float ms, float note) const {
         if (!synced)
             return ms * Ms();

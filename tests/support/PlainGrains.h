@@ -1,15 +1,9 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <bit>
-#include <cmath>
-#include <cstdint>
-#include <vector>
-
 #include "granular/CaptureBuffer.h"
 #include "granular/Grain.h"
 #include "granular/GrainPool.h"
+#include "support/TestSignals.h"
 
 namespace Quorvan::test {
 
@@ -78,15 +72,16 @@ private:
     }
 
     bool Play(dsp::Grain& grain) {
-        std::fill(envelope.begin(), envelope.end(), 0.0f);
-        std::fill(left.begin(), left.end(), 0.0f);
-        std::fill(right.begin(), right.end(), 0.0f);
+        for (auto* values : {&envelope, &left, &right})
+            std::fill(values->begin(), values->end(), 0.0f);
         for (uint32_t i = grain.startFrame; i < now.numFrames; ++i) {
             Read(grain, i);
-            const bool faded = grain.releasing ? Fade(grain) : Shape(grain);
+            const bool faded = grain.releasing && Fade(grain);
+            if (!grain.releasing)
+                grain.envelope = ShapeAt(grain, static_cast<float>(grain.elapsed / grain.length));
             envelope[i] = grain.envelope;
             Advance(grain);
-            if (faded || grain.elapsed >= static_cast<double>(grain.length))
+            if (faded || grain.elapsed >= grain.length)
                 return true;
         }
         return false;
@@ -114,12 +109,12 @@ private:
         const uint32_t p0 = i0 > wp ? 1u - pass : pass;
         const uint32_t p1 = i1 > wp ? 1u - pass : pass;
 
-        double d = static_cast<double>(wp) - grain.readPosition;
+        double d = wp - grain.readPosition;
         if (std::abs(d) < 0.01)
             d = 0.0;
         if (d < 0.0)
-            d += static_cast<double>(size);
-        const bool nearHead = d <= static_cast<double>(crossfadeSamples) || i0 == wp;
+            d += size;
+        const bool nearHead = d <= crossfadeSamples || i0 == wp;
         const bool active = nearHead && grain.crossing && now.crossfade;
         if (grain.wasCrossfading && !active)
             grain.swapped = true;
@@ -128,12 +123,8 @@ private:
         const bool second = grain.swapped && !grain.reversed;
         const int32_t a = second ? j0 : i0;
         const int32_t b = second ? j1 : i1;
-        uint32_t qa = p0;
-        uint32_t qb = p1;
-        if (a >= size || (second && i0 >= wrap))
-            qa = 1u - qa;
-        if (b >= size || (second && i1 >= wrap))
-            qb = 1u - qb;
+        const uint32_t qa = a >= size || (second && i0 >= wrap) ? 1u - p0 : p0;
+        const uint32_t qb = b >= size || (second && i1 >= wrap) ? 1u - p1 : p1;
         const float fraction = second ? g : f;
         float l = Lerp(capture->left, qa, a, qb, b, fraction);
         float r = Lerp(capture->right, qa, a, qb, b, fraction);
@@ -141,14 +132,9 @@ private:
         if (nearHead && (grain.crossing || capture->frozen) && now.crossfade) {
             const float c =
                 i0 != wp ? std::clamp(static_cast<float>(d) * inverseCrossfade, 0.0f, 1.0f) : 0.0f;
-            uint32_t ra = 1u - p0;
-            uint32_t rb = p1;
-            if (i0 != wp && (wp <= i0 || i1 <= wp))
-                rb = 1u - rb;
-            if (i0 >= wrap)
-                ra = 1u - ra;
-            if (i1 >= wrap)
-                rb = 1u - rb;
+            const uint32_t ra = i0 >= wrap ? p0 : 1u - p0;
+            const bool other = i0 != wp && (wp <= i0 || i1 <= wp);
+            const uint32_t rb = other != (i1 >= wrap) ? 1u - p1 : p1;
             l = l * c + (1.0f - c) * Lerp(capture->left, ra, j0, rb, j1, g);
             r = r * c + (1.0f - c) * Lerp(capture->right, ra, j0, rb, j1, g);
         }
@@ -166,33 +152,20 @@ private:
 
     /// Answers whether the fade ends with this sample.
     bool Fade(dsp::Grain& grain) const {
-        if (grain.released) {
-            grain.envelope = 0.0f;
-            return false;
-        }
-        const bool above = grain.envelope > 0.0f;
-        const bool last = above ? grain.envelope < releaseStep : grain.envelope > -releaseStep;
-        if (last) {
-            grain.envelope = 0.0f;
-            grain.released = true;
-        } else {
-            grain.envelope += above ? -releaseStep : releaseStep;
-        }
+        const bool last = !grain.released && std::abs(grain.envelope) < releaseStep;
+        grain.released = grain.released || last;
+        grain.envelope -=
+            grain.released ? grain.envelope : std::copysign(releaseStep, grain.envelope);
         return last;
     }
 
-    bool Shape(dsp::Grain& grain) const {
-        const auto x = static_cast<float>(grain.elapsed / static_cast<double>(grain.length));
-        grain.envelope = ShapeAt(grain, x);
-        return false;
-    }
-
     float ShapeAt(const dsp::Grain& grain, float x) const {
-        const float a = grain.shapeA;
-        const float b = grain.shapeB;
-        const float length = grain.length;
-        const float attack = attackSamples;
-        const float c = attack / length;
+        const float a = grain.shapeA, b = grain.shapeB;
+        const float length = grain.length, attack = attackSamples, c = attack / length;
+        /// The last two shapes are each other's mirror image.
+        const auto falling = [&](float from) {
+            return 1.0f - (Exp((from - c) * a * (length * -10.0f) / (length - attack)) - 1.0f) * b;
+        };
         switch (grain.shape) {
             case 0:
                 return x <= b ? x / b : (x - 1.0f) / (b - 1.0f);
@@ -204,39 +177,29 @@ private:
                 return Exp((x - 0.5f) * b * ((x - 0.5f) * -0.5f));
             case 4: {
                 const float y = b * 31.415928f * (x - 0.5f);
-                if (std::abs(y) < 0x1p-13f)  // the turn has lost y
-                    return 1.0f;
                 const float z = Sine(y * 0.15915494f + 5.0f);
                 const float s = z + 0.225f * (std::abs(z) * z - z);
-                return RaisedEdge(x, 0.2f, 0.1f) * s / y;
+                // Near the middle the turn has lost y.
+                return std::abs(y) < 0x1p-13f ? 1.0f : RaisedEdge(x, 0.2f, 0.1f) * s / y;
             }
             case 5:
                 return (Exp(a * 10.0f * (1.0f - x)) - 1.0f) * b;
             case 6:
-                if (x < c)
-                    return length / attack * x;
-                if (x >= 1.0f)
-                    return 0.0f;
-                return 1.0f - (Exp((x - c) * a * (length * -10.0f) / (length - attack)) - 1.0f) * b;
+                return x < c ? length / attack * x : x >= 1.0f ? 0.0f : falling(x);
             default:
-                if (x >= 1.0f - c)
-                    return length / attack * (1.0f - x);
-                if (x <= 0.0f)
-                    return 0.0f;
-                return 1.0f -
-                       (Exp((1.0f - x - c) * a * (length * -10.0f) / (length - attack)) - 1.0f) * b;
+                return x >= 1.0f - c ? length / attack * (1.0f - x)
+                       : x <= 0.0f   ? 0.0f
+                                     : falling(1.0f - x);
         }
     }
 
     void Advance(dsp::Grain& grain) const {
         const auto move = [&grain](double& position, double wrap) {
-            double moved = position + grain.increment;
-            if (moved <= 0.0)
-                moved += wrap;
-            position = Frac(moved / wrap) * wrap;
+            const double moved = position + grain.increment;
+            position = Frac((moved <= 0.0 ? moved + wrap : moved) / wrap) * wrap;
         };
-        move(grain.readPosition, static_cast<double>(loop));
-        move(grain.wrappedPosition, static_cast<double>(grain.wrapLength));
+        move(grain.readPosition, loop);
+        move(grain.wrappedPosition, grain.wrapLength);
         grain.elapsed += std::abs(grain.increment);
     }
 

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <vector>
+#include "support/Test.h"
 
 // Building blocks of plain models: as the formulas have them, without rings and without anything
 // worked out ahead. Single precision where the rounding is part of the result.
@@ -89,12 +86,43 @@ inline float PlainSine(float a) {
     return (std::abs(y) * y - y) * 0.225f + y;
 }
 
-/// What every owner of a smoother does first.
+/// A value that a module smooths over its blocks: a one-pole, within 0.7 % of the way after time
+/// seconds, towards a straight line that reaches the target at the end of a full block.
+struct RampedPole {
+    double rate, time, line = 0.0, value = 0.0;
+
+    /// Jumps.
+    void Put(double target) { line = value = target; }
+
+    std::vector<double> Run(double target, uint32_t count, uint32_t steps) {
+        const double coefficient = 1.0 - std::exp(-5.0 / (time * rate));
+        const double from = line;
+        std::vector<double> out;
+        for (uint32_t i = 1; i <= count; ++i) {
+            line = i >= steps ? target : from + (target - from) * i / steps;
+            value += (line - value) * coefficient;
+            out.push_back(value);
+        }
+        return out;
+    }
+};
+
 template <class S>
 void SetUp(S& smoother, float rate, uint32_t stepLength) {
     smoother.sampleRate = static_cast<double>(rate);
     smoother.stepLength = stepLength;
     smoother.UpdateCoefficients();
+}
+
+/// Of markers by age: the lowest one at or above the position, or the lowest of all, behind the one
+/// recorded before it.
+template <class Markers>
+std::pair<int32_t, int32_t> PlainNeighbours(const Markers& markers, int32_t position) {
+    const auto after = std::ranges::min_element(
+        markers, {}, [position](int32_t marker) { return std::pair(marker < position, marker); });
+    if (*after == position)
+        return {position, position};
+    return {after == markers.begin() ? markers.back() : *std::prev(after), *after};
 }
 
 /// One step of a 32-bit xorshift.

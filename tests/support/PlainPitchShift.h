@@ -1,11 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <vector>
-
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"

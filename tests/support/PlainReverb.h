@@ -1,12 +1,6 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-
 #include "effects/Reverb.h"
-#include "support/ModuleRig.h"
 #include "support/PlainParts.h"
 #include "support/SideBySide.h"
 
@@ -166,7 +160,6 @@ private:
     dsp::SmootherLPF predelay{0.5}, decay{0.05}, size{0.5};
 };
 
-/// Plain model of the reverb around it.
 class PlainReverb {
 public:
     using R = dsp::Reverb;
@@ -203,7 +196,6 @@ public:
         gain = std::pow(10.0f, own[R::OutputGain] * 0.05f);
     }
 
-    /// One block.
     Stereo Run(const Stereo& in, bool) {
         const Values own = Own();
         Values heard = own;

@@ -1,17 +1,11 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <random>
-#include <vector>
-
 #include "granular/CaptureBuffer.h"
 #include "granular/Grain.h"
 #include "granular/GrainScheduler.h"
 #include "granular/GranularSettings.h"
 #include "support/PlainGrains.h"
+#include "support/PlainParts.h"
 
 namespace Quorvan::test {
 
@@ -31,7 +25,6 @@ struct PlainScheduler {
         const auto w = static_cast<double>(capture.writePosition);
         const double e = capture.length + (capture.writePosition == capture.length ? 1.0 : 0.0);
 
-        // Whether a pair starts.
         float chance = 0.0f;
         if (set.randomDensityArrow == 1)
             chance = std::clamp(1.0f - 0.25f / clocks.hz, 0.25f, 0.95f) * at(Curve::RandomDensity) *
@@ -47,23 +40,15 @@ struct PlainScheduler {
         if (set.triggerMode == 1 && at(Curve::GrainTrigger) <= 0.5f)
             return;
         pending = false;
-        ++triggers;
 
-        // The next period.
+        jitter = 0.0f;
         if (set.randomDensityArrow == 0) {
             const float u = U();
-            if (texture)
-                jitter = (u * 0.6f + 0.2f) * at(Curve::RandomDensity) * 0.5f;
-            else if (!clocks.mainSynced)
-                jitter = (u * 0.6f + 0.2f) * at(Curve::RandomDensity);
-            else
-                jitter = (0.8f - 0.8f * u * u + 0.1f) * at(Curve::RandomDensity);
-        } else {
-            jitter = 0.0f;
+            jitter = texture || !clocks.mainSynced ? u * 0.6f + 0.2f : 0.8f - 0.8f * u * u + 0.1f;
+            jitter *= at(Curve::RandomDensity) * (texture ? 0.5f : 1.0f);
         }
         layers = Layers(T(), at(Curve::TextureDensity), at(Curve::RandomLayers));
 
-        // The left grain's draws.
         const float rp = PitchArrow(T());
         const float pitchL = Pitch(rp, at(Curve::RandomPitch), at(Curve::Pitch));
         const float rf = T();
@@ -89,7 +74,6 @@ struct PlainScheduler {
             ((U() * 0.5f - 0.25f) * set.randomDistance + stereoY) * set.distanceRange;
         const float gain = std::pow(std::max(away, 0.0f) + 1.0f, -1.15675f);
 
-        // The right grain's, blended with them.
         const float wide = at(Curve::Width);
         const float narrow = 1.0f - wide;
         const float rp2 = PitchArrow(T());
@@ -138,20 +122,8 @@ struct PlainScheduler {
 
     /// The onset that position belongs to.
     double Transient(int32_t position, double e) const {
-        // By age the positions ascend but for one fall; the neighbour before is the one recorded
-        // before.
-        size_t after = markers.size();
-        for (size_t i = 0; i < markers.size(); ++i)
-            if (markers[i] >= position && (after == markers.size() || markers[i] < markers[after]))
-                after = i;
-        if (after == markers.size())
-            after = static_cast<size_t>(std::min_element(markers.begin(), markers.end()) -
-                                        markers.begin());
-        const int32_t b = markers[after];
-        const int32_t a =
-            b == position ? b : markers[(after + markers.size() - 1) % markers.size()];
-        const int32_t first = markers.front();
-        const int32_t last = markers.back();
+        const auto [a, b] = PlainNeighbours(markers, position);
+        const int32_t first = markers.front(), last = markers.back();
         const auto w = static_cast<int32_t>(capture.writePosition);
         if (a == last && b == first) {
             if (a <= b)
@@ -179,34 +151,25 @@ struct PlainScheduler {
     uint32_t x;  ///< xorshift state
     std::mt19937 engine;
     bool pending = true;
-    float jitter = 0.0f;
-    float layers = 0.0f;
-    uint32_t triggers = 0, started = 0;
+    float jitter = 0.0f, layers = 0.0f;
+    uint32_t started = 0;
     std::vector<dsp::Grain> grains;  ///< by age
 
 private:
-    float U() {
-        x ^= x << 13;
-        x ^= x >> 17;
-        x ^= x << 5;
-        return static_cast<float>(x) * 0x1p-32f;
-    }
+    float U() { return static_cast<float>(PlainDraw(x)) * 0x1p-32f; }
     float T() {
         const float one = U();
-        const float two = U();
-        return one - two;
+        return one - U();
     }
     static double Wrap(double position, double e) {
         const double turns = (position <= 0.0 ? position + e : position) / e;
         return (turns - std::floor(turns)) * e;
     }
     float PitchArrow(float r) const {
-        const std::array<float, 3> by{std::abs(r), -std::abs(r), r};
-        return by[static_cast<size_t>(set.randomPitchArrow)];
+        return std::array{std::abs(r), -std::abs(r), r}.at(size_t(set.randomPitchArrow));
     }
     float SprayArrow(float r) const {
-        const std::array<float, 3> by{-std::abs(r), std::abs(r), r};
-        return by[static_cast<size_t>(set.sprayDirection)];
+        return std::array{-std::abs(r), std::abs(r), r}.at(size_t(set.sprayDirection));
     }
     float Layers(float r, float t, float depth) const {
         const float more = std::clamp((6.0f - t) * std::abs(r), 0.0f, 5.0f - t) * depth;
@@ -227,15 +190,9 @@ private:
     }
     float Size(uint32_t n, const dsp::GrainScheduler::Clocks& clocks) const {
         using dsp::Curve;
-        constexpr std::array<float, 7> notes{1 / 64.0f, 1 / 32.0f, 1 / 16.0f, 1 / 8.0f,
-                                             1 / 4.0f,  1 / 2.0f,  1.0f};
-        constexpr std::array<float, 7> ratios{1 / 16.0f, 1 / 8.0f, 1 / 4.0f, 1 / 2.0f,
-                                              1.0f,      2.0f,     4.0f};
-        const float type = set.grainSizeMode == 2   ? 0.6666667f
-                           : set.grainSizeMode == 3 ? 1.5f
-                                                    : 1.0f;
-        const auto synced = [&](Curve which) {
-            return clocks.wholeNote * notes[static_cast<size_t>(curve[which][n])] * type * 1000.0f;
+        const float type = std::array{1.0f, 1.0f, 0.6666667f, 1.5f}.at(size_t(set.grainSizeMode));
+        const auto synced = [&](Curve which) {  // from a 64th note on
+            return clocks.wholeNote * std::exp2(curve[which][n] - 6.0f) * type * 1000.0f;
         };
         if (set.granularMode == 1)
             return set.textureSizeMidiSync ? synced(Curve::TextureSizeSynced)
@@ -244,28 +201,24 @@ private:
             const float hz = clocks.mainSynced
                                  ? 0.004166667f / clocks.mainRate[n] * clocks.mainTempo
                                  : clocks.mainRate[n];
-            return ratios[static_cast<size_t>(curve[Curve::GrainSizeRatio][n])] * 1000.0f / hz;
+            return std::exp2(curve[Curve::GrainSizeRatio][n] - 4.0f) * 1000.0f / hz;
         }
         return set.grainSizeMode == 0 ? curve[Curve::GrainSizeAbsolute][n]
                                       : synced(Curve::GrainSizeSynced);
     }
     float SizeOffset(float size, float depth) {
         const float u = U();
-        const std::array<float, 3> by{-u, u, 2.0f * u - 1.0f};
-        const float q = by[static_cast<size_t>(set.randomSizeArrow)];
-        if (q < 0.0f)
-            return q * (size - 10.0f) * depth;
-        return q > 0.0f ? q * (1000.0f - size) * depth : 0.0f;
+        const float q = std::array{-u, u, 2.0f * u - 1.0f}.at(size_t(set.randomSizeArrow));
+        return q * (q < 0.0f ? size - 10.0f : 1000.0f - size) * depth;
     }
     void Shape(dsp::Grain& grain, float v) const {
         const float c = v * 0.999f + 0.001f;
         grain.shape = set.shape;
-        const std::array<float, 8> a{v, v, c, v, v, c, c, c};
         const float rising = 1.0f / (PlainGrains::Pow2(c * 14.42695f) - 1.0f);
         const float falling = 1.0f / (PlainGrains::Pow2(c * -14.42695f) - 1.0f);
         const std::array<float, 8> b{v * 0.998f + 0.001f, c * 0.5f, c * 0.5f, 4.0f / c * (4.0f / c),
                                      v * 0.9f + 0.1f,     rising,   falling,  falling};
-        grain.shapeA = a[static_cast<size_t>(set.shape)];
+        grain.shapeA = set.shape == 2 || set.shape > 4 ? c : v;
         grain.shapeB = b[static_cast<size_t>(set.shape)];
     }
 

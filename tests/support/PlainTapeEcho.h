@@ -1,16 +1,9 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <vector>
-
 #include "effects/SpaceEchoLite.h"
 #include "modulation/EnvFollower.h"
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherSRL.h"
-#include "support/ModuleRig.h"
 #include "support/PlainParts.h"
 #include "support/SideBySide.h"
 
@@ -22,12 +15,15 @@ class PlainTapeEcho {
     using E = dsp::SpaceEchoLite;
 
 public:
-    PlainTapeEcho(E& source, float sampleRate, uint32_t blockFrames, uint32_t seed)
+    PlainTapeEcho(E& source, float sampleRate, uint32_t blockFrames)
         : knobs(source),
           rate(sampleRate),
           turn(1.0f / sampleRate),
           frames(blockFrames),
-          random(seed),
+          random([] {
+              const SeededClock same(1);
+              return prims::SeedFromClock();
+          }()),
           follower("Follower") {
         for (dsp::SmootherInterpLPF* s : {&intensity, &width, &apart, &input, &wet}) {
             s->rampSteps = frames;
@@ -76,7 +72,6 @@ public:
         due = true;
     }
 
-    /// One block.
     Stereo Run(const Stereo& in, bool hasRight) {
         Update();
         const size_t count = in[0].size();

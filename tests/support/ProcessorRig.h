@@ -1,21 +1,8 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <atomic>
-#include <cstdint>
-#include <functional>
-#include <map>
-#include <memory>
-#include <sstream>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
 #include "processor/IProcessor.h"
 #include "support/ModuleRig.h"
 #include "support/SeededClock.h"
-#include "support/TestSignals.h"
 
 namespace Quorvan::test {
 

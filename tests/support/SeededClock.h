@@ -1,8 +1,7 @@
 #pragma once
 
-#include <cstdint>
-
 #include "primitives/Clock.h"
+#include "support/TestSignals.h"
 
 namespace Quorvan::test {
 

@@ -1,16 +1,8 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <optional>
-#include <random>
-
-#include "support/EchoMeters.h"
 #include "support/ModuleRig.h"
-#include "support/TestSignals.h"
+#include "support/SeededClock.h"
+#include "support/Test.h"
 
 // What all comparisons of an effect with its plain model have in common.
 namespace Quorvan::test {
@@ -51,21 +43,6 @@ struct EffectRig : ModuleRig<M> {
     }
 
     float rate;
-};
-
-/// Random numbers for jumping settings.
-class Dice {
-public:
-    explicit Dice(float seed) : random(static_cast<uint32_t>(seed)) {}
-    float Between(float from, float to) {
-        return std::uniform_real_distribution<float>(from, to)(random);
-    }
-    float Unit() { return Between(0.0f, 1.0f); }
-    bool Chance(float share) { return Unit() < share; }
-    uint32_t Below(uint32_t count) { return static_cast<uint32_t>(random() % count); }
-
-private:
-    std::mt19937 random;
 };
 
 /// The settings of a plain model: read off the parameter records of the module that it is held
@@ -136,11 +113,25 @@ public:
     Dice dice;
     bool mayLackRight = true;
     float unit = 1.0f;  ///< what an error of 1 stands for
-
-private:
     Rig& rig;
     Model& model;
+
+private:
     float rate;
 };
+
+/// Holds a module against its model at all rates, over so many blocks: change(pair, number) is
+/// called before each.
+template <class Rig, class Model, class Change>
+void ExpectAlike(uint32_t blocks, float tolerance, Change change) {
+    for (const float rate : kRates) {
+        const SeededClock clock(1);
+        Rig rig(rate);
+        Model model(rig.module, rate, BlockOf(rate));
+        SideBySide pair(rig, model, rate);
+        const float worst = pair.WorstError(blocks, [&](uint32_t n) { change(pair, n); });
+        EXPECT_LT(worst, tolerance) << rate;
+    }
+}
 
 }  // namespace Quorvan::test

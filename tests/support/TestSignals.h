@@ -1,13 +1,48 @@
 #pragma once
 
+// The parts of the standard library that signals, tables and plain models are made of.
 #include <algorithm>
+#include <array>
+#include <atomic>
+#include <bit>
 #include <cmath>
+#include <complex>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <deque>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
 #include <numbers>
+#include <optional>
 #include <random>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace Quorvan::test {
+
+/// Random numbers for jumping settings.
+class Dice {
+public:
+    explicit Dice(double seed) : random(static_cast<uint32_t>(seed)) {}
+    float Between(float from, float to) {
+        return std::uniform_real_distribution<float>(from, to)(random);
+    }
+    float Unit() { return Between(0.0f, 1.0f); }
+    bool Chance(float share) { return Unit() < share; }
+    uint32_t Below(uint32_t count) { return static_cast<uint32_t>(random() % count); }
+
+protected:
+    std::mt19937 random;
+};
 
 /// White noise in -amplitude..amplitude.
 inline std::vector<float> Noise(uint32_t seed, size_t length, float amplitude = 1.0f) {

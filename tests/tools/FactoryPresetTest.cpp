@@ -1,10 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <set>
-
 #include "presets/FactoryPresets.h"
-#include "support/TestSignals.h"
 #include "tools/ToolRig.h"
 #include "tools/audio/DemoSound.h"
 #include "tools/render/RenderJob.h"
@@ -12,17 +6,16 @@
 namespace Quorvan::Tools {
 namespace {
 
-/// Every factory preset on the demo sound.
-class FactoryPresetTest : public test::RenderRig {
+class FactoryPresetTest : public RenderRig {
 protected:
     FactoryPresetTest() {
-        test::RunTool({"demo-sound", folder / "in.wav", "--seconds", "5"});
-        demo = test::ReadSound(folder / "in.wav");
+        RunTool({"demo-sound", folder / "in.wav", "--seconds", "5"});
+        demo = ReadSound(folder / "in.wav");
     }
 
     /// What is left of the output when the best-fitting copy of the input is taken away, as a share
     /// of its energy: 0 where the output is the input at another level.
-    double Difference(const test::Channels& out) const {
+    double Difference(const Channels& out) const {
         double dryDry = 0.0, dryWet = 0.0, wetWet = 0.0;
         for (uint32_t c = 0; c < 2; ++c) {
             for (size_t i = 0; i < demo[c].size(); ++i) {
@@ -36,7 +29,7 @@ protected:
         return 1.0 - dryWet * dryWet / (dryDry * wetWet);
     }
 
-    test::Channels demo;
+    Channels demo;
 };
 
 TEST_F(FactoryPresetTest, AllAreAudibleUnclippedAndDifferentFromTheInput) {
@@ -49,7 +42,7 @@ TEST_F(FactoryPresetTest, AllAreAudibleUnclippedAndDifferentFromTheInput) {
         EXPECT_LT(summary["loudnessLufs"].get<double>(), -12.0);
         EXPECT_LT(summary["peakDb"].get<double>(), 0.0);
         EXPECT_GT(summary["grains"].get<int>(), 8);
-        EXPECT_GT(Difference(test::ReadSound(folder / "out.wav")), 0.2);
+        EXPECT_GT(Difference(ReadSound(folder / "out.wav")), 0.2);
     }
 }
 
@@ -68,8 +61,8 @@ TEST_F(FactoryPresetTest, AllAreTold) {
 }
 
 TEST_F(FactoryPresetTest, ConstructedProcessorIsSilent) {
-    test::WriteFile(folder / "bare.json", R"({"format": "tesserae-preset", "version": 1})");
-    EXPECT_LT(test::PeakLevel(Render({"--preset", folder / "bare.json"})[0]), 0.001f);
+    WriteFile(folder / "bare.json", R"({"format": "tesserae-preset", "version": 1})");
+    EXPECT_LT(PeakLevel(Render({"--preset", folder / "bare.json"})[0]), 0.001f);
 }
 
 TEST_F(FactoryPresetTest, WhatTheyRouteIsHeard) {
@@ -84,7 +77,7 @@ TEST_F(FactoryPresetTest, WhatTheyRouteIsHeard) {
         for (const nlohmann::json& routing : json["routings"])
             sources.insert(routing["source"].get<std::string>());
         json.erase("routings");
-        test::WriteFile(folder / "still.json", json.dump());
+        WriteFile(folder / "still.json", json.dump());
         EXPECT_FALSE(Render({"--preset", std::string(preset.id)}) ==
                      Render({"--preset", folder / "still.json"}));
     }
@@ -112,7 +105,7 @@ TEST_F(FactoryPresetTest, SlotsAreInUseAtEveryPlace) {
 }
 
 TEST_F(FactoryPresetTest, SettingsGoAheadOfTheirRoutings) {
-    const test::Channels plain = Render({"--preset", "two-hands"});
+    const Channels plain = Render({"--preset", "two-hands"});
     for (const char* assignment : {"Modulations_Dst7_Src7_Amount=0.5",
                                    "Modulations_Dst10_Src6_Activated=Off", "Macro 1=0.9"})
         EXPECT_NE(Render({"--preset", "two-hands", "--set", assignment}), plain) << assignment;
@@ -123,7 +116,7 @@ TEST(DemoSoundTest, IsMusicOfTheSameBitsEveryTime) {
     const Planes again = MakeDemoSound(48000.0, 2.0);
     for (uint32_t c = 0; c < 2; ++c)
         EXPECT_EQ(sound[c], again[c]);
-    EXPECT_NEAR(std::max(test::PeakLevel(sound[0]), test::PeakLevel(sound[1])), 0.708f, 0.001f);
+    EXPECT_NEAR(std::max(PeakLevel(sound[0]), PeakLevel(sound[1])), 0.708f, 0.001f);
     EXPECT_NE(sound[0], sound[1]);
 }
 

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,13 +6,11 @@
 #include <csignal>
 #include <thread>
 
-#include "support/TestSignals.h"
 #include "tools/ToolRig.h"
 
 namespace Quorvan::test {
 namespace {
 
-/// A sound to render, and an older output that nothing may touch.
 class FailureTest : public ::testing::Test {
 protected:
     FailureTest() {
@@ -43,9 +39,7 @@ protected:
         before = folder.Content();
     }
     Arguments RenderTo(const std::string& out, const Arguments& more = {}) const {
-        Arguments arguments{"render", folder / "in.wav", "-o", out};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return arguments;
+        return Arguments{"render", folder / "in.wav", "-o", out} + more;
     }
     Arguments Render(const Arguments& more = {}) const {
         return RenderTo(folder / "out.wav", more);
@@ -100,8 +94,7 @@ TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
 
 TEST_F(FailureTest, InputsThatCannotBeUsedAreNamed) {
     const auto expect = [this](const std::string& name, const std::vector<std::string>& words) {
-        std::vector<std::string> all{name};
-        all.insert(all.end(), words.begin(), words.end());
+        const Arguments all = Arguments{name} + words;
         ExpectFailure({"render", folder / name, "-o", folder / "out.wav"}, 3, all);
         ExpectFailure(Render({"--sidechain", folder / name}), 3, all);
     };

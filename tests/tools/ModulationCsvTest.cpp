@@ -1,13 +1,5 @@
 // What a render tells of its modulation: the table, the panel of the picture, the list of
 // destinations.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <map>
-#include <sstream>
-
-#include "support/TestSignals.h"
 #include "tools/ToolRig.h"
 #include "tools/support/CsvLine.h"
 
@@ -38,9 +30,8 @@ Table ReadTable(const std::string& path) {
 
 class ModulationCsvTest : public RenderRig {
 protected:
-    Table TableOf(Arguments more) const {
-        more.insert(more.end(), {"--modulation-csv", folder / "m.csv"});
-        Run(more);
+    Table TableOf(const Arguments& more) const {
+        Run(more + Arguments{"--modulation-csv", folder / "m.csv"});
         return ReadTable(folder / "m.csv");
     }
 };
@@ -54,9 +45,7 @@ TEST_F(ModulationCsvTest, AMacroAndWhatItMovesStandAtTheirPositions) {
     const auto& seconds = table.at("seconds");
     EXPECT_NEAR(static_cast<double>(seconds.size()), 1.0 / kSampleTime, 9.0);  // but a last chunk
     for (size_t i = 0; i < seconds.size(); ++i) {
-        if (i > 0) {
-            EXPECT_NEAR(seconds[i] - seconds[i - 1], kSampleTime, 1.5e-4);
-        }
+        EXPECT_NEAR(i > 0 ? seconds[i] - seconds[i - 1] : kSampleTime, kSampleTime, 1.5e-4);
         EXPECT_NEAR(table.at("Macro 1")[i], 0.5, kSourceStep);
         EXPECT_EQ(table.at("Macro 2")[i], 1.0);
         EXPECT_NEAR(table.at("Envelope Follower")[i], 0.1, 0.11);
@@ -96,9 +85,7 @@ TEST_F(ModulationCsvTest, WatchingDoesNotChangeTheSound) {
 TEST_F(ModulationCsvTest, ThePictureShowsModulationWhereThereIsSomeOrWhereAsked) {
     Input({Noise(5, kSecond / 4, 0.3f)});
     const auto heightOf = [&](const Arguments& more) {
-        Arguments all{"--picture", folder / "p.png"};
-        all.insert(all.end(), more.begin(), more.end());
-        Run(all);
+        Run(Arguments{"--picture", folder / "p.png"} + more);
         const std::string png = ReadFile(folder / "p.png");
         return static_cast<uint8_t>(png.at(22)) * 256 + static_cast<uint8_t>(png.at(23));
     };
@@ -149,9 +136,8 @@ TEST(DestinationsTest, TheListForPeopleHoldsTheSame) {
 
 TEST(ParamsTest, WhatIsLookedForStandsFirstAmongItsGroup) {
     const auto first = [](const Arguments& filter) {
-        Arguments all{"params", "--json"};
-        all.insert(all.end(), filter.begin(), filter.end());
-        return nlohmann::json::parse(RunTool(all).out)[0]["name"].get<std::string>();
+        const Outcome outcome = RunTool(Arguments{"params", "--json"} + filter);
+        return nlohmann::json::parse(outcome.out)[0]["name"].get<std::string>();
     };
     EXPECT_EQ(first({"Pitch"}), "MoteWeaver_Pitch");
     EXPECT_EQ(first({"reverb", "decay"}), "FX1_Reverb_Decay");

@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cmath>
 #include <filesystem>
-#include <map>
 
 #include "host/state/StateTransfer.h"
 #include "tools/ToolRig.h"
@@ -20,8 +16,6 @@
 
 namespace Quorvan::Tools {
 namespace {
-
-using test::Folder;
 
 TEST(CsvLineTest, SplitsAsTablesAreWritten) {
     using Fields = std::vector<std::string>;
@@ -175,29 +169,24 @@ TEST(AtomicOutputTest, NothingIsThereUntilCommit) {
     output.Write("whole", 5);
     EXPECT_FALSE(std::filesystem::exists(folder / "a"));
     output.Commit();
-    EXPECT_EQ(test::ReadFile(folder / "a"), "whole");
+    EXPECT_EQ(ReadFile(folder / "a"), "whole");
     EXPECT_EQ(folder.Content().size(), 1u);
-}
-
-TEST(AtomicOutputTest, FileThatCameMeanwhileIsKept) {
-    const Folder folder;
-    AtomicOutput output(folder / "a", false);
-    output.Write("mine", 4);
-    test::WriteFile(folder / "a", "theirs");
-    EXPECT_THROW(output.Commit(), Failure);
-    EXPECT_EQ(test::ReadFile(folder / "a"), "theirs");
+    AtomicOutput late(folder / "b", false);
+    WriteFile(folder / "b", "came meanwhile");
+    EXPECT_THROW(late.Commit(), Failure);
+    EXPECT_EQ(ReadFile(folder / "b"), "came meanwhile");
 }
 
 TEST(AtomicOutputTest, LinksAndPermissionsStay) {
     const Folder folder;
-    test::WriteFile(folder / "real", "old");
+    WriteFile(folder / "real", "old");
     chmod((folder / "real").c_str(), 0640);
     std::filesystem::create_symlink("real", folder / "link");
     AtomicOutput output(folder / "link", true);
     output.Write("new", 3);
     output.Commit();
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
-    EXPECT_EQ(test::ReadFile(folder / "real"), "new");
+    EXPECT_EQ(ReadFile(folder / "real"), "new");
     struct stat there {};
     stat((folder / "real").c_str(), &there);
     EXPECT_EQ(there.st_mode & 0777u, 0640u);
@@ -219,7 +208,7 @@ TEST(AtomicOutputTest, LeftoversGoAndFilesOfLiveRunsStay) {
     const Folder folder;
     for (const char* name :
          {".a.1.part", ".a.99999999.part", ".a.b.1.part", ".a.x1.part", ".a.part"})
-        test::WriteFile(folder / name, "left");
+        WriteFile(folder / name, "left");
     const AtomicOutput live(folder / "a", false);
     const auto before = folder.Content();
     EXPECT_EQ(before.size(), 4u) << "the two of \"a\" are gone, the live one is there";
@@ -227,7 +216,6 @@ TEST(AtomicOutputTest, LeftoversGoAndFilesOfLiveRunsStay) {
     EXPECT_EQ(folder.Content(), before);
 }
 
-/// What the picture of a sound with these settings says of its effects.
 std::string TextOf(const std::map<std::string, std::string>& settings) {
     static const Host::ParameterCatalog catalog;
     Host::Preset preset;

@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-
-#include "support/TestSignals.h"
+#include "support/Test.h"
 #include "tools/picture/Axis.h"
 #include "tools/picture/Colour.h"
 #include "tools/picture/GrainLog.h"
@@ -27,7 +22,7 @@ void Feed(Meter& meter, const std::vector<float>& sound, size_t cut = 1000) {
 TEST(SpectrogramTest, SineShowsAtItsPitchAndLevel) {
     for (const double hertz : {60.0, 440.0, 5000.0}) {
         Spectrogram spectrogram(kRate);
-        Feed(spectrogram, test::Sine(hertz, kRate, 48000, 0.5f));
+        Feed(spectrogram, Sine(hertz, kRate, 48000, 0.5f));
         const size_t column = spectrogram.Columns() / 2;
         size_t loudest = 0;
         for (size_t row = 0; row < spectrogram.Rows(); ++row) {

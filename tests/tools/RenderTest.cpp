@@ -1,9 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-
-#include "support/TestSignals.h"
 #include "tools/ToolRig.h"
 
 namespace Quorvan::test {
@@ -15,9 +9,7 @@ class RenderTest : public RenderRig {
 protected:
     /// The dry signal alone.
     static Arguments Dry(const Arguments& more = {}) {
-        Arguments all{"--set", "Dry / Wet=0", "--set", "Master Volume=1"};
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
+        return Arguments{"--set", "Dry / Wet=0", "--set", "Master Volume=1"} + more;
     }
 };
 
@@ -153,14 +145,15 @@ TEST_F(RenderTest, TailIsAsLongAsAskedForOrAsItSounds) {
 TEST_F(RenderTest, TailIsHeardToItsEndOrFadesOutWhereItHasNone) {
     Input({Noise(1, kSecond / 4, 0.3f)});
     const auto summary = [&](const char* intensity, const Arguments& more = {}) {
-        Arguments all{"render", folder / "in.wav", "-o", folder / "b.wav", "--force", "--json"};
-        for (const std::string& assignment :
-             {std::string("FX1_ModuleType=Tape Echo"), std::string("FX1_Dry / Wet=50 %"),
-              std::string("FX1_TapeEcho_DelayTime=900 ms"),
-              "FX1_TapeEcho_Intensity=" + std::string(intensity)})
-            all.insert(all.end(), {"--set", assignment});
-        all.insert(all.end(), more.begin(), more.end());
-        return nlohmann::json::parse(RunTool(all).out);
+        const std::string tape = std::string("FX1_TapeEcho_Intensity=").append(intensity);
+        const Arguments all{"render",  folder / "in.wav",
+                            "-o",      folder / "b.wav",
+                            "--force", "--json",
+                            "--set",   "FX1_ModuleType=Tape Echo",
+                            "--set",   "FX1_Dry / Wet=50 %",
+                            "--set",   "FX1_TapeEcho_DelayTime=900 ms",
+                            "--set",   tape};
+        return nlohmann::json::parse(RunTool(all + more).out);
     };
     const auto fading = summary("50 %");
     EXPECT_EQ(fading["tailEnd"], "silence");
@@ -275,8 +268,7 @@ TEST_F(RenderTest, SavedPresetIsTheSound) {
     Input({Noise(1, kSecond / 2, 0.3f)});
     const Arguments sound{
         "--preset", "clockwork-arpeggio", "--set", "MoteWeaver_Pitch=7 st", "--tempo", "97"};
-    Arguments saving = sound;
-    saving.insert(saving.end(), {"--save-preset", folder / "mine.json"});
+    Arguments saving = sound + Arguments{"--save-preset", folder / "mine.json"};
     const Channels first = Render(saving);
     EXPECT_EQ(Render({"--preset", folder / "mine.json"}), first);
     const auto preset = nlohmann::json::parse(ReadFile(folder / "mine.json"));

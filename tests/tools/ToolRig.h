@@ -1,21 +1,15 @@
 #pragma once
 
+#include "support/Test.h"
+
 #include <fcntl.h>
 #include <sndfile.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <iterator>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 namespace Quorvan::test {
@@ -59,13 +53,17 @@ private:
     std::filesystem::path path;
 };
 
-/// What a run of the program came to.
 struct Outcome {
     int exitCode = -1;  ///< -1 where a signal ended it
     std::string out, err;
 };
 
 using Arguments = std::vector<std::string>;
+
+inline Arguments operator+(Arguments first, const Arguments& more) {
+    first.insert(first.end(), more.begin(), more.end());
+    return first;
+}
 
 /// Starts the program; inChild runs in the new process ahead of it. Answers the process number.
 inline int StartTool(const Arguments& arguments, const std::string& outFile,
@@ -105,7 +103,6 @@ inline Outcome RunTool(const Arguments& arguments, const std::function<void()>& 
     return outcome;
 }
 
-/// Sound in memory, one vector for each channel.
 using Channels = std::vector<std::vector<float>>;
 
 /// Writes a float WAV file, straight through libsndfile.
@@ -149,24 +146,19 @@ protected:
         for (const auto& [name, value] : {std::pair{"--seed", "5"}, {"--tail", "0"}})
             if (std::find(more.begin(), more.end(), name) == more.end())
                 all.insert(all.end(), {name, value});
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
+        return all + more;
     }
-    /// Renders, and answers the program's outcome.
     Outcome Run(const Arguments& more) const {
         const Outcome outcome = RunTool(Command(more));
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
         return outcome;
     }
-    /// Renders, and answers the summary.
-    nlohmann::json Summary(Arguments more) const {
-        more.push_back("--json");
-        return nlohmann::json::parse(Run(more).out);
+    nlohmann::json Summary(const Arguments& more) const {
+        return nlohmann::json::parse(Run(more + Arguments{"--json"}).out);
     }
     /// Renders to a float file, and answers its sound.
-    Channels Render(Arguments more = {}) const {
-        more.insert(more.end(), {"--format", "float"});
-        Run(more);
+    Channels Render(const Arguments& more = {}) const {
+        Run(more + Arguments{"--format", "float"});
         return ReadSound(folder / "out.wav");
     }
 
