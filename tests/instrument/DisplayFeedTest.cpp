@@ -1,16 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <atomic>
-#include <set>
 #include <thread>
 
 #include "instrument/InstrumentRig.h"
 
 namespace Quorvan::Host {
 namespace {
-
-using namespace test;
 
 TEST(DisplayFeedTest, ShowsWhatSoundsAndChangesNothingOfIt) {
     StereoSignal input = NoiseInput(72000);

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <functional>
-#include <string_view>
-#include <vector>
-
 #include "host/HostRig.h"
 #include "host/instrument/Instrument.h"
 

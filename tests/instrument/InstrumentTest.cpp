@@ -1,9 +1,5 @@
 #include "host/instrument/Instrument.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <random>
 #include <thread>
 
 #include "instrument/InstrumentRig.h"
@@ -11,8 +7,6 @@
 
 namespace Quorvan::Host {
 namespace {
-
-using namespace test;
 
 constexpr uint32_t kMode = 8, kDensity = 9, kSize = 10, kPitch = 11, kSpray = 19, kFreeze = 24,
                    kPlayOffset = 31, kAssign1 = 40;

@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "instrument/InstrumentRig.h"
 
 namespace Quorvan::Host {
 namespace {
 
-using namespace test;
 using Kind = MidiSource::Kind;
 
 InstrumentEvent Midi(uint32_t frame, int status, int first = 0, int second = 0) {
@@ -56,12 +53,11 @@ TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter)
         EXPECT_FLOAT_EQ(instrument.Position(feedback), one.position);
         EXPECT_EQ(instrument.sink.moves.back().first, 2u);
         // It stays with the project.
-        Instrument other(test::Catalog());
+        Instrument other(Catalog());
         other.LoadState(instrument.SaveState());
         EXPECT_EQ(other.GetMidiMap(), instrument.GetMidiMap());
-        EXPECT_EQ(
-            ReadMidiMap(WriteMidiMap(other.GetMidiMap(), test::Catalog()), test::Catalog()).value,
-            other.GetMidiMap());
+        EXPECT_EQ(ReadMidiMap(WriteMidiMap(other.GetMidiMap(), Catalog()), Catalog()).value,
+                  other.GetMidiMap());
     }
 }
 

@@ -1,6 +1,5 @@
 #include "host/instrument/PresetLibrary.h"
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <fstream>
@@ -10,7 +9,6 @@
 namespace Quorvan::Host {
 namespace {
 
-using namespace test;
 namespace fs = std::filesystem;
 
 struct TestFolder {
