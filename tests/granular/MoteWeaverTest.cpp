@@ -212,6 +212,33 @@ TEST(MoteWeaverTest, BufferClearActsOnEveryChange) {
     }
 }
 
+TEST(MoteWeaverTest, PersistenceFeedsTheOldRoundIntoTheNew) {
+    Engine engine({{Id::BufferLengthSynced, 0.0f}});
+    const auto blocks = static_cast<uint32_t>(0.25f * kRate) / kBlock;
+    engine.Run(blocks);
+    const CaptureBuffer& tape = engine.Module().Capture();
+    const std::vector<float> before = tape.mono;
+    engine.Set(Id::BufferPersistence, 0.8f).Run(blocks);
+    double product = 0.0, power = 0.0;
+    for (size_t i = 1000; i < size_t{blocks} * kBlock; ++i) {
+        product += double{before[i]} * tape.mono[i];
+        power += double{before[i]} * before[i];
+    }
+    EXPECT_NEAR(product / power, 0.8, 0.02);  // the new noise isn't quite foreign to the old
+}
+
+TEST(MoteWeaverTest, PanOfTheGrainsNeedsTheSpatializer) {
+    for (const float enabled : {0.0f, 1.0f}) {
+        Engine engine({{Id::RandomPan, 1.0f}, {Id::SpatializerEnabled, enabled}});
+        engine.Set(IGenerator::RateUnSynced, 250.0f).Run(500);
+        std::set<float> pans;
+        for (const Grain& grain : engine.grains)
+            pans.insert(grain.panGainLeft);
+        EXPECT_EQ(pans.size() > 50u, enabled > 0.0f) << pans.size();
+        EXPECT_EQ(pans.size() == 1u, enabled == 0.0f) << pans.size();
+    }
+}
+
 TEST(MoteWeaverTest, GatePulsesLastTwentyMilliseconds) {
     Engine engine({{IGenerator::RateUnSynced, 10.0f}, {Id::GateSelection, 1.0f}});
     const auto pulses = [&engine](uint32_t blocks) {
