@@ -24,6 +24,22 @@ function(tesserae_install_shared target)
                         COMMAND_ERROR_IS_FATAL ANY)")
 endfunction()
 
+# tesserae_strip_installed(FILE [COMPONENT]): a program or plug-in that the calls before this one have
+# installed, by its place below the prefix, loses what only a debugger wants.
+function(tesserae_strip_installed file)
+    if(NOT CMAKE_STRIP OR APPLE OR WIN32)
+        return()
+    endif()
+    set(component)
+    if(ARGC GREATER 1)
+        set(component COMPONENT ${ARGV1})
+    endif()
+    install(CODE "
+        execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-unneeded
+            \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${file}\" COMMAND_ERROR_IS_FATAL ANY)"
+        ${component})
+endfunction()
+
 # tesserae_install_static(TARGET): without its debug information, which an archive can't have apart.
 function(tesserae_install_static target)
     install(TARGETS ${target} EXPORT TesseraeTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
