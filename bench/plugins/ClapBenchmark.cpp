@@ -7,6 +7,8 @@
 
 #include "host/engine/Engine.h"
 #include "host/parameters/ParameterCatalog.h"
+#include "host/parameters/ShellIndex.h"
+#include "host/state/ParameterReader.h"
 #include "host/state/PresetFormat.h"
 #include "host/state/StateTransfer.h"
 #include "plugins/claphost/ClapInstance.h"
