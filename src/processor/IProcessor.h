@@ -179,7 +179,7 @@ static_assert(sizeof(BlobChange) == 24);
 class IProcessor {
 public:
     virtual ProcessorInfo* GetInfo() = 0;
-    /// OptionalOperationA to J do nothing here; their answers are fixed.
+    /// OptionalOperationA to J do nothing: B, C, E, F and H answer true, the others false.
     virtual bool OptionalOperationA() = 0;
     /// config[0] is the sample rate in hertz; 44100 stands in for one that isn't above 0, is no
     /// number, or is not given, with a null config. Takes all memory that running needs and resets
@@ -228,7 +228,7 @@ public:
 
 class IProcessor_V3 : public IProcessor_V2 {
 public:
-    /// bytes: a MIDI message of three bytes.
+    /// bytes: a MIDI message of three bytes. True also where there is no room and it is dropped.
     virtual bool PushMidiMessage(const uint8_t* bytes) = 0;
     virtual bool OptionalOperationE() = 0;
     virtual bool OptionalOperationF() = 0;

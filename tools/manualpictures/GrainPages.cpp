@@ -72,6 +72,16 @@ void DrawPitch(const std::string& file) {
     sheet.Save(file);
 }
 
+void DrawFine(const std::string& file) {
+    const Scale pitch{"Pitch (cents)", Axis(-110.0, 110.0), 5};
+    const Trait cents = [](const Host::GrainStart& grain) { return 100.0 * Semitones(grain); };
+    DiagramSheet sheet(1, 3, 160.0);
+    for (const std::string depth : {"0", "10", "100"})
+        AddTraits(sheet.Add("Random Fine Pitch " + depth + " ct", kSeconds, pitch), 4.0,
+                  {"Random Fine Pitch=" + depth + " ct"}, cents);
+    sheet.Save(file);
+}
+
 void DrawWidth(const std::string& file) {
     const Scale pitch{"Pitch (semitones)", Axis(-12.5, 12.5), 6};
     DiagramSheet sheet(1, 3, 220.0);
@@ -133,6 +143,7 @@ void DrawGrainPages(const std::string& folder) {
     DrawTutorial(folder + "/tutorial.png");
     DrawSizes(folder + "/size-density.png");
     DrawPitch(folder + "/pitch.png");
+    DrawFine(folder + "/fine.png");
     DrawWidth(folder + "/width.png");
     DrawDepths(folder + "/depths.png");
     DrawDensities(folder + "/density.png");

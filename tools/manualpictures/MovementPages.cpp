@@ -28,7 +28,7 @@ void AddColumn(const Diagram& diagram, const Take& take, size_t column, const Co
     diagram.Curve(x, y, colour);
 }
 
-constexpr size_t kFollower = 0, kFunction = 1, kSteps = 4, kDestination = 7;
+constexpr size_t kFollower = 0, kFunction = 1, kSteps = 4, kMacro = 5, kDestination = 7;
 
 /// A curve of four points: up fast, down to a half, and slowly to nothing.
 Settings Curve(const Settings& more) {
@@ -101,6 +101,27 @@ void DrawMatrix(const std::string& file) {
     sheet.Save(file);
 }
 
+/// One turn of a macro and three knobs that it moves by different amounts.
+void DrawMacro(const std::string& file) {
+    const Scale time{"Time (s)", Axis(0.0, 4.0), 8};
+    const Scale knob{"Knob", Axis(0.0, 1.0), 4};
+    Take take({"Grain Size=100 ms", "Spray=0 %", "Random Pan=80 %",
+               "Modulations_Dst10_Src6_Amount=@0.8", "Modulations_Dst10_Src6_Activated=1",
+               "Modulations_Dst22_Src6_Amount=@0.65", "Modulations_Dst22_Src6_Activated=1",
+               "Modulations_Dst16_Src6_Amount=@0.2", "Modulations_Dst16_Src6_Activated=1"},
+              {"Grain Size", "Spray", "Random Pan"});
+    for (int step = 0; step <= 100; ++step)
+        take.Change(0.5 + 0.03 * step, "Macro 1", std::to_string(step) + " %");
+    take.Play(Silence(4.1));
+    DiagramSheet sheet(1, 2, 170.0);
+    AddColumn(sheet.Add("The source: Macro 1", time, knob), take, kMacro, CurveColour(0));
+    const Diagram moved = sheet.Add("What it moves", time, knob);
+    moved.Key({"Grain Size", "Spray", "Random Pan"});
+    for (size_t i = 0; i < 3; ++i)
+        AddColumn(moved, take, kDestination + i, CurveColour(i));
+    sheet.Save(file);
+}
+
 void DrawTrajectories(const std::string& file) {
     DiagramSheet sheet(3, 3, 150.0);
     for (const std::string name : {"Pendulum", "Slanted Eight", "Circle", "Eight", "Lying Eight",
@@ -123,6 +144,7 @@ void DrawMovementPages(const std::string& folder) {
     DrawFunctions(folder + "/functions.png");
     DrawSteps(folder + "/steps.png");
     DrawMatrix(folder + "/matrix.png");
+    DrawMacro(folder + "/macro.png");
     DrawTrajectories(folder + "/trajectories.png");
 }
 

@@ -216,6 +216,32 @@ void DrawMix(const std::string& file) {
     sheet.Save(file);
 }
 
+/// The dry sound behind the input, as a host hears it that makes up for nothing.
+void DrawLatency(const std::string& file) {
+    constexpr double kMilliseconds = 12.0;
+    DiagramSheet sheet(1, 1, 160.0);
+    const Diagram diagram =
+        sheet.Add("Latency at 48 kHz", {"Time (ms)", Axis(0.0, kMilliseconds), 12},
+                  {"Signal", Axis(-0.6, 0.6), 4});
+    diagram.Key({"input", "output"});
+    Take take({"Dry / Wet=0 %"});
+    const Planes input = Tone(0.1, 1000.0, 0.5, 0.002, 0.005);
+    take.Play(input);
+    const double late = take.LatencyFrames();
+    std::vector<double> x, in, out;
+    for (size_t i = 0; static_cast<double>(i) < kMilliseconds * 0.001 * Take::kRate; ++i) {
+        const double frame = static_cast<double>(i);
+        x.push_back(frame / Take::kRate * 1000.0);
+        in.push_back(static_cast<double>(input[0][i]));
+        out.push_back(frame < late
+                          ? 0.0
+                          : static_cast<double>(take.Output()[0][i - static_cast<size_t>(late)]));
+    }
+    diagram.Curve(x, in, CurveColour(0));
+    diagram.Curve(x, out, CurveColour(1));
+    sheet.Save(file);
+}
+
 }  // namespace
 
 void DrawSoundPages(const std::string& folder) {
@@ -225,6 +251,7 @@ void DrawSoundPages(const std::string& folder) {
     DrawFeedback(folder + "/feedback.png");
     DrawSlots(folder + "/slots.png");
     DrawMix(folder + "/mix.png");
+    DrawLatency(folder + "/latency.png");
 }
 
 }  // namespace Quorvan::Tools
