@@ -326,9 +326,27 @@ TEST_F(RenderTest, NothingIsWithoutEffectInSilence) {
           "line 2, column 9: \"beats\" counts",
           "\"FX1 Chorus Depth\" without effect: FX1 holds the Delay",
           "Macro 1 is routed to nothing", "\"Macro 2 to Pitch On=On\"",
+          "\"Grid Size\" and what else is asked of the grains are not heard: \"Dry / Wet\"",
           "line 4, column 38 at 9.00 s lies behind", "in.wav\" goes 18.1 dB above", "were clipped"})
         EXPECT_NE(found.find(words), std::string::npos) << words << " is not in:\n" << found;
-    EXPECT_EQ(std::count(found.begin(), found.end(), '\n'), 11) << found;
+    EXPECT_EQ(std::count(found.begin(), found.end(), '\n'), 12) << found;
+    for (const auto& [sets, words] : std::vector<std::pair<Arguments, std::string>>{
+             {{"FX2 Effect=Delay", "FX2 Dry / Wet=1", "FX2 Position=Wet Signal"},
+              "\"FX1 Position=Wet Signal\""},
+             {{"FX1 Effect=Delay", "FX1 Dry / Wet=1", "FX1 Position=Feedback Loop"},
+              "\"Feedback=-6 dB\""},
+             {{"FX2 Bypass=On"}, "FX2 holds no effect"},
+             {{"Random Pan=1"}, "\"Spatializer On=On\""},
+             {{"Granular Mode=Texture", "Random Density=1"}, "\"Random Density Kind=Skip\""},
+             {{"Granular Mode=Beat"}, "\"Beat Sequencer Step 1 On=On\""},
+             {{"Granular Mode=Beat", "Step 1 On=On", "Sequencer Retrigger=On"}, ""}}) {
+        Arguments more{"--set", "Master Volume=-24 dB"};
+        for (const std::string& set : sets)
+            more = more + Arguments{"--set", set};
+        const std::string all = warnings(more);
+        EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), words.empty() ? 1 : 2) << all;
+        EXPECT_NE(all.find(words), std::string::npos) << words << " is not in:\n" << all;
+    }
     // The gain that a clipped render names is enough.
     const size_t at = found.find("\"Master Volume=") + 1;
     const std::string volume = found.substr(at, found.find('"', at) - at);
