@@ -61,6 +61,8 @@ TEST_F(FailureTest, TyposGiveTheNearestNames) {
 
 TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure(Render({"--set", "Dry / Wet"}), 2, {"NAME=POSITION"});
+    ExpectFailure(Render({"--set", "=3"}), 2, {"is missing"});
+    ExpectFailure(Render({"--set", "Tempo=90"}), 2, {"--tempo 90"});
     ExpectFailure(Render({"--set", "Dry / Wet=1.5"}), 2, {"\"Dry / Wet\"", "0 to 1", "\"1.5 %\""});
     ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolute=9 parsec"}), 2,
                   {"9 parsec", "ms"});

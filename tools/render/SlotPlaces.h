@@ -22,9 +22,7 @@ public:
     /// other parameters.
     std::optional<std::string> Missing(uint32_t index, const Host::PresentSettings& settings) const;
     /// Whether a parameter is the position of a slot.
-    bool Decides(uint32_t index) const {
-        return index == positions[0] || index == positions[1];
-    }
+    bool Decides(uint32_t index) const { return index == positions[0] || index == positions[1]; }
 
 private:
     const Host::ParameterCatalog& catalog;

@@ -15,8 +15,8 @@ constexpr uint32_t kMixRow = 0;  // destination
 constexpr uint32_t kBeat = 2;    // granular mode
 constexpr uint32_t kMostSteps = 16;
 /// Groups whose parameters reach the output through the wet signal alone.
-constexpr std::array<std::string_view, 6> kGroups{"Granular",    "Grain Clock",
-                                                  "Beat Sequencer", "Spatializer",
+constexpr std::array<std::string_view, 6> kGroups{"Granular",          "Grain Clock",
+                                                  "Beat Sequencer",    "Spatializer",
                                                   "Spatializer LFO X", "Spatializer LFO Y"};
 
 }  // namespace
@@ -30,8 +30,8 @@ UnheardGrains::UnheardGrains(const Host::ParameterCatalog& parameters)
       firstStep(parameters.Find("MoteWeaver_StepSequencerGranular_StepOnOff1").value()) {}
 
 bool UnheardGrains::IsOfGrains(uint32_t index) const {
-    return index == feedback || std::find(kGroups.begin(), kGroups.end(), catalog[index].group) !=
-                                    kGroups.end();
+    return index == feedback ||
+           std::find(kGroups.begin(), kGroups.end(), catalog[index].group) != kGroups.end();
 }
 
 bool UnheardGrains::Decides(uint32_t index) const {
@@ -61,11 +61,11 @@ std::optional<std::string> UnheardGrains::DryMixSentence() const {
     if (isMixed || asked.empty())
         return std::nullopt;
     const std::string& title = catalog[mix].title;
-    const std::string more =
-        asked.size() > 1 ? " and what else is asked of the grains are" : " is";
-    return Host::Quoted(catalog[*asked.begin()].title) + more + " not heard: " +
-           Host::Quoted(title) + " stands at 0 % and nothing modulates it. Try --set " +
-           Host::Quoted(title + "=50 %") + ".";
+    const std::string more = asked.size() > 1 ? " and what else is asked of the grains are" : " is";
+    return Host::Quoted(catalog[*asked.begin()].title) + more +
+           " not heard: " + Host::Quoted(title) +
+           " stands at 0 % and nothing modulates it. Try --set " + Host::Quoted(title + "=50 %") +
+           ".";
 }
 
 std::optional<std::string> UnheardGrains::SilentBeatSentence() const {
