@@ -260,6 +260,8 @@ TEST_F(RenderTest, BashCompletesCommandLines) {
     EXPECT_EQ(complete("ren", "ren"), "render\n");
     EXPECT_EQ(complete("render in.wav --pres", "--pres"), "--preset\n");
     EXPECT_EQ(complete("render in.wav --preset dense-c", "dense-c"), "dense-cloud\n");
+    EXPECT_EQ(complete("render in.wav --picture-levels l", "l"), "linear\n");
+    EXPECT_EQ(complete("help rend", "rend"), "render\n");
     EXPECT_EQ(complete("render in.wav --set Master", "Master"), "Master\\ Volume=\n");
     EXPECT_EQ(complete("render in.wav --set \"Master V", "\"Master V"), "Master Volume=\n");
 }
