@@ -44,8 +44,14 @@ std::vector<std::string> WarningFinder::Find(
         add(slot.Sentence());
     add(grains.DryMixSentence());
     add(grains.SilentBeatSentence());
+    // Presets that a side-chain plays are made to be played by the input too.
+    const bool isAsked = std::any_of(
+        sound.assigned.begin(), sound.assigned.end(),
+        [&](const SoundChoice::Assigned& one) { return sideChainUse.IsSource(one.index); });
     if (sideChain)
         add(sideChainUse.Sentence(sideChain->string()));
+    else if (isAsked)
+        add(sideChainUse.MissingSentence());
     return warnings;
 }
 
