@@ -151,6 +151,14 @@ void SetUp(CLI::App& program) {
     });
 }
 
+/// What "help" prints: the help of the command behind it, or of the program.
+std::string HelpOf(const CLI::App& program, std::string_view topic) {
+    for (const CLI::App* command : program.get_subcommands({}))
+        if (command->get_name() == topic)
+            return command->help(program.get_name());
+    return program.help();
+}
+
 ExitCode Dispatch(CLI::App& program, const Commands& commands, int count,
                   const char* const* arguments) {
     if (count < 2) {
@@ -158,12 +166,20 @@ ExitCode Dispatch(CLI::App& program, const Commands& commands, int count,
         return ExitCode::Usage;
     }
     const std::string_view typed = arguments[1];
-    if (typed == "help" || typed == "version") {
-        std::cout << (typed == "help" ? program.help() : std::string(TESSERAE_VERSION) + "\n");
+    const bool isHelp = typed == "help";
+    if (typed == "version") {
+        std::cout << TESSERAE_VERSION << "\n";
         return ExitCode::Success;
     }
-    if (const auto sentence = UnknownCommand(program, typed))
+    std::string_view topic = isHelp && count > 2 ? arguments[2] : isHelp ? "" : typed;
+    if (isHelp && (topic == "help" || topic == "version"))
+        topic = "";
+    if (const auto sentence = UnknownCommand(program, topic))
         return Complain(ExitCode::Usage, *sentence);
+    if (isHelp) {
+        std::cout << HelpOf(program, topic);
+        return ExitCode::Success;
+    }
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& wrong) {

@@ -9,20 +9,20 @@ namespace Quorvan::Host {
 
 std::optional<uint32_t> FindChoice(std::span<const std::string> names, std::string_view text) {
     const std::string wanted = Lower(Trim(text));
-    if (wanted.empty())
-        return std::nullopt;
-    std::optional<uint32_t> begun;  // the last one that wanted begins
-    uint32_t begunCount = 0;
-    for (uint32_t i = 0; i < names.size(); ++i) {
-        const std::string name = Lower(names[i]);
-        if (name == wanted)
+    for (uint32_t i = 0; i < names.size(); ++i)
+        if (!wanted.empty() && Lower(names[i]) == wanted)
             return i;
-        if (name.starts_with(wanted)) {
-            begun = i;
-            ++begunCount;
-        }
-    }
-    return begunCount == 1 ? begun : std::nullopt;
+    const std::vector<uint32_t> begun = ChoicesBegunWith(names, text);
+    return begun.size() == 1 ? std::optional(begun.front()) : std::nullopt;
+}
+
+std::vector<uint32_t> ChoicesBegunWith(std::span<const std::string> names, std::string_view text) {
+    const std::string wanted = Lower(Trim(text));
+    std::vector<uint32_t> begun;
+    for (uint32_t i = 0; i < names.size(); ++i)
+        if (!wanted.empty() && Lower(names[i]).starts_with(wanted))
+            begun.push_back(i);
+    return begun;
 }
 
 std::optional<uint32_t> FindSwitch(std::string_view text) {

@@ -33,6 +33,18 @@ dsp::Parameter AmountRecord() {
     return dsp::Parameter::MakeContinuous("", dsp::PotardKind::kLinear, -1.0f, 1.0f, 0.5f);
 }
 
+std::string ChoiceProblem(const ParameterInfo& info, std::string_view text) {
+    const std::vector<uint32_t> begun = ChoicesBegunWith(info.choices, text);
+    if (begun.size() < 2)
+        return Cited(info) + " has no choice " + Quoted(text) + ". " + ChoiceAdvice(info.choices);
+    std::vector<std::string> names;
+    names.reserve(begun.size());
+    for (const uint32_t choice : begun)
+        names.push_back(info.choices[choice]);
+    return Quoted(text) + " for " + Cited(info) + " can mean " + Alternatives(names) +
+           ". Write the one that is meant.";
+}
+
 std::string NameOf(Processor::IProcessor& processor, uint32_t index) {
     Processor::ParameterDescription description{};
     return processor.GetParameterDescription(index, &description) ? description.name : "";
@@ -197,8 +209,7 @@ TextResult ParameterCatalog::Implementation::ChoicePosition(uint32_t index,
     if (info.kind == ParameterKind::Switch)
         choice = FindSwitch(text);
     if (!choice)
-        return {{},
-                Cited(info) + " has no choice " + Quoted(text) + ". " + ChoiceAdvice(info.choices)};
+        return {{}, ChoiceProblem(info, text)};
     return {entries[index].scale->PositionOf(*choice), {}};
 }
 

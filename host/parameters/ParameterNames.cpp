@@ -126,8 +126,6 @@ std::optional<uint32_t> ParameterNames::Find(std::string_view name) const {
 const std::vector<ParameterNames::Meaning>& ParameterNames::MeaningsOf(
     std::string_view name) const {
     static const std::vector<Meaning> none;
-    if (LooksFull(name))
-        return none;
     const std::string bare = BareName(name);
     for (const Index* index : {&titles, &labels, &effectTitles})
         if (const auto found = index->find(bare); found != index->end())
@@ -209,9 +207,24 @@ std::string ParameterNames::Problem(std::string_view name) const {
         return Quoted(Trim(name)) + " can mean " + Alternatives(named) +
                ". Write the one that is meant.";
     }
+    if (Trim(name).empty())
+        return "The name of a parameter is missing. Use one from the list of parameters.";
     const std::string suggestion = DidYouMean(Nearest(name, 3));
     return "There is no parameter called " + Quoted(name) + ". " +
            (suggestion.empty() ? "Use a name from the list of parameters." : suggestion);
+}
+
+/// What looks like a full name may be a title with other signs, "grain_sise".
+std::vector<std::string> ParameterNames::NearestToFull(const std::string& typed,
+                                                       size_t count) const {
+    std::string spoken = typed;
+    std::replace(spoken.begin(), spoken.end(), kFullNameSign, ' ');
+    std::vector<std::string> titled = NearestNames(spoken, titleSuggestions, count);
+    std::vector<std::string> full = NearestNames(typed, fullSuggestions, count);
+    const bool isTitle =
+        !titled.empty() && (full.empty() || EditDistance(spoken, Lower(titled.front())) <
+                                                EditDistance(typed, Lower(full.front())));
+    return isTitle ? titled : full;
 }
 
 std::vector<std::string> ParameterNames::Nearest(std::string_view name, size_t count) const {
@@ -219,7 +232,7 @@ std::vector<std::string> ParameterNames::Nearest(std::string_view name, size_t c
     if (lower.starts_with("modulations"))
         return NearestNames(name, cellNames, count);
     if (LooksFull(lower))
-        return NearestNames(name, fullSuggestions, count);
+        return NearestToFull(lower, count);
     if (lower.find(" to ") != std::string::npos)
         return NearestNames(name, cellTitles, count);
     // What people say goes first, and stands alone: full names are for who knows most of one.

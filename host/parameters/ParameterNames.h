@@ -53,7 +53,7 @@ public:
 private:
     /// A parameter, or the member of a family that is in force.
     using Meaning = std::variant<uint32_t, const LabelFamily*>;
-    /// Meanings under names without case, blanks and signs.
+    /// Meanings under names without case, blanks and signs, "_" among them.
     using Index = std::unordered_map<std::string, std::vector<Meaning>>;
 
     void AddFamilies();
@@ -62,6 +62,7 @@ private:
     void AddDestination(const Destination& destination);
     Meaning MeaningOf(const Destination& destination) const;
     void CollectSuggestions();
+    std::vector<std::string> NearestToFull(const std::string& typed, size_t count) const;
     /// How near to the heart of the instrument a meaning is, 0 nearest.
     int RankOf(const Meaning& meaning) const;
     void KeepNearest(std::vector<Meaning>& meanings) const;

@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/parameters/NameDistance.h"
 #include "host/parameters/Sentence.h"
 
 namespace Quorvan::Host {
 
 namespace {
+
+/// So many members that nobody reads get a sentence of their own.
+constexpr size_t kNamedStrangers = 5;
 
 using Json = nlohmann::json;
 
@@ -103,6 +107,26 @@ std::optional<double> JsonReader::NumberIn(const Json& object, const char* name)
     const auto found = object.find(name);
     return found != object.end() && found->is_number() ? std::optional(found->get<double>())
                                                        : std::nullopt;
+}
+
+void JsonReader::TellStrangers(const Json& object, const std::vector<std::string>& known,
+                               const std::string& where) {
+    if (!object.is_object())
+        return;
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        if (std::find(known.begin(), known.end(), member.key()) != known.end() ||
+            strangers++ >= kNamedStrangers)
+            continue;
+        const std::string suggestion = DidYouMean(NearestNames(member.key(), known, 1));
+        Warn(where + Quoted(member.key()) + " is no key of a " + what + " and is left out." +
+             (suggestion.empty() ? "" : " " + suggestion));
+    }
+}
+
+void JsonReader::TellFurtherStrangers() {
+    if (strangers > kNamedStrangers)
+        Warn(std::to_string(strangers - kNamedStrangers) + " more keys are none of a " + what +
+             ". They are left out.");
 }
 
 void JsonReader::Warn(std::string sentence) {

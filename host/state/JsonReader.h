@@ -31,6 +31,13 @@ public:
     static std::string TextIn(const nlohmann::json& object, const char* name);
     static std::optional<double> NumberIn(const nlohmann::json& object, const char* name);
 
+    /// Warns of members that nobody reads, with the nearest name: the first few of the whole text
+    /// by name. where goes ahead of their names: 'Routing 2: '.
+    void TellStrangers(const nlohmann::json& object, const std::vector<std::string>& known,
+                       const std::string& where = {});
+    /// Warns of how many more there were.
+    void TellFurtherStrangers();
+
     void Warn(std::string sentence);
     std::vector<Issue> TakeIssues() { return std::move(issues); }
 
@@ -44,6 +51,7 @@ private:
     int version;
     nlohmann::json root;
     std::vector<Issue> issues;
+    size_t strangers = 0;  ///< members that nobody reads
 };
 
 }  // namespace Quorvan::Host

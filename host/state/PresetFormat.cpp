@@ -70,6 +70,7 @@ private:
 };
 
 std::optional<Routing> RoutingReader::ReadOne(const nlohmann::json& json) {
+    reader.TellStrangers(json, {"source", "destination", "amount"}, Named() + ": ");
     const std::string source = JsonReader::TextIn(json, "source");
     const std::string destination = JsonReader::TextIn(json, "destination");
     const std::optional<double> amount = JsonReader::NumberIn(json, "amount");
@@ -133,6 +134,8 @@ Parsed<Preset> ReadPreset(std::string_view json, const ParameterCatalog& catalog
     JsonReader reader("preset", kPresetFormat, kPresetVersion);
     if (!reader.Open(json))
         return {std::nullopt, reader.TakeIssues()};
+    reader.TellStrangers(reader.Root(), {"format", "version", "name", "description", "tags",
+                                         "tempo", "parameters", "routings"});
     Preset preset;
     preset.name = reader.OptionalText("name");
     preset.description = reader.OptionalText("description");
@@ -141,6 +144,7 @@ Parsed<Preset> ReadPreset(std::string_view json, const ParameterCatalog& catalog
     preset.parameters = ReadParameters(reader, catalog, ParameterScope::Sound);
     if (const auto* list = reader.Member("routings", nlohmann::json::value_t::array))
         preset.routings = RoutingReader(reader, catalog).Read(*list);
+    reader.TellFurtherStrangers();
     return {std::move(preset), reader.TakeIssues()};
 }
 

@@ -18,8 +18,8 @@ namespace Quorvan::Host {
 ///
 /// Parameters go by full name, as positions 0..1; in place of a number stands, where that reads
 /// better, the text that the catalog takes: "Texture", "250 ms". Reading mends what it can: names
-/// that nobody knows and values that make no sense are left out, positions are held to 0..1, and
-/// each gives a warning. Only "format" and "version" are needed.
+/// and keys that nobody knows and values that make no sense are left out, positions are held to
+/// 0..1, and each gives a warning. Only "format" and "version" are needed.
 
 inline constexpr int kPresetVersion = 1;
 inline constexpr int kStateVersion = 1;

@@ -131,7 +131,7 @@ TEST(ParameterCatalogTest, NamesOfMusiciansFindTheirParameters) {
                                     {"Function 1 to Pitch", "Modulations_Dst7_Src2_Amount"},
                                     {"Grain Size", "MoteWeaver_GrainSizeAbsolute"},
                                     {"Density", "MoteWeaver_GranularPhaseHelper_RateUnSynced"},
-                                    {"Play Head", "MoteWeaver_Speed"},
+                                    {"play_head", "MoteWeaver_Speed"},
                                     {"Texture Density", "MoteWeaver_TextureDensity"}};
     const PresentSettings settings(Catalog());
     for (const auto& [name, full] : names)
@@ -145,7 +145,7 @@ TEST(ParameterCatalogTest, NamesOfMusiciansFindTheirParameters) {
         EXPECT_EQ(Catalog().Resolve(name, held), IndexOf("FX2_Reverb_Decay")) << name;
     held.Put(IndexOf("FX1_ModuleType"), 1.0f);
     EXPECT_EQ(Catalog().Resolve("Reverb Decay", held), std::nullopt);
-    for (const char* name : {"Decay", "FX1_Reverb_Size", "", "Sparkle"})
+    for (const char* name : {"Decay", "FX1_Reverb_Sise", "", "Sparkle"})
         EXPECT_EQ(Catalog().Resolve(name, settings), std::nullopt) << name;
     EXPECT_EQ(Catalog().UnknownName("Reverb Decay"),
               "\"Reverb Decay\" can mean \"FX1 Reverb Decay\" or \"FX2 Reverb Decay\". Write the "
@@ -193,6 +193,7 @@ TEST(ParameterCatalogTest, ProblemsNameTheThingAndSayWhatToDo) {
         {"Dry / Wet", "@2", "from 0 to 1"},
         {"Dry / Wet", "", "Dry / Wet"},
         {"Feedback_BigChunk", "1", "leave it out"},
+        {"MoteWeaver_Scale", "maj", "can mean \"Major\" or \"Major Pentatonic\""},
         {"MoteWeaver_SprayDirection", "", "Backward"}};
     for (const auto& [name, text, phrase] : cases)
         EXPECT_NE(ProblemOf(name, text).find(phrase), std::string::npos) << name << " " << text;
@@ -209,6 +210,7 @@ TEST(ParameterCatalogTest, TyposFindTheirNames) {
     EXPECT_EQ(best("GrainSizeAbsolut"), "MoteWeaver_GrainSizeAbsolute");
     EXPECT_EQ(best("FX1 Reverb Dekay"), "FX1 Reverb Decay");
     EXPECT_EQ(best("Presistence"), "Persistence");
+    EXPECT_EQ(best("grain_sise"), "Grain Size");
     EXPECT_EQ(best("macro 1 to pich"), "Macro 1 to Pitch");
     EXPECT_EQ(Catalog().UnknownName("Grain Sise"),
               "There is no parameter called \"Grain Sise\". Did you mean \"Grain Size\"?");

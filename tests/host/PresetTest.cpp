@@ -92,6 +92,9 @@ TEST(PresetTest, WhatMakesNoSenseIsMendedOrLeftOut) {
         {R"(, "parameters": [])", "object in braces"},
         {R"(, "name": 3)", "\"name\" is left out"},
         {R"(, "tempo": -3)", "beats per minute"},
+        {R"(, "tmepo": 3)", "\"tempo\"?"},
+        {R"(, "routings": [{"source": "Macro 1", "destination": "Pitch", "amount": 1, "amuont": 1}])",
+         "\"amount\"?"},
         {R"(, "tags": ["a", 1])", "tags"}};
     for (const auto& [members, phrase] : cases)
         EXPECT_NE(WarningOf(members).find(phrase), std::string::npos) << members;
@@ -101,19 +104,22 @@ TEST(PresetTest, WhatMakesNoSenseIsMendedOrLeftOut) {
 }
 
 TEST(PresetTest, ManyUnknownNamesAreCountedNotSearchedFor) {
-    std::ostringstream members, routings;
+    std::ostringstream members, routings, strangers;
     for (int i = 0; i < 20000; ++i) {  // minutes, if each were compared with all there are
         const char* const comma = i == 0 ? "" : ", ";
         members << comma << "\"Nonsense" << i << "\": 0.5";
+        strangers << ", \"Nonsense" << i << "\": 0.5";
         routings << comma << R"({"source": "Macro 1", "amount": 1, "destination": "Nonsense)" << i
                  << "\"}";
     }
-    const Parsed<Preset> parsed = ReadMembers(", \"parameters\": {" + members.str() +
-                                              "}, \"routings\": [" + routings.str() + "]");
-    ASSERT_EQ(parsed.issues.size(), 12u);
-    EXPECT_EQ(parsed.issues[5].text,
+    const Parsed<Preset> parsed =
+        ReadMembers(", \"parameters\": {" + members.str() + "}, \"routings\": [" + routings.str() +
+                    "]" + strangers.str());
+    ASSERT_EQ(parsed.issues.size(), 18u);
+    EXPECT_EQ(parsed.issues[17].text, "19995 more keys are none of a preset. They are left out.");
+    EXPECT_EQ(parsed.issues[10].text,
               "19995 more names are those of no parameter. They are left out.");
-    EXPECT_EQ(parsed.issues[11].text, "19995 more routings are left out for such reasons.");
+    EXPECT_EQ(parsed.issues[16].text, "19995 more routings are left out for such reasons.");
 }
 
 TEST(PresetTest, RoutingsAreCheckedPieceByPiece) {

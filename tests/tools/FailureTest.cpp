@@ -61,6 +61,8 @@ TEST_F(FailureTest, TyposGiveTheNearestNames) {
 
 TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure(Render({"--set", "Dry / Wet"}), 2, {"NAME=POSITION"});
+    ExpectFailure(Render({"--set", "=3"}), 2, {"is missing"});
+    ExpectFailure(Render({"--set", "Tempo=90"}), 2, {"--tempo 90"});
     ExpectFailure(Render({"--set", "Dry / Wet=1.5"}), 2, {"\"Dry / Wet\"", "0 to 1", "\"1.5 %\""});
     ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolute=9 parsec"}), 2,
                   {"9 parsec", "ms"});
@@ -80,6 +82,8 @@ TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure(RenderTo(folder / "out.ogg", {"--format", "opus", "--rate", "44100"}), 2,
                   {"44100", "--rate 48000"});
     ExpectFailure({"rendre"}, 2, {"rendre"});
+    ExpectFailure({"help", "rendre"}, 2, {"\"render\""});
+    ExpectFailure(Render({"--picture-levels", "loud"}), 2, {"auto, linear or db"});
     ExpectFailure(Render({"--picture", folder / "out.wav"}), 2, {"two files"});
     ExpectFailure(Render({"--picture", folder / "./out.wav"}), 2, {"two files"});
     ExpectFailure(Render({"--picture", folder / "out.jpg"}), 2, {".png"});
@@ -102,8 +106,10 @@ TEST_F(FailureTest, InputsThatCannotBeUsedAreNamed) {
     Add("text.wav", "this is no sound at all, but it is long enough for a header");
     WriteWav(folder / "three.wav", Channels(3, std::vector<float>(100, 0.1f)));
     WriteWav(folder / "header.wav", {std::vector<float>{}});
+    std::filesystem::create_symlink("gone.wav", folder / "link.wav");
     before = folder.Content();
     expect("missing.wav", {"does not exist"});
+    expect("link.wav", {"is a link to \"gone.wav\""});
     expect("empty.wav", {"empty"});
     expect("text.wav", {"no sound file"});
     expect("three.wav", {"3 channels"});

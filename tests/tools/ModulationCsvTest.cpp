@@ -152,6 +152,7 @@ TEST(ParamsTest, WhatIsLookedForStandsFirstAmongItsGroup) {
     for (std::string line; std::getline(lines, line);)
         EXPECT_LE(line.size(), line[0] == '*' ? 80u : 72u) << line;
     EXPECT_NE(narrow.find("MoteWeaver_GrainSizeAbsolute, 100\n"), std::string::npos) << narrow;
+    EXPECT_NE(RunTool({"params", "scale"}).out.find("Mixolydian | Dorian\n"), std::string::npos);
 }
 
 }  // namespace

@@ -260,6 +260,8 @@ TEST_F(RenderTest, BashCompletesCommandLines) {
     EXPECT_EQ(complete("ren", "ren"), "render\n");
     EXPECT_EQ(complete("render in.wav --pres", "--pres"), "--preset\n");
     EXPECT_EQ(complete("render in.wav --preset dense-c", "dense-c"), "dense-cloud\n");
+    EXPECT_EQ(complete("render in.wav --picture-levels l", "l"), "linear\n");
+    EXPECT_EQ(complete("help rend", "rend"), "render\n");
     EXPECT_EQ(complete("render in.wav --set Master", "Master"), "Master\\ Volume=\n");
     EXPECT_EQ(complete("render in.wav --set \"Master V", "\"Master V"), "Master Volume=\n");
 }
@@ -306,6 +308,7 @@ TEST_F(RenderTest, NothingIsWithoutEffectInSilence) {
     WriteWav(folder / "side.wav", {Noise(1, 4800, 0.3f)});
     WriteFile(folder / "a.json", R"([
         {"beats": 0, "seconds": 0, "parameter": "FX1 Chorus Depth", "position": 1},
+        {"seconds": -1, "parameter": "FX2 Dry / Wet", "position": 0, "rmap": "linear"},
         [0.2, "FX2 Effect", "Reverb"], [0.25, "Reverb Decay", "70 %"],
         [0.3, "FX2 Dry / Wet", 0.5], [9, "Feedback", 0.1]])");
     const auto warnings = [&](const Arguments& more) {
@@ -323,12 +326,33 @@ TEST_F(RenderTest, NothingIsWithoutEffectInSilence) {
     for (const char* words :
          {"side.wav\": the envelope follower takes the input", "The Delay in FX1 is not heard",
           "\"Grain Size (Free)\"", "\"Start Quantization=Grid\"",
-          "line 2, column 9: \"beats\" counts",
+          "line 2, column 9: \"beats\" counts", "\"-1\" lies ahead of the start", "\"ramp\"?",
           "\"FX1 Chorus Depth\" without effect: FX1 holds the Delay",
           "Macro 1 is routed to nothing", "\"Macro 2 to Pitch On=On\"",
-          "line 4, column 38 at 9.00 s lies behind", "in.wav\" goes 18.1 dB above", "were clipped"})
+          "\"Grid Size\" and what else is asked of the grains are not heard: \"Dry / Wet\"",
+          "line 5, column 38 at 9.00 s lies behind", "in.wav\" goes 18.1 dB above", "were clipped"})
         EXPECT_NE(found.find(words), std::string::npos) << words << " is not in:\n" << found;
-    EXPECT_EQ(std::count(found.begin(), found.end(), '\n'), 11) << found;
+    EXPECT_EQ(std::count(found.begin(), found.end(), '\n'), 14) << found;
+    for (const auto& [sets, words] : std::vector<std::pair<Arguments, std::string>>{
+             {{"FX2 Effect=Delay", "FX2 Dry / Wet=1", "FX2 Position=Wet Signal"},
+              "\"FX1 Position=Wet Signal\""},
+             {{"FX1 Effect=Delay", "FX1 Dry / Wet=1", "FX1 Position=Feedback Loop"},
+              "\"Feedback=-6 dB\""},
+             {{"FX2 Bypass=On"}, "FX2 holds no effect"},
+             {{"Envelope Follower Source=Side-Chain", "Envelope Follower to Pitch=50 %",
+               "Envelope Follower to Pitch On=On"},
+              "--sidechain FILE"},
+             {{"Random Pan=1"}, "\"Spatializer On=On\""},
+             {{"Granular Mode=Texture", "Random Density=1"}, "\"Random Density Kind=Skip\""},
+             {{"Granular Mode=Beat"}, "\"Beat Sequencer Step 1 On=On\""},
+             {{"Granular Mode=Beat", "Step 1 On=On", "Sequencer Retrigger=On"}, ""}}) {
+        Arguments more{"--set", "Master Volume=-24 dB"};
+        for (const std::string& set : sets)
+            more = more + Arguments{"--set", set};
+        const std::string all = warnings(more);
+        EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), words.empty() ? 1 : 2) << all;
+        EXPECT_NE(all.find(words), std::string::npos) << words << " is not in:\n" << all;
+    }
     // The gain that a clipped render names is enough.
     const size_t at = found.find("\"Master Volume=") + 1;
     const std::string volume = found.substr(at, found.find('"', at) - at);

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "tools/support/DanglingLink.h"
 #include "tools/support/Failure.h"
 #include "tools/support/StandardStreams.h"
 
@@ -32,6 +33,8 @@ void CheckFilled(const std::filesystem::path& name, const struct stat& there) {
 /// What libsndfile would only call a system error, in words.
 void CheckReadable(const std::filesystem::path& name) {
     struct stat there {};
+    if (const auto link = DanglingLinkText(name))
+        Refuse(name, *link + " Point it to the sound, or name that.");
     if (stat(name.c_str(), &there) != 0)
         Refuse(name, errno == ENOENT || errno == ENOTDIR
                          ? "does not exist. Check the name and the folder."

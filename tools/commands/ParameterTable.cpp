@@ -1,6 +1,7 @@
 #include "tools/commands/ParameterTable.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <tuple>
 
@@ -55,6 +56,21 @@ struct Widths {
     size_t label = 7, value = 5, name = 4;
 };
 
+/// A list of choices below its row, in lines that fit columns.
+void AddLines(TextTable& table, const std::string& list, size_t columns) {
+    const std::string indent(6, ' ');
+    const size_t room = columns == 0 ? list.size() : std::max(columns, 2 * indent.size()) - 6;
+    for (size_t start = 0; start < list.size();) {
+        size_t end = list.size();
+        if (end - start > room)
+            if (const size_t bar = list.rfind("| ", start + room - 1);
+                bar != std::string::npos && bar > start)
+                end = bar + 2;
+        table.Add({indent + list.substr(start, end - start)});
+        start = end;
+    }
+}
+
 size_t RoomIn(size_t columns, size_t taken) { return columns > taken ? columns - taken : 0; }
 
 }  // namespace
@@ -77,7 +93,8 @@ std::string RangeText(const Host::ParameterInfo& info, size_t longest) {
     return text.substr(0, bar == std::string::npos ? text.size() : bar + 2) + "..." + note;
 }
 
-void PrintParameters(std::ostream& out, std::vector<ParameterRow> rows, size_t columns) {
+void PrintParameters(std::ostream& out, std::vector<ParameterRow> rows, size_t columns,
+                     bool whole) {
     constexpr size_t kIndexWidth = 5;
     SortByGroup(rows);
     const Widths widths(rows);
@@ -91,6 +108,8 @@ void PrintParameters(std::ostream& out, std::vector<ParameterRow> rows, size_t c
                           : std::vector<std::string>{"  Label", "Value", "Range"});
     bool marked = false;
     const std::string* group = nullptr;
+    const auto isMeant = [](const ParameterRow& row) { return row.rank == 0; };
+    const bool hasOne = std::count_if(rows.begin(), rows.end(), isMeant) == 1;
     for (const ParameterRow& row : rows) {
         const Host::ParameterInfo& info = *row.info;
         if (group == nullptr || *group != info.group) {
@@ -101,9 +120,15 @@ void PrintParameters(std::ostream& out, std::vector<ParameterRow> rows, size_t c
         std::vector<std::string> cells{LabelCell(row), row.text, RangeText(info, longest)};
         if (inOne)
             cells.insert(cells.end(), {std::to_string(info.index), info.name});
+        const std::string all = RangeText(info, SIZE_MAX);
+        const bool isBelow = all.size() > longest && (whole || (hasOne && isMeant(row)));
+        if (isBelow)
+            cells[2] = std::to_string(info.choices.size()) + " choices";
         table.Add(std::move(cells));
         if (!inOne)
             table.Add({"      " + info.name + ", " + std::to_string(info.index)});
+        if (isBelow)
+            AddLines(table, all, columns);
         marked = marked || (!row.commonName.empty() && row.inForce);
     }
     table.Print(out);

@@ -22,7 +22,8 @@ struct ParameterRow {
 std::string RangeText(const Host::ParameterInfo& info, size_t longest);
 
 /// Prints the rows by group: first the group of the best one, and in it the best ones. Lines fit
-/// columns, where each takes two if need be; 0 is as wide as it gets.
-void PrintParameters(std::ostream& out, std::vector<ParameterRow> rows, size_t columns);
+/// columns, where each takes two if need be; 0 is as wide as it gets. Long lists of choices are cut
+/// to fit; with whole, or where one parameter is meant by its name, all stand on a line below.
+void PrintParameters(std::ostream& out, std::vector<ParameterRow> rows, size_t columns, bool whole);
 
 }  // namespace Quorvan::Tools

@@ -92,6 +92,8 @@ ParamsCommand::ParamsCommand(CLI::App& program)
     Options()
         .add_option("--preset", preset, "Show the values of this preset (default: init)")
         ->type_name("FILE|NAME");
+    Options().add_flag("--all", isWhole,
+                       "Long lists of choices whole, as where FILTER is the name of one parameter");
     Options().add_flag("--json", asJson, "Print JSON, with positions");
 }
 
@@ -128,7 +130,7 @@ ExitCode ParamsCommand::Run() {
     if (rows.empty())
         throw Failure(ExitCode::Usage, catalog.UnknownName(Filter()));
     if (!asJson) {
-        PrintParameters(std::cout, std::move(rows), Columns());
+        PrintParameters(std::cout, std::move(rows), Columns(), isWhole);
         return ExitCode::Success;
     }
     std::stable_sort(rows.begin(), rows.end(),

@@ -22,6 +22,7 @@ private:
 
     std::vector<std::string> words;  ///< of the filter
     std::string preset = "init";
+    bool isWhole = false;
     bool asJson = false;
 };
 

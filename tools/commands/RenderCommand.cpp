@@ -6,7 +6,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/parameters/NumberText.h"
 #include "host/parameters/ParameterCatalog.h"
+#include "host/parameters/Sentence.h"
 #include "tools/render/RenderJob.h"
 #include "tools/render/Variations.h"
 #include "tools/support/NumberChecks.h"
@@ -43,7 +45,7 @@ void RenderCommand::AddFiles() {
             ->check(NumberFrom(1000, 768000))
             ->type_name("HZ");
     app.add_option("--raw-channels", settings.rawChannels,
-                   "Channels of an input without header, 1 or 2 (default: 2)")
+                   "Channels of an input without header (default: 2)")
         ->check(NumberFrom(1, 2))
         ->needs(rawRate)
         ->type_name("N");
@@ -61,15 +63,10 @@ void RenderCommand::AddFiles() {
     app.add_option("--picture-to", settings.pictureTo, "And only what comes ahead of here")
         ->needs(picture)
         ->type_name("TIME");
-    app.add_option("--picture-levels", settings.pictureLevels,
-                   "Outlines of input and output: auto, linear or db (default: auto, which is db "
-                   "where one of them is quiet)")
-        ->transform(
-            CLI::CheckedTransformer(std::map<std::string, LevelForm>{{"auto", LevelForm::Auto},
-                                                                     {"linear", LevelForm::Linear},
-                                                                     {"db", LevelForm::Decibels}},
-                                    CLI::ignore_case))
-        ->type_name("FORM");
+    app.add_option_function<std::string>(
+           "--picture-levels", [this](const std::string& form) { TakeLevels(form); },
+           "Outlines of input and output (default: auto, which is db where one of them is quiet)")
+        ->type_name("auto|linear|db");
     app.add_flag("--picture-modulation", settings.pictureModulation,
                  "With modulation in the picture also where nothing is routed");
     CLI::Option* const csv =
@@ -86,22 +83,34 @@ void RenderCommand::AddFiles() {
     app.add_flag("--force", settings.force, "Replace files that exist");
 }
 
+void RenderCommand::TakeLevels(const std::string& form) {
+    const std::map<std::string, LevelForm> forms{
+        {"auto", LevelForm::Auto}, {"linear", LevelForm::Linear}, {"db", LevelForm::Decibels}};
+    const auto found = forms.find(Host::Lower(form));
+    if (found == forms.end())
+        throw CLI::ValidationError("--picture-levels", Host::Quoted(form) +
+                                                           " is no form of the outlines. Write "
+                                                           "auto, linear or db.");
+    settings.pictureLevels = found->second;
+}
+
 void RenderCommand::AddSound() {
     CLI::App& app = Options();
     app.add_option("--preset", settings.preset,
                    "Factory preset or preset file (default: init). \"tesserae presets\" lists them")
         ->type_name("FILE|NAME");
     app.add_option("--set", settings.assignments,
-                   "Put a parameter elsewhere: a number is a position 0..1, anything else a value "
-                   "such as \"120 ms\" or \"Texture\". \"tesserae params\" lists the names. May be "
-                   "repeated")
+                   "Put a parameter elsewhere: a number from 0 to 1 is a position, anything else a "
+                   "value such as \"120 ms\", \"Texture\" or, where there is no unit, \"16\". "
+                   "\"tesserae params\" lists the names. May be repeated")
         ->type_name("NAME=POSITION")
         ->allow_extra_args(false);
     app.add_option("--save-preset", settings.savePreset,
                    "Also write the sound that --preset and --set make, as a preset")
         ->type_name("FILE");
     app.add_option("--automation", settings.automation,
-                   "CSV or JSON list of time, parameter name, position")
+                   "CSV or JSON list of time, parameter name, position, and \"linear\" or "
+                   "\"exponential\" where it is a ramp; Tempo is one of the names")
         ->type_name("FILE");
     app.add_option("--seed", settings.seed,
                    "Start of all chance: the same seed gives the same file. Without it chance "

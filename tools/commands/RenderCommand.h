@@ -14,6 +14,7 @@ public:
 
 private:
     void AddFiles();
+    void TakeLevels(const std::string& form);
     void AddSound();
     void AddTime();
     void AddForm();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 
 #include "host/parameters/ModulationNames.h"
 #include "host/parameters/NumberText.h"
@@ -83,7 +84,7 @@ Candidates Completer::Commands() const {
     Candidates all;
     for (const CommandText& command : commands)
         all.push_back({command.name, command.description});
-    all.push_back({"help", "Print what there is"});
+    all.push_back({"help", "Print what there is, or the help of a command"});
     all.push_back({"version", "Print the version"});
     return all;
 }
@@ -103,9 +104,13 @@ Candidates Completer::Values(const OptionText& option, const std::string& typed)
     if (option.value == "NAME,...")
         return Destinations(typed.substr(0, typed.rfind(',') + 1));
     Candidates all;
+    std::string choice;
     if (option.value == "FORMAT")
         for (const std::string& name : AudioFormat::Names())
             all.push_back({name, ""});
+    if (option.value.find('|') != std::string::npos && option.value != "FILE|NAME")
+        for (std::istringstream words(option.value); std::getline(words, choice, '|');)
+            all.push_back({choice, ""});
     if (option.value == "SHELL")
         all = {{"bash", ""}, {"zsh", ""}, {"fish", ""}};
     if (option.value == "NAME" || option.value == "FILE|NAME")
@@ -133,6 +138,8 @@ Candidates Completer::Complete(const std::vector<std::string>& words) const {
     const std::string& typed = words.back();
     if (words.size() <= 2)
         return Fitting(typed.starts_with("-") ? OptionsOf(whole) : Commands(), typed);
+    if (words[1] == "help")
+        return words.size() == 3 ? Fitting(Commands(), typed) : Candidates{};
     const CommandText* const command = Find(words[1]);
     if (command == nullptr)
         return {};

@@ -57,7 +57,10 @@ std::string Heading(const OptionText& option) {
 /// Sentences of help texts come without their last full stop.
 std::string Sentence(const OptionText& option) {
     std::string text = option.description;
-    if (!option.range.empty())
+    const size_t note = text.find("(default:");
+    if (!option.range.empty() && note != std::string::npos)
+        text.insert(note + 1, option.range + ", ");
+    else if (!option.range.empty())
         text += " (" + option.range + ")";
     return Roff(Wrapped(text)) + ".";
 }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/parameters/NameDistance.h"
 #include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
 #include "tools/render/JsonList.h"
@@ -21,6 +22,10 @@ using Json = nlohmann::json;
                          const std::string& sentence) {
     throw Failure(ExitCode::Input, AutomationReader::PlaceText(name, where) + ": " + sentence);
 }
+
+/// So many warnings of a kind get a sentence of their own.
+constexpr size_t kNamed = 5;
+constexpr const char* kMoreEarly = " more times lie ahead of the start, and count there.";
 
 /// The members of an entry that tell its time, the one that counts first.
 struct TimeMember {
@@ -90,6 +95,7 @@ void AutomationReader::ReadCsv(std::string_view text) {
                     " fields. Write time, parameter name, position, and a ramp if you want one.");
         Add(where, {fields[0], fields[1], fields[2], fields.size() == 4 ? fields[3] : ""}, *head);
     }
+    TellRest(early, kMoreEarly);
 }
 
 void AutomationReader::ReadJson(std::string_view text) {
@@ -102,6 +108,7 @@ void AutomationReader::ReadJson(std::string_view text) {
                 TimeUnit::Seconds);
             continue;
         }
+        TellStrangers(entry, where);
         std::vector<TimeMember> times;
         for (const TimeMember& member : kTimeMembers)
             if (entry.is_object() && entry.contains(member.name))
@@ -119,6 +126,30 @@ void AutomationReader::ReadJson(std::string_view text) {
              JsonText(entry["position"]), MemberText(entry, "ramp")},
             times[0].unit);
     }
+    TellRest(strangers, " more keys are none of an entry. They are left out.");
+    TellRest(early, kMoreEarly);
+}
+
+void AutomationReader::TellStrangers(const Json& entry, const std::string& where) {
+    static const std::vector<std::string> known{"seconds",   "beats",    "bars",
+                                                "parameter", "position", "ramp"};
+    if (!entry.is_object())
+        return;
+    for (auto member = entry.begin(); member != entry.end(); ++member) {
+        if (std::find(known.begin(), known.end(), member.key()) != known.end() ||
+            strangers++ >= kNamed)
+            continue;
+        const std::string nearest = Host::DidYouMean(Host::NearestNames(member.key(), known, 1));
+        warnings.push_back(PlaceText(name, where) + ": " + Host::Quoted(member.key()) +
+                           " is no key of an entry and is left out." +
+                           (nearest.empty() ? "" : " " + nearest));
+    }
+}
+
+void AutomationReader::TellRest(size_t count, const char* rest) {
+    if (count > kNamed)
+        warnings.push_back("Automation " + Host::Quoted(name) + ": " +
+                           std::to_string(count - kNamed) + rest);
 }
 
 void AutomationReader::Add(const std::string& where, const Texts& texts, TimeUnit bare) {
@@ -129,6 +160,10 @@ void AutomationReader::Add(const std::string& where, const Texts& texts, TimeUni
                    " is no time. Write seconds, beats as \"4 beats\", or bar "
                    "and beat as \"5:3\", whose beats count from 1 to " +
                    std::to_string(meter.beats) + ".");
+    // A song may begin at a negative beat, the sound never ahead of its start.
+    if (!time->isBeat && time->time < 0.0 && early++ < kNamed)
+        warnings.push_back(PlaceText(name, where) + ": " + Host::Quoted(texts[0]) +
+                           " lies ahead of the start, and counts there. Times go from 0.");
     const std::optional<Ramp> ramp = ReadRamp(texts[3]);
     if (!ramp)
         Refuse(name, where,

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "tools/render/AutomationPoint.h"
 #include "tools/render/AutomationTime.h"
 
@@ -31,6 +33,12 @@ private:
     using Texts = std::array<std::string, 4>;
     void Add(const std::string& where, const Texts& texts, TimeUnit bare);
 
+    /// Warns of keys that nobody reads.
+    void TellStrangers(const nlohmann::json& entry, const std::string& where);
+    /// Warns of how many there are beyond those that were named.
+    void TellRest(size_t count, const char* rest);
+
+    size_t strangers = 0, early = 0;  ///< unknown keys; times below 0
     std::string name;
     Meter meter;
 };

@@ -5,15 +5,16 @@
 #include <string>
 
 #include "host/parameters/PresentSettings.h"
+#include "tools/render/SlotPlaces.h"
 
 namespace Quorvan::Tools {
 
-/// An effect slot that is watched for an effect that nobody ever hears, since its dry/wet stands at
-/// 0 and nothing modulates it.
+/// An effect slot that is watched for an effect that nobody ever hears: its dry/wet stands at 0 and
+/// nothing modulates it, or it sits in the feedback loop and that is closed.
 class DrySlot {
 public:
-    /// slot counts from 0.
-    DrySlot(const Host::ParameterCatalog& parameters, uint32_t slot);
+    /// watched counts from 0.
+    DrySlot(const Host::ParameterCatalog& parameters, uint32_t watched);
 
     void See(const Host::PresentSettings& settings);
     /// Nothing where all is well.
@@ -21,11 +22,14 @@ public:
 
 private:
     uint32_t IndexOf(const char* name) const;
+    bool IsLoopClosed(const Host::PresentSettings& settings) const;
 
     const Host::ParameterCatalog& catalog;
+    SlotPlaces places;
+    uint32_t slot;
     std::string prefix;
-    uint32_t dryWetRow;
-    std::string dryEffect;  ///< the first one that stayed dry
+    std::string dryEffect;     ///< the first one that stayed dry
+    std::string closedEffect;  ///< the first one that sat in a closed loop
     bool isHeard = false;
 };
 

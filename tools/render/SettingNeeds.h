@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/parameters/PresentSettings.h"
+#include "tools/render/SlotPlaces.h"
 
 namespace Quorvan::Tools {
 
@@ -21,13 +22,14 @@ public:
     /// Whether a parameter is that of an effect in a slot.
     bool IsOfEffect(uint32_t index) const { return needs[index] && needs[index]->isEffect; }
     /// Whether a parameter decides that about others.
-    bool IsDecider(uint32_t index) const { return isDecider[index]; }
+    bool IsDecider(uint32_t index) const { return isDecider[index] || places.Decides(index); }
 
 private:
-    /// The parameters of an effect, or of a mode, and the choice that they need.
+    /// The parameters of an effect, or of a mode, and what they need.
     struct Need {
         uint32_t selector = 0;  ///< index
-        uint32_t choice = 0;
+        uint32_t choices = 0;   ///< bit n: choice n will do
+        uint32_t modes = ~0u;   ///< granular modes in which they need it, likewise
         bool isEffect = false;
     };
     void AddModes();
@@ -42,6 +44,8 @@ private:
     std::vector<std::optional<Need>> needs;        ///< by index
     std::vector<std::optional<uint32_t>> sources;  ///< of modulation, likewise
     std::vector<bool> isDecider;                   ///< likewise
+    uint32_t granularMode, gateSource;             ///< indices
+    SlotPlaces places;
 };
 
 }  // namespace Quorvan::Tools

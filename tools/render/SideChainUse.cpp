@@ -30,4 +30,11 @@ std::optional<std::string> SideChainUse::Sentence(const std::string& file) const
            RoutingAdvice(catalog, kFollower);
 }
 
+std::optional<std::string> SideChainUse::MissingSentence() const {
+    if (!isUsed)
+        return std::nullopt;
+    return "No side-chain is given, so that the envelope follower takes the input all the same. "
+           "Give one with --sidechain FILE.";
+}
+
 }  // namespace Quorvan::Tools

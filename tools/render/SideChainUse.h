@@ -16,6 +16,10 @@ public:
     void See(const Host::PresentSettings& settings);
     /// Nothing where all is well. file is the side-chain's.
     std::optional<std::string> Sentence(const std::string& file) const;
+    /// Whether a parameter is the follower's choice of what it listens to.
+    bool IsSource(uint32_t index) const { return index == source; }
+    /// For one that is asked to listen to a side-chain where none is given.
+    std::optional<std::string> MissingSentence() const;
 
 private:
     const Host::ParameterCatalog& catalog;

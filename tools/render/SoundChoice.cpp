@@ -76,6 +76,10 @@ Assignment Split(const std::string& text) {
 void Assign(SoundChoice& sound, Host::PresentSettings& settings, const Assignment& assignment,
             const Host::ParameterCatalog& catalog) {
     const NamedParameter named = FindWritable(catalog, assignment.name, settings);
+    if (!named.index && Host::Lower(Host::Trim(assignment.name)) == "tempo")
+        Refuse(assignment.whole,
+               "The tempo is the song's and no part of the sound. Write --tempo " +
+                   std::string(Host::Trim(assignment.position)) + ".");
     if (!named.index)
         Refuse(assignment.whole, named.problem);
     const Host::TextResult result =

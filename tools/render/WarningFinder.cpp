@@ -27,6 +27,7 @@ WarningFinder::WarningFinder(const Host::ParameterCatalog& parameters, const Sou
       needs(parameters),
       unheard(needs),
       slots{DrySlot(parameters, 0), DrySlot(parameters, 1)},
+      grains(parameters),
       sideChainUse(parameters) {}
 
 std::vector<std::string> WarningFinder::Find(
@@ -41,8 +42,16 @@ std::vector<std::string> WarningFinder::Find(
     };
     for (const DrySlot& slot : slots)
         add(slot.Sentence());
+    add(grains.DryMixSentence());
+    add(grains.SilentBeatSentence());
+    // Presets that a side-chain plays are made to be played by the input too.
+    const bool isAsked = std::any_of(
+        sound.assigned.begin(), sound.assigned.end(),
+        [&](const SoundChoice::Assigned& one) { return sideChainUse.IsSource(one.index); });
     if (sideChain)
         add(sideChainUse.Sentence(sideChain->string()));
+    else if (isAsked)
+        add(sideChainUse.MissingSentence());
     return warnings;
 }
 
@@ -56,8 +65,10 @@ void WarningFinder::AskOfPreset() {
 }
 
 void WarningFinder::AskOfAssignments(const Host::PresentSettings& settings) {
-    for (const SoundChoice::Assigned& assigned : sound.assigned)
+    for (const SoundChoice::Assigned& assigned : sound.assigned) {
         unheard.Ask({assigned.index, "--set " + Host::Quoted(assigned.text)}, settings);
+        grains.Ask(assigned.index);
+    }
 }
 
 void WarningFinder::Follow(const SettingsCourse& course) {
@@ -68,8 +79,8 @@ void WarningFinder::Follow(const SettingsCourse& course) {
     for (size_t i = 0; i < course.writes.size(); ++i) {
         const TimedWrite& write = course.writes[i];
         settings.Put(write.index, write.position);
-        isSeen = isSeen && !needs.IsDecider(write.index) && !IsCell(write.index) &&
-                 !catalog[write.index].name.ends_with("Dry / Wet");
+        grains.Ask(write.index);
+        isSeen = isSeen && !Decides(write.index);
         // Writes at one moment come into effect together.
         const bool isLast =
             i + 1 == course.writes.size() || course.writes[i + 1].frame != write.frame;
@@ -87,10 +98,18 @@ void WarningFinder::Follow(const SettingsCourse& course) {
     }
 }
 
+/// Whether anything that is watched hangs on a parameter.
+bool WarningFinder::Decides(uint32_t index) const {
+    const std::string& name = catalog[index].name;
+    return needs.IsDecider(index) || IsCell(index) || grains.Decides(index) || name == "Feedback" ||
+           name.ends_with("Dry / Wet") || name.ends_with("_Bypass");
+}
+
 void WarningFinder::See(const Host::PresentSettings& settings) {
     unheard.See(settings);
     for (DrySlot& slot : slots)
         slot.See(settings);
+    grains.See(settings);
     sideChainUse.See(settings);
 }
 

@@ -10,6 +10,7 @@
 #include "tools/render/DrySlot.h"
 #include "tools/render/SideChainUse.h"
 #include "tools/render/SoundChoice.h"
+#include "tools/render/UnheardGrains.h"
 #include "tools/render/UnheardSettings.h"
 
 namespace Quorvan::Tools {
@@ -28,6 +29,7 @@ public:
 private:
     void AskOfPreset();
     void AskOfAssignments(const Host::PresentSettings& settings);
+    bool Decides(uint32_t index) const;
     void Follow(const SettingsCourse& course);
     void See(const Host::PresentSettings& settings);
 
@@ -37,6 +39,7 @@ private:
     SettingNeeds needs;
     UnheardSettings unheard;
     std::array<DrySlot, 2> slots;
+    UnheardGrains grains;
     SideChainUse sideChainUse;
 };
 

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "host/parameters/Sentence.h"
+#include "tools/support/DanglingLink.h"
 #include "tools/support/Failure.h"
 #include "tools/support/PartFile.h"
 #include "tools/support/TemporaryFiles.h"
@@ -85,9 +86,8 @@ void AtomicOutput::CheckPlace() const {
     if (stat(place.c_str(), &there) != 0) {
         if (errno != ENOENT)
             Fail(errno);
-        if (fs::is_symlink(fs::symlink_status(place)))
-            refuse("is a link to " + Host::Quoted(fs::read_symlink(place).string()) +
-                   ", which does not exist. Make that, remove the link, or choose another name.");
+        if (const auto link = DanglingLinkText(place))
+            refuse(*link + " Make that, remove the link, or choose another name.");
         return;
     }
     if (S_ISDIR(there.st_mode))

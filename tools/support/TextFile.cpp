@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "host/parameters/Sentence.h"
+#include "tools/support/DanglingLink.h"
 #include "tools/support/Failure.h"
 
 namespace Quorvan::Tools {
@@ -23,6 +24,8 @@ std::string ReadTextFile(const std::filesystem::path& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored))
         Refuse(path, "is a folder. Name a file in it.");
+    if (const auto link = DanglingLinkText(path))
+        Refuse(path, *link + " Point it to the file, or name that.");
     errno = 0;
     std::ifstream file(path, std::ios::binary);
     if (!file)
