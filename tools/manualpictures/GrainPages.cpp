@@ -77,7 +77,7 @@ void DrawFine(const std::string& file) {
     const Trait cents = [](const Host::GrainStart& grain) { return 100.0 * Semitones(grain); };
     DiagramSheet sheet(1, 3, 160.0);
     for (const std::string depth : {"0", "10", "100"})
-        AddTraits(sheet.Add("Random Fine Pitch " + depth + " ct", kSeconds, pitch), 4.0,
+        AddTraits(sheet.Add("Random Fine " + depth + " ct", kSeconds, pitch), 4.0,
                   {"Random Fine Pitch=" + depth + " ct"}, cents);
     sheet.Save(file);
 }

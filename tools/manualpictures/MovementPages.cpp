@@ -105,18 +105,18 @@ void DrawMatrix(const std::string& file) {
 void DrawMacro(const std::string& file) {
     const Scale time{"Time (s)", Axis(0.0, 4.0), 8};
     const Scale knob{"Knob", Axis(0.0, 1.0), 4};
-    Take take({"Grain Size=100 ms", "Spray=0 %", "Random Pan=80 %",
+    Take take({"Grain Size=100 ms", "Dry / Wet=30 %", "Random Pan=80 %",
                "Modulations_Dst10_Src6_Amount=@0.8", "Modulations_Dst10_Src6_Activated=1",
-               "Modulations_Dst22_Src6_Amount=@0.65", "Modulations_Dst22_Src6_Activated=1",
+               "Modulations_Dst1_Src6_Amount=@0.65", "Modulations_Dst1_Src6_Activated=1",
                "Modulations_Dst16_Src6_Amount=@0.2", "Modulations_Dst16_Src6_Activated=1"},
-              {"Grain Size", "Spray", "Random Pan"});
+              {"Grain Size", "Dry / Wet", "Random Pan"});
     for (int step = 0; step <= 100; ++step)
         take.Change(0.5 + 0.03 * step, "Macro 1", std::to_string(step) + " %");
     take.Play(Silence(4.1));
-    DiagramSheet sheet(1, 2, 170.0);
+    DiagramSheet sheet(2, 1, 130.0);
     AddColumn(sheet.Add("The source: Macro 1", time, knob), take, kMacro, CurveColour(0));
     const Diagram moved = sheet.Add("What it moves", time, knob);
-    moved.Key({"Grain Size", "Spray", "Random Pan"});
+    moved.Key({"Grain Size", "Dry / Wet", "Random Pan"});
     for (size_t i = 0; i < 3; ++i)
         AddColumn(moved, take, kDestination + i, CurveColour(i));
     sheet.Save(file);
