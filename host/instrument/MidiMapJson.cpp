@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "host/instrument/InstrumentState.h"
+#include "host/state/JsonDepth.h"
 #include "host/state/ParameterWriter.h"
 
 namespace Quorvan::Host {
@@ -96,7 +97,7 @@ std::string WriteMidiMap(const MidiMap& map, const ParameterCatalog& catalog) {
 
 Parsed<MidiMap> ReadMidiMap(std::string_view text, const ParameterCatalog& catalog) {
     Parsed<MidiMap> result;
-    const Json root = Json::parse(text, nullptr, false);
+    const Json root = IsNestedTooDeep(text) ? Json() : Json::parse(text, nullptr, false);
     if (!root.is_object() || root.value("format", Json()) != kFormat || !root.contains("midi") ||
         !root["midi"].is_array()) {
         result.issues.push_back(
