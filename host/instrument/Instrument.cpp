@@ -40,13 +40,6 @@ std::unique_ptr<Engine> Instrument::MakeEngine(const StreamFormat& format, doubl
     engine->AddListener(player.display);
     engine->SetTempo(tempo);
     engine->Prepare(format);
-    std::vector<ParameterValue> values;
-    for (const ParameterInfo& info : catalog.All())
-        if (IsSetting(info))
-            values.push_back({info.index, positions.Position(info.index)});
-    engine->Restore(values);
-    // The first block after that clears what sounds; only then can a start of the song be seen.
-    engine->Idle(1);
     return engine;
 }
 
