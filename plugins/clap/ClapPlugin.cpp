@@ -77,6 +77,8 @@ bool ClapPlugin::Activate(double newRate, uint32_t longestBuffer) {
 void ClapPlugin::Deactivate() { instrument.Deactivate(); }
 
 clap_process_status ClapPlugin::Process(const clap_process_t& process) {
+    if (!ports.Fits(process))
+        return CLAP_PROCESS_ERROR;
     ports.Begin(process);
     const uint32_t frames = process.frames_count;
     OutputEvents output(instrument, process.out_events);
@@ -206,6 +208,8 @@ void ClapPlugin::Poll() {
     const std::optional<uint32_t> program = instrument.Poll();
     if (!program)
         return;
+    // Other instances and programs may have changed presets and set list since.
+    Library().Scan();
     const std::vector<std::string>& setList = Library().SetList();
     const auto entry = *program < setList.size() ? Library().Find(setList[*program]) : std::nullopt;
     std::string problem = "Program " + std::to_string(*program + 1) + " of the set list is empty.";
