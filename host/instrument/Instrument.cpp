@@ -187,8 +187,7 @@ void Instrument::EndGesture(uint32_t index) {
 void Instrument::Assign(uint32_t number, uint32_t index) {
     if (number >= kAssignments)
         return;
-    const bool usable =
-        index < kProcessorParameters && catalog[index].kind != ParameterKind::Binary;
+    const bool usable = index < kProcessorParameters && IsMovable(catalog[index]);
     controls.Assign(number, usable ? index : kUnassigned);
 }
 
@@ -317,6 +316,11 @@ void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) 
 }
 
 // ---- MIDI
+
+void Instrument::LearnMidi(uint32_t index) {
+    const bool usable = index < kProcessorParameters && IsMovable(catalog[index]);
+    player.Learn(usable ? index : kUnassigned);
+}
 
 MidiMap Instrument::GetMidiMap() const {
     const Lock lock(mutex);

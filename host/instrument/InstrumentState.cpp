@@ -180,9 +180,9 @@ void StateReader::ReadAssignments(const Json& json) {
         uint32_t which = 0;
         std::from_chars(number.data(), number.data() + number.size(), which);
         const auto index = name.is_string() ? catalog.Find(name.get<std::string>()) : std::nullopt;
-        if (which < 1 || which > kAssignments || !index)
+        if (which < 1 || which > kAssignments || !index || !IsMovable(catalog[*index]))
             Warn("\"Assign " + number + "\" is left out: it points at " + name.dump() +
-                 ", which is no parameter.");
+                 ", which is no parameter that it could move.");
         else
             state.assignments[which - 1] = *index;
     }

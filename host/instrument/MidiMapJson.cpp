@@ -46,7 +46,7 @@ std::optional<MidiBinding> BindingFrom(const Json& json, const ParameterCatalog&
     const auto index = name != json.end() && name->is_string()
                            ? catalog.Find(name->get<std::string>())
                            : std::nullopt;
-    if (!kind || !index || !(channel >= 1.0 && channel <= 16.0) ||
+    if (!kind || !index || !IsMovable(catalog[*index]) || !(channel >= 1.0 && channel <= 16.0) ||
         !(number >= 0.0 && number <= kHighestNumbers[*kind]))
         return std::nullopt;
     MidiBinding binding;

@@ -121,7 +121,10 @@ bool ClapPlugin::GetParameterInfo(uint32_t index, clap_param_info_t& info) const
     const uint32_t steps = instrument.ControlSteps(control->id);
     info = {};
     info.id = control->id;
-    info.flags = CLAP_PARAM_IS_AUTOMATABLE | CLAP_PARAM_IS_MODULATABLE |
+    // A morph writes settings; an offset to it would leave its trace in them.
+    const bool modulatable = control->target != Host::ControlTarget::Morph;
+    info.flags = CLAP_PARAM_IS_AUTOMATABLE |
+                 (modulatable ? static_cast<uint32_t>(CLAP_PARAM_IS_MODULATABLE) : 0u) |
                  (steps > 0 ? static_cast<uint32_t>(CLAP_PARAM_IS_STEPPED) : 0u);
     if (control->id == 0)
         info.flags = CLAP_PARAM_IS_AUTOMATABLE | CLAP_PARAM_IS_STEPPED | CLAP_PARAM_IS_BYPASS;
