@@ -161,6 +161,9 @@ void Engine::Implementation::Restore(std::span<const ParameterValue> values) {
 /// The processor looks at its levers once a block: only a block between the two writes of
 /// "PresetLoading" lets it see both edges.
 void Engine::Implementation::EndLoading() {
+    // Ahead of the first frame, the song may have been put elsewhere since Prepare.
+    if (framesIn == 0)
+        blockTransport = song.At(0);
     driver.RunSilence(blockTransport);
     Set(kPresetLoadingIndex, 0.0f);
     loading = false;

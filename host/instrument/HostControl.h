@@ -4,6 +4,9 @@
 #include <span>
 #include <string_view>
 
+#include "host/parameters/ParameterInfo.h"
+#include "host/parameters/ShellIndex.h"
+
 namespace Quorvan::Host {
 
 /// What a control moves.
@@ -38,5 +41,10 @@ inline constexpr uint32_t kUnassigned = 0xffffffff;
 std::span<const HostControl> HostControls();
 /// Null for an id that nobody has.
 const HostControl* FindHostControl(uint32_t id);
+
+/// Whether free controls and MIDI can move a parameter: all but those that hold no position.
+inline bool IsMovable(const ParameterInfo& info) {
+    return info.index < kProcessorParameters && info.kind != ParameterKind::Binary;
+}
 
 }  // namespace Quorvan::Host

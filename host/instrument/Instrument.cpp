@@ -40,13 +40,6 @@ std::unique_ptr<Engine> Instrument::MakeEngine(const StreamFormat& format, doubl
     engine->AddListener(player.display);
     engine->SetTempo(tempo);
     engine->Prepare(format);
-    std::vector<ParameterValue> values;
-    for (const ParameterInfo& info : catalog.All())
-        if (IsSetting(info))
-            values.push_back({info.index, positions.Position(info.index)});
-    engine->Restore(values);
-    // The first block after that clears what sounds; only then can a start of the song be seen.
-    engine->Idle(1);
     return engine;
 }
 
@@ -194,8 +187,7 @@ void Instrument::EndGesture(uint32_t index) {
 void Instrument::Assign(uint32_t number, uint32_t index) {
     if (number >= kAssignments)
         return;
-    const bool usable =
-        index < kProcessorParameters && catalog[index].kind != ParameterKind::Binary;
+    const bool usable = index < kProcessorParameters && IsMovable(catalog[index]);
     controls.Assign(number, usable ? index : kUnassigned);
 }
 
@@ -324,6 +316,11 @@ void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) 
 }
 
 // ---- MIDI
+
+void Instrument::LearnMidi(uint32_t index) {
+    const bool usable = index < kProcessorParameters && IsMovable(catalog[index]);
+    player.Learn(usable ? index : kUnassigned);
+}
 
 MidiMap Instrument::GetMidiMap() const {
     const Lock lock(mutex);

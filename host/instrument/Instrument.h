@@ -119,8 +119,9 @@ public:
 
     // ---- MIDI and song
 
-    /// The next source that is heard moves this parameter from then on; kUnassigned: none any more.
-    void LearnMidi(uint32_t index) { player.Learn(index); }
+    /// The next source that is heard moves this parameter from then on; kUnassigned, and what no
+    /// control can be assigned to: none any more.
+    void LearnMidi(uint32_t index);
     /// The parameter that waits for its source; kUnassigned where none does. Any thread.
     uint32_t LearningMidi() const { return player.Learning(); }
     MidiMap GetMidiMap() const;

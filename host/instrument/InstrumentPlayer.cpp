@@ -37,6 +37,7 @@ void InstrumentPlayer::SetEngine(std::unique_ptr<Engine> engine) {
     OfferEngine(std::move(engine));
     engines.Take();
     engines.Collect();
+    settled = false;
     const Engine& current = *engines.Current();
     tempo.store(current.GetTransport().tempo, std::memory_order_relaxed);
     offsets.Clear();
@@ -58,7 +59,7 @@ void InstrumentPlayer::Process(const InstrumentBuffer& buffer, ControlSink& sink
     audio = buffer.audio;
     hostHasSong = buffer.transport.has_value();
     done = 0;
-    TakeUp(sink);
+    TakeUp(buffer, sink);
     if (buffer.transport && GetEngine() != nullptr)
         FollowHost(*buffer.transport);
     else
@@ -91,7 +92,7 @@ bool InstrumentPlayer::IsOvertaken(const InstrumentEvent* event,
     return (base + event->frame) / block == (base + next->frame) / block;
 }
 
-void InstrumentPlayer::TakeUp(ControlSink& sink) {
+void InstrumentPlayer::TakeUp(const InstrumentBuffer& buffer, ControlSink& sink) {
     plans.Take();
     midiRoutes.Take();
     FaceMove move{};
@@ -101,20 +102,40 @@ void InstrumentPlayer::TakeUp(ControlSink& sink) {
         else
             sink.OnGesture(move.id, move.kind == FaceMove::Kind::Begin);
     }
-    // A new engine may have missed what was put on the board since it was made.
-    if (engines.Take() || positions.TakeRestore())
+    if (engines.Take())
+        settled = false;
+    if (positions.TakeRestore())
         RestoreAll();
+    if (!settled && audio.frames > 0 && GetEngine() != nullptr)
+        Settle(buffer.transport);
     positions.TakeMarks([this](uint32_t index) { Move(0, index, positions.Position(index)); });
 }
 
 void InstrumentPlayer::RestoreAll() {
     offsets.FollowTargets([](uint32_t) {});
     bypass.Aim(positions.Position(kBypassIndex) >= 0.5f);
-    if (GetEngine() == nullptr)
-        return;
+    if (GetEngine() != nullptr && settled)
+        RestoreEngine();
+}
+
+void InstrumentPlayer::RestoreEngine() {
     for (ParameterValue& value : restored)
         value.position = Effective(value.index);
     GetEngine()->Restore(restored);
+}
+
+/// What is as long as a beat takes its length from the tempo of the first block: that has to be the
+/// song's, and is known no earlier than with the first frames.
+void InstrumentPlayer::Settle(const std::optional<Transport>& place) {
+    if (place) {
+        Transport standing = *place;
+        standing.playing = false;
+        GetEngine()->SetTransport(standing);
+    }
+    RestoreEngine();
+    // The first block after that clears what sounds; only then can a start of the song be seen.
+    GetEngine()->Idle(1);
+    settled = true;
 }
 
 void InstrumentPlayer::Handle(const InstrumentEvent& event, uint32_t frame) {
@@ -195,21 +216,18 @@ void InstrumentPlayer::FollowClock(const std::array<uint8_t, 3>& message, uint32
 
 void InstrumentPlayer::FollowHost(const Transport& place) {
     if (place.playing && !GetEngine()->GetTransport().playing && GetEngine()->FramesIn() > 0)
-        StartAfresh();
+        StartAfresh(place);
     GetEngine()->SetTransport(place);
 }
 
-/// What has moved since the understudy was made comes as writes for its first block.
-void InstrumentPlayer::StartAfresh() {
+void InstrumentPlayer::StartAfresh(const Transport& place) {
     if (!engines.CanReplace())
         return;
     Engine* const fresh = understudy.exchange(nullptr, std::memory_order_acquire);
     if (fresh == nullptr)
         return;
     engines.Replace(fresh);
-    for (const ParameterValue& value : restored)
-        if (const float position = Effective(value.index); position != fresh->Position(value.index))
-            fresh->Write(value.index, position);
+    Settle(place);
 }
 
 void InstrumentPlayer::RunOwnSong() {

@@ -38,7 +38,8 @@ public:
     InstrumentPlayer(const InstrumentPlayer&) = delete;
     InstrumentPlayer& operator=(const InstrumentPlayer&) = delete;
 
-    /// A prepared engine that has the positions of the board, for a start from silence.
+    /// A prepared engine, for a start from silence; it gets the positions of the board with the
+    /// first frames.
     void SetEngine(std::unique_ptr<Engine> engine);
     /// The same while the audio runs, with the format of the present one.
     void OfferEngine(std::unique_ptr<Engine> engine) { engines.Offer(std::move(engine)); }
@@ -91,16 +92,18 @@ public:
     double Tempo() const { return tempo.load(std::memory_order_relaxed); }
 
 private:
-    void TakeUp(ControlSink& sink);
+    void TakeUp(const InstrumentBuffer& buffer, ControlSink& sink);
     bool IsOvertaken(const InstrumentEvent* event, std::span<const InstrumentEvent> events) const;
     void RestoreAll();
+    void RestoreEngine();
+    void Settle(const std::optional<Transport>& place);
     void Handle(const InstrumentEvent& event, uint32_t frame);
     void HandleMidi(const std::array<uint8_t, 3>& message, uint32_t frame);
     void FollowClock(const std::array<uint8_t, 3>& message, uint32_t frame);
     void LearnFrom(const MidiDecoder::Values& values);
     void RunOwnSong();
     void FollowHost(const Transport& place);
-    void StartAfresh();
+    void StartAfresh(const Transport& place);
     void Move(uint32_t frame, uint32_t index, float position);
     void MoveOffset(uint32_t frame, uint32_t id, float offset);
     void Morph(uint32_t frame, float way);
@@ -129,7 +132,8 @@ private:
     std::atomic<double> tempo{120.0};
     ControlSink* host = nullptr;  ///< of the present call
     AudioBuffers audio;           ///< likewise
-    bool hostHasSong = false;     ///< likewise
+    bool settled = false;         ///< the present engine has its positions
+    bool hostHasSong = false;     ///< of the present call
     uint32_t done = 0;            ///< frames of it that have run
 };
 

@@ -10,6 +10,7 @@
 #include "host/instrument/MidiMapJson.h"
 #include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
+#include "host/state/JsonDepth.h"
 #include "host/state/ParameterReader.h"
 #include "host/state/ParameterWriter.h"
 #include "host/state/PresetFormat.h"
@@ -22,8 +23,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kFormat = "tesserae-instrument";
 constexpr std::array kSoundNames{"A", "B"};
-constexpr std::array kMembers{"format", "version",    "preset",      "modified", "seed",
-                              "morph",  "parameters", "assignments", "sounds",   "window"};
+constexpr std::array kMembers{"format",     "version",     "preset", "modified", "seed",  "morph",
+                              "parameters", "assignments", "sounds", "midi",     "window"};
 
 bool IsKept(const ParameterInfo& info) {
     return IsStored(info, ParameterScope::Sound) || info.index == kBypassIndex;
@@ -82,9 +83,8 @@ private:
 Parsed<InstrumentState> StateReader::Read(std::string_view text) {
     if (!Open(text))
         return std::move(result);
-    const Json* const parameters = Member(root, "parameters", Json::value_t::object);
     Json foreign = Json::object();
-    state.sound = ReadSound(parameters != nullptr ? *parameters : Json::object(), &foreign);
+    state.sound = ReadSound(root["parameters"], &foreign);
     state.foreignParameters = foreign.dump();
     if (const Json* const preset = Member(root, "preset", Json::value_t::string))
         state.preset = preset->get<std::string>();
@@ -110,6 +110,10 @@ Parsed<InstrumentState> StateReader::Read(std::string_view text) {
 }
 
 bool StateReader::Open(std::string_view text) {
+    if (IsNestedTooDeep(text))
+        return Fail("The state is nested deeper than " + std::to_string(kDeepestNesting) +
+                    " levels of brackets, which no program of ours writes. The instrument stays "
+                    "as it was.");
     root = Json::parse(text, nullptr, false);
     if (root.is_discarded() || !root.is_object())
         return Fail(
@@ -121,6 +125,10 @@ bool StateReader::Open(std::string_view text) {
     const auto version = root.find("version");
     if (version == root.end() || !version->is_number_integer() || *version < 1)
         return Fail("The state does not say its version. The instrument stays as it was.");
+    if (Member(root, "parameters", Json::value_t::object) == nullptr)
+        return Fail(
+            "The state has no object \"parameters\", and so no sound. The instrument stays as it "
+            "was.");
     if (*format == kFormat && *version > kInstrumentStateVersion)
         Warn("The state is of version " + version->dump() + "; what version " +
              std::to_string(kInstrumentStateVersion) + " does not know is kept for later.");
@@ -143,9 +151,11 @@ State StateReader::ReadSound(const Json& members, Json* foreign) {
         positions[info.index] = info.defaultPosition;
     for (const auto& [name, json] : members.items()) {
         const std::optional<uint32_t> index = catalog.Find(name);
-        const bool usable = index && IsKept(catalog[*index]) && json.is_number();
-        if (usable && std::isfinite(json.get<float>()))
+        const bool known = index && IsKept(catalog[*index]);
+        if (known && json.is_number() && std::isfinite(json.get<float>()))
             positions[*index] = std::clamp(json.get<float>(), 0.0f, 1.0f);
+        else if (known)
+            Warn(Quoted(name) + " is left out: it has to be a position from 0 to 1.");
         else if (foreign != nullptr)
             (*foreign)[name] = json;
     }
@@ -170,9 +180,9 @@ void StateReader::ReadAssignments(const Json& json) {
         uint32_t which = 0;
         std::from_chars(number.data(), number.data() + number.size(), which);
         const auto index = name.is_string() ? catalog.Find(name.get<std::string>()) : std::nullopt;
-        if (which < 1 || which > kAssignments || !index)
+        if (which < 1 || which > kAssignments || !index || !IsMovable(catalog[*index]))
             Warn("\"Assign " + number + "\" is left out: it points at " + name.dump() +
-                 ", which is no parameter.");
+                 ", which is no parameter that it could move.");
         else
             state.assignments[which - 1] = *index;
     }

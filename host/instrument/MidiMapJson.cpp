@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "host/instrument/InstrumentState.h"
+#include "host/state/JsonDepth.h"
 #include "host/state/ParameterWriter.h"
 
 namespace Quorvan::Host {
@@ -45,7 +46,7 @@ std::optional<MidiBinding> BindingFrom(const Json& json, const ParameterCatalog&
     const auto index = name != json.end() && name->is_string()
                            ? catalog.Find(name->get<std::string>())
                            : std::nullopt;
-    if (!kind || !index || !(channel >= 1.0 && channel <= 16.0) ||
+    if (!kind || !index || !IsMovable(catalog[*index]) || !(channel >= 1.0 && channel <= 16.0) ||
         !(number >= 0.0 && number <= kHighestNumbers[*kind]))
         return std::nullopt;
     MidiBinding binding;
@@ -96,7 +97,7 @@ std::string WriteMidiMap(const MidiMap& map, const ParameterCatalog& catalog) {
 
 Parsed<MidiMap> ReadMidiMap(std::string_view text, const ParameterCatalog& catalog) {
     Parsed<MidiMap> result;
-    const Json root = Json::parse(text, nullptr, false);
+    const Json root = IsNestedTooDeep(text) ? Json() : Json::parse(text, nullptr, false);
     if (!root.is_object() || root.value("format", Json()) != kFormat || !root.contains("midi") ||
         !root["midi"].is_array()) {
         result.issues.push_back(

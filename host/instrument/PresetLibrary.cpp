@@ -12,6 +12,7 @@
 #include "host/instrument/WholeFile.h"
 #include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
+#include "host/state/JsonDepth.h"
 #include "host/state/PresetFormat.h"
 
 namespace Quorvan::Host {
@@ -108,7 +109,8 @@ void PresetLibrary::ReadLists() {
         std::vector<std::string> names;
         std::string problem;
         const auto text = ReadWholeFile(folder / file, kMostBytes, problem);
-        const Json root = text ? Json::parse(*text, nullptr, false) : Json();
+        const Json root =
+            text && !IsNestedTooDeep(*text) ? Json::parse(*text, nullptr, false) : Json();
         if (root.is_object() && root.contains("presets") && root["presets"].is_array())
             for (const Json& name : root["presets"])
                 if (name.is_string())
@@ -200,14 +202,18 @@ std::string PresetLibrary::Save(const Preset& preset, bool replace) {
     if (IsList(file))
         return Quoted(preset.name) + " is a name that the folder itself uses. Choose another.";
     std::error_code error;
+    fs::path kept;
     if (fs::exists(file, error)) {
         if (!replace)
             return "There is a preset called " + Quoted(preset.name) +
                    " already. Replace it, or choose another name.";
-        if (std::string problem = MoveToTrash(file); !problem.empty())
+        if (std::string problem = ToTrash(file, Trash::Copy, kept); !problem.empty())
             return problem;
     }
     std::string problem = WriteWholeFile(file, WritePreset(preset, catalog));
+    // What could not be replaced is still in its place.
+    if (!problem.empty() && !kept.empty())
+        fs::remove(kept, error);
     Scan();
     return problem;
 }
@@ -230,12 +236,14 @@ std::string PresetLibrary::Rename(size_t number, const std::string& name) {
     const fs::path before = entries[number].file;
     const std::string oldName = entries[number].name;
     read.value->name = name;
-    if (folder / FileNameOf(name) == before)
-        return WriteWholeFile(before, WritePreset(*read.value, catalog));
-    if (std::string problem = Save(*read.value); !problem.empty())
+    const bool sameFile = !Trim(name).empty() && folder / FileNameOf(name) == before;
+    if (std::string problem = sameFile ? WriteWholeFile(before, WritePreset(*read.value, catalog))
+                                       : Save(*read.value);
+        !problem.empty())
         return problem;
     std::error_code error;
-    fs::remove(before, error);
+    if (!sameFile)
+        fs::remove(before, error);
     for (std::vector<std::string>* list : {&favourites, &setList})
         std::replace(list->begin(), list->end(), oldName, name);
     WriteList(kFavourites, "tesserae-favourites", favourites);
@@ -244,24 +252,32 @@ std::string PresetLibrary::Rename(size_t number, const std::string& name) {
     return error ? Quoted(before.string()) + " can't be taken away; both are there now." : "";
 }
 
-std::string PresetLibrary::MoveToTrash(const fs::path& file) const {
+std::string PresetLibrary::ToTrash(const fs::path& file, Trash way, fs::path& there) const {
     const auto now =
         std::chrono::system_clock::now().time_since_epoch() / std::chrono::microseconds(1);
     const fs::path trash = folder / "trash";
     std::error_code error;
     fs::create_directories(trash, error);
-    if (!error)
-        fs::rename(file, trash / (file.stem().string() + "." + std::to_string(now) + ".json"),
-                   error);
-    return error ? Quoted(file.string()) + " can't be moved to the trash (" + error.message() + ")."
+    there = trash / (file.stem().string() + "." + std::to_string(now) + ".json");
+    if (!error && way == Trash::Move)
+        fs::rename(file, there, error);
+    else if (!error)
+        fs::copy_file(file, there, error);
+    return error ? Quoted(file.string()) + " can't be moved to the trash (" + error.message() +
+                       "). Nothing has been changed."
                  : "";
 }
 
 std::string PresetLibrary::Delete(size_t number) {
-    std::string problem = NotAUsers(number);
-    if (problem.empty())
-        problem = MoveToTrash(entries[number].file);
+    if (std::string problem = NotAUsers(number); !problem.empty())
+        return problem;
+    const std::string name = entries[number].name;
+    fs::path there;
+    std::string problem = ToTrash(entries[number].file, Trash::Move, there);
     Scan();
+    // Another preset of that name stays one of the favourites.
+    if (!Find(name) && std::erase(favourites, name) > 0)
+        problem = WriteList(kFavourites, "tesserae-favourites", favourites);
     return problem;
 }
 

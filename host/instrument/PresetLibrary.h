@@ -67,9 +67,10 @@ public:
     Parsed<Preset> Load(size_t entry) const;
     /// Writes a preset of the user's. The answer is empty, or a sentence why it did not work; a
     /// name that is taken is refused unless replace is set, and what was there goes to the trash.
+    /// Where it did not work, what was there stays.
     std::string Save(const Preset& preset, bool replace = false);
     std::string Rename(size_t entry, const std::string& name);
-    /// Moves the file to the trash folder.
+    /// Moves the file to the trash folder; it is none of the favourites any more.
     std::string Delete(size_t entry);
 
     std::string SetFavourite(size_t entry, bool favourite);
@@ -82,7 +83,10 @@ private:
     void ReadLists();
     std::string WriteList(const char* file, const char* format,
                           const std::vector<std::string>& names) const;
-    std::string MoveToTrash(const std::filesystem::path& file) const;
+    enum class Trash : uint8_t { Move, Copy };
+    /// there is the file's place in the trash from then on.
+    std::string ToTrash(const std::filesystem::path& file, Trash way,
+                        std::filesystem::path& there) const;
     std::string NotAUsers(size_t entry) const;
 
     const ParameterCatalog& catalog;

@@ -5,6 +5,7 @@
 
 #include "host/parameters/NameDistance.h"
 #include "host/parameters/Sentence.h"
+#include "host/state/JsonDepth.h"
 
 namespace Quorvan::Host {
 
@@ -44,6 +45,9 @@ JsonReader::JsonReader(std::string word, std::string formatName, int versionRead
     : what(std::move(word)), format(std::move(formatName)), version(versionRead) {}
 
 bool JsonReader::Open(std::string_view text) {
+    if (IsNestedTooDeep(text))
+        return Fail("The " + what + " is nested deeper than " + std::to_string(kDeepestNesting) +
+                    " levels of brackets, which no program of ours writes. Choose another file.");
     try {
         root = Json::parse(text);
     } catch (const Json::parse_error& error) {

@@ -71,6 +71,15 @@ void AudioPorts::Prepare(uint32_t longestBuffer) {
             plane.assign(longestBuffer, 0.0f);
 }
 
+bool AudioPorts::Fits(const clap_process_t& process) const {
+    const auto isWide = [](const clap_audio_buffer_t& port) { return port.data32 == nullptr; };
+    return process.frames_count <= outputMemory[0].size() ||
+           (std::none_of(process.audio_inputs, process.audio_inputs + process.audio_inputs_count,
+                         isWide) &&
+            std::none_of(process.audio_outputs, process.audio_outputs + process.audio_outputs_count,
+                         isWide));
+}
+
 void AudioPorts::ReadChannels(const clap_audio_buffer_t& port, uint32_t frames,
                               std::array<Plane, 2>& memory, Channels& channels) {
     for (uint32_t c = 0; c < std::min(port.channel_count, 2u); ++c) {

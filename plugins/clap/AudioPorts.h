@@ -24,6 +24,9 @@ public:
     Host::StreamFormat Format(double rate) const;
     void Prepare(uint32_t longestBuffer);
 
+    /// Audio thread. Whether the memory for conversions is long enough for a call; it is for all
+    /// buffers that are no longer than what Prepare was told.
+    bool Fits(const clap_process_t& process) const;
     /// Audio thread. Takes up the host's buffers of a call; converts those in 64 bits.
     void Begin(const clap_process_t& process);
     /// A stretch of them. Null channels where a port is missing. Valid until the next call.

@@ -77,6 +77,8 @@ bool ClapPlugin::Activate(double newRate, uint32_t longestBuffer) {
 void ClapPlugin::Deactivate() { instrument.Deactivate(); }
 
 clap_process_status ClapPlugin::Process(const clap_process_t& process) {
+    if (!ports.Fits(process))
+        return CLAP_PROCESS_ERROR;
     ports.Begin(process);
     const uint32_t frames = process.frames_count;
     OutputEvents output(instrument, process.out_events);
@@ -119,7 +121,10 @@ bool ClapPlugin::GetParameterInfo(uint32_t index, clap_param_info_t& info) const
     const uint32_t steps = instrument.ControlSteps(control->id);
     info = {};
     info.id = control->id;
-    info.flags = CLAP_PARAM_IS_AUTOMATABLE | CLAP_PARAM_IS_MODULATABLE |
+    // A morph writes settings; an offset to it would leave its trace in them.
+    const bool modulatable = control->target != Host::ControlTarget::Morph;
+    info.flags = CLAP_PARAM_IS_AUTOMATABLE |
+                 (modulatable ? static_cast<uint32_t>(CLAP_PARAM_IS_MODULATABLE) : 0u) |
                  (steps > 0 ? static_cast<uint32_t>(CLAP_PARAM_IS_STEPPED) : 0u);
     if (control->id == 0)
         info.flags = CLAP_PARAM_IS_AUTOMATABLE | CLAP_PARAM_IS_STEPPED | CLAP_PARAM_IS_BYPASS;
@@ -206,6 +211,8 @@ void ClapPlugin::Poll() {
     const std::optional<uint32_t> program = instrument.Poll();
     if (!program)
         return;
+    // Other instances and programs may have changed presets and set list since.
+    Library().Scan();
     const std::vector<std::string>& setList = Library().SetList();
     const auto entry = *program < setList.size() ? Library().Find(setList[*program]) : std::nullopt;
     std::string problem = "Program " + std::to_string(*program + 1) + " of the set list is empty.";

@@ -19,6 +19,8 @@ Lessons::Lessons(Host::Instrument& taught, const std::vector<std::string>& names
         const auto index = catalog.Resolve(name, settings);
         if (!index)
             throw std::invalid_argument(catalog.UnknownName(name));
+        if (!Host::IsMovable(catalog[*index]))
+            throw std::invalid_argument("\"" + name + "\" holds no position that MIDI could move.");
         waiting.push_back(*index);
     }
     std::reverse(waiting.begin(), waiting.end());

@@ -3,7 +3,9 @@
 #include <signal.h>
 #include <time.h>
 
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <string>
 #include <thread>
@@ -94,13 +96,17 @@ void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
     const Host::Preset preset = FindPreset(options.preset);
     instrument.LoadPreset(preset);
     if (options.state)
-        for (const Host::Issue& issue : instrument.LoadState(Read(*options.state)))
-            throw Trouble{kCannotRead, issue.text};
+        for (const Host::Issue& issue : instrument.LoadState(Read(*options.state))) {
+            if (issue.severity == Host::Issue::Severity::Error)
+                throw Trouble{kCannotRead, issue.text};
+            Say(options, issue.text);
+        }
     if (options.seed)
         instrument.SetSeed(options.seed);
-    // What is to be learnt may begin a new file.
+    // What is to be learnt may begin a new file. A state brings a map of its own.
     const std::filesystem::path map = MidiMapFile(options);
-    if (std::filesystem::exists(map) || (options.midiMap && options.learn.empty()))
+    const bool isWanted = options.midiMap || !options.state;
+    if (isWanted && (std::filesystem::exists(map) || (options.midiMap && options.learn.empty())))
         instrument.SetMidiMap(Value(Host::ReadMidiMap(Read(map.string()), Host::SharedCatalog())));
     instrument.Song().SetTempo(options.tempo.value_or(preset.tempo.value_or(120.0)));
     instrument.Song().Run(options.run);
@@ -188,9 +194,19 @@ int Main(int argc, char** argv) {
     app.add_option("--tempo", options.tempo,
                    "Beats per minute where neither JACK nor MIDI clock tell it; without it, the "
                    "preset's")
-        ->check(CLI::Range(1.0, 999.0));
+        ->check(CLI::Range(1.0, 999.0))
+        ->check([](const std::string& text) {
+            return std::isfinite(std::strtod(text.c_str(), nullptr))
+                       ? std::string()
+                       : std::string("The tempo has to be a number from 1 to 999.");
+        });
     app.add_flag("--run", options.run, "Let the song play where nobody else tells where it is");
-    app.add_option("--seed", options.seed, "Fixed chance: the same playing gives the same sound");
+    app.add_option("--seed", options.seed, "Fixed chance: the same playing gives the same sound")
+        ->check([](const std::string& text) {
+            return text.starts_with('-')
+                       ? std::string("The seed has to be a whole number from 0 on.")
+                       : std::string();
+        });
     app.add_option("--midi-map", options.midiMap,
                    "What MIDI moves; without it, midi-map.json beside the user's presets folder");
     app.add_option("--learn", options.learn,

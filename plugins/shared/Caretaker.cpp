@@ -42,7 +42,10 @@ void Caretaker::Look() {
 
 /// A program that the set list does not have changes nothing.
 void Caretaker::LoadProgram(uint32_t program) {
-    if (library == nullptr)
+    // Other instances and programs may have changed presets and set list since the last time.
+    if (library != nullptr)
+        library->Scan();
+    else
         library = std::make_unique<Host::PresetLibrary>(
             Host::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder());
     const auto& names = library->SetList();

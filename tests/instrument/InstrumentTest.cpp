@@ -121,15 +121,22 @@ TEST(InstrumentTest, StatesComeBackToTheByteAndRefuseWhatIsBroken) {
 
     std::string newer = saved;
     newer.replace(newer.find("\"version\": 1"), 12, "\"version\": 2, \"glow\": [1, 2]");
-    newer.replace(newer.find("\"parameters\": {"), 15, "\"parameters\": {\"Glow\": 0.5,");
-    EXPECT_EQ(other.LoadState(newer).size(), 1u);
+    newer.replace(newer.find("\"parameters\": {"), 15,
+                  "\"parameters\": {\"Glow\": 0.5, \"Feedback\": \"loud\",");
+    EXPECT_EQ(other.LoadState(newer).size(), 2u);
+    other.SetMidiMap(MidiMap(1));
     const std::string kept = other.SaveState();
+    EXPECT_NE(kept.find("\"controller\""), std::string::npos);
     EXPECT_NE(kept.find("\"glow\""), std::string::npos);
     EXPECT_NE(kept.find("\"Glow\": 0.5"), std::string::npos);
 
     for (const std::string& broken :
          {std::string(), std::string("{}"), saved.substr(0, saved.size() / 2),
           std::string("{\"format\":\"tesserae-instrument\",\"version\":\"x\"}"),
+          std::string("{\"format\":\"tesserae-instrument\",\"version\":1}"),
+          std::string(
+              "{\"format\":\"tesserae-instrument\",\"version\":1,\"parameters\":{},\"a\":") +
+              std::string(100000, '[') + std::string(100000, ']') + "}",
           std::string(100000, '['), std::string("\xff\xfe\x00", 3)}) {
         const std::vector<Issue> issues = other.LoadState(broken);
         ASSERT_EQ(issues.size(), 1u);

@@ -42,6 +42,8 @@ TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter)
         SCOPED_TRACE(SourceText(one.source));
         ReadyInstrument instrument("Feedback=@0.3;");
         const uint32_t feedback = IndexOf("Feedback");
+        instrument.LearnMidi(kDisplayIndex);
+        EXPECT_EQ(instrument.LearningMidi(), kUnassigned);
         instrument.LearnMidi(feedback);
         instrument.Flush(one.learns);
         EXPECT_EQ(instrument.Position(feedback), 0.3f);

@@ -34,6 +34,13 @@ TEST(PresetLibraryTest, PresetsAreSavedFoundRenamedAndThrownIntoTheTrash) {
     EXPECT_EQ(library.Save(mine), "");
     EXPECT_NE(library.Save(mine), "");
     EXPECT_EQ(library.Save(mine, true), "");
+    // A trash that can't be had: nothing is lost.
+    fs::rename(folder.path / "trash", folder.path / "away");
+    std::ofstream(folder.path / "trash") << "";
+    EXPECT_NE(library.Save(mine, true), "");
+    fs::remove(folder.path / "trash");
+    fs::rename(folder.path / "away", folder.path / "trash");
+    ASSERT_TRUE(library.Find(mine.name));
     const auto found = library.Search("MY", std::vector<std::string>{"pad"});
     ASSERT_EQ(found.size(), 1u);
     ReadyInstrument saved, loaded;
@@ -47,6 +54,8 @@ TEST(PresetLibraryTest, PresetsAreSavedFoundRenamedAndThrownIntoTheTrash) {
 
     EXPECT_EQ(library.SetFavourite(found[0], true), "");
     EXPECT_EQ(library.SetSetList({"Two", mine.name}), "");
+    EXPECT_EQ(library.Rename(found[0], "My - \"pad\""), "");
+    ASSERT_EQ(library.Entries()[found[0]].name, "My - \"pad\"");
     EXPECT_EQ(library.Rename(found[0], "Renamed"), "");
     PresetLibrary again(Catalog(), kFactory, folder.path);
     EXPECT_EQ(again.Entries().size(), 3u);
@@ -56,8 +65,14 @@ TEST(PresetLibraryTest, PresetsAreSavedFoundRenamedAndThrownIntoTheTrash) {
     EXPECT_TRUE(again.Entries()[*renamed].favourite);
     EXPECT_NE(again.Delete(0), "");
     EXPECT_EQ(again.Delete(*renamed), "");
+    EXPECT_EQ(again.Save(ReadyInstrument::Sound("")), "");
+    mine.name = "Renamed";
+    EXPECT_EQ(again.Save(mine), "");
+    EXPECT_FALSE(again.Entries()[*again.Find("Renamed")].favourite);
+    EXPECT_EQ(again.Delete(*again.Find("Renamed")), "");
+    EXPECT_EQ(again.Delete(*again.Find("Test")), "");
     EXPECT_EQ(again.Entries().size(), 2u);
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path / "trash"), {}), 2);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path / "trash"), {}), 4);
 }
 
 TEST(PresetLibraryTest, BrokenFilesAreListedWithTheirSentence) {

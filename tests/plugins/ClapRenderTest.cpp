@@ -29,27 +29,28 @@ TEST_F(ClapRenderTest, TheSameEventsSoundAsInTheRenderer) {
                       std::to_string(position) + "\n";
     }
     WriteFile(folder / "moves.csv", automation);
-    const Channels rendered =
-        Render({"--preset", "shimmer", "--tempo", "120", "--automation", folder / "moves.csv"});
-
     const ClapHost::ClapLibrary library(CLAP_BINARY);
-    ClapHost::ClapInstance instance(library);
-    ASSERT_TRUE(instance.LoadPreset(Clap::kLocationPlugin, nullptr, "shimmer"));
-    ASSERT_TRUE(instance.FixChance(kSeed));
-    instance.Activate(48000.0);
-    ClapHost::Event song{};
-    ClapHost::RunPlan plan;
-    plan.nextFrames = [] { return 333u; };
-    plan.song = [&](uint32_t done) {
-        song = ClapHost::SongAt(0, 120.0, done * 2.0 / 48000.0, true);
-        return &song.song;
-    };
-    const ClapHost::Sound live = instance.Run(input, events, plan);
-    EXPECT_GT(ClapHost::Peak(live), 0.05f);
-    const size_t latency = instance.Latency();
-    for (size_t c = 0; c < 2; ++c)
-        for (size_t i = 0; i + latency < kFrames; ++i)
-            ASSERT_EQ(live[c][i + latency], rendered[c][i]) << i;
+    for (const double tempo : {120.0, 90.0}) {
+        const Channels rendered = Render({"--preset", "shimmer", "--tempo", std::to_string(tempo),
+                                          "--automation", folder / "moves.csv"});
+        ClapHost::ClapInstance instance(library);
+        ASSERT_TRUE(instance.LoadPreset(Clap::kLocationPlugin, nullptr, "shimmer"));
+        ASSERT_TRUE(instance.FixChance(kSeed));
+        instance.Activate(48000.0);
+        ClapHost::Event song{};
+        ClapHost::RunPlan plan;
+        plan.nextFrames = [] { return 333u; };
+        plan.song = [&](uint32_t done) {
+            song = ClapHost::SongAt(0, tempo, done * tempo / 60.0 / 48000.0, true);
+            return &song.song;
+        };
+        const ClapHost::Sound live = instance.Run(input, events, plan);
+        EXPECT_GT(ClapHost::Peak(live), 0.05f);
+        const size_t latency = instance.Latency();
+        for (size_t c = 0; c < 2; ++c)
+            for (size_t i = 0; i + latency < kFrames; ++i)
+                ASSERT_EQ(live[c][i + latency], rendered[c][i]) << i << " at " << tempo;
+    }
 }
 
 TEST_F(ClapRenderTest, NewInstancesBeginWithTheUsersMidiMap) {
