@@ -184,11 +184,14 @@ void Instrument::EndGesture(uint32_t index) {
     TellHost(FaceKind::End, index);
 }
 
+uint32_t Instrument::MovableOrNone(uint32_t index) const {
+    return index < kProcessorParameters && IsMovable(catalog[index]) ? index : kUnassigned;
+}
+
 void Instrument::Assign(uint32_t number, uint32_t index) {
     if (number >= kAssignments)
         return;
-    const bool usable = index < kProcessorParameters && IsMovable(catalog[index]);
-    controls.Assign(number, usable ? index : kUnassigned);
+    controls.Assign(number, MovableOrNone(index));
 }
 
 // ---- Whole sounds
@@ -317,10 +320,7 @@ void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) 
 
 // ---- MIDI
 
-void Instrument::LearnMidi(uint32_t index) {
-    const bool usable = index < kProcessorParameters && IsMovable(catalog[index]);
-    player.Learn(usable ? index : kUnassigned);
-}
+void Instrument::LearnMidi(uint32_t index) { player.Learn(MovableOrNone(index)); }
 
 MidiMap Instrument::GetMidiMap() const {
     const Lock lock(mutex);

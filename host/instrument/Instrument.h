@@ -165,6 +165,7 @@ private:
     void OfferFreshEngine();
     void OfferUnderstudy();
     std::vector<float> Snapshot() const;
+    uint32_t MovableOrNone(uint32_t index) const;
     void Remember(const std::string& name, const std::vector<float>& before);
     void Move(uint32_t index, float position);
     void TellHost(InstrumentPlayer::FaceMove::Kind kind, uint32_t index);
