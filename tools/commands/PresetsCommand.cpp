@@ -5,9 +5,10 @@
 #include <nlohmann/json.hpp>
 
 #include "host/parameters/ParameterCatalog.h"
+#include "host/state/PresetFormat.h"
 #include "presets/FactoryPresets.h"
+#include "tools/commands/PresetSheet.h"
 #include "tools/render/SoundChoice.h"
-#include "tools/support/Failure.h"
 #include "tools/support/Numbers.h"
 #include "tools/support/TextTable.h"
 
@@ -25,19 +26,27 @@ std::string Joined(const std::vector<std::string>& words) {
 }  // namespace
 
 PresetsCommand::PresetsCommand(CLI::App& program)
-    : Command(program, "presets", "List the factory presets, or print one") {
+    : Command(program, "presets", "List the factory presets, or show one") {
     Options()
-        .add_option("name", name, "Print this preset's file, a start for one of your own")
+        .add_option("name", name, "Show the settings of this preset, a factory one or a file")
         ->type_name("NAME");
-    Options().add_flag("--json", asJson, "Print the list as JSON");
+    Options().add_flag("--json", asJson,
+                       "Print the list as JSON; with a name, the preset's file, a start for one of "
+                       "your own");
 }
 
 ExitCode PresetsCommand::PrintOne() const {
-    const Host::FactoryPreset* const preset = Host::FindFactoryPreset(name);
-    if (preset == nullptr)
-        throw Failure(ExitCode::Usage,
-                      Host::UnknownFactoryPreset(name) + " \"tesserae presets\" lists them all.");
-    std::cout << preset->json;
+    const Host::ParameterCatalog catalog;
+    std::vector<std::string> warnings;
+    const Host::Preset preset = LoadPreset(name, catalog, warnings);
+    if (!asJson)
+        PrintPresetSheet(preset, catalog, std::cout);
+    else if (const Host::FactoryPreset* const factory = Host::FindFactoryPreset(name))
+        std::cout << factory->json;
+    else
+        std::cout << Host::WritePreset(preset, catalog);
+    for (const std::string& warning : warnings)
+        std::cerr << "tesserae: " << warning << "\n";
     return ExitCode::Success;
 }
 

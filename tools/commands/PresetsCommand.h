@@ -6,7 +6,7 @@
 
 namespace Quorvan::Tools {
 
-/// "tesserae presets": lists the factory presets, or prints one as a start for one's own.
+/// "tesserae presets": lists the factory presets, or shows one.
 class PresetsCommand final : public Command {
 public:
     explicit PresetsCommand(CLI::App& program);

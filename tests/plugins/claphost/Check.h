@@ -32,6 +32,11 @@ struct Chance {
     auto& Of(const All& all) {
         return all[random() % std::size(all)];
     }
+    /// One of a plug-in's; an unknown one where it has none.
+    const clap_param_info_t& ParameterOf(const ClapInstance& instance) {
+        static constexpr clap_param_info_t kUnknown{0x7777, 0, nullptr, "", "", 0.0, 1.0, 0.0};
+        return instance.Parameters().empty() ? kUnknown : Of(instance.Parameters());
+    }
 };
 
 /// What all checks share; a check also fails where its audio thread allocates or locks.
@@ -55,6 +60,10 @@ protected:
         return events;
     }
 
+    /// Whether the plug-in under test has an extension.
+    static bool Has(const char* extension) {
+        return ClapInstance(Library()).Find<void>(extension) != nullptr;
+    }
     static const ClapLibrary& Library() {
         static const ClapLibrary library(options.plugin);
         return library;

@@ -59,14 +59,15 @@ ClapInstance::ClapInstance(const ClapLibrary& library) {
     plugin = library.factory->create_plugin(library.factory, &host, library.descriptor->id);
     Require(plugin != nullptr, "The factory makes no plug-in.");
     Require(plugin->init(plugin), "The plug-in's init answers false.");
-    const auto& params = Get<clap_plugin_params_t>(CLAP_EXT_PARAMS);
-    parameters.resize(params.count(plugin));
+    const auto* const params = Find<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+    parameters.resize(params != nullptr ? params->count(plugin) : 0);
     for (uint32_t i = 0; i < parameters.size(); ++i)
-        Require(params.get_info(plugin, i, &parameters[i]), "A parameter has no info.");
+        Require(params->get_info(plugin, i, &parameters[i]), "A parameter has no info.");
 }
 
 void ClapInstance::Activate(double rate) {
     const auto& ports = Get<clap_plugin_audio_ports_t>(CLAP_EXT_AUDIO_PORTS);
+    takesWide = true;
     for (const bool isInput : {true, false}) {
         std::vector<uint32_t>& channels = isInput ? inputChannels : outputChannels;
         channels.resize(ports.count(plugin, isInput));
@@ -74,6 +75,7 @@ void ClapInstance::Activate(double rate) {
             clap_audio_port_info_t info{};
             Require(ports.get(plugin, i, isInput, &info), "A port below the count has no info.");
             channels[i] = info.channel_count;
+            takesWide = takesWide && (info.flags & CLAP_AUDIO_PORT_SUPPORTS_64BITS) != 0;
         }
     }
     active = plugin->activate(plugin, rate, 1, 4096);
@@ -89,12 +91,19 @@ void ClapInstance::Deactivate() {
 }
 
 template <class Sample>
-Sound ClapInstance::ProcessOnce(const Sound& input, const EventList& events, const RunPlan& plan,
-                                const clap_event_transport_t* song) {
-    const auto frames = static_cast<uint32_t>(input[0].size());
+Sound ClapInstance::ProcessOnce(const Sound& input, uint32_t frames, const EventList& events,
+                                const RunPlan& plan, const clap_event_transport_t* song) {
+    std::vector<Sound> given;
+    for (const uint32_t channels : inputChannels) {
+        const bool isNoise = plan.noisySides && !given.empty() && channels <= 2;
+        given.push_back(given.empty() ? input
+                        : isNoise     ? Noise(frames, static_cast<uint32_t>(steadyTime))
+                                      : Sound(channels, std::vector<float>(frames)));
+        given.back().resize(channels);
+    }
     std::vector<Port<Sample>> inputs, outputs;
-    for (const uint32_t channels : inputChannels)
-        inputs.emplace_back(inputs.empty() ? input : Sound(channels, std::vector<float>(frames)));
+    for (const Sound& sound : given)
+        inputs.emplace_back(sound);
     for (const uint32_t channels : outputChannels)
         outputs.emplace_back(Sound(channels, std::vector<float>(frames, 9.0f)));
     std::vector<clap_audio_buffer_t> in, out;
@@ -102,25 +111,35 @@ Sound ClapInstance::ProcessOnce(const Sound& input, const EventList& events, con
         in.push_back(port.Buffer());
     for (auto& port : outputs)
         out.push_back(port.Buffer());
-    const bool shared = plan.inPlace && inputChannels[0] == outputChannels[0];
+    const bool shared =
+        plan.inPlace && !inputChannels.empty() && inputChannels[0] == outputChannels.at(0);
     if (shared)
         out[0] = in[0];
     EventSink sink{frames};
-    const clap_output_events_t given = sink.Output();
+    const clap_output_events_t told = sink.Output();
     const clap_input_events_t taken = events.Input();
     const auto inPorts = static_cast<uint32_t>(in.size());
     const auto outPorts = static_cast<uint32_t>(out.size());
     const clap_process_t process{steadyTime, frames,   song,   in.data(), out.data(),
-                                 inPorts,    outPorts, &taken, &given};
+                                 inPorts,    outPorts, &taken, &told};
     steadyTime += frames;
     const int32_t status = Trapped([&] { return plugin->process(plugin, &process); });
     Require(status >= CLAP_PROCESS_CONTINUE && status <= CLAP_PROCESS_SLEEP,
             "process answers an error.");
     ThrowComplaints(sink.isWrong);
     for (size_t i = shared ? 1 : 0; i < inputs.size(); ++i)
-        Require(inputs[i].Holds(i == 0 ? input : Silence(frames)), "An input is written to.");
-    const Sound sound = (shared ? inputs : outputs)[0].Content();
+        Require(inputs[i].Holds(given[i]), "An input is written to.");
+    for (size_t i = 0; i < outputs.size(); ++i)
+        CheckMask(i == 0 && shared ? inputs[0].Content() : outputs[i].Content(),
+                  out[i].constant_mask);
+    const Sound sound = (shared ? inputs : outputs).at(0).Content();
     CheckOutput(sound, plan.loudest);
+    // Asleep is what needs no call until something comes in: it gives silence if called all the
+    // same.
+    isAsleep = isAsleep && events.events.empty() &&
+               std::ranges::all_of(given, [](const Sound& one) { return Peak(one) == 0.0f; });
+    Require(!isAsleep || Peak(sound) == 0.0f, "The plug-in sounds after it said that it sleeps.");
+    isAsleep = status == CLAP_PROCESS_SLEEP;
     return sound;
 }
 
@@ -130,11 +149,11 @@ Sound ClapInstance::Run(const Sound& input, const EventList& events, const RunPl
     for (uint32_t done = 0, frames = 0; done < length; done += frames) {
         frames = std::min(plan.nextFrames(), length - done);
         Sound part;
-        for (uint32_t c = 0; c < inputChannels.at(0); ++c)
-            part.emplace_back(input[c].begin() + done, input[c].begin() + done + frames);
-        const auto process =
-            plan.wide ? &ClapInstance::ProcessOnce<double> : &ClapInstance::ProcessOnce<float>;
-        const Sound out = (this->*process)(part, events.Between(done, done + frames), plan,
+        for (const auto& channel : input)
+            part.emplace_back(channel.begin() + done, channel.begin() + done + frames);
+        const auto process = plan.wide && takesWide ? &ClapInstance::ProcessOnce<double>
+                                                    : &ClapInstance::ProcessOnce<float>;
+        const Sound out = (this->*process)(part, frames, events.Between(done, done + frames), plan,
                                            plan.song ? plan.song(done) : nullptr);
         for (size_t c = 0; c < whole.size(); ++c)
             whole[c].insert(whole[c].end(), out[c].begin(), out[c].end());
@@ -146,8 +165,10 @@ void ClapInstance::Flush(const EventList& events) {
     EventSink sink{1};
     const clap_output_events_t given = sink.Output();
     const clap_input_events_t taken = events.Input();
-    const auto& params = Get<clap_plugin_params_t>(CLAP_EXT_PARAMS);
-    const auto flush = [&] { params.flush(plugin, &taken, &given); };
+    const auto* const params = Find<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+    if (params == nullptr)
+        return;
+    const auto flush = [&] { params->flush(plugin, &taken, &given); };
     active ? Trapped(flush) : flush();
     ThrowComplaints(sink.isWrong);
 }
@@ -199,6 +220,8 @@ bool ClapInstance::Load(const std::string& state, uint64_t bytesAtATime) {
 
 /// Tesserae keeps the seed of its chance as a member of its state.
 bool ClapInstance::FixChance(uint32_t seed) {
+    if (Find<clap_plugin_state_t>(CLAP_EXT_STATE) == nullptr)
+        return false;
     std::string state = Save();
     const size_t place = state.find("\"morph\"");
     if (state.find("\"tesserae-instrument\"") == std::string::npos || place == std::string::npos)

@@ -20,7 +20,8 @@ namespace Quorvan::ClapHost {
 struct RunPlan {
     std::function<uint32_t()> nextFrames = [] { return 512u; };  ///< length of each buffer
     bool inPlace = false;
-    bool wide = false;  ///< buffers of 64 bits
+    bool wide = false;        ///< buffers of 64 bits, where the ports take them
+    bool noisySides = false;  ///< further inputs get noise instead of silence
     /// Of the buffer from a frame on; without it there is no transport.
     std::function<const clap_event_transport_t*(uint32_t)> song{};
     float loudest = 64.0f;  ///< sound above it runs away
@@ -39,9 +40,14 @@ public:
     ClapInstance(const ClapInstance&) = delete;
     ClapInstance& operator=(const ClapInstance&) = delete;
 
+    /// Null where the plug-in has no such extension.
+    template <class Part>
+    const Part* Find(const char* id) const {
+        return static_cast<const Part*>(plugin->get_extension(plugin, id));
+    }
     template <class Part>
     const Part& Get(const char* id) const {
-        const auto* const part = static_cast<const Part*>(plugin->get_extension(plugin, id));
+        const Part* const part = Find<Part>(id);
         Require(part != nullptr, std::string("The plug-in has no extension \"") + id + "\".");
         return *part;
     }
@@ -51,7 +57,7 @@ public:
     void Reset() {
         Trapped([&] { plugin->reset(plugin); });
     }
-    /// Main input in, main output out; further ports get silence. Inputs stay as they are.
+    /// Main input in, main output out. Inputs stay as they are.
     Sound Run(const Sound& input, const EventList& events = {}, const RunPlan& plan = {});
     /// On the audio thread while active, else on the main one.
     void Flush(const EventList& events);
@@ -66,7 +72,10 @@ public:
     /// Makes all chance repeat, where it is known how for this plug-in.
     bool FixChance(uint32_t seed = 7);
     bool LoadPreset(uint32_t kind, const char* location, const char* key);
-    uint32_t Latency() const { return Get<clap_plugin_latency_t>(CLAP_EXT_LATENCY).get(plugin); }
+    uint32_t Latency() const {
+        const auto* const latency = Find<clap_plugin_latency_t>(CLAP_EXT_LATENCY);
+        return latency != nullptr ? latency->get(plugin) : 0;
+    }
 
     const clap_plugin_t* plugin = nullptr;
     std::string presetError;  ///< the last one that the plug-in told of
@@ -79,14 +88,16 @@ private:
     bool IsMain() const;
     void ThrowComplaints(bool wrongEvents = false);
     template <class Sample>
-    Sound ProcessOnce(const Sound& input, const EventList& events, const RunPlan& plan,
-                      const clap_event_transport_t* song);
+    Sound ProcessOnce(const Sound& input, uint32_t frames, const EventList& events,
+                      const RunPlan& plan, const clap_event_transport_t* song);
 
     clap_host_t host;
     std::thread::id owner = std::this_thread::get_id();
     std::vector<clap_param_info_t> parameters;
     std::vector<uint32_t> inputChannels, outputChannels;  ///< of each port, as activated
+    bool takesWide = false;                               ///< all ports take 64 bits
     bool active = false;
+    bool isAsleep = false;  ///< it said so, and nothing has come in since
     int64_t steadyTime = 0;
     std::atomic<const char*> complaint{nullptr};  ///< call of the host from a wrong thread
     int timers = 0;

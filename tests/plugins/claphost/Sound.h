@@ -46,6 +46,10 @@ struct Port {
     }
     clap_audio_buffer_t Buffer() {
         clap_audio_buffer_t buffer{};
+        for (size_t c = 0; c < channels.size(); ++c)
+            if (std::ranges::count(channels[c], channels[c].empty() ? 0 : channels[c][0]) ==
+                std::ssize(channels[c]))
+                buffer.constant_mask |= uint64_t{1} << c;
         if constexpr (sizeof(Sample) == 4)
             buffer.data32 = pointers.data();
         else
@@ -66,6 +70,14 @@ struct Port {
         });
     }
 };
+
+/// A channel whose bit is set has to hold one value.
+inline void CheckMask(const Sound& sound, uint64_t mask) {
+    for (size_t c = 0; c < sound.size(); ++c)
+        for (const float sample : sound[c])
+            if ((mask >> c & 1) != 0 && sample != sound[c][0])
+                throw std::runtime_error("An output said to be constant is not.");
+}
 
 inline void CheckOutput(const Sound& sound, float loudest) {
     for (const auto& channel : sound)

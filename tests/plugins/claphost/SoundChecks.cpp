@@ -38,8 +38,11 @@ TEST_F(Check, TheLibraryTellsWhatItHas) {
 
 TEST_F(Check, PortsAreWhatTheirConfigurationSays) {
     ClapInstance instance(Library());
-    const auto& configs =
-        instance.Get<Clap::PluginAudioPortsConfig>(Clap::kAudioPortsConfigExtension);
+    const auto* const found =
+        instance.Find<Clap::PluginAudioPortsConfig>(Clap::kAudioPortsConfigExtension);
+    if (found == nullptr)
+        GTEST_SKIP() << "It has one configuration only.";
+    const auto& configs = *found;
     const auto& ports = instance.Get<clap_plugin_audio_ports_t>(CLAP_EXT_AUDIO_PORTS);
     const clap_plugin_t* const plugin = instance.plugin;
     for (uint32_t i = 0; i < configs.count(plugin); ++i) {
@@ -60,10 +63,10 @@ TEST_F(Check, PortsAreWhatTheirConfigurationSays) {
         instance.Deactivate();
     }
     EXPECT_FALSE(configs.select(plugin, 77));
-    const auto& notes = instance.Get<clap_plugin_note_ports_t>(CLAP_EXT_NOTE_PORTS);
-    for (uint32_t i = 0; i < notes.count(plugin, true); ++i) {
+    const auto* const notes = instance.Find<clap_plugin_note_ports_t>(CLAP_EXT_NOTE_PORTS);
+    for (uint32_t i = 0; notes != nullptr && i < notes->count(plugin, true); ++i) {
         clap_note_port_info_t info{};
-        EXPECT_TRUE(notes.get(plugin, i, true, &info));
+        EXPECT_TRUE(notes->get(plugin, i, true, &info));
         EXPECT_NE(info.preferred_dialect & info.supported_dialects, 0u);
     }
 }
@@ -74,20 +77,26 @@ TEST_F(Check, TheSameEventsSoundTheSame) {
     const Sound input = Noise(16000);
     EventList events;
     Sound whole;
+    constexpr uint32_t kUsual[]{8, 32, 256, 512, 1024, 1536, 10, 17, 2027};
+    size_t turn = 0;
+    // Also none at all, which this plug-in takes in process too.
+    const auto odd = [&] { return ++turn % 3 == 0 ? 0 : 1 + any.Below(4096); };
     for (const RunPlan& plan : {RunPlan{fixed(4096)},
                                 {fixed(1)},
                                 {fixed(17)},
                                 {fixed(64)},
                                 {fixed(441)},
-                                {fixed(1536)},
-                                {[&] { return 1 + any.Below(4096); }},
+                                {[&] { return kUsual[++turn % std::size(kUsual)]; }},
+                                {odd},
                                 {.inPlace = true},
                                 {.wide = true},
                                 {.inPlace = true, .wide = true}}) {
         ClapInstance instance(Library());
         const bool repeats = instance.FixChance();
+        if (!repeats && plan.nextFrames() == 0)
+            continue;
         for (uint32_t frame = 0; whole.empty() && frame < 16000; frame += 1 + any.Below(500)) {
-            const auto& info = any.Of(instance.Parameters());
+            const auto& info = any.ParameterOf(instance);
             events.Add(ValueAt(frame, info.id, any.Within(info)));
         }
         instance.Activate();
@@ -112,7 +121,7 @@ TEST_F(Check, OddInputPasses) {
     EXPECT_LT(denormal, 3.0 * normal + 20.0);
     for (const float odd : {NAN, INFINITY, -INFINITY, std::numeric_limits<float>::max(), 1e9f})
         run(odd);
-    instance.Run(Noise(48000), {}, {.loudest = INFINITY});
+    instance.Run(Noise(48000), {}, {.noisySides = true, .loudest = INFINITY});
     instance.Run(Noise(9600));
 }
 
@@ -138,6 +147,8 @@ TEST_F(Check, BypassIsLateByTheLatencyTold) {
     for (const clap_param_info_t& info : instance.Parameters())
         if ((info.flags & CLAP_PARAM_IS_BYPASS) != 0)
             on.Add(ValueAt(0, info.id, info.max_value));
+    if (on.events.empty())
+        GTEST_SKIP() << "It has no bypass.";
     ASSERT_EQ(on.events.size(), 1u);
     instance.Run(Noise(9600), on);
     const Sound input = Noise(9600, 3), output = instance.Run(input);
@@ -146,9 +157,10 @@ TEST_F(Check, BypassIsLateByTheLatencyTold) {
     instance.Run(Noise(9600), SetAll(instance));
     EXPECT_EQ(instance.Latency(), latency);
 
-    const Clap::PluginTail& tail = instance.Get<Clap::PluginTail>(Clap::kTailExtension);
-    const uint32_t frames = tail.get(instance.plugin);
-    EXPECT_EQ(Trapped([&] { return tail.get(instance.plugin); }), frames);
+    if (const auto* const tail = instance.Find<Clap::PluginTail>(Clap::kTailExtension)) {
+        const uint32_t frames = tail->get(instance.plugin);
+        EXPECT_EQ(Trapped([&] { return tail->get(instance.plugin); }), frames);
+    }
 }
 
 }  // namespace Quorvan::ClapHost

@@ -6,7 +6,21 @@
 
 namespace Quorvan::ClapHost {
 
-TEST_F(Check, NewInstancesAreAtTheDefaultsTold) {
+/// Of these checks each has a condition; the others hold for any plug-in.
+class WithParameters : public Check {
+    void SetUp() override {
+        if (!Has(CLAP_EXT_PARAMS))
+            GTEST_SKIP() << "It has no parameters.";
+    }
+};
+class WithState : public Check {
+    void SetUp() override {
+        if (!Has(CLAP_EXT_PARAMS) || !Has(CLAP_EXT_STATE))
+            GTEST_SKIP() << "It has no parameters or keeps no state.";
+    }
+};
+
+TEST_F(WithParameters, NewInstancesAreAtTheDefaultsTold) {
     const ClapInstance instance(Library());
     std::set<clap_id> ids;
     for (const clap_param_info_t& info : instance.Parameters()) {
@@ -25,24 +39,30 @@ TEST_F(Check, NewInstancesAreAtTheDefaultsTold) {
     EXPECT_FALSE(params.text_to_value(plugin, 0x7777, "1", &value));
 }
 
-TEST_F(Check, ValuesAndTextsGoBothWays) {
+TEST_F(WithParameters, ValuesAndTextsGoBothWays) {
     const ClapInstance instance(Library());
     const auto& params = instance.Get<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+    size_t reads = 0, texts = 0;
     for (const clap_param_info_t& info : instance.Parameters()) {
         double value = NAN;
         for (int i = 0; i <= 20; ++i) {
             const std::string text = instance.Text(
                 info.id, info.min_value + i / 20.0 * (info.max_value - info.min_value));
-            ASSERT_TRUE(params.text_to_value(instance.plugin, info.id, text.c_str(), &value))
-                << info.name << " does not read its own " << text;
+            const bool isRead =
+                params.text_to_value(instance.plugin, info.id, text.c_str(), &value);
+            reads += isRead;
+            ++texts;
+            if (!isRead)
+                continue;
             EXPECT_TRUE(value >= info.min_value && value <= info.max_value) << info.name;
             EXPECT_EQ(instance.Text(info.id, value), text) << info.name;
         }
         params.text_to_value(instance.plugin, info.id, "\xff no such text", &value);
     }
+    EXPECT_TRUE(reads == 0 || reads == texts) << reads << " of " << texts << " own texts are read.";
 }
 
-TEST_F(Check, FlushDoesWhatProcessDoes) {
+TEST_F(WithState, FlushDoesWhatProcessDoes) {
     ClapInstance idle(Library()), flushed(Library()), processed(Library());
     flushed.Activate();
     processed.Activate();
@@ -82,7 +102,7 @@ TEST_F(Check, ValuesStayInTheirRange) {
     }
 }
 
-TEST_F(Check, ModulationIsHeardAndLeavesNoTrace) {
+TEST_F(WithState, ModulationIsHeardAndLeavesNoTrace) {
     ClapInstance instance(Library()), plain(Library());
     const bool repeats = instance.FixChance() && plain.FixChance();
     instance.Activate();
@@ -105,7 +125,7 @@ TEST_F(Check, ModulationIsHeardAndLeavesNoTrace) {
     }
 }
 
-TEST_F(Check, StatesComeBackToTheByte) {
+TEST_F(WithState, StatesComeBackToTheByte) {
     ClapInstance instance(Library());
     for (int i = 0; i < 8; ++i) {
         if (i == 4)
@@ -128,7 +148,7 @@ TEST_F(Check, StatesComeBackToTheByte) {
     }
 }
 
-TEST_F(Check, BrokenStatesAndPresetsChangeNothing) {
+TEST_F(WithState, BrokenStatesAndPresetsChangeNothing) {
     ClapInstance instance(Library());
     instance.Activate();
     for (const std::string& key : options.presets) {
@@ -147,13 +167,15 @@ TEST_F(Check, BrokenStatesAndPresetsChangeNothing) {
         EXPECT_FALSE(instance.Load(broken));
     const std::string path = testing::TempDir() + "claphost-broken.json";
     std::ofstream(path) << half;
-    const std::tuple<uint32_t, const char*, const char*> presets[]{
+    const std::vector<std::tuple<uint32_t, const char*, const char*>> presets{
         {Clap::kLocationFile, path.c_str(), nullptr},
         {Clap::kLocationFile, "/no/such/file", nullptr},
         {Clap::kLocationFile, nullptr, nullptr},
         {Clap::kLocationPlugin, nullptr, "no such preset"},
         {Clap::kLocationPlugin, nullptr, nullptr}};
     for (const auto& [kind, location, key] : presets) {
+        if (!Has(Clap::kPresetLoadExtension))
+            break;
         EXPECT_FALSE(instance.LoadPreset(kind, location, key));
         EXPECT_FALSE(instance.presetError.empty());
     }
