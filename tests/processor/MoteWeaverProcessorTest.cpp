@@ -35,6 +35,36 @@ TEST(MoteWeaverProcessorTest, FullDryIsTheInputLateByTheLatencyOnAsManyChannelsA
     }
 }
 
+/// Grains are drawn and played by the sample: with settings at rest nothing but the rounding of
+/// their positions depends on how the wrapper cuts its blocks.
+TEST(MoteWeaverProcessorTest, BlockLengthsAreNotHeardInTheCloud) {
+    for (const auto& [settings, playing] :
+         {std::pair("MoteWeaver_GranularMode=0", false),
+          std::pair("MoteWeaver_GranularMode=0", true),
+          std::pair("MoteWeaver_GranularMode=0.5;MoteWeaver_TextureDensity=0.3", false),
+          std::pair("MoteWeaver_PlaybackMode=0.5;MoteWeaver_Spray=0.3;MoteWeaver_RandomPitch=0.4;"
+                    "MoteWeaver_Pitch=0.6;MoteWeaver_RandomSize=0.5;MoteWeaver_RandomPan=0.5",
+                    false),
+          std::pair("MoteWeaver_Shape=1;MoteWeaver_RandomDirection=0.5", true)}) {
+        const Stereo in = NoisePair(48 * 1000);
+        const auto hear = [&](bool random) {
+            ProcessorRig rig;
+            rig.MakeAudible().SetAll(settings);
+            rig.EndPresetLoad();
+            rig.playing = playing;
+            std::mt19937 any(5);
+            return rig.Run(in, [&] {
+                rig.frames = random ? 4 * static_cast<uint32_t>(any() % 13) : rig.frames;
+            });
+        };
+        const Stereo even = hear(false), odd = hear(true);
+        EXPECT_GT(PeakLevel(even[0]), 0.1f);
+        for (size_t c = 0; c < 2; ++c)
+            for (size_t i = 0; i < even[c].size(); ++i)
+                ASSERT_NEAR(even[c][i], odd[c][i], 1e-6f) << settings << " " << i;
+    }
+}
+
 TEST(MoteWeaverProcessorTest, TransportMuteFadesTheWetPathAloneInAFifthOfASecond) {
     ProcessorRig rig;
     rig.MakeAudible().Set("Transport Mute", 1.0f).Set("Dry / Wet", 1.0f);
