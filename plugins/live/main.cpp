@@ -84,6 +84,7 @@ void KeepSetList(const std::vector<std::string>& names) {
     Host::PresetLibrary library(Host::SharedCatalog(), Host::FactoryPresets(),
                                 Host::PresetLibrary::UsualFolder());
     std::vector<std::string> found;
+    found.reserve(names.size());
     for (const std::string& name : names)
         found.push_back(FindPreset(name).name);
     if (const std::string problem = library.SetSetList(found); !problem.empty())
@@ -247,4 +248,11 @@ int Main(int argc, char** argv) {
 
 }  // namespace Quorvan::Live
 
-int main(int argc, char** argv) { return Quorvan::Live::Main(argc, argv); }
+int main(int argc, char** argv) {
+    try {
+        return Quorvan::Live::Main(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+}

@@ -30,7 +30,8 @@ DiagramSheet::DiagramSheet(size_t rows, size_t columns, double height)
 
 Diagram DiagramSheet::Add(const std::string& title, const Scale& horizontal,
                           const Scale& vertical) {
-    const auto row = static_cast<double>(next / across);
+    const size_t above = next / across;
+    const auto row = static_cast<double>(above);
     const auto column = static_cast<double>(next % across);
     ++next;
     return {

@@ -137,7 +137,8 @@ void DrawFeedback(const std::string& file) {
         Take take(Echo({"Feedback=" + gain, "Pitch=0 st"}));
         take.Play(Tone(6.0, 440.0, 0.1, 0.0, 0.2));
         std::vector<double> x, y;
-        for (double time = 0.0; time < 5.95; time += 0.025) {
+        for (uint32_t window = 0; window < 238; ++window) {
+            const double time = 0.025 * window;
             x.push_back(time + 0.0125);
             y.push_back(std::max(-80.0, Level(take.Output()[0], time, time + 0.025)));
         }

@@ -44,7 +44,8 @@ void AddLevel(const Diagram& diagram, const Planes& sound, const Colour& colour)
         double sum = 1.0e-12;
         for (size_t i = start; i < start + kWindow; ++i)
             sum += static_cast<double>(sound[0][i]) * static_cast<double>(sound[0][i]);
-        x.push_back(static_cast<double>(start + kWindow / 2) / Take::kRate);
+        const size_t middle = start + kWindow / 2;
+        x.push_back(static_cast<double>(middle) / Take::kRate);
         y.push_back(std::max(-80.0, 10.0 * std::log10(sum / kWindow)));
     }
     diagram.Curve(x, y, colour);

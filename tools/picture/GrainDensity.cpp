@@ -60,11 +60,12 @@ void GrainDensity::AddStroke(double x0, double y0, double x1, double y1, float w
                              float pitch) {
     const double length = std::hypot(x1 - x0, y1 - y0);
     const double most = 4.0 * static_cast<double>(width + height);
-    const double steps = std::clamp(std::ceil(length), 1.0, most);
+    const auto steps = static_cast<uint32_t>(std::clamp(std::ceil(length), 1.0, most));
     // A piece shorter than a pixel weighs less than a whole one.
     const auto share = static_cast<float>(std::min(1.0, length / steps));
-    for (double n = 0.5; n < steps; ++n)
-        Put(x0 + (x1 - x0) * n / steps, y0 + (y1 - y0) * n / steps, weight * share, pitch);
+    for (uint32_t n = 0; n < steps; ++n)
+        Put(x0 + (x1 - x0) * (n + 0.5) / steps, y0 + (y1 - y0) * (n + 0.5) / steps, weight * share,
+            pitch);
 }
 
 /// Over the four pixels around the point, by their nearness, so that no steps show.
