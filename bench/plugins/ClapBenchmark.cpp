@@ -1,7 +1,10 @@
 #include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <unistd.h>
 
 #include <array>
 #include <ctime>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -108,11 +111,49 @@ BENCHMARK_CAPTURE(RunProcess, Init, "init")->Name("BM_ClapProcess/init");
 BENCHMARK_CAPTURE(RunProcess, Shimmer, "shimmer")->Name("BM_ClapProcess/shimmer");
 BENCHMARK_CAPTURE(RunProcess, Dense, "dense-cloud")->Name("BM_ClapProcess/dense-cloud");
 
+/// A copy each time: what is open already is not loaded again.
 void BM_ClapLibrary(benchmark::State& state) {
-    for (auto _ : state)
-        ClapLibrary library(CLAP_BINARY);
+    const auto folder = std::filesystem::temp_directory_path();
+    uint32_t number = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const std::string name = "tesserae-bench-" + std::to_string(getpid()) + "-";
+        const auto copy = folder / (name + std::to_string(number++) + ".clap");
+        std::filesystem::copy_file(CLAP_BINARY, copy);
+        state.ResumeTiming();
+        { ClapLibrary library(copy.string()); }
+        state.PauseTiming();
+        std::filesystem::remove(copy);
+        state.ResumeTiming();
+    }
 }
 BENCHMARK(BM_ClapLibrary)->Unit(benchmark::kMillisecond);
+
+double Megabytes() {
+    const auto memory = mallinfo2();
+    return static_cast<double>(memory.uordblks + memory.hblkhd) / 1e6;
+}
+
+/// What an instance takes beyond an engine. With a seed a second engine stands by.
+void BM_ClapMemory(benchmark::State& state) {
+    Library();
+    Alone::catalog.Count();
+    for (auto _ : state) {
+        const double before = Megabytes();
+        const Alone alone("init");
+        const double engine = Megabytes();
+        ClapInstance instance(Library());
+        instance.Activate();
+        const double free = Megabytes();
+        ClapInstance seeded(Library());
+        seeded.FixChance();
+        seeded.Activate();
+        state.counters["mb_engine"] = engine - before;
+        state.counters["mb_beyond"] = free - engine - (engine - before);
+        state.counters["mb_beyond_with_a_seed"] = Megabytes() - free - (engine - before);
+    }
+}
+BENCHMARK(BM_ClapMemory)->Iterations(2)->Unit(benchmark::kMillisecond);
 
 void BM_ClapInstance(benchmark::State& state) {
     Library();
