@@ -34,7 +34,7 @@ def main():
     parser.add_argument("--write", metavar="FILE", help="also write the overview, docs/presets.md")
     parser.add_argument("--tesserae", required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
-    cpu_limit = 0.03 if options.quick else 0.01
+    cpu_limit = 0.03 if options.quick else 0.0125
     with tempfile.TemporaryDirectory() as folder:
         render = Renderer(options.tesserae, sounds.make(options.tesserae, Path(folder), SECONDS))
         results = measure_all(render, presets(options.names),
