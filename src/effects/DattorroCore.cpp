@@ -66,7 +66,8 @@ void DattorroCore::OnSetup(float rate, uint32_t blockSize) {
     sizeMax = parameters[Size].maxValue;
     tank.Setup(sampleRate, sizeMax, parameters[Excursion].maxValue * kMilli);
     const float longest = std::max(rate, 0.0f) * parameters[Predelay].maxValue;
-    predelayLine.Resize(static_cast<int32_t>(longest) + kSpareSamples);
+    predelayLine.Resize(static_cast<int32_t>(longest) + kSpareSamples,
+                        DelayLine::Clearing::BitByBit);
 
     for (SmootherLPF* smoother : {&predelaySmoother, &decaySmoother, &sizeSmoother}) {
         smoother->stepLength = 1;
@@ -109,6 +110,8 @@ bool DattorroCore::UpdateParameters(ProcessBlock&) {
 
 bool DattorroCore::OnProcess(ProcessBlock& block) {
     const uint32_t count = block.numFrames;
+    tank.Wipe();
+    predelayLine.Wipe();
     if (frozen)
         HoldModulation();
     else

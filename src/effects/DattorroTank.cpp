@@ -69,13 +69,14 @@ void DattorroTank::Setup(float rate, float maxSize, float reach) {
     for (uint32_t i = 0; i < Lengths::kAllpasses; ++i) {
         const auto longest = static_cast<float>(Whole(maxSize * ratio * Lengths::kBase[i]));
         const bool modulated = i == 4 || i == 6;
-        allpasses[i].Resize(Whole(longest * maxSize) + kSpareSamples +
-                            (modulated ? 2 * Whole(longestReach) : 0));
+        allpasses[i].Resize(
+            Whole(longest * maxSize) + kSpareSamples + (modulated ? 2 * Whole(longestReach) : 0),
+            DelayLine::Clearing::BitByBit);
     }
     for (uint32_t j = 0; j < Lengths::kLines; ++j) {
         const float base = Lengths::kBase[Lengths::kFirstLine + j];
         const auto plain = static_cast<float>(Whole(base * ratio));
-        lines[j].Resize(Whole(plain * maxSize) + kSpareSamples);
+        lines[j].Resize(Whole(plain * maxSize) + kSpareSamples, DelayLine::Clearing::BitByBit);
     }
 }
 
@@ -85,6 +86,13 @@ void DattorroTank::Clear() {
         allpass.Clear();
     for (DelayLine& line : lines)
         line.Clear();
+}
+
+void DattorroTank::Wipe() {
+    for (AllpassDelayLine& allpass : allpasses)
+        allpass.Wipe();
+    for (DelayLine& line : lines)
+        line.Wipe();
 }
 
 void DattorroTank::UpdateLengths(float size) {

@@ -34,6 +34,8 @@ public:
     /// Takes the rings for sizes up to maxSize, 1 at least. reach: largest modulation, seconds.
     void Setup(float rate, float maxSize, float reach);
     void Clear();
+    /// Once a block, ahead of Run.
+    void Wipe();
     void SetInputDiffusion1(float gain) { allpasses[0].gain = allpasses[1].gain = gain; }
     void SetInputDiffusion2(float gain) { allpasses[2].gain = allpasses[3].gain = gain; }
     void SetDecayDiffusion1(float gain) { allpasses[4].gain = allpasses[6].gain = -gain; }

@@ -85,8 +85,9 @@ void Delay::OnSetup(float rate, uint32_t blockSize) {
     const float longestRight = (parameters[StereoWidth].maxValue + 1.0f) * maxDelayMs * 0.001f;
     maxDelaySamples = static_cast<float>(longest);
     minDelaySamples = static_cast<float>(static_cast<int32_t>(time.minValue * rate * 0.001f));
-    lines[0].Resize(longest + kSpareSamples);
-    lines[1].Resize(static_cast<int32_t>(longestRight * rate) + kSpareSamples);
+    lines[0].Resize(longest + kSpareSamples, DelayLine::Clearing::BitByBit);
+    lines[1].Resize(static_cast<int32_t>(longestRight * rate) + kSpareSamples,
+                    DelayLine::Clearing::BitByBit);
 
     SetupSmoothers();
     for (AlignedVector* buffer : {&wetGain, &dryGain, &stereoOffset, &pingPongWidth})
@@ -143,6 +144,8 @@ bool Delay::UpdateParameters(ProcessBlock&) {
 }
 
 bool Delay::OnProcess(ProcessBlock& block) {
+    for (DelayLine& line : lines)
+        line.Wipe();
     tempo = block.tempo;
     FillDelays(block);
     FillGains(block);

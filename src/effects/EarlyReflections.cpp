@@ -22,7 +22,8 @@ constexpr std::array<float, EarlyReflections::kTaps> kGains = {1.0f, 0.6f, 0.5f,
 void EarlyReflections::Setup(float newRatio) {
     ratio = newRatio;
     for (uint32_t c = 0; c < kSides; ++c)
-        sides[c].line.Resize((static_cast<int32_t>(kPlaces[c].back() * ratio) + 2) * kRoom);
+        sides[c].line.Resize((static_cast<int32_t>(kPlaces[c].back() * ratio) + 2) * kRoom,
+                             DelayLine::Clearing::BitByBit);
 }
 
 void EarlyReflections::Clear() {
@@ -51,6 +52,7 @@ void EarlyReflections::Run(const float* left, const float* right,
     const std::array<const float*, kSides> in{left, right};
     for (uint32_t c = 0; c < kSides; ++c) {
         DelayLine& line = sides[c].line;
+        line.Wipe();
         const auto longest = std::max_element(sides[c].taps.begin(), sides[c].taps.end());
         const uint32_t stretch = static_cast<uint32_t>(line.size - *longest);
         const float* const own = in[c];

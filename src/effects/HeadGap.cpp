@@ -21,7 +21,8 @@ float ReadAt(DelayLine& line, float delay) {
 
 void HeadGap::Setup(float rate) {
     inverseSampleRate = 1.0f / rate;
-    line.Resize(static_cast<int32_t>(std::ceil(kLineSeconds * rate)) + kSpareSamples);
+    line.Resize(static_cast<int32_t>(std::ceil(kLineSeconds * rate)) + kSpareSamples,
+                DelayLine::Clearing::BitByBit);
 }
 
 void HeadGap::Clear() {
@@ -30,6 +31,7 @@ void HeadGap::Clear() {
 }
 
 void HeadGap::Process(float* samples, const float* seconds, const float* gaps, uint32_t count) {
+    line.Wipe();
     for (uint32_t i = 0; i < count; ++i) {
         const float mix = (kMixAtNone - seconds[i] * kMixSlope) * inverseSampleRate;
         const float h = samples[i];
@@ -40,6 +42,7 @@ void HeadGap::Process(float* samples, const float* seconds, const float* gaps, u
 }
 
 void HeadGap::Watch(const float* samples, uint32_t count) {
+    line.Wipe();
     for (uint32_t i = 0; i < count; ++i)
         line.Write(samples[i]);
 }

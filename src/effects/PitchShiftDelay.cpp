@@ -61,7 +61,8 @@ void PitchShiftDelay::OnSetup(float rate, uint32_t blockSize) {
     chunkLength = std::clamp(static_cast<uint32_t>(minDelaySamples), 2u, kChunk + 1) - 1;
     for (uint32_t c = 0; c < kChannels; ++c) {
         taps[c].Setup(rate);
-        mainLine[c].Resize(static_cast<int32_t>(maxDelaySamples) + kSpareSamples);
+        mainLine[c].Resize(static_cast<int32_t>(maxDelaySamples) + kSpareSamples,
+                           DelayLine::Clearing::BitByBit);
     }
 
     detuneMixSmoother.stepLength = 1;
@@ -109,6 +110,8 @@ bool PitchShiftDelay::UpdateParameters(ProcessBlock&) {
 }
 
 bool PitchShiftDelay::OnProcess(ProcessBlock& block) {
+    for (DelayLine& line : mainLine)
+        line.Wipe();
     tempo = block.tempo;
     const bool interpolate = Position(ModDelayConnected) > 0.5f ||
                              Position(ModOffsetConnected) > 0.5f || !delayGlide.IsAtRest() ||

@@ -35,7 +35,8 @@ float UnitOf(float saw) { return std::clamp((saw + 1.0f) / 2.0f, 0.0f, 1.0f); }
 
 void PitchTaps::Setup(float rate) {
     sampleRate = rate;
-    ring.Resize(static_cast<int32_t>(std::ceil(kRingSeconds * rate)));
+    ring.Resize(static_cast<int32_t>(std::ceil(kRingSeconds * rate)),
+                DelayLine::Clearing::BitByBit);
     for (SmootherLPF* smoother :
          {&pitchSmoother, &spanSmoother, &compensationSmoother, &overlapSmoother}) {
         smoother->stepLength = 1;
@@ -146,6 +147,7 @@ void PitchTaps::PlaceTaps(const Motion& motion, const Spray& spray, Course& cour
 }
 
 void PitchTaps::Push(const float* samples, uint32_t count) {
+    ring.Wipe();
     for (uint32_t i = 0; i < count; ++i)
         ring.Write(samples[i]);
 }

@@ -39,8 +39,8 @@ void TapeTransport::Setup(float rate, uint32_t blockSize) {
     flutter.Setup(rate);
     for (uint32_t c = 0; c < kChannels; ++c) {
         motors[c].Setup(rate);
-        tape[c].Resize(TapeLength(rate));
-        wobbleLine[c].Resize(TapeLength(rate));
+        tape[c].Resize(TapeLength(rate), DelayLine::Clearing::BitByBit);
+        wobbleLine[c].Resize(TapeLength(rate), DelayLine::Clearing::BitByBit);
     }
 }
 
@@ -56,8 +56,11 @@ void TapeTransport::Reset(const std::array<float, kChannels>& delays) {
 }
 
 void TapeTransport::BeginBlock(const std::array<float, kChannels>& delays, uint32_t count) {
-    for (uint32_t c = 0; c < kChannels; ++c)
+    for (uint32_t c = 0; c < kChannels; ++c) {
+        tape[c].Wipe();
+        wobbleLine[c].Wipe();
         targets[c] = Held(delays[c]);
+    }
     setting = TapeFlutter::Setting(Milliseconds(std::max(motors[0].Now(), motors[1].Now())));
     flutterFrequency = setting.frequency;
     flutterStart = lastFlutter;

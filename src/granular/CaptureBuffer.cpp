@@ -11,6 +11,8 @@ constexpr float kAllocatedSeconds = 16.1f;  // room behind the longest loop for 
 constexpr float kLongestLoopMs = 16000.0f;
 /// Head positions are held to this where they come from a time, ahead of the longest loop's wrap.
 constexpr float kFarthestSample = 2.0e9f;
+/// The longest tape is wiped in so many blocks.
+constexpr uint32_t kWipingBlocks = 64;
 
 }  // namespace
 
@@ -19,9 +21,11 @@ void CaptureBuffer::Setup(float rate) {
     allocatedLength = static_cast<int32_t>(rate * kAllocatedSeconds);
     maxLength = static_cast<uint32_t>(rate * kLongestLoop);
     const auto size = static_cast<size_t>(allocatedLength);
-    for (std::vector<float>* buffer : Tape())
-        buffer->assign(size, 0.0f);
-    written = {};
+    for (ZeroedArray* buffer : Tape())
+        buffer->Allocate(size);
+    for (ZeroedArray& buffer : spare)
+        buffer.Allocate(size);
+    written = dirty = {};
     length = std::clamp(length, 1u, maxLength);
 }
 
@@ -38,9 +42,27 @@ void CaptureBuffer::Reset() {
 void CaptureBuffer::Clear() {
     if (written.Length() == 0)
         return;
-    for (std::vector<float>* buffer : Tape())
-        std::fill_n(buffer->begin() + written.first, written.Length(), 0.0f);
+    // Before the spare set is clean again, there is little on the tape.
+    const bool isSpareClean = dirty.Length() == 0;
+    for (size_t i = 0; i < kBuffers; ++i) {
+        if (isSpareClean)
+            Tape()[i]->Swap(spare[i]);
+        else
+            Tape()[i]->Zero(written.first, written.end);
+    }
+    if (isSpareClean)
+        dirty = written;
     written = {};
+}
+
+void CaptureBuffer::Wipe() {
+    if (dirty.Length() == 0)
+        return;
+    const uint32_t most = static_cast<uint32_t>(allocatedLength) / kWipingBlocks + 1;
+    const uint32_t end = dirty.first + std::min(most, dirty.Length());
+    for (ZeroedArray& buffer : spare)
+        buffer.Zero(dirty.first, end);
+    dirty.first = end;
 }
 
 void CaptureBuffer::RunFree(const float* inLeft, const float* inRight, const float* persistence,

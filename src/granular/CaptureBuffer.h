@@ -4,9 +4,9 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <vector>
 
 #include "granular/MarkerRing.h"
+#include "primitives/ZeroedArray.h"
 
 namespace Quorvan::dsp {
 
@@ -37,8 +37,11 @@ struct CaptureBuffer {
     void Setup(float rate);
     /// Empties the tape and puts the heads at 0.
     void Reset();
-    /// Zeroes all five buffers, as far as anything has been recorded.
+    /// Empties all five buffers: a clean set takes their place, and what stands in them is wiped
+    /// bit by bit over the next blocks.
     void Clear();
+    /// Once a block, ahead of all else: goes on wiping. Costs some hundredths of the block.
+    void Wipe();
 
     /// Loop of units whole notes, unitsOfClock song clock units long, from now on. Unless frozen,
     /// the tape is emptied and the heads go to 0; the caller empties the markers then.
@@ -90,18 +93,18 @@ struct CaptureBuffer {
     /// The follow mode's play head behind the write head, on a change of the playback mode.
     void PlaceFollower();
 
-    std::vector<float> left[2], right[2];  ///< two passes of each channel
-    std::vector<float> mono;               ///< mean of the present pass; the display reads it
-    int32_t allocatedLength = 0;           ///< samples in each of the vectors
-    uint32_t maxLength = 0;                ///< longest loop, in samples
-    uint32_t activePass = 0;               ///< the pass being written
-    uint32_t length = 1;                   ///< loop length in samples
-    uint32_t previousLength = 1;           ///< wrap of the second read position of new grains
-    uint32_t targetLength = 1;             ///< what the present tempo asks for
-    float lengthMs = 0.0f;                 ///< at most 16000
-    float lengthUnits = 1.0f;              ///< loop length in units of the song clock
-    float lastClock = 0.0f;                ///< song clock at the last sample
-    double lastWrapped = 0.0;              ///< the same, wrapped to lengthUnits
+    ZeroedArray left[2], right[2];  ///< two passes of each channel
+    ZeroedArray mono;               ///< mean of the present pass; the display reads it
+    int32_t allocatedLength = 0;    ///< samples in each of the vectors
+    uint32_t maxLength = 0;         ///< longest loop, in samples
+    uint32_t activePass = 0;        ///< the pass being written
+    uint32_t length = 1;            ///< loop length in samples
+    uint32_t previousLength = 1;    ///< wrap of the second read position of new grains
+    uint32_t targetLength = 1;      ///< what the present tempo asks for
+    float lengthMs = 0.0f;          ///< at most 16000
+    float lengthUnits = 1.0f;       ///< loop length in units of the song clock
+    float lastClock = 0.0f;         ///< song clock at the last sample
+    double lastWrapped = 0.0;       ///< the same, wrapped to lengthUnits
     bool freeWrap = false;  ///< not yet aligned with the clock: the head wraps by itself at length
     bool resync = false;    ///< the next sample counts as a clock jump
     uint32_t writePosition = 0;
@@ -129,7 +132,7 @@ private:
         }
     };
 
-    std::array<std::vector<float>*, kBuffers> Tape() {
+    std::array<ZeroedArray*, kBuffers> Tape() {
         return {&left[0], &left[1], &right[0], &right[1], &mono};
     }
     void WriteStretch(const float* inLeft, const float* inRight, const float* persistence,
@@ -144,6 +147,8 @@ private:
 
     float sampleRate = 44100.0f;
     Stretch written;
+    std::array<ZeroedArray, kBuffers> spare;  ///< the set that waits for the next Clear
+    Stretch dirty;                            ///< of the spare set
 };
 
 }  // namespace Quorvan::dsp

@@ -45,7 +45,7 @@ private:
     using Run = GrainRuns::Run;
     using Side = GrainRuns::Side;
     /// The two passes of one side.
-    using Channel = const std::vector<float>*;
+    using Channel = const ZeroedArray*;
 
     void PlayRun(Grain& grain, Channel channel, const Run& run, float* out);
     void PickRun(Grain& grain, Channel channel, const Run& run, const GrainWalk::Path& path,

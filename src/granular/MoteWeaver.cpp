@@ -341,6 +341,7 @@ void MoteWeaver::UpdateSpatializer() {
 }
 
 bool MoteWeaver::OnProcess(ProcessBlock& block) {
+    capture.Wipe();
     const bool transportStarted = FollowTransport(block);
     RunClocks(block);
     for (uint32_t c = 0; c < 2; ++c)

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+
+#include "primitives/ZeroedArray.h"
 
 namespace Quorvan::dsp {
 
@@ -21,11 +22,18 @@ public:
     DelayLine& operator=(const DelayLine& other);
     virtual ~DelayLine() = default;
 
+    /// How a line is cleared. BitByBit: a clean one takes its place, which once it has happened is
+    /// twice the memory, and the owner calls Wipe.
+    enum class Clearing { AtOnce, BitByBit };
+
     /// Takes the memory for length samples, all zero.
-    void Resize(int32_t length);
+    void Resize(int32_t length, Clearing clearing = Clearing::AtOnce);
     /// Zeroes the content, unless nothing has been written since Resize, and starts over. It comes
     /// ahead of the first write past Write, of which the line knows nothing.
     void Clear();
+    /// At least once a block, ahead of its writes: goes on wiping what the last Clear put aside.
+    /// Writes come one after the other, at writeIndex.
+    void Wipe();
     void Write(float x) {
         isClear = false;
         data[writeIndex] = x;
@@ -51,7 +59,7 @@ public:
         }
     }
 
-    std::vector<float> storage;
+    ZeroedArray storage;
     float* data = nullptr;   ///< start of storage
     bool isClear = false;    ///< all zero still since Resize
     int32_t size = 0;        ///< samples
@@ -84,6 +92,14 @@ private:
         return result * x + a;
     }
     float ReadAllpass(int64_t index, float x);
+    void Empty();
+
+    ZeroedArray spare;      ///< waits for the next Clear; only of a line that is cleared bit by bit
+    size_t wiped = 0;       ///< samples
+    size_t dirty = 0;       ///< end of what is to be wiped
+    int32_t lastIndex = 0;  ///< writeIndex at the last Wipe
+    bool isWatched = false;   ///< Wipe has been called since the last Clear
+    bool hasWrapped = false;  ///< writes have gone round since then, as far as Wipe knows
 };
 
 }  // namespace Quorvan::dsp

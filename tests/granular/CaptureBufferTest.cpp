@@ -148,6 +148,7 @@ public:
     }
 
     void Block() {
+        tape.Wipe();
         if (Chance(0.03f))
             Knob();
         if (Chance(0.02f))
@@ -177,9 +178,11 @@ public:
         EXPECT_EQ(markers, plain.markers);
         if (!content)
             return;
-        EXPECT_TRUE(tape.mono == plain.mono);
-        for (uint32_t p = 0; p < 2; ++p)
-            EXPECT_TRUE(tape.left[p] == plain.left[p] && tape.right[p] == plain.right[p]);
+        EXPECT_TRUE(std::ranges::equal(tape.mono, plain.mono));
+        for (uint32_t p = 0; p < 2; ++p) {
+            EXPECT_TRUE(std::ranges::equal(tape.left[p], plain.left[p]));
+            EXPECT_TRUE(std::ranges::equal(tape.right[p], plain.right[p]));
+        }
     }
 
     CaptureBuffer tape;

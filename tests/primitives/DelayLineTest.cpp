@@ -52,15 +52,31 @@ TEST(DelayLineTest, ClearZeroesTheRingAndCopiesHaveTheirOwn) {
     DelayLine copy = f.line;
     f.line.Read(3, 0.5f, DelayLine::kAllpass);
     f.line.Clear();
-    EXPECT_EQ(f.line.storage, std::vector<float>(kSize, 0.0f));
+    EXPECT_TRUE(std::ranges::equal(f.line.storage, std::vector<float>(kSize)));
     EXPECT_TRUE(f.line.writeIndex == 0 && f.line.allpassState == 0.0f && !f.line.isClear);
     EXPECT_EQ(copy.Read(1, 0.0f, DelayLine::kNone), f.signal.back());
     f.line.Resize(8);
     for (int run = 0; run < 2; ++run) {  // straight behind Resize, and behind a write past Write
         EXPECT_EQ(f.line.isClear, run == 0);
         f.line.Clear();
-        EXPECT_EQ(f.line.storage, std::vector<float>(8, 0.0f));
+        EXPECT_TRUE(std::ranges::equal(f.line.storage, std::vector<float>(8)));
         f.line.data[2] = 1.0f;
+    }
+}
+
+TEST(DelayLineTest, LongLinesAreZeroedBitByBitHoweverOftenTheyAreCleared) {
+    std::mt19937 any(3);
+    DelayLine line;
+    line.Resize(20000, DelayLine::Clearing::BitByBit);
+    line.Clear();
+    for (uint32_t turn = 0; turn < 500; ++turn) {
+        for (auto block = any() % 90; block-- > 0;) {
+            line.Wipe();
+            for (auto i = any() % 900; i-- > 0;)
+                line.Write(1.0f);
+        }
+        line.Clear();
+        ASSERT_TRUE(std::ranges::equal(line.storage, std::vector<float>(20000))) << turn;
     }
 }
 

@@ -142,7 +142,7 @@ private:
         right[i] = r;
     }
 
-    float Lerp(const std::vector<float>* channel, uint32_t pa, int32_t a, uint32_t pb, int32_t b,
+    float Lerp(const dsp::ZeroedArray* channel, uint32_t pa, int32_t a, uint32_t pb, int32_t b,
                float fraction) const {
         const float x = channel[pa][static_cast<size_t>(a)];
         if (!now.interpolate)
