@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <boost/lockfree/spsc_queue.hpp>
 #include <cstdint>
@@ -105,6 +106,8 @@ private:
     void FollowHost(const Transport& place);
     void StartAfresh(const Transport& place);
     void Move(uint32_t frame, uint32_t index, float position);
+    void Apply(uint32_t frame, uint32_t index);
+    float ControlPosition(uint32_t id) const;
     void MoveOffset(uint32_t frame, uint32_t id, float offset);
     void Morph(uint32_t frame, float way);
     void Send(uint32_t frame, uint32_t index);
