@@ -340,9 +340,11 @@ InstrumentState Instrument::Capture() {
     return state;
 }
 
-std::string Instrument::SaveState() {
+std::string Instrument::SaveState(std::vector<PortValue> ports) {
     const Lock lock(mutex);
-    return WriteInstrumentState(Capture(), catalog);
+    InstrumentState state = Capture();
+    state.ports = std::move(ports);
+    return WriteInstrumentState(state, catalog);
 }
 
 std::vector<Issue> Instrument::LoadState(std::string_view text) {
@@ -366,6 +368,11 @@ std::vector<Issue> Instrument::LoadState(std::string_view text) {
     if (active && otherSeed)
         OfferFreshEngine();
     return std::move(parsed.issues);
+}
+
+std::vector<PortValue> Instrument::LoadedPorts() const {
+    const Lock lock(mutex);
+    return kept.ports;
 }
 
 void Instrument::SetWindowSize(WindowSize size) {

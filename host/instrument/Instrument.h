@@ -155,11 +155,14 @@ public:
 
     // ---- Projects
 
-    /// All that a project needs, as a text. The same sound gives the same bytes.
-    std::string SaveState();
+    /// All that a project needs, as a text. The same sound gives the same bytes. ports, by id, are
+    /// those of a host that do not stand where their controls do, and will come back with them.
+    std::string SaveState(std::vector<PortValue> ports = {});
     /// Loads what SaveState wrote, also of older and newer versions. Where the text is broken, the
     /// instrument stays as it was. Answers with sentences; an error among them means the latter.
     std::vector<Issue> LoadState(std::string_view text);
+    /// Ports of the state that was loaded last.
+    std::vector<PortValue> LoadedPorts() const;
     void SetWindowSize(WindowSize size);
     WindowSize GetWindowSize() const;
 

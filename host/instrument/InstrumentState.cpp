@@ -22,8 +22,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kFormat = "tesserae-instrument";
 constexpr std::array kSoundNames{"A", "B"};
-constexpr std::array kMembers{"format",     "version",     "preset", "modified", "seed",  "morph",
-                              "parameters", "assignments", "sounds", "midi",     "window"};
+constexpr std::array kMembers{"format",     "version",     "preset", "modified", "seed",   "morph",
+                              "parameters", "assignments", "sounds", "midi",     "window", "ports"};
 constexpr std::array kSoundMembers{"played", "A", "B", "other"};
 constexpr std::array kOtherMembers{"preset", "modified"};
 constexpr std::array kWindowMembers{"width", "height"};
@@ -53,6 +53,22 @@ Json SoundsJson(const SoundPair& sounds, const ParameterCatalog& catalog) {
     if (sounds.kept[1 - sounds.played])
         json["other"] = {{"preset", sounds.otherPreset}, {"modified", sounds.otherModified}};
     return json;
+}
+
+Json PortsJson(const std::vector<PortValue>& ports) {
+    Json json = Json::object();
+    for (const PortValue& port : ports)
+        json[std::string(FindHostControl(port.id)->symbol)] = Shortest(port.value);
+    return json;
+}
+
+std::vector<PortValue> PortsFrom(const Json& json) {
+    std::vector<PortValue> ports;
+    for (const HostControl& control : HostControls())
+        if (const auto port = json.find(std::string(control.symbol));
+            port != json.end() && port->is_number())
+            ports.push_back({control.id, port->get<float>()});
+    return ports;
 }
 
 /// Adds what into does not have.
@@ -124,6 +140,8 @@ Parsed<InstrumentState> StateReader::Read(std::string_view text) {
         ReadWindow(*window);
     if (const Json* const midi = Member(root, "midi", Json::value_t::array))
         state.midi = MidiMapFrom(*midi, catalog, result.issues);
+    if (const Json* const ports = Member(root, "ports", Json::value_t::object))
+        state.ports = PortsFrom(*ports);
     state.foreign = foreign.dump();
     result.value = std::move(state);
     return std::move(result);
@@ -257,6 +275,8 @@ std::string WriteInstrumentState(const InstrumentState& state, const ParameterCa
     json["sounds"] = SoundsJson(state.sounds, catalog);
     json["midi"] = MidiMapJson(state.midi, catalog);
     json["window"] = {{"width", state.window.width}, {"height", state.window.height}};
+    if (!state.ports.empty())
+        json["ports"] = PortsJson(state.ports);
     Join(json, Json::parse(state.foreign));
     return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/instrument/HostControl.h"
 #include "host/instrument/MidiMap.h"
@@ -22,6 +23,14 @@ struct WindowSize {
     bool operator==(const WindowSize&) const = default;
 };
 
+/// What a host's port stands at, in the numbers of its format, where that is not its control's.
+struct PortValue {
+    uint32_t id = 0;  ///< of the host control
+    float value = 0.0f;
+
+    bool operator==(const PortValue&) const = default;
+};
+
 /// All that a project keeps of an instrument.
 struct InstrumentState {
     State sound;            ///< the present one
@@ -33,6 +42,7 @@ struct InstrumentState {
     SoundPair sounds;
     MidiMap midi;
     WindowSize window;
+    std::vector<PortValue> ports;
     /// What a newer version wrote and this one does not know, to be written back: a JSON object of
     /// the same shape, with nothing else in it.
     std::string foreign = "{}";
@@ -59,7 +69,8 @@ inline constexpr int kInstrumentStateVersion = 1;
 /// name, in index order. "parameters" is what is heard: while a morph lends it something, the sound
 /// that is played has settings of its own. "other" is the preset of the one that is not played;
 /// texts without it hold the played sound as "parameters" only. A state of the host layer
-/// ("tesserae-state") is read as well, as the sound alone.
+/// ("tesserae-state") is read as well, as the sound alone. "ports", by symbol, is there where a
+/// host's ports did not follow their controls.
 /// Channels of MIDI count from 1 there. A MIDI map alone, as the default for new instruments, is
 /// {"format": "tesserae-midi-map", "version": 1, "midi": [...]}.
 std::string WriteInstrumentState(const InstrumentState& state, const ParameterCatalog& catalog);

@@ -21,8 +21,8 @@ struct PresetMark {
 
     bool operator==(const PresetMark& mark) const {
         const bool bothKnown = positions != nullptr && mark.positions != nullptr;
-        return name == mark.name && (bothKnown ? *positions == *mark.positions
-                                               : positions == mark.positions);
+        return name == mark.name &&
+               (bothKnown ? *positions == *mark.positions : positions == mark.positions);
     }
 };
 
