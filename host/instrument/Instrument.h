@@ -60,6 +60,9 @@ public:
     void Process(const InstrumentBuffer& buffer, ControlSink& sink);
     /// Audio thread: clears all that sounds.
     void Clear();
+    /// Any thread: whether the host runs it for an export, without real time. The sound is the
+    /// same.
+    void SetOffline(bool on) { player.SetOffline(on); }
 
     // ---- Controls and parameters (any thread, unless it says otherwise)
 

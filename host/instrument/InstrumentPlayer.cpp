@@ -40,6 +40,7 @@ void InstrumentPlayer::SetEngine(std::unique_ptr<Engine> engine) {
     settled = false;
     const Engine& current = *engines.Current();
     tempo.store(current.GetTransport().tempo, std::memory_order_relaxed);
+    sendsFeedback = current.Format().sendsFeedback;
     offsets.Clear();
     display.Prepare(current.Format().sampleRate);
     midiClock.Prepare(current.Format().sampleRate);
@@ -104,6 +105,9 @@ void InstrumentPlayer::TakeUp(const InstrumentBuffer& buffer, ControlSink& sink)
     }
     if (engines.Take())
         settled = false;
+    if (GetEngine() != nullptr)
+        GetEngine()->SendFeedback(
+            sendsFeedback && (display.IsWatched() || !offline.load(std::memory_order_relaxed)));
     if (positions.TakeRestore())
         RestoreAll();
     if (!settled && audio.frames > 0 && GetEngine() != nullptr)

@@ -195,7 +195,6 @@ void DpfPlugin::Start() {
         Host::StreamFormat format;
         format.sampleRate = getSampleRate();
         format.sideChainInputs = 2;
-        format.sendsFeedback = false;
         instrument.Activate(format);
     } catch (const std::exception& error) {
         d_stderr("Tesserae: %s", error.what());

@@ -11,10 +11,10 @@
 
 namespace Quorvan::Plugins {
 
-/// Where the ports of a host stand beside the controls that they move. Presets, MIDI and morphs move
-/// controls, and not every host lets its ports follow: they come back with a project as they stood,
-/// on top of a state that is newer. What they stood at is in the state, too, so that they are told
-/// from moves.
+/// Where the ports of a host stand beside the controls that they move. Presets, MIDI and morphs
+/// move controls, and not every host lets its ports follow: they come back with a project as they
+/// stood, on top of a state that is newer. What they stood at is in the state, too, so that they
+/// are told from moves.
 ///
 /// Threads  all calls from any thread, none of them waits.
 class PortMemory {
@@ -44,9 +44,8 @@ public:
         std::vector<Host::PortValue> apart;
         for (const Host::HostControl& control : Host::HostControls()) {
             const float waiting = stale[control.id].load(std::memory_order_relaxed);
-            const float value = std::isnan(waiting)
-                                    ? ports[control.id].load(std::memory_order_relaxed)
-                                    : waiting;
+            const float value =
+                std::isnan(waiting) ? ports[control.id].load(std::memory_order_relaxed) : waiting;
             if (!std::isnan(value) && !AreEqual(value, valueOf(control.id)))
                 apart.push_back({control.id, value});
         }
@@ -70,7 +69,7 @@ private:
     using Row = std::array<std::atomic<float>, Host::kHostControlRoom>;
 
     Row ports;  ///< as the host has put them; none: never
-    Row seen;  ///< where the controls stood at the last look
+    Row seen;   ///< where the controls stood at the last look
     Row stale;  ///< what a loaded state's ports stood at, until the host has put them anywhere
 };
 
