@@ -2,20 +2,15 @@
 
 #include "granular/MoteWeaverParameters.h"
 #include "host/parameters/LabelFamily.h"
-#include "modulation/IGenerator.h"
 
 namespace Quorvan::Host {
 
-namespace {
-
 namespace Id = dsp::MoteWeaverId;
-constexpr uint32_t kBeat = 2;
-
-}  // namespace
 
 ControlBoard::ControlBoard(const ParameterCatalog& parameters, const PositionBoard& positionBoard)
     : catalog(parameters),
       size(*parameters.FamilyOf(Id::GrainSizeAbsolute)),
+      density(*parameters.FamilyOf(Id::TextureDensity)),
       offset(*parameters.FamilyOf(Id::Offset)),
       positions(positionBoard) {
     for (auto& assignment : assignments)
@@ -30,12 +25,6 @@ uint32_t ControlBoard::InForce(const LabelFamily& family) const {
     return family.InForce([this](uint32_t selector) { return Choice(selector); });
 }
 
-/// That of classic and beat mode: texture mode's has a control of its own.
-uint32_t ControlBoard::DensityInForce() const {
-    const bool notes = Choice(Id::GranularMode) == kBeat || Choice(Id::DensityType) != 0;
-    return notes ? dsp::IGenerator::RateSynced : dsp::IGenerator::RateUnSynced;
-}
-
 uint32_t ControlBoard::TargetOf(uint32_t id) const {
     const HostControl* const control = FindHostControl(id);
     if (control == nullptr)
@@ -44,7 +33,7 @@ uint32_t ControlBoard::TargetOf(uint32_t id) const {
         case ControlTarget::GrainSize:
             return InForce(size);
         case ControlTarget::Density:
-            return DensityInForce();
+            return InForce(density);
         case ControlTarget::PlayOffset:
             return InForce(offset);
         case ControlTarget::Assigned:

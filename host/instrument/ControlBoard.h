@@ -37,10 +37,10 @@ public:
 private:
     uint32_t Choice(uint32_t index) const;
     uint32_t InForce(const LabelFamily& family) const;
-    uint32_t DensityInForce() const;
 
     const ParameterCatalog& catalog;
     const LabelFamily& size;
+    const LabelFamily& density;
     const LabelFamily& offset;
     const PositionBoard& positions;
     std::array<std::atomic<uint32_t>, kAssignments> assignments;

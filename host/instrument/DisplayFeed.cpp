@@ -101,7 +101,6 @@ void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular) {
     draft.tapeSeconds = static_cast<float>(length / sampleRate);
     draft.writePlace = static_cast<float>(tape.writePosition / length);
     draft.playPlace = static_cast<float>(std::max(tape.playPosition, 0.0) / length);
-    draft.tape = outline.Get();
 
     const auto room = DisplayFrame::kMarkerRoom;
     if (tape.quantizationMode == dsp::CaptureBuffer::kTransients) {

@@ -59,7 +59,7 @@ private:
     std::atomic<bool> isWatched{false};
     TripleBuffer<DisplayFrame> pictures;
     DisplayFrame draft;  ///< gathers what the next picture shows
-    TapeOutline outline;
+    TapeOutline outline{draft.tape};
     std::array<Numbered, DisplayFrame::kGrainRoom> numbers{};
     uint64_t given = 0;  ///< numbers of grains so far
     double sampleRate = 48000.0;

@@ -6,8 +6,10 @@
 namespace Quorvan::Host {
 
 void EditHistory::Add(Step step) {
-    std::erase_if(step.changes, [](const Change& change) { return change.before == change.after; });
-    if (step.changes.empty())
+    std::erase_if(step.changes, [](const Change& change) {
+        return change.before == change.after && change.ownBefore == change.ownAfter;
+    });
+    if (step.changes.empty() && step.before == step.after)
         return;
     steps.resize(present);
     steps.push_back(std::move(step));
@@ -20,7 +22,7 @@ void EditHistory::Add(Step step) {
 void EditHistory::AddMove(uint64_t gesture, const std::string& name, const Change& change) {
     if (gesture == 0 || gesture != lastGesture || !CanUndo() || CanRedo()) {
         const size_t before = steps.size();
-        Add({name, {change}});
+        Add({name, {change}, {}, {}});
         if (present > 0 && (steps.size() != before || steps.back().name == name))
             lastGesture = gesture;
         return;
@@ -32,7 +34,7 @@ void EditHistory::AddMove(uint64_t gesture, const std::string& name, const Chang
     if (known == changes.end())
         changes.push_back(change);
     else
-        known->after = change.after;
+        known->after = change.after, known->ownAfter = change.ownAfter;
 }
 
 const EditHistory::Step* EditHistory::Undo() {

@@ -3,8 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "host/instrument/SoundDesk.h"
 
 namespace Quorvan::Host {
 
@@ -14,17 +17,20 @@ class EditHistory {
 public:
     static constexpr size_t kSteps = 200;
 
+    /// Positions: what was heard, and what the sound that is played had itself.
     struct Change {
         uint32_t index;
-        float before, after;  ///< positions
+        float before, after;
+        float ownBefore, ownAfter;
     };
     struct Step {
         std::string name;
         std::vector<Change> changes;
+        std::optional<SoundDesk::Scene> before, after;  ///< of steps that may change it
     };
 
     /// A finished step; forgets all that was taken back. Changes that change nothing are left out,
-    /// and a step without changes is none.
+    /// and a step without changes is none unless it changes the scene.
     void Add(Step step);
     /// A further move of a gesture that has not ended: joins the last step where that is of the
     /// same gesture.

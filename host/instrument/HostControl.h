@@ -13,7 +13,7 @@ namespace Quorvan::Host {
 enum class ControlTarget : uint8_t {
     Parameter,   ///< always the same one
     GrainSize,   ///< the size that mode, sync and link put in force
-    Density,     ///< the density that mode and type put in force
+    Density,     ///< the density that mode and type put in force: a rate, a note value, layers
     PlayOffset,  ///< the play head's offset, free or in notes
     Assigned,    ///< the parameter that the user has pointed it at
     Morph        ///< the way from sound A to sound B

@@ -5,7 +5,6 @@
 #include <random>
 #include <utility>
 
-#include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
 #include "host/parameters/ShellIndex.h"
 #include "host/state/ParameterReader.h"
@@ -24,8 +23,10 @@ bool IsSetting(const ParameterInfo& info) { return IsStored(info, ParameterScope
 Instrument::Instrument(const ParameterCatalog& parameters)
     : catalog(parameters),
       controls(parameters, positions),
+      face(parameters, positions, controls),
       player(parameters, positions, controls),
-      mirror(parameters, positions) {
+      mirror(parameters, positions),
+      desk(parameters, positions) {
     for (const ParameterInfo& info : catalog.All())
         if (info.index < kProcessorParameters)
             positions.Note(info.index, info.defaultPosition);
@@ -104,54 +105,8 @@ float Instrument::ControlPosition(uint32_t id) const {
     return index != kUnassigned ? positions.Position(index) : 0.0f;
 }
 
-uint32_t Instrument::ControlSteps(uint32_t id) const {
-    const HostControl* const control = FindHostControl(id);
-    return control != nullptr && control->target == ControlTarget::Parameter
-               ? catalog[control->index].StepCount()
-               : 0;
-}
-
-double Instrument::ControlValue(uint32_t id, float position) const {
-    return ControlSteps(id) > 0 ? catalog.Value(controls.TargetOf(id), position)
-                                : static_cast<double>(position);
-}
-
-float Instrument::PositionOfControlValue(uint32_t id, double value) const {
-    const uint32_t steps = ControlSteps(id);
-    if (steps == 0 || !std::isfinite(value))
-        return std::clamp(static_cast<float>(value), 0.0f, 1.0f);
-    const double step = std::clamp(std::floor(value), 0.0, static_cast<double>(steps - 1));
-    return catalog.PositionOfValue(controls.TargetOf(id), step);
-}
-
-std::string Instrument::ControlText(uint32_t id, float position) const {
-    const uint32_t index = controls.TargetOf(id);
-    if (index == kUnassigned)
-        return "Off";
-    if (index >= kProcessorParameters)
-        return FormatNumber(100.0 * static_cast<double>(position), Unit::Percent);
-    const TextContext context{
-        static_cast<uint32_t>(catalog.Value(kScaleIndex, positions.Position(kScaleIndex)))};
-    return catalog.Text(index, position, context);
-}
-
-TextResult Instrument::ControlPositionOf(uint32_t id, std::string_view text) const {
-    const uint32_t index = controls.TargetOf(id);
-    if (index == kUnassigned)
-        return {0.0f, {}};
-    if (index >= kProcessorParameters) {
-        const auto percent = ParseNumber(text, Unit::Percent);
-        if (!percent)
-            return {{}, Quoted(text) + " is no share. Write a number such as \"50 %\"."};
-        return {std::clamp(static_cast<float>(*percent / 100.0), 0.0f, 1.0f), {}};
-    }
-    const TextContext context{
-        static_cast<uint32_t>(catalog.Value(kScaleIndex, positions.Position(kScaleIndex)))};
-    return catalog.Position(index, text, context);
-}
-
-void Instrument::Move(uint32_t index, float position) {
-    positions.Put(index, std::clamp(position, 0.0f, 1.0f));
+void Instrument::Move(uint32_t index, float position, float own) {
+    positions.Put(index, std::clamp(position, 0.0f, 1.0f), std::clamp(own, 0.0f, 1.0f));
     TellHost(FaceKind::Move, index);
 }
 
@@ -165,11 +120,12 @@ void Instrument::Edit(uint32_t index, float position) {
     if (index >= PositionBoard::kCount || !std::isfinite(position))
         return;
     const Lock lock(mutex);
-    const float before = positions.Position(index);
+    const float before = positions.Position(index), ownBefore = positions.Own(index);
     Move(index, position);
+    const float after = std::clamp(position, 0.0f, 1.0f);
     if (index < catalog.Count() && IsSetting(catalog[index]))
         history.AddMove(gesture, catalog[index].group + " " + catalog[index].label,
-                        {index, before, positions.Position(index)});
+                        {index, before, after, ownBefore, after});
 }
 
 void Instrument::BeginGesture(uint32_t index) {
@@ -196,57 +152,39 @@ void Instrument::Assign(uint32_t number, uint32_t index) {
 
 // ---- Whole sounds
 
-std::vector<float> Instrument::Snapshot() const {
-    std::vector<float> all(kProcessorParameters);
-    for (uint32_t index = 0; index < kProcessorParameters; ++index)
-        all[index] = positions.Position(index);
-    return all;
-}
-
-void Instrument::Remember(const std::string& name, const std::vector<float>& before) {
-    EditHistory::Step step{name, {}};
+void Instrument::Remember(const std::string& name, const Moment& before) {
+    const Moment after = Now();
+    EditHistory::Step step{name, {}, before.scene, after.scene};
     for (const ParameterInfo& info : catalog.All())
-        if (IsSetting(info))
+        if (const uint32_t i = info.index; IsSetting(info))
             step.changes.push_back(
-                {info.index, before[info.index], positions.Position(info.index)});
+                {i, before.heard[i], after.heard[i], before.own[i], after.own[i]});
     history.Add(std::move(step));
 }
 
 void Instrument::LoadPreset(const Preset& preset) {
     const Lock lock(mutex);
-    const std::vector<float> before = Snapshot();
+    const Moment before = Now();
     mirror.Apply(preset);
-    kept.preset = preset.name;
-    presetPositions = Snapshot();
+    desk.LoadedPreset(preset.name);
     Remember("Preset " + Quoted(preset.name), before);
 }
 
 Preset Instrument::GetPreset() {
     const Lock lock(mutex);
     Preset preset = mirror.CapturePreset();
-    preset.name = kept.preset;
+    preset.name = desk.PlayedPreset().name;
     return preset;
 }
 
 std::string Instrument::PresetName() const {
     const Lock lock(mutex);
-    return kept.preset;
+    return desk.PlayedPreset().name;
 }
 
 bool Instrument::IsModified() {
     const Lock lock(mutex);
-    return Differs();
-}
-
-/// A state that was saved with a modified preset knows the name only.
-bool Instrument::Differs() const {
-    if (kept.preset.empty())
-        return false;
-    if (presetPositions.empty())
-        return true;
-    return std::any_of(catalog.All().begin(), catalog.All().end(), [&](const ParameterInfo& info) {
-        return IsSetting(info) && positions.Position(info.index) != presetPositions[info.index];
-    });
+    return desk.IsModified();
 }
 
 bool Instrument::CanUndo() const {
@@ -261,51 +199,68 @@ bool Instrument::CanRedo() const {
 
 void Instrument::Undo() {
     const Lock lock(mutex);
-    if (const EditHistory::Step* const step = history.Undo())
-        for (const EditHistory::Change& change : step->changes)
-            Move(change.index, change.before);
+    const EditHistory::Step* const step = history.Undo();
+    if (step == nullptr)
+        return;
+    GoTo(step->before);
+    for (const EditHistory::Change& change : step->changes)
+        Move(change.index, change.before, change.ownBefore);
 }
 
 void Instrument::Redo() {
     const Lock lock(mutex);
-    if (const EditHistory::Step* const step = history.Redo())
-        for (const EditHistory::Change& change : step->changes)
-            Move(change.index, change.after);
+    const EditHistory::Step* const step = history.Redo();
+    if (step == nullptr)
+        return;
+    GoTo(step->after);
+    for (const EditHistory::Change& change : step->changes)
+        Move(change.index, change.after, change.ownAfter);
+}
+
+void Instrument::GoTo(const std::optional<SoundDesk::Scene>& scene) {
+    if (!scene)
+        return;
+    if (scene->played != desk.Played())
+        SwapSounds();
+    desk.SetPlayedPreset(scene->preset);
 }
 
 void Instrument::PlaySound(uint32_t which) {
     const Lock lock(mutex);
-    SoundPair& sounds = kept.sounds;
-    if (which > 1 || which == sounds.played)
+    if (which > 1 || which == desk.Played())
         return;
-    const std::vector<float> before = Snapshot();
-    sounds.kept[sounds.played] = mirror.CaptureState();
-    sounds.played = which;
-    if (sounds.kept[which])
-        for (const ParameterValue& value : sounds.kept[which]->parameters)
-            if (value.position != positions.Position(value.index) && value.index != kBypassIndex)
-                Move(value.index, value.position);
+    const Moment before = Now();
+    SwapSounds();
     Remember(which == 0 ? "Sound A" : "Sound B", before);
+}
+
+void Instrument::SwapSounds() {
+    for (const ParameterValue& value : desk.Swap().parameters)
+        if (value.index != kBypassIndex && (value.position != positions.Position(value.index) ||
+                                            value.position != positions.Own(value.index)))
+            Move(value.index, value.position);
     OfferMorph();
 }
 
 uint32_t Instrument::PlayedSound() const {
     const Lock lock(mutex);
-    return kept.sounds.played;
+    return desk.Played();
 }
 
 void Instrument::CopySound() {
     const Lock lock(mutex);
-    const State present = mirror.CaptureState();
-    kept.sounds.kept = {present, present};
+    desk.Copy();
     OfferMorph();
 }
 
-void Instrument::OfferMorph() { player.OfferPlan(PlanMorph(kept.sounds, catalog)); }
+void Instrument::OfferMorph() {
+    player.OfferPlan(desk.Other() ? PlanMorph(desk.Played(), *desk.Other(), catalog)
+                                  : std::make_unique<MorphPlan>());
+}
 
 void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) {
     const Lock lock(mutex);
-    const std::vector<float> before = Snapshot();
+    const Moment before = Now();
     std::mt19937_64 chance(seed);
     for (const ParameterInfo& info : catalog.All()) {
         if (!IsSetting(info) || info.group != group || info.kind != ParameterKind::Continuous)
@@ -313,7 +268,7 @@ void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) 
         // Our own way to a number: the library's distributions differ between compilers.
         const double share = static_cast<double>(chance() >> 11) * 0x1p-53;
         const auto move = static_cast<float>(2.0 * share - 1.0) * std::clamp(amount, 0.0f, 1.0f);
-        Move(info.index, before[info.index] + move);
+        Move(info.index, before.heard[info.index] + move);
     }
     Remember("Randomise " + std::string(group), before);
 }
@@ -379,15 +334,17 @@ InstrumentState Instrument::Capture() {
     InstrumentState state = kept;
     state.sound = mirror.CaptureState();
     state.morph = positions.Position(PositionBoard::kMorphIndex);
-    state.modified = Differs();
+    state.sounds = desk.Save(state.preset, state.modified);
     for (uint32_t i = 0; i < kAssignments; ++i)
         state.assignments[i] = controls.Assignment(i);
     return state;
 }
 
-std::string Instrument::SaveState() {
+std::string Instrument::SaveState(std::vector<PortValue> ports) {
     const Lock lock(mutex);
-    return WriteInstrumentState(Capture(), catalog);
+    InstrumentState state = Capture();
+    state.ports = std::move(ports);
+    return WriteInstrumentState(state, catalog);
 }
 
 std::vector<Issue> Instrument::LoadState(std::string_view text) {
@@ -401,13 +358,21 @@ std::vector<Issue> Instrument::LoadState(std::string_view text) {
         controls.Assign(i, kept.assignments[i]);
     positions.Note(PositionBoard::kMorphIndex, kept.morph);
     mirror.Apply(kept.sound);
-    presetPositions = kept.modified ? std::vector<float>() : Snapshot();
+    if (const auto& own = kept.sounds.kept[kept.sounds.played])
+        for (const ParameterValue& value : own->parameters)
+            positions.Note(value.index, positions.Position(value.index), value.position);
+    desk.Load(kept.sounds, kept.preset, kept.modified);
     history.Clear();
     OfferMorph();
     OfferMidi();
     if (active && otherSeed)
         OfferFreshEngine();
     return std::move(parsed.issues);
+}
+
+std::vector<PortValue> Instrument::LoadedPorts() const {
+    const Lock lock(mutex);
+    return kept.ports;
 }
 
 void Instrument::SetWindowSize(WindowSize size) {

@@ -11,13 +11,14 @@
 
 #include "host/engine/TailEstimator.h"
 #include "host/instrument/ControlBoard.h"
+#include "host/instrument/ControlFace.h"
 #include "host/instrument/EditHistory.h"
 #include "host/instrument/InstrumentEvent.h"
 #include "host/instrument/InstrumentPlayer.h"
 #include "host/instrument/InstrumentState.h"
 #include "host/instrument/PositionBoard.h"
 #include "host/instrument/SettingsMirror.h"
-#include "host/instrument/SoundPair.h"
+#include "host/instrument/SoundDesk.h"
 #include "host/state/Issue.h"
 
 namespace Quorvan::Host {
@@ -59,6 +60,9 @@ public:
     void Process(const InstrumentBuffer& buffer, ControlSink& sink);
     /// Audio thread: clears all that sounds.
     void Clear();
+    /// Any thread: whether the host runs it for an export, without real time. The sound is the
+    /// same.
+    void SetOffline(bool on) { player.SetOffline(on); }
 
     // ---- Controls and parameters (any thread, unless it says otherwise)
 
@@ -72,16 +76,16 @@ public:
     float ControlPosition(uint32_t id) const;
     /// Index that a host control moves now, or kUnassigned.
     uint32_t ControlTarget(uint32_t id) const { return controls.TargetOf(id); }
-    /// Number of settings of a control that always stands for the same choice or switch; 0 for the
-    /// others, which hosts see as positions 0..1. Stepped ones they see as 0, 1, 2, ...
-    uint32_t ControlSteps(uint32_t id) const;
-    double ControlValue(uint32_t id, float position) const;
-    float PositionOfControlValue(uint32_t id, double value) const;
-    /// What position of a control shows as, with the name of what it stands for where that varies:
-    /// "120 ms", "1/8". Not on the audio thread.
-    std::string ControlText(uint32_t id, float position) const;
-    /// The position that a text asks for, or a sentence why there is none. Not on the audio thread.
-    TextResult ControlPositionOf(uint32_t id, std::string_view text) const;
+    /// What hosts and people see of a control; see ControlFace.
+    uint32_t ControlSteps(uint32_t id) const { return face.Steps(id); }
+    double ControlValue(uint32_t id, float position) const { return face.Value(id, position); }
+    float PositionOfControlValue(uint32_t id, double value) const {
+        return face.PositionOfValue(id, value);
+    }
+    std::string ControlText(uint32_t id, float position) const { return face.Text(id, position); }
+    TextResult ControlPositionOf(uint32_t id, std::string_view text) const {
+        return face.PositionOf(id, text);
+    }
 
     /// The user moves a parameter on the instrument's own face. Not on the audio thread.
     void Edit(uint32_t index, float position);
@@ -98,20 +102,22 @@ public:
     void LoadPreset(const Preset& preset);
     /// The present sound, under the name of the preset that it came from.
     Preset GetPreset();
-    /// Empty where none was loaded.
+    /// Of the sound that is played. Empty where none was loaded.
     std::string PresetName() const;
-    /// Whether the sound is another one than the preset's.
+    /// Whether what is heard is another sound than the preset's.
     bool IsModified();
 
+    /// A step is a gesture, a whole sound with its preset's name, or a change to the other sound.
     bool CanUndo() const;
     bool CanRedo() const;
     void Undo();
     void Redo();
 
-    /// Plays the other sound, or with 0 A and with 1 B; the one played so far is kept.
+    /// Plays sound A (0) or B (1) as it was left, with its preset. Edits, presets, host and MIDI
+    /// move the sound that is played; a morph makes a way between both heard, and moves neither.
     void PlaySound(uint32_t which);
     uint32_t PlayedSound() const;
-    /// Makes the sound that is not played the same as the one that is.
+    /// Makes the sound that is not played the same as what is heard.
     void CopySound();
     /// Moves every continuous setting of a group (ParameterInfo::group) by up to amount, 0..1, of
     /// its travel, up or down, held to its range. The same seed makes the same moves.
@@ -152,11 +158,14 @@ public:
 
     // ---- Projects
 
-    /// All that a project needs, as a text. The same sound gives the same bytes.
-    std::string SaveState();
+    /// All that a project needs, as a text. The same sound gives the same bytes. ports, by id, are
+    /// those of a host that do not stand where their controls do, and will come back with them.
+    std::string SaveState(std::vector<PortValue> ports = {});
     /// Loads what SaveState wrote, also of older and newer versions. Where the text is broken, the
     /// instrument stays as it was. Answers with sentences; an error among them means the latter.
     std::vector<Issue> LoadState(std::string_view text);
+    /// Ports of the state that was loaded last.
+    std::vector<PortValue> LoadedPorts() const;
     void SetWindowSize(WindowSize size);
     WindowSize GetWindowSize() const;
 
@@ -164,28 +173,36 @@ private:
     std::unique_ptr<Engine> MakeEngine(const StreamFormat& format, double tempo);
     void OfferFreshEngine();
     void OfferUnderstudy();
-    std::vector<float> Snapshot() const;
+    /// All that a step may change.
+    struct Moment {
+        std::vector<float> heard, own;  ///< positions by index
+        SoundDesk::Scene scene;
+    };
+    Moment Now() const { return {desk.Heard(), desk.Own(), desk.Present()}; }
+    void Remember(const std::string& name, const Moment& before);
     uint32_t MovableOrNone(uint32_t index) const;
-    void Remember(const std::string& name, const std::vector<float>& before);
-    void Move(uint32_t index, float position);
+    void Move(uint32_t index, float position) { Move(index, position, position); }
+    void Move(uint32_t index, float position, float own);
     void TellHost(InstrumentPlayer::FaceMove::Kind kind, uint32_t index);
+    void SwapSounds();
+    void GoTo(const std::optional<SoundDesk::Scene>& scene);
     void OfferMorph();
     void OfferMidi() { player.OfferRoutes(std::make_unique<MidiRoutes>(kept.midi)); }
-    bool Differs() const;
     InstrumentState Capture();
 
     const ParameterCatalog& catalog;
     PositionBoard positions;
     ControlBoard controls;
+    ControlFace face;
     InstrumentPlayer player;
 
     mutable std::mutex mutex;  ///< over all below, and all that is not the audio thread's
     SettingsMirror mirror;
+    SoundDesk desk;
     EditHistory history;
     uint64_t gesture = 0;  ///< number of the open one, 0: none
     uint64_t gestures = 0;
-    InstrumentState kept;  ///< what no board holds: names, seed, sounds, window, foreign entries
-    std::vector<float> presetPositions;  ///< of the preset as it was loaded; empty: none was
+    InstrumentState kept;  ///< what nothing else holds: seed, MIDI map, window, foreign entries
     std::optional<StreamFormat> active;
     uint32_t latency = 0;
 };

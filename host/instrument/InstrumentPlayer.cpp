@@ -40,6 +40,7 @@ void InstrumentPlayer::SetEngine(std::unique_ptr<Engine> engine) {
     settled = false;
     const Engine& current = *engines.Current();
     tempo.store(current.GetTransport().tempo, std::memory_order_relaxed);
+    sendsFeedback = current.Format().sendsFeedback;
     offsets.Clear();
     display.Prepare(current.Format().sampleRate);
     midiClock.Prepare(current.Format().sampleRate);
@@ -104,11 +105,14 @@ void InstrumentPlayer::TakeUp(const InstrumentBuffer& buffer, ControlSink& sink)
     }
     if (engines.Take())
         settled = false;
+    if (GetEngine() != nullptr)
+        GetEngine()->SendFeedback(
+            sendsFeedback && (display.IsWatched() || !offline.load(std::memory_order_relaxed)));
     if (positions.TakeRestore())
         RestoreAll();
     if (!settled && audio.frames > 0 && GetEngine() != nullptr)
         Settle(buffer.transport);
-    positions.TakeMarks([this](uint32_t index) { Move(0, index, positions.Position(index)); });
+    positions.TakeMarks([this](uint32_t index) { Apply(0, index); });
 }
 
 void InstrumentPlayer::RestoreAll() {
@@ -240,6 +244,11 @@ void InstrumentPlayer::Move(uint32_t frame, uint32_t index, float position) {
     if (index >= PositionBoard::kCount || !std::isfinite(position))
         return;
     positions.Note(index, std::clamp(position, 0.0f, 1.0f));
+    Apply(frame, index);
+}
+
+/// Carries out where a parameter stands.
+void InstrumentPlayer::Apply(uint32_t frame, uint32_t index) {
     if (index == PositionBoard::kMorphIndex)
         Morph(frame, positions.Position(index));
     else if (index == kBypassIndex) {
@@ -257,11 +266,29 @@ void InstrumentPlayer::MoveOffset(uint32_t frame, uint32_t id, float offset) {
     offsets.Set(id, std::clamp(offset, -1.0f, 1.0f), [&](uint32_t index) { Send(frame, index); });
 }
 
+/// The host hears of all controls that this moves.
 void InstrumentPlayer::Morph(uint32_t frame, float way) {
     if (plans.Current() == nullptr)
         return;
-    for (const MorphPlan::Step& step : plans.Current()->steps)
-        Move(frame, step.index, MorphPlan::Between(step, way));
+    const MorphPlan& plan = *plans.Current();
+    std::array<float, kHostControlRoom> before{};
+    for (const HostControl& control : HostControls())
+        before[control.id] = ControlPosition(control.id);
+    for (const MorphPlan::Step& step : plan.steps) {
+        const float position = plan.At(step, positions.Own(step.index), way);
+        if (position == positions.Position(step.index))
+            continue;
+        positions.Lend(step.index, position);
+        Apply(frame, step.index);
+    }
+    for (const HostControl& control : HostControls())
+        if (const float now = ControlPosition(control.id); now != before[control.id])
+            host->OnControlMove(frame, control.id, static_cast<double>(now));
+}
+
+float InstrumentPlayer::ControlPosition(uint32_t id) const {
+    const uint32_t index = controls.TargetOf(id);
+    return index < PositionBoard::kCount ? positions.Position(index) : 0.0f;
 }
 
 /// What finds no room is marked, and so comes with a later buffer.
@@ -278,7 +305,7 @@ void InstrumentPlayer::Send(uint32_t frame, uint32_t index) {
     Engine* const engine = GetEngine();
     if (engine != nullptr &&
         !engine->WriteAt(engine->FramesIn() + frame - done, index, Effective(index)))
-        positions.Put(index, positions.Position(index));
+        positions.Mark(index);
 }
 
 float InstrumentPlayer::Effective(uint32_t index) const {

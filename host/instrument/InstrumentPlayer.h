@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <boost/lockfree/spsc_queue.hpp>
 #include <cstdint>
@@ -69,6 +70,10 @@ public:
     /// with it as a listener.
     DisplayFeed display;
 
+    /// An export without real time, from any thread. Where no window watches it, the processor
+    /// makes no feedback; the sound is the same.
+    void SetOffline(bool on) { offline.store(on, std::memory_order_relaxed); }
+
     /// The song where neither host nor MIDI clock have one.
     OwnTransport song;
 
@@ -105,6 +110,8 @@ private:
     void FollowHost(const Transport& place);
     void StartAfresh(const Transport& place);
     void Move(uint32_t frame, uint32_t index, float position);
+    void Apply(uint32_t frame, uint32_t index);
+    float ControlPosition(uint32_t id) const;
     void MoveOffset(uint32_t frame, uint32_t id, float offset);
     void Morph(uint32_t frame, float way);
     void Send(uint32_t frame, uint32_t index);
@@ -130,6 +137,8 @@ private:
     boost::lockfree::spsc_queue<FaceMove, boost::lockfree::capacity<1024>> faceMoves;
     std::vector<ParameterValue> restored;  ///< room for RestoreAll; the indices stay
     std::atomic<double> tempo{120.0};
+    std::atomic<bool> offline{false};
+    bool sendsFeedback = true;    ///< where it is neither offline nor without a window
     ControlSink* host = nullptr;  ///< of the present call
     AudioBuffers audio;           ///< likewise
     bool settled = false;         ///< the present engine has its positions

@@ -8,10 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include "host/instrument/MidiMapJson.h"
+#include "host/instrument/SoundDesk.h"
 #include "host/parameters/Sentence.h"
-#include "host/parameters/ShellIndex.h"
 #include "host/state/JsonDepth.h"
-#include "host/state/ParameterReader.h"
 #include "host/state/ParameterWriter.h"
 #include "host/state/PresetFormat.h"
 
@@ -23,12 +22,11 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kFormat = "tesserae-instrument";
 constexpr std::array kSoundNames{"A", "B"};
-constexpr std::array kMembers{"format",     "version",     "preset", "modified", "seed",  "morph",
-                              "parameters", "assignments", "sounds", "midi",     "window"};
-
-bool IsKept(const ParameterInfo& info) {
-    return IsStored(info, ParameterScope::Sound) || info.index == kBypassIndex;
-}
+constexpr std::array kMembers{"format",     "version",     "preset", "modified", "seed",   "morph",
+                              "parameters", "assignments", "sounds", "midi",     "window", "ports"};
+constexpr std::array kSoundMembers{"played", "A", "B", "other"};
+constexpr std::array kOtherMembers{"preset", "modified"};
+constexpr std::array kWindowMembers{"width", "height"};
 
 Json SoundJson(const State& sound, const ParameterCatalog& catalog) {
     std::vector<ParameterValue> moved;
@@ -52,7 +50,45 @@ Json SoundsJson(const SoundPair& sounds, const ParameterCatalog& catalog) {
     for (uint32_t i = 0; i < sounds.kept.size(); ++i)
         if (sounds.kept[i])
             json[kSoundNames[i]] = SoundJson(*sounds.kept[i], catalog);
+    if (sounds.kept[1 - sounds.played])
+        json["other"] = {{"preset", sounds.otherPreset}, {"modified", sounds.otherModified}};
     return json;
+}
+
+Json PortsJson(const std::vector<PortValue>& ports) {
+    Json json = Json::object();
+    for (const PortValue& port : ports)
+        json[std::string(FindHostControl(port.id)->symbol)] = Shortest(port.value);
+    return json;
+}
+
+std::vector<PortValue> PortsFrom(const Json& json) {
+    std::vector<PortValue> ports;
+    for (const HostControl& control : HostControls())
+        if (const auto port = json.find(std::string(control.symbol));
+            port != json.end() && port->is_number())
+            ports.push_back({control.id, port->get<float>()});
+    return ports;
+}
+
+/// Adds what into does not have.
+void Join(Json& into, const Json& foreign) {
+    for (const auto& [name, json] : foreign.items()) {
+        if (!into.contains(name))
+            into[name] = json;
+        else if (into[name].is_object() && json.is_object())
+            Join(into[name], json);
+    }
+}
+
+/// The members of an object that are none of known, as an object.
+template <class Known>
+Json Unknown(const Json& object, const Known& known) {
+    Json unknown = Json::object();
+    for (const auto& [name, json] : object.items())
+        if (std::find(known.begin(), known.end(), name) == known.end())
+            unknown[name] = json;
+    return unknown;
 }
 
 /// Works through one text.
@@ -68,14 +104,16 @@ private:
     void Warn(std::string sentence) {
         result.issues.push_back({Issue::Severity::Warning, std::move(sentence)});
     }
-    State ReadSound(const Json& members, Json* foreign);
+    State ReadSound(const Json& members, Json& unknown);
     void ReadSounds(const Json& json);
+    void ReadOther(const Json& json, Json& unknown);
     void ReadAssignments(const Json& json);
-    void KeepForeign();
+    void ReadWindow(const Json& json);
     const Json* Member(const Json& from, const char* name, Json::value_t type) const;
 
     const ParameterCatalog& catalog;
     Json root;
+    Json foreign;
     InstrumentState state;
     Parsed<InstrumentState> result;
 };
@@ -83,9 +121,10 @@ private:
 Parsed<InstrumentState> StateReader::Read(std::string_view text) {
     if (!Open(text))
         return std::move(result);
-    Json foreign = Json::object();
-    state.sound = ReadSound(root["parameters"], &foreign);
-    state.foreignParameters = foreign.dump();
+    foreign = Unknown(root, kMembers);
+    Json unknown = Json::object();
+    state.sound = ReadSound(root["parameters"], unknown);
+    foreign["parameters"] = unknown;
     if (const Json* const preset = Member(root, "preset", Json::value_t::string))
         state.preset = preset->get<std::string>();
     state.modified = root.value("modified", Json(false)) == true;
@@ -98,13 +137,12 @@ Parsed<InstrumentState> StateReader::Read(std::string_view text) {
     if (const Json* const sounds = Member(root, "sounds", Json::value_t::object))
         ReadSounds(*sounds);
     if (const Json* const window = Member(root, "window", Json::value_t::object))
-        for (auto [name, edge] :
-             {std::pair{"width", &state.window.width}, std::pair{"height", &state.window.height}})
-            if (window->contains(name) && (*window)[name].is_number_unsigned())
-                *edge = std::min((*window)[name].get<uint32_t>(), 16384u);
+        ReadWindow(*window);
     if (const Json* const midi = Member(root, "midi", Json::value_t::array))
         state.midi = MidiMapFrom(*midi, catalog, result.issues);
-    KeepForeign();
+    if (const Json* const ports = Member(root, "ports", Json::value_t::object))
+        state.ports = PortsFrom(*ports);
+    state.foreign = foreign.dump();
     result.value = std::move(state);
     return std::move(result);
 }
@@ -145,55 +183,80 @@ const Json* StateReader::Member(const Json& from, const char* name, Json::value_
     return found != from.end() && found->type() == type ? &*found : nullptr;
 }
 
-State StateReader::ReadSound(const Json& members, Json* foreign) {
+State StateReader::ReadSound(const Json& members, Json& unknown) {
     std::vector<float> positions(catalog.Count());
     for (const ParameterInfo& info : catalog.All())
         positions[info.index] = info.defaultPosition;
     for (const auto& [name, json] : members.items()) {
         const std::optional<uint32_t> index = catalog.Find(name);
-        const bool known = index && IsKept(catalog[*index]);
+        const bool known = index && IsInSounds(catalog[*index]);
         if (known && json.is_number() && std::isfinite(json.get<float>()))
             positions[*index] = std::clamp(json.get<float>(), 0.0f, 1.0f);
         else if (known)
             Warn(Quoted(name) + " is left out: it has to be a position from 0 to 1.");
-        else if (foreign != nullptr)
-            (*foreign)[name] = json;
+        else
+            unknown[name] = json;
     }
     State sound;
     for (const ParameterInfo& info : catalog.All())
-        if (IsKept(info))
+        if (IsInSounds(info))
             sound.parameters.push_back({info.index, positions[info.index]});
     return sound;
 }
 
 void StateReader::ReadSounds(const Json& json) {
+    SoundPair& sounds = state.sounds;
+    Json unknown = Unknown(json, kSoundMembers), inSounds = Json::object();
     for (uint32_t i = 0; i < kSoundNames.size(); ++i) {
+        inSounds[kSoundNames[i]] = Json::object();
         if (const Json* const sound = Member(json, kSoundNames[i], Json::value_t::object))
-            state.sounds.kept[i] = ReadSound(*sound, nullptr);
+            sounds.kept[i] = ReadSound(*sound, inSounds[kSoundNames[i]]);
         if (json.contains("played") && json["played"] == kSoundNames[i])
-            state.sounds.played = i;
+            sounds.played = i;
     }
+    sounds.otherPreset = state.preset;
+    sounds.otherModified = true;
+    const Json* const other = Member(json, "other", Json::value_t::object);
+    if (other != nullptr)
+        ReadOther(*other, inSounds);
+    if (!sounds.kept[1 - sounds.played])
+        sounds.kept = {};
+    else if (other == nullptr || !sounds.kept[sounds.played])
+        sounds.kept[sounds.played] = state.sound;
+    if (sounds.kept[0])
+        Join(unknown, inSounds);
+    foreign["sounds"] = unknown;
 }
 
+void StateReader::ReadOther(const Json& json, Json& unknown) {
+    unknown["other"] = Unknown(json, kOtherMembers);
+    if (const Json* const preset = Member(json, "preset", Json::value_t::string))
+        state.sounds.otherPreset = preset->get<std::string>();
+    state.sounds.otherModified = json.value("modified", Json(false)) == true;
+}
+
+/// What points nowhere here may point somewhere in a newer version.
 void StateReader::ReadAssignments(const Json& json) {
     for (const auto& [number, name] : json.items()) {
         uint32_t which = 0;
         std::from_chars(number.data(), number.data() + number.size(), which);
         const auto index = name.is_string() ? catalog.Find(name.get<std::string>()) : std::nullopt;
-        if (which < 1 || which > kAssignments || !index || !IsMovable(catalog[*index]))
-            Warn("\"Assign " + number + "\" is left out: it points at " + name.dump() +
-                 ", which is no parameter that it could move.");
-        else
+        if (which >= 1 && which <= kAssignments && index && IsMovable(catalog[*index])) {
             state.assignments[which - 1] = *index;
+            continue;
+        }
+        foreign["assignments"][number] = name;
+        Warn("\"Assign " + number + "\" is left out: it points at " + name.dump() +
+             ", which is no parameter that it could move.");
     }
 }
 
-void StateReader::KeepForeign() {
-    Json foreign = Json::object();
-    for (const auto& [name, json] : root.items())
-        if (std::find(kMembers.begin(), kMembers.end(), name) == kMembers.end())
-            foreign[name] = json;
-    state.foreignMembers = foreign.dump();
+void StateReader::ReadWindow(const Json& json) {
+    foreign["window"] = Unknown(json, kWindowMembers);
+    for (auto [name, edge] :
+         {std::pair{"width", &state.window.width}, std::pair{"height", &state.window.height}})
+        if (json.contains(name) && json[name].is_number_unsigned())
+            *edge = std::min(json[name].get<uint32_t>(), 16384u);
 }
 
 }  // namespace
@@ -208,16 +271,13 @@ std::string WriteInstrumentState(const InstrumentState& state, const ParameterCa
         json["seed"] = *state.seed;
     json["morph"] = Shortest(state.morph);
     json["parameters"] = SoundJson(state.sound, catalog);
-    const Json foreignParameters = Json::parse(state.foreignParameters);
-    for (const auto& [name, foreign] : foreignParameters.items())
-        json["parameters"][name] = foreign;
     json["assignments"] = AssignmentsJson(state, catalog);
     json["sounds"] = SoundsJson(state.sounds, catalog);
     json["midi"] = MidiMapJson(state.midi, catalog);
     json["window"] = {{"width", state.window.width}, {"height", state.window.height}};
-    const Json foreignMembers = Json::parse(state.foreignMembers);
-    for (const auto& [name, foreign] : foreignMembers.items())
-        json[name] = foreign;
+    if (!state.ports.empty())
+        json["ports"] = PortsJson(state.ports);
+    Join(json, Json::parse(state.foreign));
     return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -26,13 +26,27 @@ public:
     float Position(uint32_t index) const {
         return positions[index].load(std::memory_order_relaxed);
     }
+    /// Where the sound that is played has the parameter, though a morph may have lent it another
+    /// position.
+    float Own(uint32_t index) const { return own[index].load(std::memory_order_relaxed); }
     /// For the audio side, which tells the processor itself.
-    void Note(uint32_t index, float position) {
+    void Note(uint32_t index, float position) { Note(index, position, position); }
+    void Note(uint32_t index, float position, float ownPosition) {
+        Lend(index, position);
+        own[index].store(ownPosition, std::memory_order_relaxed);
+    }
+    /// The same, and the played sound keeps its own.
+    void Lend(uint32_t index, float position) {
         positions[index].store(position, std::memory_order_relaxed);
     }
     /// For everybody else: the processor hears of it with the next block.
-    void Put(uint32_t index, float position) {
-        Note(index, position);
+    void Put(uint32_t index, float position) { Put(index, position, position); }
+    void Put(uint32_t index, float position, float ownPosition) {
+        Note(index, position, ownPosition);
+        Mark(index);
+    }
+    /// The processor takes up the position with the next block.
+    void Mark(uint32_t index) {
         marks[index / kBits].fetch_or(uint64_t{1} << (index % kBits), std::memory_order_release);
     }
     /// Behind a series of Note that replaces the whole sound: the processor takes up all positions
@@ -61,7 +75,7 @@ public:
 
 private:
     static constexpr uint32_t kBits = 64;
-    std::array<std::atomic<float>, kCount> positions{};
+    std::array<std::atomic<float>, kCount> positions{}, own{};
     std::array<std::atomic<uint64_t>, (kCount + kBits - 1) / kBits> marks{};
     std::atomic<bool> restore{false};
 };

@@ -1,29 +1,21 @@
 #include "host/instrument/SettingsMirror.h"
 
-#include "host/state/ParameterReader.h"
+#include "host/instrument/SoundDesk.h"
 #include "host/state/StateTransfer.h"
 #include "processor/IProcessor.h"
 
 namespace Quorvan::Host {
 
-namespace {
-
-bool IsKept(const ParameterInfo& info) {
-    return IsStored(info, ParameterScope::Sound) || info.index == kBypassIndex;
-}
-
-}  // namespace
-
 Engine& SettingsMirror::Synced() {
     for (const ParameterInfo& info : catalog.All())
-        if (IsKept(info))
+        if (IsInSounds(info))
             engine.GetProcessor().SetParameter(info.index, positions.Position(info.index));
     return engine;
 }
 
 void SettingsMirror::Publish() {
     for (const ParameterInfo& info : catalog.All())
-        if (IsKept(info))
+        if (IsInSounds(info))
             positions.Note(info.index, engine.Position(info.index));
     positions.AskForRestore();
 }

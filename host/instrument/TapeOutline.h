@@ -16,9 +16,11 @@ public:
         std::array<float, kColumns> lowest{}, highest{};
     };
 
+    /// Columns that outlive it, to be kept up to date.
+    explicit TapeOutline(Columns& kept) : columns(kept) {}
+
     /// tape: length samples, of which those up to written (not counted) are the newest.
     void Follow(const float* tape, uint32_t length, uint32_t written);
-    const Columns& Get() const { return columns; }
 
 private:
     void Measure(uint32_t column);
@@ -31,7 +33,7 @@ private:
     uint32_t size = 0;
     uint32_t head = 0;  ///< column of the write head
     uint32_t next = 0;  ///< the one whose turn it is
-    Columns columns;
+    Columns& columns;
 };
 
 }  // namespace Quorvan::Host

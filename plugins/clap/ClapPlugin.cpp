@@ -61,10 +61,8 @@ bool ClapPlugin::Init() {
 
 bool ClapPlugin::Activate(double newRate, uint32_t longestBuffer) {
     try {
-        Host::StreamFormat format = ports.Format(newRate);
-        format.sendsFeedback = false;
         ports.Prepare(longestBuffer);
-        instrument.Activate(format);
+        instrument.Activate(ports.Format(newRate));
     } catch (const std::exception& error) {
         Log(kLogError, error.what());
         return false;

@@ -127,10 +127,12 @@ constexpr clap_plugin_latency_t kLatency{Latency};
 uint32_t CLAP_ABI TailFrames(const clap_plugin_t* plugin) { return Of(plugin).TailFrames(); }
 constexpr PluginTail kTail{TailFrames};
 
-/// The sound is the same in real time and without; there is nothing to switch.
 bool CLAP_ABI NeedsRealtime(const clap_plugin_t*) { return false; }
-bool CLAP_ABI SetRenderMode(const clap_plugin_t*, int32_t mode) {
-    return mode >= 0 && mode <= kRenderOffline;
+bool CLAP_ABI SetRenderMode(const clap_plugin_t* plugin, int32_t mode) {
+    if (mode < 0 || mode > kRenderOffline)
+        return false;
+    Of(plugin).instrument.SetOffline(mode == kRenderOffline);
+    return true;
 }
 constexpr PluginRender kRender{NeedsRealtime, SetRenderMode};
 

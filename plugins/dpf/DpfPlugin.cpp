@@ -44,6 +44,8 @@ DpfPlugin::DpfPlugin()
     // A new processor is silent; a new plug-in sounds.
     instrument.LoadPreset(
         *Host::ReadPreset(Host::FactoryPresets().front().json, Host::SharedCatalog()).value);
+    for (uint32_t id = 0; id < ControlCount(); ++id)
+        ports.Begin(id, getParameterValue(id));
     if (isDummyInstance())
         return;
     if (const std::string problem = LoadDefaultMidiMap(instrument); !problem.empty())
@@ -149,7 +151,7 @@ float DpfPlugin::getParameterValue(uint32_t index) const {
 /// A value that shows where the control stands already is no news: the way to it and back rounds.
 void DpfPlugin::setParameterValue(uint32_t index, float value) {
     const Range& range = ranges[index];
-    if (value == getParameterValue(index))
+    if (!ports.Hear(index, value) || value == getParameterValue(index))
         return;
     const float position =
         range.stepped ? instrument.PositionOfControlValue(index, static_cast<double>(value))
@@ -169,15 +171,23 @@ void DpfPlugin::loadProgram(uint32_t index) {
     caretaker.AskForFactoryPreset(index);
 }
 
-String DpfPlugin::getState(const char*) const { return String(instrument.SaveState().c_str()); }
+String DpfPlugin::getState(const char*) const {
+    const auto apart = ports.Apart([this](uint32_t id) { return getParameterValue(id); });
+    return String(instrument.SaveState(apart).c_str());
+}
 
 void DpfPlugin::setState(const char* key, const char* value) {
     if (std::strcmp(key, kStateKey) != 0 || *value == '\0')
         return;
     // VST3 names the program that was chosen once ahead of the state, which is the newer of both.
     caretaker.ForgetFactoryPreset();
-    for (const Host::Issue& issue : instrument.LoadState(value))
+    bool loaded = true;
+    for (const Host::Issue& issue : instrument.LoadState(value)) {
         d_stderr("Tesserae: %s", issue.text.c_str());
+        loaded = loaded && issue.severity != Host::Issue::Severity::Error;
+    }
+    if (loaded)
+        ports.Expect(instrument.LoadedPorts());
 }
 
 void DpfPlugin::Start() {
@@ -185,7 +195,6 @@ void DpfPlugin::Start() {
         Host::StreamFormat format;
         format.sampleRate = getSampleRate();
         format.sideChainInputs = 2;
-        format.sendsFeedback = false;
         instrument.Activate(format);
     } catch (const std::exception& error) {
         d_stderr("Tesserae: %s", error.what());
@@ -214,8 +223,21 @@ std::optional<Host::Transport> DpfPlugin::Place(uint32_t frames) {
     return steady.Steady(place, static_cast<int64_t>(time.frame), frames, instrument);
 }
 
-void DpfPlugin::OnControlMove(uint32_t, uint32_t id, double) {
-    requestParameterValueChange(id, getParameterValue(id));
+/// Controls move by presets, MIDI and morphs too.
+void DpfPlugin::LetPortsFollow() {
+    for (uint32_t id = 0; id < ControlCount(); ++id) {
+        const float value = getParameterValue(id);
+        if (!ports.AsksFor(id, value))
+            continue;
+#ifdef DISTRHO_PLUGIN_TARGET_LV2
+        // The framework hands both on as they are: to a host that counts ports, controls from 9 on,
+        // and has "enabled" where others have "bypass".
+        constexpr uint32_t kFirstControlPort = 9;
+        requestParameterValueChange(kFirstControlPort + id, id == 0 ? 1.0f - value : value);
+#else
+        requestParameterValueChange(id, value);
+#endif
+    }
 }
 
 #if DISTRHO_PLUGIN_WANT_MIDI_INPUT
@@ -242,7 +264,8 @@ void DpfPlugin::Play(const float** inputs, float** outputs, uint32_t frames) {
     buffer.audio.frames = frames;
     buffer.events = events;
     buffer.transport = Place(frames);
-    instrument.Process(buffer, *this);
+    instrument.Process(buffer, nobody);
+    LetPortsFollow();
 }
 
 }  // namespace Quorvan::Plugins

@@ -6,6 +6,7 @@
 
 #include "DistrhoPlugin.hpp"
 #include "host/instrument/Instrument.h"
+#include "plugins/dpf/PortMemory.h"
 #include "plugins/shared/Caretaker.h"
 #include "plugins/shared/SteadyPlace.h"
 
@@ -17,7 +18,7 @@ namespace Quorvan::Plugins {
 /// choices, or its unit where the knob's travel is straight in it; all others are positions 0..1,
 /// for what they stand for varies. State is the instrument's text under one key; programs are the
 /// factory presets.
-class DpfPlugin final : public DISTRHO_NAMESPACE::Plugin, private Host::ControlSink {
+class DpfPlugin final : public DISTRHO_NAMESPACE::Plugin {
 public:
     DpfPlugin();
 
@@ -61,7 +62,7 @@ private:
     };
     Range RangeOf(uint32_t id) const;
     std::optional<Host::Transport> Place(uint32_t frames);
-    void OnControlMove(uint32_t frame, uint32_t id, double position) override;
+    void LetPortsFollow();
     void Start();
     void Play(const float** inputs, float** outputs, uint32_t frames);
 
@@ -70,6 +71,8 @@ private:
     std::vector<Range> ranges;
     std::vector<std::string> groups;
     std::vector<Host::InstrumentEvent> events;
+    PortMemory ports;
+    Host::ControlSink nobody;  ///< LetPortsFollow hears of all moves
     SteadyPlace steady;
     Caretaker caretaker;
 };

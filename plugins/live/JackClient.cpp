@@ -51,7 +51,6 @@ bool JackClient::Start() {
     Host::StreamFormat format;
     format.sampleRate = Rate();
     format.sideChainInputs = 2;
-    format.sendsFeedback = false;
     instrument.Activate(format, instrument.Song().Tempo());
 
     jack_set_process_callback(
@@ -69,6 +68,10 @@ bool JackClient::Start() {
             me->otherRate.store(static_cast<double>(rate) != me->Rate());
             return 0;
         },
+        this);
+    jack_set_freewheel_callback(
+        client,
+        [](int on, void* self) { static_cast<JackClient*>(self)->instrument.SetOffline(on != 0); },
         this);
     jack_set_latency_callback(client, TellLatency, this);
     return jack_activate(client) == 0;

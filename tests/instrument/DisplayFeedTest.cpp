@@ -9,9 +9,12 @@ TEST(DisplayFeedTest, ShowsWhatSoundsAndChangesNothingOfIt) {
     StereoSignal input = NoiseInput(72000);
     for (float& sample : input[1])
         sample *= 0.25f;
-    ReadyInstrument plain, watched;
+    ReadyInstrument plain, watched, offline;
     watched.Display().Watch(true);
-    EXPECT_TRUE(watched.Run(input) == plain.Run(input));
+    offline.SetOffline(true);
+    const StereoSignal sound = plain.Run(input);
+    EXPECT_TRUE(watched.Run(input) == sound);
+    EXPECT_TRUE(offline.Run(input) == sound);
     EXPECT_FALSE(plain.Display().Take());
     ASSERT_TRUE(watched.Display().Take());
     EXPECT_FALSE(watched.Display().Take());

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "lv2/atom.h"
+#include "lv2/control-input-port-change-request.h"
 #include "lv2/lv2.h"
 #include "lv2/options.h"
 #include "lv2/state.h"
@@ -74,9 +75,17 @@ struct Lv2Instance {
     LV2_Worker_Schedule schedule{
         nullptr, [](void*, uint32_t, const void*) { return LV2_WORKER_ERR_NO_SPACE; }};
     LV2_Options_Option options[1]{};
-    LV2_Feature all[3]{
-        {LV2_URID__map, &map}, {LV2_WORKER__schedule, &schedule}, {LV2_OPTIONS__options, options}};
-    const LV2_Feature* features[4]{&all[0], &all[1], &all[2], nullptr};
+    std::array<float, 100> asked{};  ///< values that the plug-in wants its ports to have
+    LV2_ControlInputPort_Change_Request request{asked.data(),
+                                                [](void* kept, uint32_t port, float value) {
+                                                    static_cast<float*>(kept)[port] = value;
+                                                    return LV2_CONTROL_INPUT_PORT_CHANGE_SUCCESS;
+                                                }};
+    LV2_Feature all[4]{{LV2_URID__map, &map},
+                       {LV2_WORKER__schedule, &schedule},
+                       {LV2_OPTIONS__options, options},
+                       {LV2_CONTROL_INPUT_PORT_CHANGE_REQUEST_URI, &request}};
+    const LV2_Feature* features[5]{&all[0], &all[1], &all[2], &all[3], nullptr};
     LV2_Atom_Sequence eventsIn{{sizeof(LV2_Atom_Sequence_Body), 0}, {0, 0}};
     std::vector<uint64_t> eventsOut = std::vector<uint64_t>(1024);
     const LV2_Descriptor* plugin;
@@ -85,6 +94,7 @@ struct Lv2Instance {
 };
 
 static const char* binary = nullptr;
+static constexpr uint32_t kDryWetPort = 10;
 
 TEST(Lv2Test, RunNeitherAllocatesNorLocksAndStatesComeBackToTheByte) {
     Lv2Instance lv2(binary), second(binary);
@@ -100,7 +110,6 @@ TEST(Lv2Test, RunNeitherAllocatesNorLocksAndStatesComeBackToTheByte) {
     });
     std::mt19937 random(3);
     float dryWet = 50.0f, loudest = 0.0f;
-    constexpr uint32_t kDryWetPort = 10;
     lv2.Connect(kDryWetPort, dryWet);
     for (int i = 0; i < 3000; ++i) {
         const uint32_t frames = static_cast<uint32_t>(random()) % (Lv2Instance::kMost + 1);
@@ -119,6 +128,27 @@ TEST(Lv2Test, RunNeitherAllocatesNorLocksAndStatesComeBackToTheByte) {
     const std::string saved = lv2.Save();
     second.Restore(saved);
     EXPECT_TRUE(saved != plain && second.Save() == saved);
+}
+
+TEST(Lv2Test, AStateWinsOverPortsThatDidNotFollowIt) {
+    Lv2Instance lv2(binary), again(binary);
+    const std::string plain = lv2.Save();
+    float port = 30.0f;
+    lv2.Connect(kDryWetPort, port);
+    lv2.Run(64);
+    EXPECT_NE(lv2.Save(), plain);
+    EXPECT_EQ(lv2.asked, (std::array<float, 100>{}));
+    lv2.Restore(plain);
+    lv2.Run(64);
+    EXPECT_EQ(lv2.asked[kDryWetPort], 50.0f);
+    const std::string saved = lv2.Save();
+    again.Connect(kDryWetPort, port);
+    again.Restore(saved);
+    again.Run(64);
+    EXPECT_EQ(again.Save(), saved);
+    port = 31.0f;
+    again.Run(64);
+    EXPECT_NE(again.Save(), saved);
 }
 
 }  // namespace Quorvan::test
