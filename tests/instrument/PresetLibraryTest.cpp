@@ -1,6 +1,8 @@
 #include "host/instrument/PresetLibrary.h"
 
+#include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 
 #include <fstream>
 
@@ -40,7 +42,17 @@ TEST(PresetLibraryTest, PresetsAreSavedFoundRenamedAndThrownIntoTheTrash) {
     EXPECT_NE(library.Save(mine, true), "");
     fs::remove(folder.path / "trash");
     fs::rename(folder.path / "away", folder.path / "trash");
+    // A disk that is full when the new file is half written: likewise.
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit full{fs::file_size(folder.path / "My - -pad-.json"), RLIM_INFINITY};
+    rlimit before{};
+    ASSERT_TRUE(getrlimit(RLIMIT_FSIZE, &before) == 0 && setrlimit(RLIMIT_FSIZE, &full) == 0);
+    Preset longer = mine;
+    longer.description = "Longer";
+    EXPECT_NE(library.Save(longer, true), "");
+    setrlimit(RLIMIT_FSIZE, &before);
     ASSERT_TRUE(library.Find(mine.name));
+    EXPECT_EQ(library.Entries()[*library.Find(mine.name)].description, "");
     const auto found = library.Search("MY", std::vector<std::string>{"pad"});
     ASSERT_EQ(found.size(), 1u);
     ReadyInstrument saved, loaded;

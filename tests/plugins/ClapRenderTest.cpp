@@ -1,3 +1,4 @@
+#include "clap/ext/timer-support.h"
 #include "plugins/claphost/ClapInstance.h"
 #include "tools/ToolRig.h"
 
@@ -53,21 +54,35 @@ TEST_F(ClapRenderTest, TheSameEventsSoundAsInTheRenderer) {
     }
 }
 
-TEST_F(ClapRenderTest, NewInstancesBeginWithTheUsersMidiMap) {
-    std::filesystem::create_directories(folder / "tesserae");
+TEST_F(ClapRenderTest, InstancesHaveTheUsersMidiMapAndSetList) {
+    std::filesystem::create_directories(folder / "tesserae/presets");
     WriteFile(folder / "tesserae/midi-map.json",
               R"({"format": "tesserae-midi-map", "version": 1, "midi": [
                   {"parameter": "Feedback", "source": "controller", "number": 74}]})");
     setenv("XDG_DATA_HOME", (folder / "").c_str(), 1);
     const ClapHost::ClapLibrary library(CLAP_BINARY);
     ClapHost::ClapInstance instance(library);
-    unsetenv("XDG_DATA_HOME");
     instance.Activate(48000.0);
     ClapHost::EventList events;
     const auto header = ClapHost::Header<clap_event_midi_t>(0, CLAP_EVENT_MIDI);
     events.Add({.midi = {header, 0, {0xb0, 74, 127}}});
     instance.Run(ClapHost::Noise(512), events);
     EXPECT_EQ(instance.Value(2), 1.0);
+
+    // A set list counts as it is when the program change comes.
+    for (const std::string name : {"Shimmer", "Bar Canon"}) {
+        WriteFile(folder / "tesserae/presets/set-list.json", "{\"presets\": [\"" + name + "\"]}");
+        ClapHost::EventList programs;
+        programs.Add({.midi = {header, 0, {0xc0, 0, 0}}});
+        instance.Run(ClapHost::Noise(512), programs);
+        const auto& timer = instance.Get<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
+        timer.on_timer(instance.plugin, 0);
+        EXPECT_NE(instance.Save().find("\"preset\": \"" + name + "\""), std::string::npos);
+    }
+    unsetenv("XDG_DATA_HOME");
+    // Conversions of more than was announced find no memory.
+    EXPECT_ANY_THROW(instance.Run(ClapHost::Noise(5000), {},
+                                  {.nextFrames = [] { return 5000u; }, .wide = true}));
 }
 
 }  // namespace
