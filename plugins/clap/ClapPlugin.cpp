@@ -35,6 +35,7 @@ const clap_plugin_t* ClapPlugin::Create(const clap_host_t& host) {
 
 ClapPlugin::ClapPlugin(const clap_host_t& pluginHost)
     : instrument(Host::SharedCatalog()),
+      gui(*this, pluginHost),
       host(pluginHost),
       plugin(PluginFunctions(this)),
       reader(instrument) {
@@ -46,6 +47,7 @@ ClapPlugin::ClapPlugin(const clap_host_t& pluginHost)
 }
 
 ClapPlugin::~ClapPlugin() {
+    gui.Destroy();
     const auto* const timers = HostExtension<clap_host_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
     if (timers != nullptr && timer != CLAP_INVALID_ID)
         timers->unregister_timer(&host, timer);
@@ -203,6 +205,11 @@ bool ClapPlugin::LoadPreset(uint32_t kind, const char* location, const char* key
     if (loaded && hostPresets != nullptr)
         hostPresets->loaded(&host, kind, location, key);
     return loaded;
+}
+
+void ClapPlugin::OnTimer(clap_id id) {
+    if (!gui.TakeTimer(id))
+        Poll();
 }
 
 void ClapPlugin::Poll() {

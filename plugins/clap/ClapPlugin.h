@@ -15,6 +15,7 @@
 #include "plugins/clap/AudioPorts.h"
 #include "plugins/clap/ClapExtras.h"
 #include "plugins/clap/EventReader.h"
+#include "plugins/clap/Gui.h"
 
 namespace Quorvan::Clap {
 
@@ -43,11 +44,19 @@ public:
     /// Any thread: on others than the main one as it was when last asked there, or when a new sound
     /// came.
     uint32_t TailFrames();
-    /// Takes up what MIDI asked for; called by a timer of the host's.
+    /// A timer of the host's has run out: takes up what MIDI asked for, or looks after the window.
+    void OnTimer(clap_id id);
+    /// Takes up what MIDI asked for.
     void Poll();
+    /// Has the host read all values anew. Main thread.
+    void TellOfNewSound();
+    void Log(int32_t severity, const std::string& sentence) const;
+    /// The user's presets. Main thread.
+    Host::PresetLibrary& Library();
 
     Host::Instrument instrument;
     AudioPorts ports;
+    Gui gui;
 
 private:
     explicit ClapPlugin(const clap_host_t& pluginHost);
@@ -56,12 +65,9 @@ private:
     const Extension* HostExtension(const char* id) const {
         return static_cast<const Extension*>(host.get_extension(&host, id));
     }
-    Host::PresetLibrary& Library();
     bool Take(const Host::Parsed<Host::Preset>& parsed, std::string& problem);
-    void TellOfNewSound();
     bool IsMainThread() const;
     void MeasureTail();
-    void Log(int32_t severity, const std::string& sentence) const;
 
     const clap_host_t& host;
     clap_plugin_t plugin;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "clap/ext/audio-ports.h"
+#include "clap/ext/gui.h"
 #include "clap/ext/latency.h"
 #include "clap/ext/note-ports.h"
 #include "clap/ext/params.h"
@@ -13,6 +14,7 @@
 #include "clap/ext/timer-support.h"
 #include "plugins/clap/ClapPlugin.h"
 #include "plugins/clap/Descriptor.h"
+#include "plugins/ui/Face.h"
 
 namespace Quorvan::Clap {
 
@@ -136,9 +138,9 @@ bool CLAP_ABI SetRenderMode(const clap_plugin_t* plugin, int32_t mode) {
 }
 constexpr PluginRender kRender{NeedsRealtime, SetRenderMode};
 
-void CLAP_ABI OnTimer(const clap_plugin_t* plugin, clap_id) {
+void CLAP_ABI OnTimer(const clap_plugin_t* plugin, clap_id id) {
     Guarded([&] {
-        Of(plugin).Poll();
+        Of(plugin).OnTimer(id);
         return true;
     });
 }
@@ -149,6 +151,81 @@ bool CLAP_ABI LoadPreset(const clap_plugin_t* plugin, uint32_t kind, const char*
     return Guarded([&] { return Of(plugin).LoadPreset(kind, location, key); });
 }
 constexpr PluginPresetLoad kPresetLoad{LoadPreset};
+
+// ---- The window
+
+bool CLAP_ABI IsApiSupported(const clap_plugin_t* plugin, const char* api, bool isFloating) {
+    return Of(plugin).gui.IsSupported(api, isFloating);
+}
+bool CLAP_ABI GetPreferredApi(const clap_plugin_t*, const char** api, bool* isFloating) {
+    *api = CLAP_WINDOW_API_X11;
+    *isFloating = false;
+    return true;
+}
+bool CLAP_ABI CreateGui(const clap_plugin_t* plugin, const char* api, bool isFloating) {
+    return Guarded([&] { return Of(plugin).gui.Create(api, isFloating); });
+}
+void CLAP_ABI DestroyGui(const clap_plugin_t* plugin) { Of(plugin).gui.Destroy(); }
+bool CLAP_ABI SetScale(const clap_plugin_t* plugin, double scale) {
+    return Of(plugin).gui.SetScale(scale);
+}
+bool CLAP_ABI GetSize(const clap_plugin_t* plugin, uint32_t* width, uint32_t* height) {
+    const Ui::FaceWindow::Size size = Of(plugin).gui.GetSize();
+    *width = size.width;
+    *height = size.height;
+    return size.width > 0;
+}
+bool CLAP_ABI CanResize(const clap_plugin_t*) { return true; }
+bool CLAP_ABI GetResizeHints(const clap_plugin_t*, clap_gui_resize_hints_t* hints) {
+    *hints = {.can_resize_horizontally = true,
+              .can_resize_vertically = true,
+              .preserve_aspect_ratio = true,
+              .aspect_ratio_width = Ui::Face::kWidth,
+              .aspect_ratio_height = Ui::Face::kHeight};
+    return true;
+}
+bool CLAP_ABI AdjustSize(const clap_plugin_t*, uint32_t* width, uint32_t* height) {
+    const Ui::FaceWindow::Size size = Ui::FaceWindow::Fitting({*width, *height});
+    *width = size.width;
+    *height = size.height;
+    return true;
+}
+bool CLAP_ABI SetSize(const clap_plugin_t* plugin, uint32_t width, uint32_t height) {
+    return Guarded([&] { return Of(plugin).gui.SetSize({width, height}); });
+}
+bool CLAP_ABI SetParent(const clap_plugin_t* plugin, const clap_window_t* window) {
+    return Guarded([&] { return Of(plugin).gui.SetParent(*window); });
+}
+bool CLAP_ABI SetTransient(const clap_plugin_t* plugin, const clap_window_t* window) {
+    return Guarded([&] { return Of(plugin).gui.SetTransient(*window); });
+}
+void CLAP_ABI SuggestTitle(const clap_plugin_t* plugin, const char* title) {
+    Guarded([&] {
+        Of(plugin).gui.SuggestTitle(title != nullptr ? title : "");
+        return true;
+    });
+}
+bool CLAP_ABI ShowGui(const clap_plugin_t* plugin) {
+    return Guarded([&] { return Of(plugin).gui.Show(); });
+}
+bool CLAP_ABI HideGui(const clap_plugin_t* plugin) {
+    return Guarded([&] { return Of(plugin).gui.Hide(); });
+}
+constexpr clap_plugin_gui_t kGui{.is_api_supported = IsApiSupported,
+                                 .get_preferred_api = GetPreferredApi,
+                                 .create = CreateGui,
+                                 .destroy = DestroyGui,
+                                 .set_scale = SetScale,
+                                 .get_size = GetSize,
+                                 .can_resize = CanResize,
+                                 .get_resize_hints = GetResizeHints,
+                                 .adjust_size = AdjustSize,
+                                 .set_size = SetSize,
+                                 .set_parent = SetParent,
+                                 .set_transient = SetTransient,
+                                 .suggest_title = SuggestTitle,
+                                 .show = ShowGui,
+                                 .hide = HideGui};
 
 const void* CLAP_ABI GetExtension(const clap_plugin_t*, const char* id) {
     struct Row {
@@ -161,7 +238,7 @@ const void* CLAP_ABI GetExtension(const clap_plugin_t*, const char* id) {
         {CLAP_EXT_STATE, &kState},          {CLAP_EXT_LATENCY, &kLatency},
         {kTailExtension, &kTail},           {kRenderExtension, &kRender},
         {CLAP_EXT_TIMER_SUPPORT, &kTimer},  {kPresetLoadExtension, &kPresetLoad},
-        {kPresetLoadDraft, &kPresetLoad}};
+        {kPresetLoadDraft, &kPresetLoad},   {CLAP_EXT_GUI, &kGui}};
     for (const Row& row : kRows)
         if (id != nullptr && row.id == id)
             return row.functions;
@@ -182,7 +259,7 @@ void CLAP_ABI Reset(const clap_plugin_t* plugin) { Of(plugin).Reset(); }
 clap_process_status CLAP_ABI Process(const clap_plugin_t* plugin, const clap_process_t* process) {
     return Of(plugin).Process(*process);
 }
-void CLAP_ABI OnMainThread(const clap_plugin_t* plugin) { OnTimer(plugin, 0); }
+void CLAP_ABI OnMainThread(const clap_plugin_t* plugin) { OnTimer(plugin, CLAP_INVALID_ID); }
 
 }  // namespace
 

@@ -12,8 +12,8 @@ namespace Quorvan::dsp {
 
 namespace {
 
-/// From this size on, in bytes, memory comes page by page. A C library's calloc may hand out what has
-/// been used before and zero it, all of it, itself.
+/// From this size on, in bytes, memory comes page by page. A C library's calloc may hand out what
+/// has been used before and zero it, all of it, itself.
 constexpr size_t kPaged = 64 << 10;
 
 }  // namespace
@@ -23,8 +23,8 @@ void ZeroedArray::Allocate(size_t samples) {
     const size_t bytes = samples * sizeof(float);
 #ifdef TESSERAE_HAS_PAGES
     if (bytes >= kPaged) {
-        void* const mapped = mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
-                                 MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        void* const mapped =
+            mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapped == MAP_FAILED)
             throw std::bad_alloc();
         memory = static_cast<float*>(mapped);
