@@ -99,8 +99,7 @@ bool Gui::Hide() {
 
 bool Gui::Open(uintptr_t parent) {
     try {
-        window = std::make_unique<Ui::FaceWindow>(plugin.instrument, plugin.Library(), parent,
-                                                  scale, size);
+        window = std::make_unique<Ui::FaceWindow>(plugin.instrument, parent, scale, size);
     } catch (const std::exception& error) {
         plugin.Log(kLogError, error.what());
         return false;
@@ -135,8 +134,8 @@ bool Gui::TakeTimer(clap_id id) {
     return true;
 }
 
-/// What is moved by a gesture goes out with the events; the rest, as a preset from the list, the host
-/// is asked to read anew once the hand is off.
+/// What is moved by a gesture goes out with the events; the rest, as a preset from the list, the
+/// host is asked to read anew once the hand is off.
 void Gui::TellHost() {
     const bool isHeld = window->IsHeld();
     const auto* const params = Of<clap_host_params_t>(host, CLAP_EXT_PARAMS);

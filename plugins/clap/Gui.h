@@ -13,8 +13,9 @@ namespace Quorvan::Clap {
 
 class ClapPlugin;
 
-/// The window of a plug-in as its host opens it, in a window of the host's or one of its own. All on
-/// the main thread. A timer of the host's has it drawn, so that a host without timers has no window.
+/// The window of a plug-in as its host opens it, in a window of the host's or one of its own. All
+/// on the main thread. A timer of the host's has it drawn, so that a host without timers has no
+/// window.
 class Gui {
 public:
     explicit Gui(ClapPlugin& clapPlugin, const clap_host_t& clapHost)

@@ -22,6 +22,10 @@ class DpfPlugin final : public DISTRHO_NAMESPACE::Plugin {
 public:
     DpfPlugin();
 
+    /// For the face, which works on the same instrument.
+    Host::Instrument& Played() { return instrument; }
+    float getParameterValue(uint32_t index) const override;
+
 protected:
     const char* getLabel() const override { return "Tesserae"; }
     const char* getDescription() const override;
@@ -36,7 +40,6 @@ protected:
     void initProgramName(uint32_t index, DISTRHO_NAMESPACE::String& name) override;
     void initState(uint32_t index, DISTRHO_NAMESPACE::State& state) override;
 
-    float getParameterValue(uint32_t index) const override;
     void setParameterValue(uint32_t index, float value) override;
     void loadProgram(uint32_t index) override;
     DISTRHO_NAMESPACE::String getState(const char* key) const override;

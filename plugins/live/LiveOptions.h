@@ -16,8 +16,8 @@ struct LiveOptions {
     std::optional<uint64_t> seed;
     std::string name = "Tesserae";
     bool connect = false;
-    bool run = false;      ///< the song plays from the start
-    bool headless = true;  ///< there is no window yet
+    bool run = false;  ///< the song plays from the start
+    bool headless = false;
     bool quiet = false;
 };
 

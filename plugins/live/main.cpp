@@ -22,6 +22,7 @@
 #include "plugins/live/Lessons.h"
 #include "plugins/live/LiveOptions.h"
 #include "plugins/shared/Caretaker.h"
+#include "plugins/ui/window/FaceWindow.h"
 #include "presets/FactoryPresets.h"
 
 namespace Quorvan::Live {
@@ -147,6 +148,37 @@ Lessons Teach(Host::Instrument& instrument, const LiveOptions& options) {
     }
 }
 
+/// The window, unless nobody wants one or there is no display for it.
+class Screen {
+public:
+    Screen(Host::Instrument& instrument, const LiveOptions& options) {
+        if (options.headless)
+            return;
+        if (!Ui::FaceWindow::HasDisplay()) {
+            Say(options, "There is no display, so that no window opens.");
+            return;
+        }
+        window = std::make_unique<Ui::FaceWindow>(instrument, 0, 1.0,
+                                                  Ui::FaceWindow::FirstSize(instrument, 1.0));
+        window->Show();
+    }
+
+    /// Whether the program is to end, by a signal or because the window was closed; waits so long
+    /// for that.
+    bool Ends(const sigset_t& signals, long milliseconds) {
+        constexpr long kFrame = 16;
+        if (window == nullptr)
+            return Live::Ends(signals, milliseconds);
+        for (long waited = 0; waited < milliseconds; waited += kFrame)
+            if (Live::Ends(signals, kFrame) || !window->Idle())
+                return true;
+        return false;
+    }
+
+private:
+    std::unique_ptr<Ui::FaceWindow> window;
+};
+
 /// Plays until a signal comes, also where the server goes and comes back.
 void Play(Host::Instrument& instrument, const LiveOptions& options) {
     const sigset_t signals = EndingSignals();
@@ -159,12 +191,13 @@ void Play(Host::Instrument& instrument, const LiveOptions& options) {
                       "No JACK server runs. Start one (jackd -d alsa, or qjackctl), or with "
                       "PipeWire put pw-jack in front of this command."};
     const Plugins::Caretaker caretaker(instrument);
+    Screen screen(instrument, options);
     std::string preset = instrument.PresetName();
     for (bool ends = false; !ends;) {
         const int wires = options.connect ? client->ConnectToMachine() : 0;
         Introduce(options, *client, instrument.LatencyFrames(), wires);
         while (!ends && !client->IsLost() && !client->IsOutOfRate()) {
-            ends = Ends(signals, 100);
+            ends = screen.Ends(signals, 100);
             lessons.Look();
             if (instrument.PresetName() != std::exchange(preset, instrument.PresetName()))
                 Say(options, "Preset " + Host::Quoted(preset) + ".");
@@ -175,7 +208,7 @@ void Play(Host::Instrument& instrument, const LiveOptions& options) {
                                       : "The JACK server has changed its rate.");
         client.reset();
         while (!ends && client == nullptr) {
-            ends = Ends(signals, 500);
+            ends = screen.Ends(signals, 500);
             if (!ends)
                 client = JackClient::Open(instrument, options.name);
         }
@@ -220,7 +253,7 @@ int Main(int argc, char** argv) {
     app.add_option("--name", options.name, "Name of the JACK client")->capture_default_str();
     app.add_flag("--connect", options.connect,
                  "Connect to the machine's inputs, outputs and MIDI devices");
-    app.add_flag("--headless", options.headless, "Open no window; there is none yet");
+    app.add_flag("--headless", options.headless, "Open no window");
     app.add_flag("--quiet", options.quiet, "Say nothing but what went wrong");
     try {
         app.parse(argc, argv);

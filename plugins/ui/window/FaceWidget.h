@@ -6,20 +6,23 @@
 #include <utility>
 
 #include "Cairo.hpp"
+#include "host/instrument/PresetLibrary.h"
 #include "plugins/ui/Face.h"
 #include "plugins/ui/window/Translation.h"
 
 namespace Quorvan::Ui {
 
-/// The face as a widget of the toolkit; Base is the toolkit's own top level widget, or what a format's
-/// framework makes of it.
+/// The face as a widget of the toolkit; Base is the toolkit's own top level widget, or what a
+/// format's framework makes of it.
 template <class Base>
 class FaceWidget : public Base {
 public:
-    /// more goes to Base.
-    template <class... More>
-    FaceWidget(Host::Instrument& instrument, Host::PresetLibrary& presets, More&&... more)
-        : Base(std::forward<More>(more)...), face(instrument, presets) {
+    /// instrumentOf finds the instrument once Base stands; more goes to Base.
+    template <class Find, class... More>
+    FaceWidget(Find instrumentOf, Host::PresetLibrary userPresets, More&&... more)
+        : Base(std::forward<More>(more)...),
+          presets(std::move(userPresets)),
+          face(instrumentOf(*this), presets) {
         face.Resize(static_cast<int>(this->getWidth()), static_cast<int>(this->getHeight()));
     }
 
@@ -32,10 +35,8 @@ public:
     bool IsHeld() const { return held || Now() - lastTouch < 0.5; }
 
 protected:
-    void onDisplay() override {
-        cairo_t* const target =
-            static_cast<const Toolkit::CairoGraphicsContext&>(this->getGraphicsContext()).handle;
-        face.Draw(target, Whole());
+    void onCairoDisplay(const Toolkit::CairoGraphicsContext& context) override {
+        face.Draw(context.handle, Whole());
     }
     bool onMouse(const Toolkit::Widget::MouseEvent& event) override {
         Touch();
@@ -82,7 +83,8 @@ private:
     /// Whole pixels that hold the rectangle, as far as it is on the window.
     void Renew(const Rect& rect) {
         const Rect all = Whole();
-        const double left = std::max(0.0, std::floor(rect.x)), top = std::max(0.0, std::floor(rect.y));
+        const double left = std::max(0.0, std::floor(rect.x)),
+                     top = std::max(0.0, std::floor(rect.y));
         const double right = std::min(all.width, std::ceil(rect.Right()));
         const double bottom = std::min(all.height, std::ceil(rect.Bottom()));
         if (right > left && bottom > top)
@@ -91,6 +93,7 @@ private:
                 static_cast<unsigned>(right - left), static_cast<unsigned>(bottom - top)));
     }
 
+    Host::PresetLibrary presets;
     Face face;
     bool held = false;
     double lastTouch = -1.0;

@@ -8,13 +8,15 @@
 
 #include "Application.hpp"
 #include "Window.hpp"
+#include "host/parameters/SharedCatalog.h"
 #include "plugins/ui/window/FaceWidget.h"
+#include "presets/FactoryPresets.h"
 
 namespace Quorvan::Ui {
 
 namespace {
 
-using Widget = FaceWidget<Toolkit::TopLevelWidget>;
+using Widget = FaceWidget<Toolkit::CairoTopLevelWidget>;
 
 /// A window that its user closes is hidden and says so, nothing more.
 class Shell final : public Toolkit::Window {
@@ -33,12 +35,14 @@ private:
 }  // namespace
 
 struct FaceWindow::Parts {
-    Parts(Host::Instrument& played, Host::PresetLibrary& presets, uintptr_t parent, double scale,
-          Size size)
+    Parts(Host::Instrument& played, uintptr_t parent, double scale, Size size)
         : instrument(played),
           application(parent == 0),
           shell(application, parent, size.width, size.height, scale, true),
-          widget(instrument, presets, shell) {
+          widget(
+              [this](Toolkit::CairoTopLevelWidget&) -> Host::Instrument& { return instrument; },
+              {Host::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder()},
+              shell) {
         const auto least = [](int length) {
             return static_cast<unsigned>(std::ceil(length * Face::kSmallest));
         };
@@ -76,11 +80,10 @@ FaceWindow::Size FaceWindow::Fitting(Size wanted) {
             static_cast<uint32_t>(std::lround(Face::kHeight * scale))};
 }
 
-FaceWindow::FaceWindow(Host::Instrument& instrument, Host::PresetLibrary& presets, uintptr_t parent,
-                       double scale, Size size) {
+FaceWindow::FaceWindow(Host::Instrument& instrument, uintptr_t parent, double scale, Size size) {
     if (!HasDisplay())
         throw std::runtime_error("There is no display to open a window on.");
-    parts = std::make_unique<Parts>(instrument, presets, parent, scale, size);
+    parts = std::make_unique<Parts>(instrument, parent, scale, size);
     if (parent == 0)
         parts->shell.setTitle("Tesserae");
 }

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "host/instrument/Instrument.h"
-#include "host/instrument/PresetLibrary.h"
 
 namespace Quorvan::Ui {
 
@@ -24,10 +23,9 @@ public:
     /// The nearest size that the face is made for.
     static Size Fitting(Size wanted);
 
-    /// parent: the host's window (an X11 window id), 0 for a window of its own. Instrument and presets
-    /// have to outlive it. Throws std::runtime_error, with a sentence, without a display.
-    FaceWindow(Host::Instrument& instrument, Host::PresetLibrary& presets, uintptr_t parent,
-               double scale, Size size);
+    /// parent: the host's window (an X11 window id), 0 for a window of its own. The instrument has
+    /// to outlive it. Throws std::runtime_error, with a sentence, without a display.
+    FaceWindow(Host::Instrument& instrument, uintptr_t parent, double scale, Size size);
     ~FaceWindow();
 
     /// Takes events and draws what has moved; answers false when the user has closed it.

@@ -73,8 +73,8 @@ KeyEvent KeyOf(const Toolkit::Widget::KeyboardEvent& event) {
 
 std::string_view SignsOf(const Toolkit::Widget::CharacterInputEvent& event) {
     const Modifiers modifiers = ModifiersOf(event.mod);
-    const bool writes = event.character >= ' ' && event.character != 0x7f && !modifiers.control &&
-                        !modifiers.alt;
+    const bool writes =
+        event.character >= ' ' && event.character != 0x7f && !modifiers.control && !modifiers.alt;
     return writes ? std::string_view(event.string) : std::string_view();
 }
 

@@ -7,8 +7,8 @@
 
 namespace Quorvan::Ui {
 
-/// The toolkit's events in the face's words. Its namespace is a macro, so that no two plug-ins share
-/// its classes.
+/// The toolkit's events in the face's words. Its namespace is a macro, so that no two plug-ins
+/// share its classes.
 namespace Toolkit = DGL_NAMESPACE;
 
 Modifiers ModifiersOf(unsigned toolkit);
