@@ -14,7 +14,8 @@ from jackrig import SERVER, Player, Server
 URI = "urn:quorvan:tesserae"
 # What the framework writes that the schemas of LV2 do not know: two properties of another project's,
 # and an extension of a third one's.
-KNOWN = ("moddevices.com/ns/mod#label", "moddevices.com/ns/mod#brand", "kxstudio.sf.net/ns/lv2ext/programs#Interface")
+KNOWN = ("moddevices.com/ns/mod#label", "moddevices.com/ns/mod#brand", "kxstudio.sf.net/ns/lv2ext/programs#Interface",
+         "kxstudio.sf.net/ns/lv2ext/programs#UIInterface")
 
 
 def try_turtle(check, bundle, env):
