@@ -14,6 +14,7 @@
 
 #include "host/parameters/NameDistance.h"
 #include "host/parameters/Sentence.h"
+#include "tools/commands/BatchCommand.h"
 #include "tools/commands/CompleteLineCommand.h"
 #include "tools/commands/CompletionsCommand.h"
 #include "tools/commands/DemoSoundCommand.h"
@@ -22,6 +23,7 @@
 #include "tools/commands/InfoCommand.h"
 #include "tools/commands/ManualCommand.h"
 #include "tools/commands/ParamsCommand.h"
+#include "tools/commands/PlanCommand.h"
 #include "tools/commands/PresetsCommand.h"
 #include "tools/commands/RenderCommand.h"
 #include "tools/support/Failure.h"
@@ -40,15 +42,19 @@ constexpr const char* kExitCodes =
     "  3    a file that is to be read can't be used\n"
     "  4    a file or the results can't be written, or a file exists and --force is missing\n"
     "  5    the doctor found something wrong\n"
+    "  6    jobs of a batch failed; the others are done\n"
     "  130  interrupted (Ctrl-C); 129 and 143 after a hang-up or a terminate\n"
     "A run that does not end with 0 leaves no file and changes none, unless it\n"
-    "only could not say what it did.";
+    "only could not say what it did. A batch keeps the files of the jobs that are\n"
+    "done.";
 
 using Commands = std::vector<std::unique_ptr<Command>>;
 
 Commands MakeCommands(CLI::App& program) {
     Commands commands;
     commands.push_back(std::make_unique<RenderCommand>(program));
+    commands.push_back(std::make_unique<BatchCommand>(program));
+    commands.push_back(std::make_unique<PlanCommand>(program));
     commands.push_back(std::make_unique<ParamsCommand>(program));
     commands.push_back(std::make_unique<DestinationsCommand>(program));
     commands.push_back(std::make_unique<PresetsCommand>(program));

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "tools/audio/SoundLibrary.h"
 #include "tools/support/DanglingLink.h"
 #include "tools/support/Failure.h"
 #include "tools/support/StandardStreams.h"
@@ -59,6 +60,7 @@ struct AudioReader::File {
 
 AudioReader::AudioReader(const std::filesystem::path& path, std::optional<RawSound> raw)
     : name(path), file(std::make_unique<File>()) {
+    const std::lock_guard guard(SoundLibrary::Lock());
     Open(raw);
     if (file->handle == nullptr)
         Refuse(name, std::string("is no sound file that can be read (") + sf_strerror(nullptr) +
@@ -141,14 +143,18 @@ size_t AudioReader::ReadSome(float* const* channels, size_t at, size_t frames) {
                          sf_strerror(file->handle) + ") Export or copy it again.");
     const auto count = static_cast<size_t>(std::max<sf_count_t>(got, 0));
     const uint32_t width = Channels();
-    for (size_t i = 0; i < count * width; ++i) {
-        float sample = interleaved[i];
-        if (!std::isfinite(sample)) {
-            sample = 0.0f;
-            ++badSamples;
+    for (uint32_t c = 0; c < width; ++c) {
+        float highest = peak;
+        for (size_t i = 0; i < count; ++i) {
+            float sample = interleaved[i * width + c];
+            if (!std::isfinite(sample)) {
+                sample = 0.0f;
+                ++badSamples;
+            }
+            highest = std::max(highest, std::abs(sample));
+            channels[c][at + i] = sample;
         }
-        peak = std::max(peak, std::abs(sample));
-        channels[i % width][at + i / width] = sample;
+        peak = highest;
     }
     return count;
 }

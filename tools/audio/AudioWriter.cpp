@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tools/audio/OggSerial.h"
+#include "tools/audio/SoundLibrary.h"
 #include "tools/support/Failure.h"
 
 namespace Quorvan::Tools {
@@ -58,6 +59,7 @@ void AudioWriter::Open(double rate, uint64_t expectedFrames, const SoundTags& ta
     const bool isWav = (form.code & SF_FORMAT_TYPEMASK) == SF_FORMAT_WAV;
     if (isWav && expectedFrames * channelCount * kWidestSample > kLongestWav)
         info.format = SF_FORMAT_RF64 | (form.code & SF_FORMAT_SUBMASK);
+    const std::lock_guard guard(SoundLibrary::Lock());
     file->handle = sf_open_virtual(&file->operations, SFM_WRITE, &info, &output);
     if (file->handle == nullptr) {
         output.ThrowIfFailed();
@@ -76,8 +78,9 @@ void AudioWriter::Write(const float* const* channels, size_t frames) {
 
 void AudioWriter::WriteFloats(const float* const* channels, size_t frames) {
     floats.resize(frames * channelCount);
-    for (size_t i = 0; i < floats.size(); ++i)
-        floats[i] = channels[i % channelCount][i / channelCount];
+    for (uint32_t c = 0; c < channelCount; ++c)
+        for (size_t i = 0; i < frames; ++i)
+            floats[i * channelCount + c] = channels[c][i];
     Check(sf_writef_float(file->handle, floats.data(), static_cast<sf_count_t>(frames)), frames);
 }
 
@@ -85,15 +88,18 @@ void AudioWriter::WriteIntegers(const float* const* channels, size_t frames) {
     const double scale = std::ldexp(1.0, static_cast<int>(form.bits) - 1);
     const double shift = std::ldexp(1.0, 32 - static_cast<int>(form.bits));
     integers.resize(frames * channelCount);
-    for (size_t i = 0; i < integers.size(); ++i) {
-        const double level = std::nearbyint(
-            static_cast<double>(channels[i % channelCount][i / channelCount]) * scale);
-        const double held = std::clamp(level, -scale, scale - 1.0);
-        // A full-scale 1.0 lands half a step outside: no clipping that anybody hears.
-        if (level < -scale || level > scale)
-            ++clipped;
-        integers[i] = static_cast<int32_t>(held * shift);
-    }
+    for (uint32_t c = 0; c < channelCount; ++c)
+        for (size_t i = 0; i < frames; ++i) {
+            // Within what a whole number holds; how far outside it was does not matter.
+            const double wanted =
+                std::clamp(static_cast<double>(channels[c][i]) * scale, -scale - 1.0, scale + 1.0);
+            const auto level = static_cast<double>(std::lrint(wanted));
+            const double held = std::clamp(level, -scale, scale - 1.0);
+            // A full-scale 1.0 lands half a step outside: no clipping that anybody hears.
+            if (level < -scale || level > scale)
+                ++clipped;
+            integers[i * channelCount + c] = static_cast<int32_t>(held * shift);
+        }
     Check(sf_writef_int(file->handle, integers.data(), static_cast<sf_count_t>(frames)), frames);
 }
 

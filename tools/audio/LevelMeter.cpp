@@ -28,9 +28,13 @@ LevelMeter::~LevelMeter() = default;
 
 void LevelMeter::Add(const float* const* channels, size_t frames) {
     interleaved.resize(frames * channelCount);
-    for (size_t i = 0; i < interleaved.size(); ++i) {
-        interleaved[i] = channels[i % channelCount][i / channelCount];
-        peak = std::max(peak, std::abs(interleaved[i]));
+    for (uint32_t c = 0; c < channelCount; ++c) {
+        float highest = peak;
+        for (size_t i = 0; i < frames; ++i) {
+            interleaved[i * channelCount + c] = channels[c][i];
+            highest = std::max(highest, std::abs(channels[c][i]));
+        }
+        peak = highest;
     }
     if (ebur128_add_frames_float(state->handle, interleaved.data(), frames) != EBUR128_SUCCESS)
         throw std::bad_alloc();

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/audio/SoundLibrary.h"
 #include "tools/support/Failure.h"
 
 namespace Quorvan::Tools {
@@ -28,6 +29,7 @@ struct Resampler::Converter {
         const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, 0);
         const soxr_runtime_spec_t oneThread = soxr_runtime_spec(1);
         soxr_error_t error = nullptr;
+        const std::lock_guard guard(SoundLibrary::Lock());
         handle = soxr_create(from, to, channels, &error, &form, &quality, &oneThread);
         Check(error);
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tools/commands/Command.h"
-#include "tools/render/RenderSettings.h"
+#include "tools/render/RenderOptions.h"
 #include "tools/render/Summary.h"
 
 namespace Quorvan::Tools {
@@ -13,19 +13,13 @@ public:
     ExitCode Run() override;
 
 private:
-    void AddFiles();
-    void TakeLevels(const std::string& form);
-    void AddSound();
-    void AddTime();
-    void AddForm();
     void RunOne();
     void RunVariations();
     void Warn(const Summary& summary) const;
 
+    RenderOptions options;
     RenderSettings settings;
     uint32_t variations = 0;  ///< 0: one render, as it is named
-    bool playing = false;
-    bool stopped = false;
     bool asJson = false;
     bool quiet = false;
 };

@@ -99,7 +99,7 @@ Candidates Completer::OptionsOf(const CommandText& command) {
 
 /// Goes by what the option says that it takes.
 Candidates Completer::Values(const OptionText& option, const std::string& typed) {
-    if (option.value == "NAME=POSITION")
+    if (option.value.starts_with("NAME=POSITION"))
         return Assignments();
     if (option.value == "NAME,...")
         return Destinations(typed.substr(0, typed.rfind(',') + 1));

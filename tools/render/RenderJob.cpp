@@ -187,6 +187,8 @@ void RenderJob::Render() {
     const bool routesMove = picture && settings.automation;
     renderer.Run([&](uint64_t frames) {
         progress.Show(frames);
+        if (watch)
+            watch(static_cast<double>(frames) / rate);
         if (routesMove)
             picture->NoteRoutes();
     });
@@ -203,6 +205,7 @@ void RenderJob::Render() {
     summary.tailEnd = trimmer.End();
     summary.tailLimit = TailSeconds();
     summary.tailFade = settings.tailFade.value_or(kUsualFade);
+    summary.engineSeconds = renderer.CpuSeconds();
     summary.cpuShare = renderer.CpuSeconds() * rate / static_cast<double>(engine->FramesIn());
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/engine/Engine.h"
@@ -26,6 +28,8 @@ public:
     RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parameters);
     ~RenderJob();
 
+    /// watch hears the seconds of output that are done, piece by piece; what it throws ends Run.
+    void SetWatch(std::function<void(double)> wanted) { watch = std::move(wanted); }
     /// Throws Failure; then no file has been made or touched.
     Summary Run();
 
@@ -67,6 +71,7 @@ private:
     double tempo = 0.0;
 
     std::optional<Host::Engine> engine;
+    std::function<void(double)> watch;
     std::optional<PictureJob> picture;
     std::optional<ModulationLog> modulation;
     std::optional<double> memory;  ///< of the chain, in seconds, while it has been quiet

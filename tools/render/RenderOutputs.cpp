@@ -73,6 +73,10 @@ void RefuseOtherPictures(const RenderSettings& settings) {
                                            " end in .png.");
 }
 
+PartFile::Search SearchFor(const RenderSettings& settings) {
+    return settings.isOneOfMany ? PartFile::Search::Name : PartFile::Search::Folder;
+}
+
 /// The settings, if they make sense.
 const RenderSettings& Checked(const RenderSettings& settings) {
     RefuseSharedOutputs(settings);
@@ -84,10 +88,10 @@ const RenderSettings& Checked(const RenderSettings& settings) {
 }  // namespace
 
 RenderOutputs::RenderOutputs(const RenderSettings& wanted)
-    : sound(Checked(wanted).output, wanted.force) {
+    : sound(Checked(wanted).output, wanted.force, SearchFor(wanted)) {
     const auto open = [&wanted](std::optional<AtomicOutput>& file, const auto& name) {
         if (name)
-            file.emplace(*name, wanted.force);
+            file.emplace(*name, wanted.force, SearchFor(wanted));
     };
     open(picture, wanted.picture);
     open(modulation, wanted.modulationCsv);

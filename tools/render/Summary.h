@@ -33,6 +33,7 @@ struct Summary {
     std::optional<double> loudness;  ///< LUFS
     uint64_t grains = 0;             ///< started; left and right ones count for themselves
     double cpuShare = 0.0;           ///< processor time over length of what was processed
+    double engineSeconds = 0.0;      ///< processor time of the engine
     double elapsed = 0.0;            ///< seconds that the whole took
     uint64_t badInputs = 0;  ///< samples of the input that were no finite numbers, taken as 0
     uint64_t badSideChain = 0;

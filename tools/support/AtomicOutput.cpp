@@ -11,7 +11,6 @@
 #include "host/parameters/Sentence.h"
 #include "tools/support/DanglingLink.h"
 #include "tools/support/Failure.h"
-#include "tools/support/PartFile.h"
 #include "tools/support/TemporaryFiles.h"
 
 namespace Quorvan::Tools {
@@ -54,7 +53,7 @@ fs::path AtomicOutput::PlaceOf(const fs::path& name) {
     return error ? name : resolved;
 }
 
-AtomicOutput::AtomicOutput(const fs::path& target, bool replace)
+AtomicOutput::AtomicOutput(const fs::path& target, bool replace, PartFile::Search search)
     : name(target), place(PlaceOf(target)), replaces(replace) {
     if (IsStandardOutput()) {
         StandardStreams::CheckOutput();
@@ -62,7 +61,7 @@ AtomicOutput::AtomicOutput(const fs::path& target, bool replace)
         return;
     }
     CheckPlace();
-    OpenTemporary();
+    OpenTemporary(search);
 }
 
 AtomicOutput::~AtomicOutput() {
@@ -98,8 +97,8 @@ void AtomicOutput::CheckPlace() const {
         refuse("exists already. Choose another name, or replace it with --force.");
 }
 
-void AtomicOutput::OpenTemporary() {
-    const PartFile part(place);
+void AtomicOutput::OpenTemporary(PartFile::Search search) {
+    const PartFile part(place, search);
     temporary = part.Path().string();
     const SignalPause pause;
     part.RemoveLeftovers();

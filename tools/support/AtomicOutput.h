@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include "tools/support/PartFile.h"
 #include "tools/support/StandardStreams.h"
 
 namespace Quorvan::Tools {
@@ -15,8 +16,9 @@ namespace Quorvan::Tools {
 class AtomicOutput {
 public:
     /// Opens the file for target. Throws Failure where it can't be written, or where something is
-    /// there already and replace is false.
-    AtomicOutput(const std::filesystem::path& target, bool replace);
+    /// there already and replace is false. search tells how to find what killed runs have left.
+    AtomicOutput(const std::filesystem::path& target, bool replace,
+                 PartFile::Search search = PartFile::Search::Folder);
     ~AtomicOutput();
     AtomicOutput(const AtomicOutput&) = delete;
     AtomicOutput& operator=(const AtomicOutput&) = delete;
@@ -43,7 +45,7 @@ public:
     bool IsStandardOutput() const { return StandardStreams::IsMeant(name); }
 
 private:
-    void OpenTemporary();
+    void OpenTemporary(PartFile::Search search);
     void CheckPlace() const;
     void MoveToPlace();
     void KeepPermissions() const;

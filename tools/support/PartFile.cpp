@@ -66,12 +66,13 @@ void RemoveIfLeft(const fs::path& path) {
 
 }  // namespace
 
-PartFile::PartFile(const fs::path& place) : folder(place.parent_path()) {
+PartFile::PartFile(const fs::path& place, Search how) : search(how), folder(place.parent_path()) {
     const size_t longest = LongestName(folder);
     const size_t room = longest > 64 ? longest - kNumberRoom - kEnding.size() - 1 : longest;
     stem.assign(1, '.');
     stem.append(Shortened(place.filename().string(), room)).push_back('.');
-    path = folder / (stem + std::to_string(getpid()) + std::string(kEnding));
+    const std::string number = how == Search::Name ? "0" : std::to_string(getpid());
+    path = folder / (stem + number + std::string(kEnding));
 }
 
 int PartFile::Open() const {
@@ -91,6 +92,8 @@ int PartFile::Open() const {
 }
 
 void PartFile::RemoveLeftovers() const {
+    if (search == Search::Name)
+        return RemoveIfLeft(path);
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {

@@ -9,8 +9,12 @@ namespace Quorvan::Tools {
 /// or crashed run has left behind can be told from those of other runs, on other machines too.
 class PartFile {
 public:
+    /// How leftovers are found: by a look at the whole folder, or, where thousands of files go into
+    /// one, by a name that takes no number of the process: ".out.wav.0.part".
+    enum class Search { Folder, Name };
+
     /// Names only; nothing is made.
-    explicit PartFile(const std::filesystem::path& place);
+    PartFile(const std::filesystem::path& place, Search how);
 
     /// Makes the file, open for reading and writing and locked. Answers its descriptor, or -1 with
     /// errno set.
@@ -21,6 +25,7 @@ public:
     const std::filesystem::path& Path() const { return path; }
 
 private:
+    Search search;
     std::filesystem::path folder;
     std::string stem;  ///< ".out.wav."
     std::filesystem::path path;

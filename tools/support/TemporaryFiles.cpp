@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <mutex>
 #include <string_view>
 
 #include "host/parameters/Sentence.h"
@@ -21,7 +22,9 @@ struct Place {
     volatile std::sig_atomic_t taken = 0;
     char path[PATH_MAX] = {};
 };
-std::array<Place, 8> places;
+// Each worker of the longest batch can have four files open. Untouched ones take no memory.
+std::array<Place, 1032> places;
+std::mutex placesLock;  // handlers do without: they end the process
 
 void RemoveAll() {
     for (const Place& place : places) {
@@ -68,6 +71,7 @@ void TemporaryFiles::InstallHandlers() {
 }
 
 size_t TemporaryFiles::Add(const std::string& path) {
+    const std::lock_guard guard(placesLock);
     const auto free =
         std::find_if(places.begin(), places.end(), [](const Place& p) { return p.taken == 0; });
     if (free == places.end() || path.size() >= sizeof free->path)
@@ -79,7 +83,10 @@ size_t TemporaryFiles::Add(const std::string& path) {
     return static_cast<size_t>(free - places.begin());
 }
 
-void TemporaryFiles::Forget(size_t place) { places[place].taken = 0; }
+void TemporaryFiles::Forget(size_t place) {
+    const std::lock_guard guard(placesLock);
+    places[place].taken = 0;
+}
 
 SignalPause::SignalPause() {
     const sigset_t held = EndingSet();

@@ -9,8 +9,7 @@ namespace Quorvan::Tools {
 /// The unfinished files of this process, known to its signal handlers, which remove them when the
 /// process is told to end.
 ///
-/// Threads  calls come from one thread; handlers may interrupt it anywhere but inside a
-/// SignalPause.
+/// Threads  any may call; handlers may interrupt them anywhere but inside a SignalPause.
 namespace TemporaryFiles {
 
 /// From now on SIGINT, SIGTERM and SIGHUP remove what is registered, say so, and end the process

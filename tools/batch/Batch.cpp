@@ -1,0 +1,233 @@
+#include "tools/batch/Batch.h"
+
+#include <cmath>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <thread>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "tools/audio/AudioReader.h"
+#include "tools/batch/JobResult.h"
+#include "tools/render/Recipe.h"
+#include "tools/render/RenderJob.h"
+#include "tools/support/AtomicOutput.h"
+#include "tools/support/Fingerprint.h"
+#include "tools/support/StopRequest.h"
+#include "tools/support/TemporaryFiles.h"
+
+namespace Quorvan::Tools {
+
+namespace {
+
+/// Sentences on the error stream; the results hold all.
+constexpr unsigned kMostFaultsShown = 20;
+
+/// Leaves a render that shall not go on.
+struct Interrupted {};
+
+ResultsFile::Start StartOf(const BatchSettings& settings) {
+    if (settings.resume)
+        return ResultsFile::Start::GoOn;
+    return settings.force ? ResultsFile::Start::Replace : ResultsFile::Start::New;
+}
+
+uint64_t DoneMark(const std::string& job, uint64_t bytes) {
+    return Fingerprint().Add(job).Add(bytes).Value();
+}
+
+uint64_t LengthOf(const std::filesystem::path& file) {
+    std::error_code error;
+    const uint64_t bytes = std::filesystem::file_size(file, error);
+    return error ? 0 : bytes;
+}
+
+/// Whether the output tells that this very job has made it, apart from what the input held.
+bool IsOwn(const BatchJob& job) {
+    try {
+        const auto found = Recipe::Find(AudioReader(job.settings.output).Tags().Comment());
+        return found && found->Line() == Recipe::Of(job.settings, *job.settings.seed).Line();
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+Batch::Batch(BatchSettings wanted, const Host::ParameterCatalog& parameters)
+    : settings(std::move(wanted)),
+      catalog(parameters),
+      list(settings.list, settings.shard),
+      queue(2 * settings.workers),
+      tally(list.Bytes(), settings.progress) {
+    if (!settings.results)
+        return;
+    results.emplace(*settings.results, StartOf(settings));
+    if (settings.resume)
+        LearnWhatIsDone();
+}
+
+void Batch::LearnWhatIsDone() {
+    done.emplace();
+    ResultsFile::Read(*settings.results, [this](const nlohmann::json& line) {
+        if (line.contains("job") && line["job"].is_string() && line.value("ok", false))
+            done->Insert(
+                DoneMark(line["job"].get<std::string>(), line.value("bytes", uint64_t{0})));
+    });
+}
+
+void Batch::Run() {
+    StopRequest::Install();
+    std::vector<std::thread> workers;
+    {
+        const SignalPause inherited;  // only this thread is to meet signals
+        for (unsigned i = 0; i < settings.workers; ++i)
+            workers.emplace_back([this] { Work(); });
+    }
+    try {
+        ReadList();
+    } catch (const Failure& failure) {
+        Stop(failure);
+    }
+    queue.Close();
+    for (std::thread& worker : workers)
+        worker.join();
+    tally.Clear();
+    if (broken)
+        throw *broken;
+    if (results)
+        results->Finish();
+}
+
+void Batch::ReadList() {
+    while (auto next = list.Next()) {
+        if (const auto* const fault = std::get_if<JobList::Fault>(&*next))
+            NoteFault(fault->line, nullptr, fault->failure);
+        else
+            Take(std::move(std::get<BatchJob>(*next)));
+        const std::lock_guard guard(lock);
+        if (broken)
+            return;
+    }
+}
+
+void Batch::Take(BatchJob job) {
+    job.settings.force = job.settings.force || settings.force;
+    job.mayReplaceOwn = settings.resume;
+    const uint64_t line = job.line;
+    if (!Claims(job))
+        return NoteFault(line, &job,
+                         Failure(ExitCode::Usage,
+                                 "A job ahead of it in the list writes to the same file. Name "
+                                 "another one."));
+    if (!IsDone(job)) {
+        queue.Push(std::move(job));
+        return;
+    }
+    const std::lock_guard guard(lock);
+    tally.AddSkipped(job.offset);
+}
+
+/// Takes the places of all that the job writes; answers whether they were free.
+bool Batch::Claims(const BatchJob& job) {
+    bool areFree = true;
+    const auto claim = [&](const std::optional<std::filesystem::path>& file) {
+        if (file)
+            areFree &=
+                claimed.Insert(Fingerprint().Add(AtomicOutput::PlaceOf(*file).string()).Value());
+    };
+    claim(job.settings.output);
+    // Two of one job that are the same are the render's to refuse.
+    if (job.settings.picture != job.settings.output)
+        claim(job.settings.picture);
+    if (job.settings.modulationCsv != job.settings.picture)
+        claim(job.settings.modulationCsv);
+    claim(job.settings.savePreset);
+    return areFree;
+}
+
+bool Batch::IsDone(const BatchJob& job) const {
+    return done && job.IsDone() &&
+           done->Contains(
+               DoneMark(Fingerprint::TextOf(job.fingerprint), LengthOf(job.settings.output)));
+}
+
+void Batch::Work() {
+    while (std::optional<BatchJob> job = queue.Pop()) {
+        const uint64_t line = job->line;
+        try {
+            RunJob(*job);
+        } catch (const Interrupted&) {
+            queue.Abandon();
+        } catch (const Failure& failure) {
+            NoteFault(line, &*job, failure);
+        } catch (const std::bad_alloc&) {
+            NoteFault(
+                line, &*job,
+                Failure(ExitCode::Internal, "There is not enough memory. Take fewer workers."));
+        } catch (const std::exception& fault) {
+            NoteFault(line, &*job,
+                      Failure(ExitCode::Internal, std::string("Something failed inside: ") +
+                                                      fault.what() + ". Please report this."));
+        }
+    }
+}
+
+void Batch::RunJob(BatchJob job) {
+    if (job.mayReplaceOwn && !job.settings.force && IsOwn(job))
+        job.settings.force = true;
+    RenderJob render(job.settings, catalog);
+    double told = 0.0;
+    render.SetWatch([this, &told](double seconds) {
+        if (StopRequest::Signal() != 0)
+            throw Interrupted();
+        const std::lock_guard guard(lock);
+        if (broken)
+            throw Interrupted();
+        tally.AddSound(seconds - std::exchange(told, seconds));
+    });
+    if (StopRequest::Signal() != 0)
+        throw Interrupted();
+    NoteDone(job, render.Run());
+}
+
+void Batch::NoteDone(const BatchJob& job, const Summary& summary) {
+    const uint64_t bytes = LengthOf(job.settings.output);
+    const std::lock_guard guard(lock);
+    tally.AddDone(job.offset, summary.engineSeconds);
+    try {
+        if (results && !broken)
+            results->Add(DoneResult(job, summary, bytes));
+    } catch (const Failure& failure) {
+        broken.emplace(failure);
+        queue.Abandon();
+    }
+}
+
+void Batch::NoteFault(uint64_t line, const BatchJob* job, const Failure& failure) {
+    const std::lock_guard guard(lock);
+    tally.AddFailed();
+    tally.Clear();
+    if (++faultsShown <= kMostFaultsShown)
+        std::cerr << "tesserae: job at line " << line << ": " << failure.what() << "\n";
+    else if (faultsShown == kMostFaultsShown + 1)
+        std::cerr << "tesserae: Further failures are not shown here; --results FILE keeps them.\n";
+    try {
+        if (results && !broken)
+            results->Add(FaultResult(line, job, failure));
+    } catch (const Failure& fault) {
+        broken.emplace(fault);
+        queue.Abandon();
+    }
+}
+
+void Batch::Stop(const Failure& why) {
+    queue.Abandon();
+    const std::lock_guard guard(lock);
+    if (!broken)
+        broken.emplace(why);
+}
+
+}  // namespace Quorvan::Tools
