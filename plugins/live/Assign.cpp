@@ -19,7 +19,8 @@ void Assign(Host::Instrument& instrument, const std::vector<std::string>& wishes
         const auto read = std::from_chars(wish.data(), wish.data() + wish.size(), number);
         if (sign == std::string::npos || read.ptr != wish.data() + sign || number < 1 ||
             number > Host::kAssignments)
-            throw std::invalid_argument(Host::Quoted(wish) + " is no assignment. Write 1=NAME, to " +
+            throw std::invalid_argument(Host::Quoted(wish) +
+                                        " is no assignment. Write 1=NAME, to " +
                                         std::to_string(Host::kAssignments) + "=NAME.");
         const std::string_view name = std::string_view(wish).substr(sign + 1);
         const auto index = catalog.Resolve(name, settings);
