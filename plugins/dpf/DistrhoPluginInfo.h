@@ -3,11 +3,16 @@
 // What the framework is built for; it looks for this file by its name.
 
 #define DISTRHO_PLUGIN_BRAND "Quorvan"
+/// Stereo or mono in, and a stereo side-chain behind it.
+#ifdef TESSERAE_MONO
+#define DISTRHO_PLUGIN_NAME "Tesserae Mono"
+#define DISTRHO_PLUGIN_URI "urn:quorvan:tesserae:mono"
+#define DISTRHO_PLUGIN_NUM_INPUTS 3
+#else
 #define DISTRHO_PLUGIN_NAME "Tesserae"
 #define DISTRHO_PLUGIN_URI "urn:quorvan:tesserae"
-
-/// Stereo in and a stereo side-chain.
 #define DISTRHO_PLUGIN_NUM_INPUTS 4
+#endif
 #define DISTRHO_PLUGIN_NUM_OUTPUTS 2
 
 #define DISTRHO_PLUGIN_HAS_UI 1

@@ -64,12 +64,17 @@ uint32_t DpfPlugin::getVersion() const {
 
 void DpfPlugin::initAudioPort(bool input, uint32_t index, AudioPort& port) {
     Plugin::initAudioPort(input, index, port);
-    const bool isSide = input && index >= 2;
-    const char* const side = index % 2 == 0 ? "Left" : "Right";
-    port.groupId = isSide ? kPortGroupNone : kPortGroupStereo;
+    const bool isSide = input && index >= kMainInputs;
+    const bool isMono = input && !isSide && kMainInputs == 1;
+    const bool isLeft = (isSide ? index - kMainInputs : index) == 0;
+    port.groupId = isSide ? kPortGroupNone : isMono ? kPortGroupMono : kPortGroupStereo;
     port.hints = isSide ? kAudioPortIsSidechain : 0;
-    port.name = String(isSide ? "Side-Chain " : input ? "Input " : "Output ") + side;
-    port.symbol = String(isSide ? "side_" : input ? "in_" : "out_") + (index % 2 == 0 ? "l" : "r");
+    port.name = isSide ? "Side-Chain" : input ? "Input" : "Output";
+    port.symbol = isSide ? "side" : input ? "in" : "out";
+    if (isMono)
+        return;
+    port.name += isLeft ? " Left" : " Right";
+    port.symbol += isLeft ? "_l" : "_r";
 }
 
 DpfPlugin::Range DpfPlugin::RangeOf(uint32_t id) const {
@@ -194,6 +199,7 @@ void DpfPlugin::Start() {
     try {
         Host::StreamFormat format;
         format.sampleRate = getSampleRate();
+        format.inputs = kMainInputs;
         format.sideChainInputs = 2;
         instrument.Activate(format);
     } catch (const std::exception& error) {
@@ -230,9 +236,10 @@ void DpfPlugin::LetPortsFollow() {
         if (!ports.AsksFor(id, value))
             continue;
 #ifdef DISTRHO_PLUGIN_TARGET_LV2
-        // The framework hands both on as they are: to a host that counts ports, controls from 9 on,
-        // and has "enabled" where others have "bypass".
-        constexpr uint32_t kFirstControlPort = 9;
+        // The framework hands both on as they are: to a host that counts all ports, audio, two of
+        // events and the latency first, and has "enabled" where others have "bypass".
+        constexpr uint32_t kFirstControlPort =
+            DISTRHO_PLUGIN_NUM_INPUTS + DISTRHO_PLUGIN_NUM_OUTPUTS + 3;
         requestParameterValueChange(kFirstControlPort + id, id == 0 ? 1.0f - value : value);
 #else
         requestParameterValueChange(id, value);
@@ -259,7 +266,7 @@ void DpfPlugin::run(const float** inputs, float** outputs, uint32_t frames,
 void DpfPlugin::Play(const float** inputs, float** outputs, uint32_t frames) {
     Host::InstrumentBuffer buffer;
     buffer.audio.inputs = inputs;
-    buffer.audio.sideChain = inputs + 2;
+    buffer.audio.sideChain = inputs + kMainInputs;
     buffer.audio.outputs = outputs;
     buffer.audio.frames = frames;
     buffer.events = events;

@@ -27,12 +27,14 @@ public:
     float getParameterValue(uint32_t index) const override;
 
 protected:
-    const char* getLabel() const override { return "Tesserae"; }
+    const char* getLabel() const override { return kMainInputs == 1 ? "TesseraeMono" : "Tesserae"; }
     const char* getDescription() const override;
     const char* getMaker() const override { return DISTRHO_PLUGIN_BRAND; }
     const char* getLicense() const override { return "Proprietary"; }
     uint32_t getVersion() const override;
-    int64_t getUniqueId() const override { return d_cconst('Q', 't', 's', 'r'); }
+    int64_t getUniqueId() const override {
+        return d_cconst('Q', 't', 's', kMainInputs == 1 ? 'm' : 'r');
+    }
 
     void initAudioPort(bool input, uint32_t index, DISTRHO_NAMESPACE::AudioPort& port) override;
     void initParameter(uint32_t index, DISTRHO_NAMESPACE::Parameter& parameter) override;
@@ -58,6 +60,8 @@ protected:
 #endif
 
 private:
+    static constexpr uint32_t kMainInputs = DISTRHO_PLUGIN_NUM_INPUTS - 2;
+
     /// The straight way between a position and what the host sees.
     struct Range {
         float low = 0.0f, high = 1.0f;

@@ -11,7 +11,8 @@ namespace Quorvan::Live {
 struct LiveOptions {
     std::string preset = "init";  ///< name of a preset, or a file
     std::optional<std::string> midiMap, state;
-    std::vector<std::string> learn, setList;
+    std::vector<std::string> learn, setList, assign;
+    std::optional<std::string> saveState;
     std::optional<double> tempo;
     std::optional<uint64_t> seed;
     std::string name = "Tesserae";

@@ -18,6 +18,7 @@
 #include "host/parameters/Sentence.h"
 #include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
+#include "plugins/live/Assign.h"
 #include "plugins/live/JackClient.h"
 #include "plugins/live/Lessons.h"
 #include "plugins/live/LiveOptions.h"
@@ -105,6 +106,11 @@ void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
         }
     if (options.seed)
         instrument.SetSeed(options.seed);
+    try {
+        Assign(instrument, options.assign);
+    } catch (const std::invalid_argument& error) {
+        throw Trouble{kUsage, error.what()};
+    }
     // What is to be learnt may begin a new file. A state brings a map of its own.
     const std::filesystem::path map = MidiMapFile(options);
     const bool isWanted = options.midiMap || !options.state;
@@ -112,6 +118,14 @@ void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
         instrument.SetMidiMap(Value(Host::ReadMidiMap(Read(map.string()), Host::SharedCatalog())));
     instrument.Song().SetTempo(options.tempo.value_or(preset.tempo.value_or(120.0)));
     instrument.Song().Run(options.run);
+}
+
+void KeepState(Host::Instrument& instrument, const LiveOptions& options) {
+    if (!options.saveState)
+        return;
+    const std::string problem = Host::WriteWholeFile(*options.saveState, instrument.SaveState());
+    if (!problem.empty())
+        throw Trouble{kCannotWrite, problem};
 }
 
 /// The signals that end the program; they are waited for, so that nothing is interrupted by them.
@@ -250,6 +264,11 @@ int Main(int argc, char** argv) {
     app.add_option("--set-list", options.setList,
                    "Presets that program changes choose, in this order; kept for the next times")
         ->type_name("NAME...");
+    app.add_option("--assign", options.assign,
+                   "Points the control \"Assign\" N of hosts at a parameter, for --save-state")
+        ->type_name("N=NAME...");
+    app.add_option("--save-state", options.saveState,
+                   "Writes the state that plug-ins load to a file, at the start and at the end");
     app.add_option("--name", options.name, "Name of the JACK client")->capture_default_str();
     app.add_flag("--connect", options.connect,
                  "Connect to the machine's inputs, outputs and MIDI devices");
@@ -266,7 +285,9 @@ int Main(int argc, char** argv) {
     try {
         Host::Instrument instrument(Host::SharedCatalog());
         SetUp(instrument, options);
+        KeepState(instrument, options);
         Play(instrument, options);
+        KeepState(instrument, options);
         return 0;
     } catch (const Trouble& trouble) {
         std::fprintf(stderr, "%s\n", trouble.sentence.c_str());

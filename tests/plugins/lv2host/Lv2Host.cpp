@@ -28,10 +28,14 @@ struct Lv2Instance {
         handle = plugin->instantiate(plugin, 48000.0, "", features);
         state =
             static_cast<const LV2_State_Interface*>(plugin->extension_data(LV2_STATE__interface));
-        for (uint32_t port = 0; port < 6; ++port)
-            Connect(port, audio[port][0]);
-        plugin->connect_port(handle, 6, &eventsIn);
-        plugin->connect_port(handle, 7, eventsOut.data());
+        const bool isMono = std::string_view(plugin->URI).ends_with(":mono");
+        uint32_t port = 0;
+        for (auto& channel : audio)
+            if (!isMono || &channel != &audio[1])
+                Connect(port++, channel[0]);
+        plugin->connect_port(handle, port, &eventsIn);
+        plugin->connect_port(handle, port + 1, eventsOut.data());
+        dryWetPort = port + 4;  // behind the latency and "enabled"
         plugin->activate(handle);
     }
     ~Lv2Instance() {
@@ -69,6 +73,7 @@ struct Lv2Instance {
         return numbers.try_emplace(uri, static_cast<LV2_URID>(numbers.size() + 1)).first->second;
     }
 
+    uint32_t dryWetPort;
     static constexpr uint32_t kMost = 512;
     float audio[6][kMost]{};  ///< in, side-chain, out
     LV2_URID_Map map{nullptr, Map};
@@ -94,7 +99,6 @@ struct Lv2Instance {
 };
 
 static const char* binary = nullptr;
-static constexpr uint32_t kDryWetPort = 10;
 
 TEST(Lv2Test, RunNeitherAllocatesNorLocksAndStatesComeBackToTheByte) {
     Lv2Instance lv2(binary), second(binary);
@@ -110,7 +114,7 @@ TEST(Lv2Test, RunNeitherAllocatesNorLocksAndStatesComeBackToTheByte) {
     });
     std::mt19937 random(3);
     float dryWet = 50.0f, loudest = 0.0f;
-    lv2.Connect(kDryWetPort, dryWet);
+    lv2.Connect(lv2.dryWetPort, dryWet);
     for (int i = 0; i < 3000; ++i) {
         const uint32_t frames = static_cast<uint32_t>(random()) % (Lv2Instance::kMost + 1);
         for (uint32_t n = 0; n < 2 * frames; ++n)
@@ -134,15 +138,15 @@ TEST(Lv2Test, AStateWinsOverPortsThatDidNotFollowIt) {
     Lv2Instance lv2(binary), again(binary);
     const std::string plain = lv2.Save();
     float port = 30.0f;
-    lv2.Connect(kDryWetPort, port);
+    lv2.Connect(lv2.dryWetPort, port);
     lv2.Run(64);
     EXPECT_NE(lv2.Save(), plain);
     EXPECT_EQ(lv2.asked, (std::array<float, 100>{}));
     lv2.Restore(plain);
     lv2.Run(64);
-    EXPECT_EQ(lv2.asked[kDryWetPort], 50.0f);
+    EXPECT_EQ(lv2.asked[lv2.dryWetPort], 50.0f);
     const std::string saved = lv2.Save();
-    again.Connect(kDryWetPort, port);
+    again.Connect(again.dryWetPort, port);
     again.Restore(saved);
     again.Run(64);
     EXPECT_EQ(again.Save(), saved);
