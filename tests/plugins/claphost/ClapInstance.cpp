@@ -20,6 +20,12 @@ void ClapInstance::ThrowComplaints(bool wrongEvents) {
     Require(call == nullptr, std::string("Not on the main thread: ") + (call ? call : ""));
 }
 
+void ClapInstance::Take(const EventSink& sink) {
+    for (size_t type = 0; type < eventsTold.size(); ++type)
+        eventsTold[type] += sink.counts[type];
+    ThrowComplaints(sink.isWrong);
+}
+
 const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id) {
     using Host = const clap_host_t*;
     static constexpr clap_host_params_t kParams{
@@ -33,10 +39,13 @@ const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id)
                                                        [](Host) { return Trap::IsSet(); }};
     static constexpr clap_host_timer_support_t kTimers{
         [](Host h, uint32_t, clap_id* timer) {
-            *timer = static_cast<clap_id>(OnMain(h, "timer.register").timers++);
-            return true;
+            ClapInstance& instance = OnMain(h, "timer.register");
+            *timer = instance.timers++;
+            return instance.running.insert(*timer).second;
         },
-        [](Host h, clap_id) { return --OnMain(h, "timer.unregister").timers >= 0; }};
+        [](Host h, clap_id timer) {
+            return OnMain(h, "timer.unregister").running.erase(timer) > 0;
+        }};
     static constexpr Clap::HostPresetLoad kPresets{
         [](Host h, uint32_t, const char*, const char*, int32_t, const char* text) {
             OnMain(h, "preset-load.on_error").presetError = text != nullptr ? text : "";
@@ -126,7 +135,7 @@ Sound ClapInstance::ProcessOnce(const Sound& input, uint32_t frames, const Event
     const int32_t status = Trapped([&] { return plugin->process(plugin, &process); });
     Require(status >= CLAP_PROCESS_CONTINUE && status <= CLAP_PROCESS_SLEEP,
             "process answers an error.");
-    ThrowComplaints(sink.isWrong);
+    Take(sink);
     for (size_t i = shared ? 1 : 0; i < inputs.size(); ++i)
         Require(inputs[i].Holds(given[i]), "An input is written to.");
     for (size_t i = 0; i < outputs.size(); ++i)
@@ -170,7 +179,17 @@ void ClapInstance::Flush(const EventList& events) {
         return;
     const auto flush = [&] { params->flush(plugin, &taken, &given); };
     active ? Trapped(flush) : flush();
-    ThrowComplaints(sink.isWrong);
+    Take(sink);
+}
+
+void ClapInstance::RunTimers(uint32_t times) {
+    const auto& timer = Get<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
+    for (uint32_t i = 0; i < times; ++i) {
+        if (active)
+            Run(Noise(800, i));
+        for (const clap_id id : std::set<clap_id>(running))
+            timer.on_timer(plugin, id);
+    }
 }
 
 double ClapInstance::Value(clap_id id) const {

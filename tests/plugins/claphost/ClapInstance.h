@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <functional>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -71,6 +73,8 @@ public:
     bool Load(const std::string& state, uint64_t bytesAtATime = ~0ull);
     /// Makes all chance repeat, where it is known how for this plug-in.
     bool FixChance(uint32_t seed = 7);
+    /// Every timer runs out, so many times, with a buffer of noise ahead of each.
+    void RunTimers(uint32_t times);
     bool LoadPreset(uint32_t kind, const char* location, const char* key);
     uint32_t Latency() const {
         const auto* const latency = Find<clap_plugin_latency_t>(CLAP_EXT_LATENCY);
@@ -80,6 +84,7 @@ public:
     const clap_plugin_t* plugin = nullptr;
     std::string presetError;  ///< the last one that the plug-in told of
     size_t presetsLoaded = 0;
+    std::array<uint32_t, 16> eventsTold{};  ///< events that it has given out, by the core's types
 
 private:
     static const void* CLAP_ABI Extension(const clap_host_t*, const char* id);
@@ -87,6 +92,7 @@ private:
     static ClapInstance& OnMain(const clap_host_t* host, const char* call = nullptr);
     bool IsMain() const;
     void ThrowComplaints(bool wrongEvents = false);
+    void Take(const EventSink& sink);
     template <class Sample>
     Sound ProcessOnce(const Sound& input, uint32_t frames, const EventList& events,
                       const RunPlan& plan, const clap_event_transport_t* song);
@@ -100,7 +106,8 @@ private:
     bool isAsleep = false;  ///< it said so, and nothing has come in since
     int64_t steadyTime = 0;
     std::atomic<const char*> complaint{nullptr};  ///< call of the host from a wrong thread
-    int timers = 0;
+    clap_id timers = 0;                           ///< ids given out so far
+    std::set<clap_id> running;
 };
 
 }  // namespace Quorvan::ClapHost

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -73,7 +74,8 @@ struct EventList {
 /// What a plug-in gives out; checks it, and keeps nothing, so that nothing is allocated.
 struct EventSink {
     uint32_t frames, last = 0;
-    bool isWrong = false;  ///< out of order, behind the buffer's end, or no value
+    bool isWrong = false;               ///< out of order, behind the buffer's end, or no value
+    std::array<uint32_t, 16> counts{};  ///< of the core's types of events
 
     bool Take(const Event& event) {
         const uint32_t frame = event.header.time;
@@ -82,6 +84,8 @@ struct EventSink {
             event.header.size < sizeof event.header ||
             (event.header.type == CLAP_EVENT_PARAM_VALUE && !std::isfinite(event.value.value));
         last = frame;
+        if (event.header.type < counts.size())
+            ++counts[event.header.type];
         return true;
     }
     clap_output_events_t Output() {
