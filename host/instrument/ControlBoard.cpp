@@ -45,11 +45,4 @@ uint32_t ControlBoard::TargetOf(uint32_t id) const {
     }
 }
 
-uint32_t ControlBoard::ControlOf(uint32_t index) const {
-    for (const HostControl& control : HostControls())
-        if (TargetOf(control.id) == index)
-            return control.id;
-    return kUnassigned;
-}
-
 }  // namespace Quorvan::Host

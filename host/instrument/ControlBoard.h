@@ -20,8 +20,13 @@ public:
     /// Index on the position board that control id moves now; kUnassigned for a free control that
     /// points nowhere, and for an id that nobody has.
     uint32_t TargetOf(uint32_t id) const;
-    /// The first control that moves this index now; kUnassigned where none does.
-    uint32_t ControlOf(uint32_t index) const;
+    /// Calls take(id) for each control that moves this index now.
+    template <class Take>
+    void ForEachOf(uint32_t index, Take&& take) const {
+        for (const HostControl& control : HostControls())
+            if (TargetOf(control.id) == index)
+                take(control.id);
+    }
     /// Whether a change of this index can change what "Grain Size", "Density" or "Play Head Offset"
     /// stand for.
     bool DecidesTargets(uint32_t index) const { return catalog.Decides(index); }

@@ -111,9 +111,9 @@ void Instrument::Move(uint32_t index, float position, float own) {
 }
 
 void Instrument::TellHost(FaceKind kind, uint32_t index) {
-    const uint32_t id = controls.ControlOf(index);
-    if (id != kUnassigned)
+    controls.ForEachOf(index, [&](uint32_t id) {
         player.TellHost({kind, id, positions.Position(index)});
+    });
 }
 
 void Instrument::Edit(uint32_t index, float position) {
@@ -360,7 +360,7 @@ std::vector<Issue> Instrument::LoadState(std::string_view text) {
     mirror.Apply(kept.sound);
     if (const auto& own = kept.sounds.kept[kept.sounds.played])
         for (const ParameterValue& value : own->parameters)
-            positions.Note(value.index, positions.Position(value.index), value.position);
+            positions.NoteOwn(value.index, value.position);
     desk.Load(kept.sounds, kept.preset, kept.modified);
     history.Clear();
     OfferMorph();

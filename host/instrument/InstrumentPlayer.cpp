@@ -184,9 +184,9 @@ void InstrumentPlayer::HandleMidi(const std::array<uint8_t, 3>& message, uint32_
             values.list[i], [this](uint32_t index) { return positions.Position(index); },
             [&](uint32_t index, float position) {
                 Move(frame, index, position);
-                const uint32_t control = controls.ControlOf(index);
-                if (control != kUnassigned)
-                    host->OnControlMove(frame, control, static_cast<double>(position));
+                controls.ForEachOf(index, [&](uint32_t id) {
+                    host->OnControlMove(frame, id, static_cast<double>(position));
+                });
             });
 }
 

@@ -33,11 +33,15 @@ public:
     void Note(uint32_t index, float position) { Note(index, position, position); }
     void Note(uint32_t index, float position, float ownPosition) {
         Lend(index, position);
-        own[index].store(ownPosition, std::memory_order_relaxed);
+        NoteOwn(index, ownPosition);
     }
     /// The same, and the played sound keeps its own.
     void Lend(uint32_t index, float position) {
         positions[index].store(position, std::memory_order_relaxed);
+    }
+    /// The played sound gets one of its own, and nothing is heard of it.
+    void NoteOwn(uint32_t index, float position) {
+        own[index].store(position, std::memory_order_relaxed);
     }
     /// For everybody else: the processor hears of it with the next block.
     void Put(uint32_t index, float position) { Put(index, position, position); }
