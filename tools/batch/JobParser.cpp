@@ -37,22 +37,31 @@ void RefuseStreams(const RenderSettings& settings) {
 
 }  // namespace
 
-JobParser::JobParser() : options(app) { app.set_help_flag(); }
+/// The command line's library remembers the order of all options that it has ever met.
+void JobParser::Renew() {
+    constexpr unsigned kMostUses = 1000;
+    if (app != nullptr && ++uses < kMostUses)
+        return options->Forget();
+    uses = 0;
+    app = std::make_unique<CLI::App>();
+    app->set_help_flag();
+    options = std::make_unique<RenderOptions>(*app);
+}
 
 RenderSettings JobParser::Read(const JobWords& words) {
     for (const char* const needed : {"input", "output"})
         if (std::none_of(words.begin(), words.end(),
                          [needed](const auto& word) { return word.first == needed; }))
             throw Failure(ExitCode::Usage, std::string("The job has no ") + needed + ". Name one.");
+    Renew();
     std::vector<std::string> line = Line(words);
     std::reverse(line.begin(), line.end());  // as the library takes them
-    options.Forget();
     try {
-        app.parse(line);
+        app->parse(line);
     } catch (const CLI::ParseError& wrong) {
         throw Failure(ExitCode::Usage, wrong.what());
     }
-    RenderSettings settings = options.Settings();
+    RenderSettings settings = options->Settings();
     RefuseStreams(settings);
     settings.progress = false;
     settings.isOneOfMany = true;
@@ -74,7 +83,7 @@ std::vector<std::string> JobParser::Line(const JobWords& words) {
 void JobParser::AddWord(std::vector<std::string>& line, const std::string& word,
                         const std::string& value) {
     const std::string name = std::string("--").append(word);
-    const CLI::Option* const option = word.empty() ? nullptr : app.get_option_no_throw(name);
+    const CLI::Option* const option = word.empty() ? nullptr : app->get_option_no_throw(name);
     if (option == nullptr)
         RefuseWord(word);
     if (option->get_items_expected_max() > 0) {
@@ -92,7 +101,7 @@ void JobParser::AddWord(std::vector<std::string>& line, const std::string& word,
 
 void JobParser::RefuseWord(const std::string& word) const {
     std::vector<std::string> names{"input"};
-    for (const CLI::Option* option : app.get_options())
+    for (const CLI::Option* option : app->get_options())
         for (const std::string& name : option->get_lnames())
             names.push_back(name);
     std::string sentence = "A job has no word ";

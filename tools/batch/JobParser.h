@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -14,8 +15,6 @@ namespace Quorvan::Tools {
 /// command line has: a job can say what "tesserae render" can, and is wrong where that is.
 class JobParser {
 public:
-    JobParser();
-
     /// Throws Failure where the words make no sense together.
     RenderSettings Read(const JobWords& words);
     /// The same text for the same job: its words in order of their names, without those that do not
@@ -27,8 +26,11 @@ private:
     void AddWord(std::vector<std::string>& line, const std::string& word, const std::string& value);
     [[noreturn]] void RefuseWord(const std::string& word) const;
 
-    CLI::App app;
-    RenderOptions options;
+    void Renew();
+
+    std::unique_ptr<CLI::App> app;
+    std::unique_ptr<RenderOptions> options;  ///< of app
+    unsigned uses = 0;                       ///< of both
 };
 
 }  // namespace Quorvan::Tools
