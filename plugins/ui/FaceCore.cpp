@@ -1,52 +1,166 @@
 #include "plugins/ui/FaceCore.h"
 
-#include "plugins/ui/Face.h"
+#include "plugins/ui/panels/HeaderPanel.h"
+#include "plugins/ui/panels/Layout.h"
+#include "plugins/ui/panels/TapePanel.h"
+#include "plugins/ui/widgets/ActionButton.h"
 
 namespace Quorvan::Ui {
 
-FaceCore::FaceCore(Host::Instrument& anInstrument, Host::PresetLibrary& library)
-    : instrument(anInstrument), presets(library) {
+FaceCore::FaceCore(Host::Instrument& instrument, Host::PresetLibrary& library)
+    : model(instrument, library), canvas(Layout::kWhole.width, Layout::kWhole.height) {
     instrument.Display().Watch(true);
+    MakePanels();
 }
 
-FaceCore::~FaceCore() { instrument.Display().Watch(false); }
+FaceCore::~FaceCore() { model.TheInstrument().Display().Watch(false); }
 
-void FaceCore::Resize(int width, int height) {
-    windowWidth = std::max(1, width);
-    windowHeight = std::max(1, height);
-    scale = std::min(static_cast<double>(windowWidth) / Face::kWidth,
-                     static_cast<double>(windowHeight) / Face::kHeight);
-    isStale = true;
+void FaceCore::MakePanels() {
+    panels.push_back(std::make_unique<HeaderPanel>(model, *this, [] {}));
+    panels.push_back(std::make_unique<TapePanel>(model));
+    panels.push_back(MakeTapeControls(model, *this));
+    panels.push_back(MakeLevels(model, *this));
+    AddPage("Grains", MakeGrainPage(model, *this));
+    AddTabs();
 }
 
-std::vector<Rect> FaceCore::Idle(double) {
-    if (!std::exchange(isStale, false))
-        return {};
-    return {{0.0, 0.0, static_cast<double>(windowWidth), static_cast<double>(windowHeight)}};
+void FaceCore::AddPage(const char* name, Panels members) {
+    pages.push_back({name, std::move(members)});
 }
 
-void FaceCore::Draw(cairo_t* target, const Rect& clip) {
-    cairo_save(target);
-    cairo_rectangle(target, clip.x, clip.y, clip.width, clip.height);
-    cairo_clip(target);
-    cairo_set_source_rgb(target, 0.06, 0.065, 0.08);
-    cairo_paint(target);
-    cairo_scale(target, scale, scale);
-    cairo_set_source_rgb(target, 0.9, 0.9, 0.92);
-    cairo_set_font_size(target, 16.0);
-    cairo_move_to(target, 16.0, 30.0);
-    const std::string title = std::string("Tesserae  ") + instrument.PresetName() + " (" +
-                              std::to_string(presets.Entries().size()) + " presets)";
-    cairo_show_text(target, title.c_str());
-    cairo_restore(target);
+namespace {
+
+/// Names of the pages, of which one is open.
+class TabsPanel final : public Panel {
+public:
+    TabsPanel(std::vector<std::string> names, std::function<size_t()> open,
+              std::function<void(size_t)> choose)
+        : Panel(Layout::kTabs) {
+        for (size_t i = 0; i < names.size(); ++i)
+            Add<ActionButton>(
+                At(128.0 * static_cast<double>(i), 0.0, 120.0, box.height),
+                [name = names[i], open, i] {
+                    return ActionButton::Look{name, true, open() == i};
+                },
+                [choose, i](const Rect&) { choose(i); }, names[i], "Shows this page.");
+    }
+};
+
+}  // namespace
+
+void FaceCore::AddTabs() {
+    std::vector<std::string> names;
+    for (const Page& each : pages)
+        names.push_back(each.name);
+    panels.push_back(std::make_unique<TabsPanel>(
+        names, [this] { return page; }, [this](size_t chosen) { OpenPage(chosen); }));
 }
 
-bool FaceCore::Press(const PointerEvent&) { return false; }
-bool FaceCore::Release(const PointerEvent&) { return false; }
-bool FaceCore::Move(const PointerEvent&) { return false; }
-bool FaceCore::Wheel(const WheelEvent&) { return false; }
-bool FaceCore::Key(const KeyEvent&) { return false; }
-bool FaceCore::Text(std::string_view) { return false; }
-void FaceCore::Leave() {}
+void FaceCore::OpenPage(size_t chosen) {
+    if (chosen >= pages.size() || chosen == page)
+        return;
+    page = chosen;
+    hovered = held = nullptr;
+    Focus(nullptr);
+    Invalidate(Layout::kPage);
+    Invalidate(Layout::kTabs);
+}
+
+std::vector<Widget*> FaceCore::Shown() {
+    std::vector<Widget*> shown;
+    ForEachPanel([&](Panel& panel) {
+        for (auto& widget : panel.Widgets())
+            if (widget->IsShown())
+                shown.push_back(widget.get());
+    });
+    return shown;
+}
+
+void FaceCore::Resize(int width, int height) { canvas.Resize(width, height); }
+
+std::vector<Rect> FaceCore::Idle(double seconds) {
+    now = seconds;
+    model.Refresh(seconds);
+    ForEachPanel([&](Panel& panel) {
+        panel.Update();
+        for (auto& widget : panel.Widgets()) {
+            const bool moved = widget->IsShown() && widget->Tick(seconds);
+            if (widget->TakeStale() || moved)
+                Invalidate(widget->box.Inset(-3.0));
+        }
+    });
+    if (menu && menu->TakeStale())
+        Invalidate(menu->box.Inset(-4.0));
+    if (entry && entry->TakeStale())
+        Invalidate({entry->box.x - 4.0, entry->box.y - 4.0, entry->box.width + 8.0, 112.0});
+    UpdateTip();
+    if (!saying.empty() && now > sayingUntil) {
+        saying.clear();
+        Invalidate(Layout::kTabs);
+    }
+    if (showsCounter)
+        Invalidate({1100.0, 48.0, 164.0, 24.0});
+    return canvas.TakeNews();
+}
+
+bool FaceCore::Key(const KeyEvent& event) {
+    tipShown = false;
+    if (entry || menu) {
+        entry ? entry->Key(event) : menu->Key(event);
+        TidyOverlays();
+        return true;
+    }
+    if (CommandKey(event))
+        return true;
+    return focused != nullptr && focused->IsShown() && focused->Key(event);
+}
+
+bool FaceCore::CommandKey(const KeyEvent& event) {
+    Host::Instrument& instrument = model.TheInstrument();
+    if (event.key == Key::Tab) {
+        StepFocus(event.modifiers.shift ? -1 : 1);
+        return true;
+    }
+    if (event.key == Key::F12) {
+        showsCounter = !showsCounter;
+        Invalidate(Layout::kWhole);
+        return true;
+    }
+    if (event.key != Key::Letter || !event.modifiers.control)
+        return false;
+    const bool redo = event.letter == 'y' || (event.letter == 'z' && event.modifiers.shift);
+    if (redo)
+        instrument.Redo();
+    else if (event.letter == 'z')
+        instrument.Undo();
+    return redo || event.letter == 'z';
+}
+
+bool FaceCore::Text(std::string_view signs) {
+    if (entry)
+        return entry->Text(signs);
+    return focused != nullptr && focused->IsShown() && focused->Text(signs);
+}
+
+void FaceCore::Focus(Widget* widget) {
+    if (focused == widget)
+        return;
+    if (focused != nullptr)
+        focused->SetFocus(false);
+    focused = widget;
+    if (focused != nullptr)
+        focused->SetFocus(true);
+}
+
+void FaceCore::StepFocus(int way) {
+    std::vector<Widget*> all = Shown();
+    std::erase_if(all, [](Widget* widget) { return !widget->CanFocus(); });
+    if (all.empty())
+        return;
+    const auto count = static_cast<int>(all.size());
+    const auto at = std::find(all.begin(), all.end(), focused);
+    const int from = at == all.end() ? (way > 0 ? -1 : 0) : static_cast<int>(at - all.begin());
+    Focus(all[static_cast<size_t>((from + way + count) % count)]);
+}
 
 }  // namespace Quorvan::Ui

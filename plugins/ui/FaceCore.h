@@ -2,25 +2,31 @@
 
 #include <cairo.h>
 
+#include <array>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
-#include "host/instrument/Instrument.h"
-#include "host/instrument/PresetLibrary.h"
-#include "plugins/ui/Events.h"
+#include "plugins/ui/Canvas.h"
+#include "plugins/ui/model/FaceModel.h"
+#include "plugins/ui/panels/Pages.h"
+#include "plugins/ui/widgets/Menu.h"
+#include "plugins/ui/widgets/Stage.h"
+#include "plugins/ui/widgets/TextField.h"
 
 namespace Quorvan::Ui {
 
-/// What a Face is inside.
-class FaceCore {
+/// What a Face is inside: its panels, what lies over them, and who has the pointer and the keys.
+class FaceCore final : public Stage {
 public:
-    FaceCore(Host::Instrument& instrument, Host::PresetLibrary& presets);
-    ~FaceCore();
+    FaceCore(Host::Instrument& instrument, Host::PresetLibrary& library);
+    ~FaceCore() override;
     FaceCore(const FaceCore&) = delete;
     FaceCore& operator=(const FaceCore&) = delete;
 
     void Resize(int width, int height);
-    double Scale() const { return scale; }
+    double Scale() const { return canvas.Scale(); }
     std::vector<Rect> Idle(double seconds);
     void Draw(cairo_t* target, const Rect& clip);
     bool Press(const PointerEvent& event);
@@ -30,14 +36,85 @@ public:
     bool Key(const KeyEvent& event);
     bool Text(std::string_view signs);
     void Leave();
-    bool IsTyping() const { return false; }
+    bool IsTyping() const { return entry != nullptr; }
+
+    // Stage
+    void OpenMenu(const Rect& anchor, std::vector<MenuItem> items) override;
+    void OpenEntry(const Rect& anchor, const std::string& text,
+                   std::function<std::string(const std::string&)> accept) override;
+    void CarrySource(uint32_t source, Point at) override;
+    void DropSource(uint32_t source, Point at) override;
+    void Say(const std::string& sentence) override;
+
+    // For tests and the tools that draw.
+    FaceModel& Model() { return model; }
+    std::vector<Widget*> Shown();
+    /// Texts of everything that is drawn from now on; null for none.
+    void NoteTexts(std::vector<PlacedText>* log) { texts = log; }
+    void OpenPage(size_t page);
+    /// Seconds that the last Draw took.
+    double LastDrawSeconds() const { return drawSeconds; }
 
 private:
-    Host::Instrument& instrument;
-    Host::PresetLibrary& presets;
-    int windowWidth = 1280, windowHeight = 800;
-    double scale = 1.0;
-    bool isStale = true;
+    void MakePanels();
+    void AddTabs();
+    void AddPage(const char* name, Panels panels);
+    template <class Visit>
+    void ForEachPanel(Visit&& visit) {
+        for (auto& panel : panels)
+            visit(*panel);
+        for (auto& panel : pages[page].panels)
+            visit(*panel);
+    }
+    Widget* WidgetAt(Point at);
+    Widget* FindControl(Point at);
+    void HoverAt(Point at);
+    void Focus(Widget* widget);
+    void StepFocus(int way);
+    bool CommandKey(const KeyEvent& event);
+    void OpenControlMenu(Control& control, const Rect& anchor);
+    void TidyOverlays();
+    void Invalidate(const Rect& area) { canvas.Invalidate(area); }
+
+    void Paint(Painter& painter, const Rect& area);
+    void PaintTip(Painter& painter);
+    void PaintCarried(Painter& painter);
+    void PaintSaying(Painter& painter);
+    void UpdateTip();
+    Rect LayTip(Painter& painter, bool draw);
+
+    struct Page {
+        std::string name;
+        Panels panels;
+    };
+
+    FaceModel model;
+    Canvas canvas;
+    std::vector<std::unique_ptr<Panel>> panels;  ///< that are always there
+    std::vector<Page> pages;
+    size_t page = 0;
+    std::unique_ptr<Menu> menu, retired;  ///< retired: deleted once its action is over
+    std::unique_ptr<TextField> entry;
+    Widget* hovered = nullptr;
+    Widget* held = nullptr;  ///< has the pointer
+    Widget* focused = nullptr;
+
+    Point pointer;
+    double hoverSince = 0.0;
+    bool tipShown = false;
+    Rect tipBox;
+    std::string tipTitle, tipText;
+    std::optional<uint32_t> carried;
+    Rect carriedBox;  ///< of what lies under it
+    std::string saying;
+    double sayingUntil = 0.0;
+
+    double lastPressTime = -1.0;
+    Widget* lastPressed = nullptr;
+    double now = 0.0;
+    double drawSeconds = 0.0, meanDrawSeconds = 0.0;
+    bool showsCounter = false;
+    std::vector<PlacedText>* texts = nullptr;
 };
 
 }  // namespace Quorvan::Ui

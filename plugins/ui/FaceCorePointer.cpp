@@ -1,0 +1,199 @@
+#include "host/parameters/ModulationNames.h"
+#include "plugins/ui/FaceCore.h"
+#include "plugins/ui/panels/Layout.h"
+
+namespace Quorvan::Ui {
+
+namespace {
+
+constexpr double kDoubleClickSeconds = 0.35;
+constexpr float kDropAmount = 0.25f;
+
+PointerEvent Moved(const PointerEvent& event, Point at) {
+    PointerEvent moved = event;
+    moved.at = at;
+    return moved;
+}
+
+}  // namespace
+
+Widget* FaceCore::WidgetAt(Point at) {
+    Widget* found = nullptr;
+    ForEachPanel([&](Panel& panel) {
+        for (auto& widget : panel.Widgets())
+            if (widget->IsShown() && widget->box.Contains(at))
+                found = widget.get();
+    });
+    return found;
+}
+
+bool FaceCore::Press(const PointerEvent& event) {
+    const PointerEvent moved = Moved(event, canvas.ToLogical(event.at));
+    pointer = moved.at;
+    UpdateTip();
+    tipShown = false;
+    if (menu || entry) {
+        menu ? menu->Press(moved) : entry->Press(moved);
+        TidyOverlays();
+        return true;
+    }
+    Widget* const widget = WidgetAt(moved.at);
+    if (event.button == Button::Right) {
+        if (widget == nullptr || widget->RightPress(moved))
+            return widget != nullptr;
+        if (Control* const control = widget->ControlAt(moved.at))
+            OpenControlMenu(*control, {moved.at.x, moved.at.y, 1.0, 1.0});
+        return true;
+    }
+    Focus(widget != nullptr && widget->CanFocus() ? widget : nullptr);
+    if (widget == nullptr || event.button != Button::Left)
+        return false;
+    const bool isDouble = widget == lastPressed && event.time >= lastPressTime &&
+                          event.time - lastPressTime < kDoubleClickSeconds;
+    lastPressed = isDouble ? nullptr : widget;
+    lastPressTime = event.time;
+    held = widget;
+    isDouble ? widget->DoubleClick(moved) : widget->Press(moved);
+    widget->Invalidate();
+    return true;
+}
+
+bool FaceCore::Move(const PointerEvent& event) {
+    const PointerEvent moved = Moved(event, canvas.ToLogical(event.at));
+    pointer = moved.at;
+    if (menu) {
+        menu->Hover(moved.at);
+        return true;
+    }
+    if (held != nullptr) {
+        held->Drag(moved);
+        held->Invalidate();
+        return true;
+    }
+    HoverAt(moved.at);
+    return hovered != nullptr;
+}
+
+void FaceCore::HoverAt(Point at) {
+    Widget* const widget = entry ? nullptr : WidgetAt(at);
+    hoverSince = now;
+    if (tipShown) {
+        tipShown = false;
+        Invalidate(tipBox);
+    }
+    if (widget != hovered) {
+        if (hovered != nullptr)
+            hovered->SetHover(false);
+        hovered = widget;
+        if (hovered != nullptr)
+            hovered->SetHover(true);
+    }
+    if (hovered != nullptr)
+        hovered->Hover(at);
+}
+
+bool FaceCore::Release(const PointerEvent& event) {
+    const PointerEvent moved = Moved(event, canvas.ToLogical(event.at));
+    pointer = moved.at;
+    if (held == nullptr || event.button != Button::Left)
+        return false;
+    Widget* const widget = std::exchange(held, nullptr);
+    widget->Release(moved);
+    widget->Invalidate();
+    HoverAt(moved.at);
+    return true;
+}
+
+bool FaceCore::Wheel(const WheelEvent& event) {
+    WheelEvent moved = event;
+    moved.at = canvas.ToLogical(event.at);
+    if (menu)
+        return menu->Wheel(moved);
+    Widget* const widget = entry ? nullptr : WidgetAt(moved.at);
+    return widget != nullptr && widget->Wheel(moved);
+}
+
+void FaceCore::Leave() {
+    if (held == nullptr)
+        HoverAt({-1.0, -1.0});
+}
+
+void FaceCore::OpenMenu(const Rect& anchor, std::vector<MenuItem> items) {
+    if (menu)
+        Invalidate(menu->box.Inset(-4.0));
+    // The one before may be in the middle of its own action.
+    auto next = std::make_unique<Menu>(anchor, Layout::kWhole.Inset(8.0), std::move(items));
+    std::swap(menu, next);
+    retired = std::move(next);
+    held = nullptr;
+    Invalidate(menu->box.Inset(-4.0));
+}
+
+void FaceCore::OpenEntry(const Rect& anchor, const std::string& text,
+                         std::function<std::string(const std::string&)> accept) {
+    const double width = std::max(136.0, anchor.width);
+    const Rect room = Layout::kWhole.Inset(8.0);
+    entry = std::make_unique<TextField>(
+        Rect{std::clamp(anchor.Centre().x - 0.5 * width, room.x, room.Right() - width),
+             std::clamp(anchor.y + 0.5 * (anchor.height - TextField::kHeight), room.y,
+                        room.Bottom() - 80.0),
+             width, TextField::kHeight},
+        text, std::move(accept));
+    held = nullptr;
+}
+
+/// Closes what is done with, whatever that is.
+void FaceCore::TidyOverlays() {
+    if (menu && menu->IsDone()) {
+        Invalidate(menu->box.Inset(-4.0));
+        menu.reset();
+    }
+    retired.reset();
+    if (entry && entry->IsDone()) {
+        Invalidate({entry->box.x - 4.0, entry->box.y - 4.0, entry->box.width + 8.0, 112.0});
+        entry.reset();
+    }
+}
+
+void FaceCore::CarrySource(uint32_t source, Point at) {
+    if (!carried)
+        Invalidate(Layout::kWhole);
+    carried = source;
+    Invalidate(carriedBox.Inset(-24.0));
+    Widget* const under = WidgetAt(at);
+    carriedBox = under != nullptr ? under->box : Rect{at.x, at.y, 1.0, 1.0};
+    Invalidate(carriedBox.Inset(-24.0));
+    Invalidate({at.x - 160.0, at.y - 60.0, 320.0, 120.0});
+    // A page opens under what is carried over its name.
+    if (Layout::kTabs.Contains(at)) {
+        const auto tab = static_cast<size_t>((at.x - Layout::kTabs.x) / 128.0);
+        if (tab < pages.size() && tab != page) {
+            Widget* const carrier = held;
+            OpenPage(tab);
+            held = carrier;
+            Invalidate(Layout::kWhole);
+        }
+    }
+}
+
+void FaceCore::DropSource(uint32_t source, Point at) {
+    carried.reset();
+    Invalidate(Layout::kWhole);
+    Widget* const widget = WidgetAt(at);
+    Control* const control = widget != nullptr ? widget->ControlAt(at) : nullptr;
+    if (control == nullptr)
+        return;
+    const std::string& name = Host::SourceName(source);
+    if (!control->Row())
+        return Say(control->Name() + " can't be modulated.");
+    control->Route(source, kDropAmount);
+    Say(name + " moves " + control->Name() + " now. Drag its ring to say how far.");
+}
+
+void FaceCore::Say(const std::string& sentence) {
+    saying = sentence;
+    sayingUntil = now + 5.0;
+    Invalidate(Layout::kTabs);
+}
+
+}  // namespace Quorvan::Ui

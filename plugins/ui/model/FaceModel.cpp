@@ -1,0 +1,138 @@
+#include "plugins/ui/model/FaceModel.h"
+
+#include <algorithm>
+
+#include "host/parameters/ModulationNames.h"
+
+namespace Quorvan::Ui {
+
+using Host::ActivatedIndex;
+using Host::AmountIndex;
+
+FaceModel::FaceModel(Host::Instrument& anInstrument, Host::PresetLibrary& library)
+    : instrument(anInstrument), presets(library), settings(anInstrument.Catalog()) {
+    for (const Host::ParameterInfo& info : Catalog().All())
+        if (info.index < Host::kProcessorParameters && Catalog().Decides(info.index))
+            deciders.push_back(info.index);
+    deciders.push_back(Host::kScaleIndex);
+    decided.assign(deciders.size(), -1.0f);
+    Refresh(0.0);
+}
+
+void FaceModel::Refresh(double seconds) {
+    now = seconds;
+    frameIsNew = instrument.Display().Take();
+    if (frameIsNew)
+        lastFrame = now;
+    bool isOther = false;
+    for (size_t i = 0; i < deciders.size(); ++i) {
+        const float position = instrument.Position(deciders[i]);
+        isOther |= position != decided[i];
+        decided[i] = position;
+        settings.Put(deciders[i], position);
+    }
+    revision += isOther ? 1 : 0;
+    if (now >= nextCheck) {
+        modified = instrument.IsModified();
+        nextCheck = now + 0.2;
+    }
+}
+
+std::optional<uint32_t> FaceModel::Find(std::string_view name) const {
+    return Catalog().Resolve(name, settings);
+}
+
+float FaceModel::PositionOf(std::string_view name) const {
+    const auto index = Find(name);
+    return index ? Position(*index) : 0.0f;
+}
+
+double FaceModel::ValueOf(std::string_view name) const {
+    const auto index = Find(name);
+    return index ? Catalog().Value(*index, Position(*index), Texts()) : 0.0;
+}
+
+uint32_t FaceModel::ChoiceOf(std::string_view name) const {
+    return static_cast<uint32_t>(ValueOf(name));
+}
+
+std::string FaceModel::Text(uint32_t index) const {
+    return Catalog().Text(index, Position(index), Texts());
+}
+
+void FaceModel::EditOnce(uint32_t index, float position) {
+    Begin(index);
+    Edit(index, position);
+    End(index);
+}
+
+std::string FaceModel::Type(uint32_t index, std::string_view text) {
+    Host::TextResult result = Catalog().Position(index, text, Texts());
+    if (!result.position)
+        return std::move(result.problem);
+    EditOnce(index, *result.position);
+    return {};
+}
+
+// ---- Modulation
+
+float FaceModel::Amount(uint32_t source, uint32_t row) const {
+    return Position(ActivatedIndex(source, row)) > 0.5f
+               ? Host::AmountOfPosition(Position(AmountIndex(source, row)))
+               : 0.0f;
+}
+
+/// New processors have all cells on, with amounts of nothing.
+bool FaceModel::IsRouted(uint32_t source, uint32_t row) const { return Amount(source, row) != 0.0f; }
+
+Influence FaceModel::InfluenceOn(uint32_t row, uint32_t index) const {
+    Influence influence;
+    influence.present = Position(index);
+    for (uint32_t source = 0; source < Host::kModulationSources; ++source)
+        if (IsRouted(source, row))
+            influence.routes[influence.count++] = {source, Amount(source, row)};
+    if (influence.count > 0 && IsAlive())
+        influence.present = Frame().destinations[row];
+    return influence;
+}
+
+void FaceModel::Route(uint32_t source, uint32_t row, float amount) {
+    const uint32_t index = AmountIndex(source, row);
+    Begin(index);
+    Edit(index, Host::AmountPosition(std::clamp(amount, -1.0f, 1.0f)));
+    Edit(ActivatedIndex(source, row), 1.0f);
+    End(index);
+}
+
+void FaceModel::Unroute(uint32_t source, uint32_t row) {
+    const uint32_t index = ActivatedIndex(source, row);
+    Begin(index);
+    Edit(index, 0.0f);
+    Edit(AmountIndex(source, row), Host::AmountPosition(0.0f));
+    End(index);
+}
+
+uint32_t FaceModel::RoutesFrom(uint32_t source) const {
+    uint32_t count = 0;
+    for (uint32_t row = 0; row < Host::kModulationDestinations; ++row)
+        count += IsRouted(source, row) ? 1 : 0;
+    return count;
+}
+
+// ---- Presets
+
+std::string FaceModel::LoadPreset(size_t entry) {
+    Host::Parsed<Host::Preset> parsed = presets.Load(entry);
+    if (!parsed.value)
+        return parsed.issues.empty() ? "It can't be read." : parsed.issues.front().text;
+    instrument.LoadPreset(*parsed.value);
+    nextCheck = 0.0;
+    return {};
+}
+
+void FaceModel::StepPreset(int step) {
+    if (const auto entry = presets.Beside(instrument.PresetName(), step))
+        LoadPreset(*entry);
+}
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/instrument/Instrument.h"
+#include "host/instrument/PresetLibrary.h"
+#include "host/parameters/PresentSettings.h"
+#include "plugins/ui/widgets/Control.h"
+
+namespace Quorvan::Ui {
+
+/// What the face knows of the instrument: the one place that asks and tells it.
+class FaceModel {
+public:
+    FaceModel(Host::Instrument& instrument, Host::PresetLibrary& library);
+
+    /// Takes up the newest picture and the positions of the moment. seconds as in Face::Idle.
+    void Refresh(double seconds);
+    double Now() const { return now; }
+
+    const Host::DisplayFrame& Frame() const { return instrument.Display().Latest(); }
+    /// Whether Frame is another one than before the last Refresh.
+    bool IsFrameNew() const { return frameIsNew; }
+    /// Whether sound comes at all; a picture that stands still tells nothing of the present.
+    bool IsAlive() const { return lastFrame >= 0.0 && now - lastFrame < 0.5; }
+    /// Counts up when names may mean other parameters, or texts read otherwise.
+    uint64_t Revision() const { return revision; }
+
+    const Host::ParameterCatalog& Catalog() const { return instrument.Catalog(); }
+    /// Index of what a name means now.
+    std::optional<uint32_t> Find(std::string_view name) const;
+    float Position(uint32_t index) const { return instrument.Position(index); }
+    float PositionOf(std::string_view name) const;
+    uint32_t ChoiceOf(std::string_view name) const;
+    /// The number behind a parameter's text.
+    double ValueOf(std::string_view name) const;
+    std::string Text(uint32_t index) const;
+    Host::TextContext Texts() const { return settings.Texts(); }
+
+    void Begin(uint32_t index) { instrument.BeginGesture(index); }
+    void Edit(uint32_t index, float position) { instrument.Edit(index, position); }
+    void End(uint32_t index) { instrument.EndGesture(index); }
+    /// All of it is one step.
+    void EditOnce(uint32_t index, float position);
+    /// Answers a sentence where the text means nothing.
+    std::string Type(uint32_t index, std::string_view text);
+
+    Influence InfluenceOn(uint32_t row, uint32_t index) const;
+    /// -1..1, 0 where the cell is off.
+    float Amount(uint32_t source, uint32_t row) const;
+    bool IsRouted(uint32_t source, uint32_t row) const;
+    void Route(uint32_t source, uint32_t row, float amount);
+    void Unroute(uint32_t source, uint32_t row);
+    uint32_t RoutesFrom(uint32_t source) const;
+
+    Host::Instrument& TheInstrument() { return instrument; }
+    const Host::Instrument& TheInstrument() const { return instrument; }
+    Host::PresetLibrary& Presets() { return presets; }
+    /// Loads an entry of the library; answers a sentence where it can't be read.
+    std::string LoadPreset(size_t entry);
+    void StepPreset(int step);
+    /// As IsModified, asked a few times in a second.
+    bool IsModified() const { return modified; }
+
+private:
+    Host::Instrument& instrument;
+    Host::PresetLibrary& presets;
+    Host::PresentSettings settings;
+    std::vector<uint32_t> deciders;  ///< indices that names and texts depend on
+    std::vector<float> decided;      ///< where they stood
+    uint64_t revision = 1;
+    double now = 0.0;
+    double lastFrame = -1.0;  ///< when it came; negative: none yet
+    double nextCheck = 0.0;
+    bool frameIsNew = false;
+    bool modified = false;
+};
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,169 @@
+#include "plugins/ui/panels/HeaderPanel.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "plugins/ui/model/MorphControl.h"
+#include "plugins/ui/model/ParameterControl.h"
+#include "plugins/ui/panels/Layout.h"
+#include "plugins/ui/widgets/ActionButton.h"
+#include "plugins/ui/widgets/Slider.h"
+#include "plugins/ui/widgets/Toggle.h"
+
+namespace Quorvan::Ui {
+
+namespace {
+
+constexpr double kTop = 12.0, kHeight = 26.0;
+
+ActionButton::Look Plain(const char* text, bool enabled = true, bool lit = false) {
+    return {text, enabled, lit};
+}
+
+}  // namespace
+
+HeaderPanel::HeaderPanel(FaceModel& faceModel, Stage& face, std::function<void()> openBrowser)
+    : Panel(Layout::kHeader), model(faceModel), stage(face) {
+    AddPreset(openBrowser);
+    AddHistory();
+    AddSounds();
+    AddChance();
+    AddMachine();
+}
+
+void HeaderPanel::DrawGround(Painter& painter) const {
+    painter.Fill(box, Theme::kPanel);
+    // Four tesserae, laid a little askew.
+    for (int i = 0; i < 4; ++i)
+        painter.Round({16.0 + 9.0 * (i % 2), 16.0 + 9.0 * (i / 2), 7.5, 7.5}, 1.5,
+                      Theme::Pitch(-18.0 + 12.0 * i));
+    painter.Text({42.0, 0.0, 100.0, 49.0}, "Tesserae", {Theme::kTitle, Theme::kText, true});
+}
+
+void HeaderPanel::AddPreset(const std::function<void()>& openBrowser) {
+    Add<ActionButton>(
+        At(144.0, kTop, 24.0, kHeight), [] { return Plain("\u2039"); },
+        [this](const Rect&) { model.StepPreset(-1); }, "Previous preset",
+        "Loads the preset before this one.");
+    Add<ActionButton>(
+        At(172.0, kTop, 236.0, kHeight),
+        [this] {
+            std::string name = model.TheInstrument().PresetName();
+            if (name.empty())
+                name = "No preset";
+            return ActionButton::Look{name + (model.IsModified() ? "  \u2022" : ""), true, false};
+        },
+        [openBrowser](const Rect&) { openBrowser(); }, "Presets",
+        "Opens the browser. A dot behind the name: the sound has been changed.");
+    Add<ActionButton>(
+        At(412.0, kTop, 24.0, kHeight), [] { return Plain("\u203a"); },
+        [this](const Rect&) { model.StepPreset(1); }, "Next preset",
+        "Loads the preset behind this one.");
+}
+
+void HeaderPanel::AddHistory() {
+    Add<ActionButton>(
+        At(452.0, kTop, 52.0, kHeight),
+        [this] { return Plain("Undo", model.TheInstrument().CanUndo()); },
+        [this](const Rect&) { model.TheInstrument().Undo(); }, "Undo (Ctrl-Z)",
+        "Takes the last change back.");
+    Add<ActionButton>(
+        At(508.0, kTop, 52.0, kHeight),
+        [this] { return Plain("Redo", model.TheInstrument().CanRedo()); },
+        [this](const Rect&) { model.TheInstrument().Redo(); }, "Redo (Ctrl-Shift-Z)",
+        "Makes it again.");
+}
+
+void HeaderPanel::AddSounds() {
+    for (const uint32_t which : {0u, 1u})
+        Add<ActionButton>(
+            At(576.0 + 30.0 * which, kTop, 28.0, kHeight),
+            [this, which] {
+                return Plain(which == 0 ? "A" : "B", true,
+                             model.TheInstrument().PlayedSound() == which);
+            },
+            [this, which](const Rect&) { model.TheInstrument().PlaySound(which); },
+            which == 0 ? "Sound A" : "Sound B",
+            "Two sounds to compare: this one is played from now on, the other one is kept.");
+    Add<ActionButton>(
+        At(638.0, kTop, 58.0, kHeight),
+        [this] {
+            return Plain(model.TheInstrument().PlayedSound() == 0 ? "A \u2192 B" : "B \u2192 A");
+        },
+        [this](const Rect&) { model.TheInstrument().CopySound(); }, "Copy sound",
+        "Makes the other sound the same as this one.");
+    Add<Slider>(At(700.0, kTop, 136.0, kHeight), stage, std::make_unique<MorphControl>(model),
+                "Morph");
+}
+
+void HeaderPanel::AddChance() {
+    Add<ActionButton>(
+        At(852.0, kTop, 76.0, kHeight), [] { return Plain("Randomise"); },
+        [this](const Rect& anchor) { OfferRandomise(anchor); }, "Randomise",
+        "Moves the knobs of a group by chance. Undo takes it back.");
+    Add<ActionButton>(
+        At(932.0, kTop, 92.0, kHeight),
+        [this] {
+            const auto seed = model.TheInstrument().Seed();
+            return ActionButton::Look{seed ? "Seed " + std::to_string(*seed) : "Seed: none", true,
+                                      false};
+        },
+        [this](const Rect& anchor) { AskSeed(anchor); }, "Seed",
+        "With a seed all chance is the same each time the song starts. Empty: each time another "
+        "one.");
+}
+
+void HeaderPanel::OfferRandomise(const Rect& anchor) {
+    std::vector<MenuItem> items;
+    for (const char* const group : {"Granular", "FX1 Filter", "FX2 Filter", "FX1 Delay",
+                                    "FX2 Delay", "FX1 Reverb", "FX2 Reverb", "Spatializer"})
+        for (const float amount : {0.1f, 0.5f}) {
+            MenuItem item;
+            item.text = std::string(group) + (amount < 0.3f ? ", a little" : ", a lot");
+            item.startsGroup = amount < 0.3f;
+            item.action = [this, group, amount] {
+                model.TheInstrument().Randomise(
+                    group, amount, ++rolls + static_cast<uint64_t>(std::floor(model.Now() * 1e3)));
+            };
+            items.push_back(std::move(item));
+        }
+    stage.OpenMenu(anchor, std::move(items));
+}
+
+void HeaderPanel::AskSeed(const Rect& anchor) {
+    const auto seed = model.TheInstrument().Seed();
+    stage.OpenEntry(anchor, seed ? std::to_string(*seed) : std::string(),
+                    [this](const std::string& text) -> std::string {
+                        uint64_t number = 0;
+                        const char* const end = text.data() + text.size();
+                        const auto read = std::from_chars(text.data(), end, number);
+                        if (!text.empty() && (read.ec != std::errc() || read.ptr != end))
+                            return "A seed is a whole number. Leave it empty for none.";
+                        model.TheInstrument().SetSeed(
+                            text.empty() ? std::nullopt : std::optional<uint64_t>(number));
+                        return {};
+                    });
+}
+
+void HeaderPanel::AddMachine() {
+    Add<Toggle>(At(1040.0, kTop, 64.0, kHeight), stage,
+                std::make_unique<ParameterControl>(model, "Bypass"), "Bypass", Theme::kAlarm);
+    Add<ActionButton>(
+        At(1112.0, kTop, 152.0, kHeight),
+        [this] {
+            if (!model.IsAlive())
+                return ActionButton::Look{"No sound", true, false};
+            const Host::DisplayFrame& frame = model.Frame();
+            // Rounded to what the eye can follow.
+            const int load = static_cast<int>(std::lround(100.0f * frame.load));
+            const int tempo = static_cast<int>(std::lround(frame.transport.tempo));
+            return ActionButton::Look{std::to_string(tempo) + " bpm   " +
+                                          (frame.transport.playing ? "\u25b6" : "\u25a0") +
+                                          "   CPU " + std::to_string(load) + " %",
+                                      true, false};
+        },
+        [this](const Rect&) { stage.Say("The load is the share of one core's time."); }, "Song",
+        "Tempo, whether the song runs, and how much of one core the sound takes.");
+}
+
+}  // namespace Quorvan::Ui

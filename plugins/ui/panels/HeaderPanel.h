@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+
+#include "plugins/ui/model/FaceModel.h"
+#include "plugins/ui/panels/Panel.h"
+#include "plugins/ui/widgets/Stage.h"
+
+namespace Quorvan::Ui {
+
+/// The top: preset, undo, the two sounds, chance, what the machine does.
+class HeaderPanel final : public Panel {
+public:
+    HeaderPanel(FaceModel& faceModel, Stage& face, std::function<void()> openBrowser);
+
+    void DrawGround(Painter& painter) const override;
+
+private:
+    void AddPreset(const std::function<void()>& openBrowser);
+    void AddHistory();
+    void AddSounds();
+    void AddChance();
+    void AddMachine();
+    void OfferRandomise(const Rect& anchor);
+    void AskSeed(const Rect& anchor);
+
+    FaceModel& model;
+    Stage& stage;
+    uint64_t rolls = 0;
+};
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "plugins/ui/panels/TablePanel.h"
+
+namespace Quorvan::Ui {
+
+using Panels = std::vector<std::unique_ptr<Panel>>;
+
+std::unique_ptr<Panel> MakeTapeControls(FaceModel& model, Stage& stage);
+std::unique_ptr<Panel> MakeLevels(FaceModel& model, Stage& stage);
+/// What can stand below the tape, one of them at a time.
+Panels MakeGrainPage(FaceModel& model, Stage& stage);
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,117 @@
+#include "plugins/ui/panels/TapePanel.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "plugins/ui/panels/Layout.h"
+
+namespace Quorvan::Ui {
+
+namespace {
+
+enum PlayHead : uint32_t { kScan, kFollow, kManual };
+
+}  // namespace
+
+double BeatsOfNote(std::string_view note) {
+    double above = 0.0, below = 1.0;
+    const size_t slash = note.find('/');
+    const std::string_view first = note.substr(0, slash);
+    std::from_chars(first.data(), first.data() + first.size(), above);
+    if (slash != std::string_view::npos)
+        std::from_chars(note.data() + slash + 1, note.data() + note.size(), below);
+    return below > 0.0 ? 4.0 * above / below : 0.0;
+}
+
+TapePanel::TapePanel(FaceModel& faceModel)
+    : Panel(Layout::kTape),
+      model(faceModel),
+      spray(faceModel, "Spray"),
+      position(faceModel, "Play Head Position"),
+      offset(faceModel, "Play Head Offset"),
+      freeze(faceModel, "Freeze") {
+    TapeView::Actions actions;
+    actions.look = [this](TapePicture& picture) { return Look(picture); };
+    actions.holdHead = [this](bool begins, bool) {
+        if (Control* const head = Head())
+            begins ? head->Begin() : head->End();
+    };
+    actions.holdSpray = [this](bool begins, bool) { begins ? spray.Begin() : spray.End(); };
+    actions.moveHead = [this](double place) { MoveHead(place); };
+    actions.moveSpray = [this](double reach) {
+        spray.Move(model.Catalog().PositionOfValue(*spray.Index(), 100.0 * reach));
+    };
+    actions.control = [this](Point, bool isSpray) -> Control* {
+        return isSpray ? &spray : Head();
+    };
+    Add<TapeView>(box, std::move(actions));
+}
+
+/// What dragging the play head moves, as its mode has it.
+Control* TapePanel::Head() {
+    const uint32_t mode = model.ChoiceOf("Play Head Mode");
+    if (mode == kManual)
+        return &position;
+    return mode == kFollow && offset.Steps() == 0 ? &offset : nullptr;
+}
+
+void TapePanel::MoveHead(double place) {
+    Control* const head = Head();
+    if (head == &position)
+        position.Move(static_cast<float>(place));
+    if (head == &offset) {
+        const Host::DisplayFrame& frame = model.Frame();
+        const double behind = static_cast<double>(frame.writePlace) - place;
+        const double seconds =
+            (behind - std::floor(behind)) * static_cast<double>(frame.tapeSeconds);
+        offset.Move(model.Catalog().PositionOfValue(*offset.Index(), 1000.0 * seconds));
+    }
+}
+
+void TapePanel::LookAtSettings(TapePicture& picture) const {
+    const uint32_t direction = model.ChoiceOf("Spray Direction");
+    const double reach = static_cast<double>(spray.Influences().present);
+    picture.sprayBack = direction != 1 ? reach : 0.0;
+    picture.sprayAhead = direction != 0 ? reach : 0.0;
+    picture.frozen = freeze.Influences().present > 0.5f;
+    picture.beats = BeatsOfNote(model.Text(*model.Find("Buffer Length")));
+    picture.alive = model.IsAlive();
+}
+
+bool TapePanel::Look(TapePicture& picture) {
+    LookAtSettings(picture);
+    picture.canDragHead = Head() != nullptr;
+    const std::array<double, 8> now{picture.sprayBack,
+                                    picture.sprayAhead,
+                                    picture.frozen ? 1.0 : 0.0,
+                                    picture.beats,
+                                    picture.alive ? 1.0 : 0.0,
+                                    picture.canDragHead ? 1.0 : 0.0,
+                                    0.0,
+                                    0.0};
+    const bool isOther = std::exchange(seen, now) != now;
+    if (!model.IsFrameNew())
+        return isOther;
+    const Host::DisplayFrame& frame = model.Frame();
+    picture.lowest = frame.tape.lowest;
+    picture.highest = frame.tape.highest;
+    picture.writePlace = static_cast<double>(frame.writePlace);
+    picture.playPlace = static_cast<double>(frame.playPlace);
+    picture.seconds = static_cast<double>(frame.tapeSeconds);
+    picture.marks.assign(frame.markers.begin(), frame.markers.begin() + frame.markerCount);
+    picture.grains.clear();
+    for (uint32_t i = 0; i < frame.grainCount; ++i) {
+        const Host::ShownGrain& grain = frame.grains[i];
+        const double pan = static_cast<double>(grain.pan), gain = static_cast<double>(grain.gain);
+        picture.grains.push_back({grain.number, static_cast<double>(grain.place),
+                                  static_cast<double>(grain.length),
+                                  static_cast<double>(grain.progress),
+                                  static_cast<double>(grain.semitones),
+                                  gain * std::min(1.0, 2.0 * (1.0 - pan)),
+                                  gain * std::min(1.0, 2.0 * pan),
+                                  static_cast<double>(grain.envelope), grain.reversed});
+    }
+    return true;
+}
+
+}  // namespace Quorvan::Ui

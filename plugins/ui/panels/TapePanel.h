@@ -1,0 +1,28 @@
+#pragma once
+
+#include "plugins/ui/model/ParameterControl.h"
+#include "plugins/ui/panels/Panel.h"
+#include "plugins/ui/widgets/TapeView.h"
+
+namespace Quorvan::Ui {
+
+/// The tape, fed from the instrument.
+class TapePanel final : public Panel {
+public:
+    explicit TapePanel(FaceModel& faceModel);
+
+private:
+    bool Look(TapePicture& picture);
+    void LookAtSettings(TapePicture& picture) const;
+    Control* Head();
+    void MoveHead(double place);
+
+    FaceModel& model;
+    ParameterControl spray, position, offset, freeze;
+    std::array<double, 8> seen{};  ///< settings as they were drawn
+};
+
+/// Quarter notes of a note such as "3/2".
+double BeatsOfNote(std::string_view note);
+
+}  // namespace Quorvan::Ui

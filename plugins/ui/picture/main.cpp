@@ -1,0 +1,163 @@
+// Pictures of the face, with a piece of music running through the instrument behind it.
+#include <CLI/CLI.hpp>
+#include <cairo.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "host/parameters/SharedCatalog.h"
+#include "host/state/PresetFormat.h"
+#include "plugins/ui/FaceCore.h"
+#include "presets/FactoryPresets.h"
+#include "tools/audio/DemoSound.h"
+
+namespace Quorvan::Ui {
+
+namespace {
+
+struct Options {
+    std::string output, preset = "dense-cloud";
+    double scale = 1.0, seconds = 6.0;
+    size_t page = 0;
+    bool time = false;
+    std::vector<std::string> settings;  ///< NAME=TEXT
+    std::vector<double> point;          ///< where the pointer rests
+    bool press = false, rightPress = false;
+};
+
+/// Plays music through the instrument, buffer by buffer, and lets the face look at it.
+class Session {
+public:
+    explicit Session(const Options& wanted)
+        : options(wanted),
+          instrument(Host::SharedCatalog()),
+          presets(Host::SharedCatalog(), Host::FactoryPresets(), "/nonexistent"),
+          music(Tools::MakeDemoSound(kRate, wanted.seconds + 0.5)) {
+        Load();
+        Host::StreamFormat format;
+        format.sampleRate = kRate;
+        instrument.SetSeed(1);
+        instrument.Activate(format);
+        instrument.Song().Run(true);
+        for (const std::string& setting : options.settings)
+            Set(setting);
+    }
+
+    int Run() {
+        FaceCore face(instrument, presets);
+        const int width = static_cast<int>(1280 * options.scale);
+        const int height = static_cast<int>(800 * options.scale);
+        face.Resize(width, height);
+        cairo_surface_t* const surface =
+            cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
+        cairo_t* const context = cairo_create(surface);
+        face.OpenPage(options.page);
+        std::vector<double> times;
+        double largest = 0.0;
+        bool pointed = false;
+        for (double now = 0.0; now < options.seconds; now += kFrame) {
+            Play();
+            if (!pointed && now > options.seconds - 1.5)
+                pointed = Point(face);
+            double spent = 0.0, area = 0.0;
+            for (const Rect& rect : face.Idle(now)) {
+                face.Draw(context, rect);
+                spent += face.LastDrawSeconds();
+                area += rect.width * rect.height;
+            }
+            times.push_back(spent);
+            largest = std::max(largest, area / (width * height));
+        }
+        if (options.time)
+            Tell(times);
+        const bool saved = cairo_surface_write_to_png(surface, options.output.c_str()) ==
+                           CAIRO_STATUS_SUCCESS;
+        cairo_destroy(context);
+        cairo_surface_destroy(surface);
+        return saved ? 0 : 4;
+    }
+
+private:
+    static constexpr double kRate = 48000.0;
+    static constexpr uint32_t kFrames = 800;
+    static constexpr double kFrame = kFrames / kRate;
+
+    void Load() {
+        if (const Host::FactoryPreset* const found = Host::FindFactoryPreset(options.preset))
+            if (const auto parsed = Host::ReadPreset(found->json, Host::SharedCatalog());
+                parsed.value)
+                instrument.LoadPreset(*parsed.value);
+    }
+    void Set(const std::string& setting) {
+        const size_t sign = setting.find('=');
+        FaceModel model(instrument, presets);
+        const auto index = model.Find(setting.substr(0, sign));
+        const std::string problem =
+            index ? model.Type(*index, setting.substr(sign + 1)) : std::string("unknown");
+        if (!problem.empty())
+            std::fprintf(stderr, "%s: %s\n", setting.c_str(), problem.c_str());
+    }
+    void Play() {
+        Host::InstrumentBuffer buffer;
+        const std::array<const float*, 2> in{music[0].data() + done, music[1].data() + done};
+        std::array<std::array<float, kFrames>, 2> sound{};
+        const std::array<float*, 2> out{sound[0].data(), sound[1].data()};
+        buffer.audio = {.inputs = in.data(), .outputs = out.data(), .frames = kFrames};
+        Host::ControlSink sink;
+        instrument.Process(buffer, sink);
+        done += kFrames;
+    }
+    bool Point(FaceCore& face) const {
+        if (options.point.size() != 2)
+            return true;
+        PointerEvent event;
+        event.at = {options.point[0] * options.scale, options.point[1] * options.scale};
+        face.Move(event);
+        if (options.press || options.rightPress) {
+            event.button = options.press ? Button::Left : Button::Right;
+            face.Press(event);
+            face.Release(event);
+        }
+        return true;
+    }
+    static void Tell(std::vector<double> times) {
+        times.erase(times.begin(), times.begin() + 30);
+        std::sort(times.begin(), times.end());
+        double sum = 0.0;
+        for (const double each : times)
+            sum += each;
+        std::printf("draws: mean %.2f ms, median %.2f ms, 99 %% below %.2f ms\n",
+                    1e3 * sum / static_cast<double>(times.size()), 1e3 * times[times.size() / 2],
+                    1e3 * times[times.size() * 99 / 100]);
+    }
+
+    const Options& options;
+    Host::Instrument instrument;
+    Host::PresetLibrary presets;
+    Tools::Planes music;
+    size_t done = 0;
+};
+
+}  // namespace
+
+}  // namespace Quorvan::Ui
+
+int main(int count, char** arguments) {
+    using namespace Quorvan;
+    Ui::Options options;
+    CLI::App app("Draws the face of the instrument with music running through it");
+    app.add_option("output", options.output, "PNG to write")->required();
+    app.add_option("--preset", options.preset, "Factory preset");
+    app.add_option("--scale", options.scale, "1 is 1280 x 800");
+    app.add_option("--seconds", options.seconds, "Music before the picture");
+    app.add_option("--page", options.page, "Number of the page below the tape, from 0");
+    app.add_option("--set", options.settings, "NAME=TEXT of a parameter");
+    app.add_option("--point", options.point, "Where the pointer rests")->expected(2);
+    app.add_flag("--press", options.press, "Click there");
+    app.add_flag("--right-press", options.rightPress, "Click there with the right button");
+    app.add_flag("--time", options.time, "Print how long drawing took");
+    CLI11_PARSE(app, count, arguments);
+    return Ui::Session(options).Run();
+}

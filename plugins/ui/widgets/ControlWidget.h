@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "plugins/ui/widgets/Stage.h"
+#include "plugins/ui/widgets/Widget.h"
+
+namespace Quorvan::Ui {
+
+/// What all widgets of one control have in common: dragging, fine with shift, wheel, arrow keys,
+/// double click to the default, typing.
+class ControlWidget : public Widget {
+public:
+    ControlWidget(const Rect& place, Stage& face, std::unique_ptr<Control> moved,
+                  std::string itsLabel);
+
+    bool Tick(double seconds) override;
+    void Press(const PointerEvent& event) override;
+    void Drag(const PointerEvent& event) override;
+    void Release(const PointerEvent& event) override;
+    void DoubleClick(const PointerEvent& event) override;
+    bool Wheel(const WheelEvent& event) override;
+    bool Key(const KeyEvent& event) override;
+    bool Text(std::string_view signs) override;
+    bool CanFocus() const override { return true; }
+    Control* ControlAt(Point) override { return control.get(); }
+    Control& Moved() { return *control; }
+
+protected:
+    /// Pixels of a drag for the whole travel; 0: it can't be dragged.
+    virtual double DragTravel() const { return 200.0; }
+    virtual bool DragsAcross() const { return false; }
+    void Nudge(double share, bool fine);
+    /// Position held to a step where there are steps.
+    float Held(double position) const;
+    void DrawFocus(Painter& painter, const Rect& around, double radius = 4.0) const;
+
+    Stage& stage;
+    std::unique_ptr<Control> control;
+    std::string label;
+    bool dragging = false;
+
+private:
+    Point last;
+    double dragged = 0.0;  ///< position without steps
+    // What was drawn.
+    Influence shownInfluence;
+    float shownPosition = -1.0f;
+    std::string shownText;
+};
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,67 @@
+#include "plugins/ui/widgets/RandomDial.h"
+
+#include <cmath>
+
+namespace Quorvan::Ui {
+
+RandomDial::RandomDial(const Rect& place, Stage& face, std::unique_ptr<Control> amount,
+                       std::unique_ptr<Control> itsDirection)
+    : ControlWidget(place, face, std::move(amount), "Chance"), direction(std::move(itsDirection)) {}
+
+bool RandomDial::Tick(double seconds) {
+    const bool moved = ControlWidget::Tick(seconds) || direction->Position() != shownDirection;
+    shownDirection = direction->Position();
+    return moved;
+}
+
+void RandomDial::Draw(Painter& painter) {
+    const Point centre = box.Centre();
+    const Influence influence = control->Influences();
+    const double amount = static_cast<double>(control->Position());
+    const bool lit = hovered || dragging;
+    painter.Disc(centre, 10.0, lit ? Theme::kRaisedHover : Theme::kRaised);
+    painter.Arc(centre, 9.0, 0.0, 0.999, Theme::kTrack, 2.0);
+    if (amount > 0.001)
+        painter.Arc(centre, 9.0, 0.0, amount, Theme::kOn, 2.0);
+    if (influence.count > 0) {
+        const double angle =
+            (static_cast<double>(influence.present) - 0.25) * 2.0 * 3.14159265358979;
+        painter.Disc({centre.x + 9.0 * std::cos(angle), centre.y + 9.0 * std::sin(angle)}, 2.5,
+                     Theme::Source(influence.routes[0].source));
+    }
+    const Colour ink = amount > 0.001 ? Theme::kText : Theme::kDim;
+    const std::string_view way = direction->Choices()[direction->Choice()];
+    const bool both = way == "Both";
+    if (way == "Jitter" || way == "Skip") {
+        const auto bar = [&](double x) {
+            painter.Fill({centre.x + x - 0.75, centre.y - 3.5, 1.5, 7.0}, ink);
+        };
+        bar(-4.0);
+        bar(way == "Jitter" ? 3.0 : 4.0);
+        if (way == "Jitter")
+            bar(-1.0);
+    } else {
+        if (both || way == "Up" || way == "Longer" || way == "More")
+            painter.Arrow({centre.x, centre.y - (both ? 3.0 : 0.0)}, both ? 3.2 : 4.5, 0.0, ink);
+        if (both || way == "Down" || way == "Shorter" || way == "Fewer")
+            painter.Arrow({centre.x, centre.y + (both ? 3.0 : 0.0)}, both ? 3.2 : 4.5, 0.5, ink);
+    }
+    if (focused)
+        painter.Ring(centre, 11.0, Theme::kFocus, 1.5);
+}
+
+void RandomDial::Press(const PointerEvent& event) {
+    pressed = event.at;
+    pressedPosition = control->Position();
+    ControlWidget::Press(event);
+}
+
+void RandomDial::Release(const PointerEvent& event) {
+    ControlWidget::Release(event);
+    const bool still = std::hypot(event.at.x - pressed.x, event.at.y - pressed.y) < 3.0;
+    if (still && control->Position() == pressedPosition)
+        direction->MoveOnce(
+            direction->PositionOfChoice((direction->Choice() + 1) % direction->Steps()));
+}
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "plugins/ui/widgets/ControlWidget.h"
+
+namespace Quorvan::Ui {
+
+/// How much chance a knob has: a small dial at its shoulder, dragged like a knob, with an arrow for
+/// the direction, which a click changes.
+class RandomDial final : public ControlWidget {
+public:
+    static constexpr double kSize = 22.0;
+
+    RandomDial(const Rect& place, Stage& face, std::unique_ptr<Control> amount,
+               std::unique_ptr<Control> itsDirection);
+
+    Control& Direction() { return *direction; }
+    void Draw(Painter& painter) override;
+    bool Tick(double seconds) override;
+    void Press(const PointerEvent& event) override;
+    void Release(const PointerEvent& event) override;
+
+private:
+    std::unique_ptr<Control> direction;
+    float shownDirection = -1.0f;
+    Point pressed;
+    float pressedPosition = 0.0f;
+};
+
+}  // namespace Quorvan::Ui

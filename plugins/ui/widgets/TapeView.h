@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "plugins/ui/widgets/Widget.h"
+
+namespace Quorvan::Ui {
+
+/// A grain as the tape shows it; places are shares of the tape.
+struct TapeGrain {
+    uint64_t number = 0;
+    double place = 0.0, length = 0.0, progress = 0.0;
+    double semitones = 0.0;
+    double left = 1.0, right = 1.0;  ///< gains
+    double light = 0.0;              ///< envelope, 0..1
+    bool reversed = false;
+};
+
+/// All that the tape shows at one moment.
+struct TapePicture {
+    std::span<const float> lowest, highest;  ///< of equal stretches of the tape
+    std::vector<TapeGrain> grains;
+    std::vector<double> marks;  ///< transients or grid lines
+    double writePlace = 0.0, playPlace = 0.0;
+    double seconds = 0.0;
+    double beats = 4.0;       ///< quarter notes of the loop
+    double sprayBack = 0.0, sprayAhead = 0.0;  ///< reach of the starts
+    bool frozen = false, hasWriteHead = true, alive = false;
+    bool canDragHead = false;
+};
+
+/// The tape with its heads and every grain that sounds: place across, pitch up, light as level. The
+/// upper half of a grain is its left channel, the lower half its right one.
+class TapeView final : public Widget {
+public:
+    struct Actions {
+        std::function<bool(TapePicture&)> look;  ///< fills it; answers whether it is another one
+        std::function<void(bool begins, bool ends)> holdHead, holdSpray;
+        std::function<void(double place)> moveHead;
+        std::function<void(double reach)> moveSpray;
+        std::function<Control*(Point, bool spray)> control;
+    };
+
+    TapeView(const Rect& place, Actions itsActions);
+
+    void Draw(Painter& painter) override;
+    bool Tick(double seconds) override;
+    void Press(const PointerEvent& event) override;
+    void Drag(const PointerEvent& event) override;
+    void Release(const PointerEvent& event) override;
+    Control* ControlAt(Point at) override;
+    std::string TipTitle(Point) override { return "Tape"; }
+    std::string TipText(Point) override;
+
+private:
+    enum class Held : uint8_t { Nothing, Head, Spray };
+    struct Flash {
+        double place, semitones, y, since;
+    };
+
+    double XOf(double place) const { return box.x + place * box.width; }
+    double YOf(double semitones) const;
+    double YOf(const TapeGrain& grain) const;
+    double PlaceOf(Point at) const;
+    Held At(Point at) const;
+    double ReachTo(Point at) const;
+    void NoteStarts(double seconds);
+
+    void DrawRuler(Painter& painter) const;
+    void DrawWave(Painter& painter) const;
+    void DrawSpray(Painter& painter) const;
+    void DrawGrain(Painter& painter, const TapeGrain& grain) const;
+    void DrawFlashes(Painter& painter) const;
+    void DrawHeads(Painter& painter) const;
+    void Stretch(Painter& painter, double from, double to, double y, double height,
+                 const Colour& colour) const;
+
+    Actions actions;
+    TapePicture picture;
+    std::vector<Flash> flashes;
+    uint64_t newest = 0;  ///< number of the latest grain that was seen
+    double now = 0.0;
+    Held held = Held::Nothing;
+};
+
+}  // namespace Quorvan::Ui

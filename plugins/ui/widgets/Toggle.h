@@ -1,0 +1,24 @@
+#pragma once
+
+#include "plugins/ui/widgets/ControlWidget.h"
+
+namespace Quorvan::Ui {
+
+/// A switch: a button that is lit while it is on.
+class Toggle final : public ControlWidget {
+public:
+    Toggle(const Rect& place, Stage& face, std::unique_ptr<Control> moved, std::string itsLabel,
+           const Colour& lit = Theme::kOn);
+
+    void Draw(Painter& painter) override;
+    void Press(const PointerEvent& event) override;
+    void DoubleClick(const PointerEvent& event) override { Press(event); }
+    bool Key(const KeyEvent& event) override;
+
+private:
+    void Turn();
+
+    Colour colour;
+};
+
+}  // namespace Quorvan::Ui
