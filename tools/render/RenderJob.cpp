@@ -4,50 +4,29 @@
 #include <cmath>
 #include <utility>
 
-#include "host/engine/TailEstimator.h"
-#include "host/parameters/ShellIndex.h"
 #include "host/state/PresetFormat.h"
 #include "host/state/StateTransfer.h"
-#include "primitives/Clock.h"
 #include "tools/audio/Resampler.h"
 #include "tools/render/FileSink.h"
 #include "tools/render/GrainCounter.h"
 #include "tools/render/LevelWarnings.h"
 #include "tools/render/Recipe.h"
-#include "tools/render/Renderer.h"
 #include "tools/render/SavedPreset.h"
-#include "tools/render/TailTrimmer.h"
 #include "tools/render/WarningFinder.h"
 #include "tools/support/Numbers.h"
 #include "tools/support/Progress.h"
 
 namespace Quorvan::Tools {
 
-namespace {
-
-constexpr double kUsualTempo = 120.0;
-/// The longest tail that comes without being asked for, in seconds.
-constexpr double kLongestTail = 30.0;
-/// The fade of what is still sounding then.
-constexpr double kUsualFade = 2.0;
-/// Still sounding is what was heard in the last seconds ahead of it.
-constexpr double kNearLimit = 2.0;
-
-}  // namespace
-
 RenderJob::RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parameters)
     : settings(std::move(wanted)), catalog(parameters) {
-    std::vector<std::string> warnings;
-    sound = SoundChoice::Make(LoadPreset(settings.preset, catalog, warnings), settings.assignments,
-                              catalog);
-    summary.warnings = std::move(warnings);
-    summary.preset = sound.preset.name;
-    summary.seed = settings.seed.value_or(prims::SeedFromClock());
-    tempo = settings.tempo.value_or(sound.preset.tempo.value_or(kUsualTempo));
+    Host::Preset preset = LoadPreset(settings.preset, catalog, summary.warnings);
     if (WantsModulation())
         modulation.emplace(FindDestinations(settings.modulationDestinations, catalog));
+    Automation automation;
     if (settings.automation)
         automation = Automation::Load(*settings.automation, settings.meter);
+    run.emplace(settings, std::move(preset), std::move(automation), catalog, summary);
 }
 
 RenderJob::~RenderJob() = default;
@@ -55,7 +34,7 @@ RenderJob::~RenderJob() = default;
 Summary RenderJob::Run() {
     const auto start = std::chrono::steady_clock::now();
     OpenSources();
-    PlanCourse();
+    run->Plan(rate);
     OpenOutputs();
     PrepareEngine();
     Render();
@@ -93,25 +72,13 @@ void RenderJob::OpenOutputs() {
 }
 
 void RenderJob::PrepareEngine() {
-    engine.emplace(summary.seed);
-    // Set ahead of Prepare, so that the loop takes its length from the tempo at once.
-    engine->SetTransport({tempo, settings.startBeat, settings.playing});
-    engine->Prepare({.sampleRate = rate,
-                     .inputs = main->Channels(),
-                     .outputs = summary.channels,
-                     .sideChainInputs = side != nullptr ? side->Channels() : 0,
-                     .sendsFeedback = WantsModulation()});
-    Host::ApplyPreset(sound.preset, *engine, catalog);
+    run->Prepare(main->Channels(), summary.channels, side != nullptr ? side->Channels() : 0,
+                 WantsModulation());
     WritePreset();
-    for (const Host::ParameterValue& lever : sound.levers)
-        engine->Write(lever.index, lever.position);
-    if (WantsModulation())
-        engine->Write(Host::kGuiVisibleIndex, 1.0f);
-    // The first block after a preset clears what sounds; only then can a start of the song be seen.
-    engine->Idle(1);
+    run->Start();
     if (!settings.picture)
         return;
-    picture.emplace(*engine, settings, catalog, *song);
+    picture.emplace(run->GetEngine(), settings, catalog, run->Song());
     picture->NoteRoutes();
 }
 
@@ -120,72 +87,31 @@ void RenderJob::WritePreset() {
     if (!outputs->preset)
         return;
     const std::string text = Host::WritePreset(
-        SavedPreset(Host::CapturePreset(*engine, catalog), sound.preset, settings), catalog);
+        SavedPreset(Host::CapturePreset(run->GetEngine(), catalog), run->Sound().preset, settings),
+        catalog);
     outputs->preset->Write(text.data(), static_cast<int64_t>(text.size()));
     summary.savedPreset = *settings.savePreset;
 }
 
-double RenderJob::TailSeconds() const { return settings.tail.value_or(kLongestTail); }
-
-void RenderJob::PlanCourse() {
-    song.emplace(automation.Tempos({rate, tempo, settings.startBeat}));
-    tempo = song->Spans().front().tempo;
-    course.emplace(automation.Resolve(*song, sound.Settings(catalog), catalog));
-    WarningFinder finder(catalog, sound, automation);
-    for (const auto& found : {automation.Warnings(), finder.Find(*course, settings.sideChain)})
-        summary.warnings.insert(summary.warnings.end(), found.begin(), found.end());
-}
-
-TailPlan RenderJob::PlanTail() const {
-    const auto frames = [this](double seconds) {
-        return static_cast<uint64_t>(std::llround(seconds * rate));
-    };
-    return {.limit = frames(TailSeconds()),
-            .fade = frames(settings.tailFade.value_or(settings.tail ? 0.0 : kUsualFade)),
-            .nearLimit = frames(kNearLimit),
-            .isExact = settings.tail.has_value(),
-            .settled = course->LastChange()};
-}
-
-/// Whether nothing can follow any more: it has been quiet for longer than the chain remembers.
-bool RenderJob::HasFaded(uint64_t quietFrames) {
-    if (settings.tail || quietFrames == 0) {
-        memory.reset();
-        return false;
-    }
-    if (!memory)
-        memory = Host::EstimateTail(*engine, catalog).memory;
-    return static_cast<double>(quietFrames) > *memory * rate;
-}
-
 void RenderJob::Render() {
-    const auto tail = static_cast<uint64_t>(std::llround(TailSeconds() * rate));
     const std::optional<uint64_t> inputFrames = main->Frames();
     AudioWriter writer(outputs->sound, format, rate, summary.channels,
-                       inputFrames.value_or(0) + tail, Tags());
+                       inputFrames.value_or(0) + run->TailFrames(), Tags());
     FileSink file(writer, rate, summary.channels);
     GrainCounter grains;
-    engine->AddListener(grains);
+    Host::Engine& engine = run->GetEngine();
+    engine.AddListener(grains);
     if (modulation)
-        engine->AddListener(*modulation);
+        engine.AddListener(*modulation);
 
-    Renderer renderer(*engine, *main, side.get());
-    TailTrimmer trimmer(PlanTail());
-    renderer.SetWrites(course->writes);
-    renderer.SetSong(*song);
-    renderer.SetTail(tail);
-    renderer.SetStop([&] { return HasFaded(trimmer.QuietFrames()); });
-    renderer.AddSink(trimmer);
-    trimmer.AddSink(file);
-    trimmer.AddSink(grains);
+    std::vector<RenderSink*> sinks{&file, &grains};
     if (picture)
-        trimmer.AddSink(picture->Sink());
-
+        sinks.push_back(&picture->Sink());
     const std::optional<uint64_t> total =
-        inputFrames ? std::optional(*inputFrames + tail) : std::nullopt;
+        inputFrames ? std::optional(*inputFrames + run->TailFrames()) : std::nullopt;
     Progress progress(rate, total, settings.tail.has_value(), settings.progress);
     const bool routesMove = picture && settings.automation;
-    renderer.Run([&](uint64_t frames) {
+    run->Run(*main, side.get(), sinks, [&](uint64_t frames) {
         progress.Show(frames);
         if (watch)
             watch(static_cast<double>(frames) / rate);
@@ -193,20 +119,14 @@ void RenderJob::Render() {
             picture->NoteRoutes();
     });
     progress.Clear();
-    engine->RemoveListener(grains);
+    engine.RemoveListener(grains);
     if (modulation)
-        engine->RemoveListener(*modulation);
+        engine.RemoveListener(*modulation);
     writer.Finish();
 
     file.Report(summary);
     summary.clipped = writer.ClippedSamples();
     summary.grains = grains.Count();
-    summary.inputSeconds = static_cast<double>(renderer.InputFrames()) / rate;
-    summary.tailEnd = trimmer.End();
-    summary.tailLimit = TailSeconds();
-    summary.tailFade = settings.tailFade.value_or(kUsualFade);
-    summary.engineSeconds = renderer.CpuSeconds();
-    summary.cpuShare = renderer.CpuSeconds() * rate / static_cast<double>(engine->FramesIn());
 }
 
 void RenderJob::WritePicture() {
@@ -250,9 +170,9 @@ void RenderJob::WarnOfSource(const std::filesystem::path& path, const AudioReade
 }
 
 void RenderJob::WarnOfOutput() {
-    Warn(ClippingWarning(summary.clipped, summary.peak, course->End(), catalog));
-    Warn(WritesBehindEnd(automation, *course, rate, summary.seconds));
-    Warn(LostWrites(engine->Counts().refusedWrites));
+    Warn(ClippingWarning(summary.clipped, summary.peak, run->Course().End(), catalog));
+    Warn(WritesBehindEnd(run->Moves(), run->Course(), rate, summary.seconds));
+    Warn(LostWrites(run->GetEngine().Counts().refusedWrites));
 }
 
 /// What is known of the whole only behind its end.
@@ -260,11 +180,9 @@ void RenderJob::Account() {
     summary.output = settings.output;
     summary.format = format.text;
     summary.rate = rate;
-    summary.tempo = tempo;
-    summary.latencyFrames = engine->LatencyFrames();
     summary.badInputs = mainReader->BadSamples();
     summary.badSideChain = sideReader != nullptr ? sideReader->BadSamples() : 0;
-    summary.badOutputs = engine->Counts().badOutputs;
+    summary.badOutputs = run->GetEngine().Counts().badOutputs;
     WarnOfSource(settings.input, *mainReader);
     if (settings.sideChain)
         WarnOfSource(*settings.sideChain, *sideReader);

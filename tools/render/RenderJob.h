@@ -7,16 +7,14 @@
 #include <utility>
 #include <vector>
 
-#include "host/engine/Engine.h"
 #include "host/parameters/ParameterCatalog.h"
 #include "tools/audio/AudioFormat.h"
 #include "tools/audio/AudioReader.h"
-#include "tools/render/Automation.h"
 #include "tools/render/ModulationLog.h"
 #include "tools/render/PictureJob.h"
 #include "tools/render/RenderOutputs.h"
+#include "tools/render/RenderRun.h"
 #include "tools/render/RenderSettings.h"
-#include "tools/render/SoundChoice.h"
 #include "tools/render/Summary.h"
 
 namespace Quorvan::Tools {
@@ -38,10 +36,6 @@ private:
     void OpenOutputs();
     void PrepareEngine();
     void WritePreset();
-    double TailSeconds() const;
-    TailPlan PlanTail() const;
-    void PlanCourse();
-    bool HasFaded(uint64_t quietFrames);
     void Render();
     void WritePicture();
     void WriteModulation();
@@ -57,10 +51,6 @@ private:
     RenderSettings settings;
     const Host::ParameterCatalog& catalog;
     Summary summary;
-    SoundChoice sound;
-    Automation automation;
-    std::optional<SettingsCourse> course;
-    std::optional<TempoMap> song;
 
     AudioReader* mainReader = nullptr;  ///< inside main
     AudioReader* sideReader = nullptr;  ///< inside side
@@ -68,13 +58,11 @@ private:
     std::optional<RenderOutputs> outputs;
     AudioFormat format;
     double rate = 0.0;
-    double tempo = 0.0;
 
-    std::optional<Host::Engine> engine;
+    std::optional<RenderRun> run;
     std::function<void(double)> watch;
     std::optional<PictureJob> picture;
     std::optional<ModulationLog> modulation;
-    std::optional<double> memory;  ///< of the chain, in seconds, while it has been quiet
 };
 
 }  // namespace Quorvan::Tools
