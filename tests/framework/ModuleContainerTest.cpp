@@ -176,47 +176,6 @@ TEST(ModuleContainerTest, ValuesReachRecordsAndTheMatrix) {
     EXPECT_EQ(root.M().held, (std::map<uint32_t, float>{{1, -0.75f}, {2, 0.0f}, {3, 1.0f}}));
 }
 
-TEST(ModuleContainerTest, ChildrenAreSetUpResetAndEndedBeforeTheirParent) {
-    Log log;
-    Root root(&log);
-    const auto logged = [&log] { return std::exchange(log, {}); };
-    root.Setup(1000.0f, 64);
-    const Log setUp = {"A: setup 2000/32", "A: reset hard", ": setup 2000/32", ": reset hard",
-                       "B: setup 2000/32", "B: reset hard", ": setup 1000/64", ": reset hard"};
-    EXPECT_EQ(logged(), setUp);
-    EXPECT_EQ(ChangedFlags(root), "1111111111");
-    RunTree(root);
-    root.SetParameterNormalized(4, 0.5f);
-    logged();
-    root.Reset(false);
-    EXPECT_EQ(logged(), (Log{"A: reset soft", ": reset soft", "B: reset soft", ": reset soft"}));
-    EXPECT_EQ(ChangedFlags(root), "0000100000");
-    EXPECT_TRUE(root.NeedsFullUpdate() && root.B().NeedsFullUpdate() &&
-                root.Leaf().NeedsFullUpdate());
-    root.Reset(true);
-    EXPECT_EQ(ChangedFlags(root), "1111111111");
-    logged();
-    root.Terminate();
-    EXPECT_EQ(logged(), (Log{"B: terminate", ": terminate"}));
-}
-
-TEST(ModuleContainerTest, ABlockConcernsTheContainerAlone) {
-    Log log;
-    Root root(&log);
-    root.runs = false;
-    EXPECT_FALSE(RunBlock(root));
-    EXPECT_EQ(ChangedFlags(root), "1111111111");
-    EXPECT_TRUE(root.NeedsFullUpdate());
-    root.runs = true;
-    EXPECT_FALSE(RunBlock(root, 3));
-    EXPECT_EQ(ChangedFlags(root), "1111111000");
-    EXPECT_TRUE(root.NeedsFullUpdate() && log.empty());
-    EXPECT_TRUE(RunBlock(root));
-    EXPECT_FALSE(root.NeedsFullUpdate());
-    EXPECT_TRUE(root.A().NeedsFullUpdate());
-    EXPECT_EQ(log, Log{": process fully"});
-}
-
 TEST(ModuleContainerTest, LinksCarryThePositionToEveryTarget) {
     Root root;
     RunTree(root);

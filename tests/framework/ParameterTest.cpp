@@ -109,17 +109,6 @@ TEST(ParameterTest, OnlyAnotherNumberCountsAsAChange) {
     EXPECT_TRUE(p.WriteNormalized(0.7f, true));
 }
 
-TEST(ParameterTest, CopiesAndMovesPointIntoTheirOwnStorage) {
-    std::vector<Parameter> all = AllKinds();
-    const std::vector<Parameter> copies = all;
-    all.insert(all.begin(), Parameter());  // moves every record
-    for (size_t i = 0; i < copies.size(); ++i) {
-        EXPECT_EQ(copies[i].curve, copies[i].curveStorage.Get());
-        EXPECT_EQ(all[i + 1].curve, all[i + 1].curveStorage.Get());
-        EXPECT_EQ(all[i + 1].ValueOf(0.7f), copies[i].ValueOf(0.7f));
-    }
-}
-
 TEST(ParameterTest, RowsMoveThePositionAndStopAtItsEnds) {
     Parameter p = Parameter::MakeContinuous("", PotardKind::kPolynomial, 0.0f, 100.0f, 2.0f);
     p.WriteNormalized(0.7f, false);

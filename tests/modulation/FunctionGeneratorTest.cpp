@@ -183,32 +183,6 @@ struct Listener final : Function::Observer {
     std::vector<std::pair<uint32_t, float>> heard;
 };
 
-TEST(FunctionGeneratorTest, ObserversHearChangesAndNothingElse) {
-    Drawn function(kTent);
-    Listener listener;
-    function.module.Attach(listener);
-    function.Set(Function::PointX1 + 5, 0.25f);
-    function.Set(Function::PointX1 + 5, 0.25f);
-    function.module.SetParameterNormalized(Function::PointX1 + 5, 0.25f);
-    function.module.SetParameterNormalized(Function::Scale, 0.75f);
-    function.Set(Function::Scale, 0.5f);  // position 0.75
-    function.Set(Function::Amount, 0.0f);
-    EXPECT_EQ(
-        listener.heard,
-        (std::vector<std::pair<uint32_t, float>>{
-            {Function::PointX1 + 5, 0.25f}, {Function::Scale, 0.75f}, {Function::Amount, 0.5f}}));
-    listener.heard.clear();
-    function.Block();
-    // The position in the segment moves at every step; the last is what the parameter shows.
-    std::vector<float> positions;
-    for (const auto& [id, position] : listener.heard)
-        if (id == Function::FeedbackPositionInSegment)
-            positions.push_back(position);
-    ASSERT_GE(positions.size(), 47u);
-    EXPECT_TRUE(std::is_sorted(positions.begin(), positions.end()));
-    EXPECT_EQ(positions.back(), function.Feedback(Function::FeedbackPositionInSegment));
-}
-
 TEST(FunctionGeneratorTest, ObserverAndSubjectMayGoInEitherOrder) {
     Listener last;
     auto function = std::make_unique<Function>("Function1");

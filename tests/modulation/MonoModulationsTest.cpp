@@ -155,34 +155,6 @@ TEST(MonoModulationsTest, ASecondAnnouncementCountsOnlyInABlockOfAnotherLength) 
     EXPECT_EQ(rig.First(0), 0.75f);
 }
 
-TEST(MonoModulationsTest, PositionsAndNamesOfAmountsAndSwitches) {
-    Rig rig;
-    EXPECT_EQ(rig.matrix.GetParameterNormalized(0), 0.5f);
-    EXPECT_EQ(rig.matrix.GetParameterNormalized(kCells), 1.0f);
-    for (const float position : {0.0f, 0.125f, 1.0f}) {
-        EXPECT_TRUE(rig.matrix.SetParameterNormalized(664, position));
-        EXPECT_EQ(rig.matrix.Amount(664), 2.0f * position - 1.0f);
-        EXPECT_EQ(rig.matrix.GetParameterNormalized(664), position);
-    }
-    for (const float position : {0.0f, 0.5f, 0.51f}) {
-        rig.matrix.SetParameterNormalized(1329, position);
-        EXPECT_EQ(rig.matrix.IsActivated(664), position > 0.5f);
-        EXPECT_EQ(rig.matrix.GetParameterNormalized(1329), position > 0.5f ? 1.0f : 0.0f);
-        EXPECT_EQ(rig.matrix.Amount(664), 1.0f);
-    }
-    EXPECT_TRUE(rig.matrix.SetParameterNormalized(1330, 1.0f));
-    EXPECT_EQ(rig.matrix.GetParameterNormalized(1330), 0.0f);
-    for (const auto& [id, name] : {std::pair{8u, "Modulations_Dst2_Src2_Amount"},
-                                   {664u, "Modulations_Dst95_Src7_Amount"},
-                                   {665u, "Modulations_Dst1_Src1_Activated"},
-                                   {1330u, ""}}) {
-        char text[64];
-        ParameterNameSink sink(text, sizeof(text));
-        rig.matrix.GetParameterName(id, sink);
-        EXPECT_STREQ(text, name);
-    }
-}
-
 TEST(MonoModulationsTest, SetupKeepsTheRoutingAndAlignsTheRows) {
     Rig rig;
     rig.matrix.SetAmount(Cell(94, 6), -0.5f);
@@ -197,31 +169,6 @@ TEST(MonoModulationsTest, SetupKeepsTheRoutingAndAlignsTheRows) {
         rig.Process(size);
         EXPECT_EQ(rig.matrix.GetDestinationRow(94)[size - 1], -0.5f);
     }
-}
-
-TEST(MonoModulationsTest, ListenersHearWhenACellBeginsAndEnds) {
-    using Event = std::tuple<uint32_t, uint32_t, bool>;
-    struct Recorder : ModulationListener {
-        void OnConnectionChanged(uint32_t source, uint32_t row, bool connected) override {
-            heard.emplace_back(source, row, connected);
-        }
-        std::vector<Event> heard;
-    } recorder;
-    Rig rig;
-    rig.matrix.AddListener(&recorder);
-    rig.matrix.AddListener(&recorder);  // counts once
-    rig.matrix.SetAmount(Cell(80, 4), 0.3f);
-    rig.matrix.SetAmount(Cell(80, 4), 0.4f);
-    rig.matrix.SetActivated(Switch(80, 4), false);
-    rig.matrix.SetAmount(Cell(80, 4), 0.5f);
-    rig.matrix.SetActivated(Switch(80, 4), true);
-    rig.matrix.SetAmount(Cell(80, 4), 0.0f);
-    rig.matrix.SetActivated(Switch(80, 4), false);
-    const std::vector<Event> wanted{{4, 80, true}, {4, 80, false}, {4, 80, true}, {4, 80, false}};
-    EXPECT_EQ(recorder.heard, wanted);
-    rig.matrix.RemoveListener(&recorder);
-    rig.matrix.SetAmount(Cell(0, 0), 1.0f);
-    EXPECT_EQ(recorder.heard, wanted);
 }
 
 }  // namespace

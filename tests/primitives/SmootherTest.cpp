@@ -27,21 +27,6 @@ TEST(SmootherTest, LowPassFollowsItsExponentialAndArrives) {
     }
 }
 
-TEST(SmootherTest, LowPassThresholdFollowsNewTargetsOnly) {
-    auto smoother = Make<SmootherLPF>(0.001);
-    smoother.threshold = 0.5;
-    smoother.SetTarget(0.0f);
-    EXPECT_EQ(smoother.threshold, 0.5);  // no new target
-    smoother.SetTarget(-1000.0f);
-    EXPECT_EQ(smoother.threshold, 1000.0 * 1e-12);
-    smoother.Reset(1.0f);
-    smoother.SetTarget(0.0f);
-    EXPECT_EQ(smoother.threshold, 1e-20);
-    for (int n = 0; n < 450; ++n)  // steps fall below it after 48 / 5 * ln(1e20) ticks
-        smoother.Tick();
-    EXPECT_TRUE(smoother.IsAtRestAt(0.0));
-}
-
 TEST(SmootherTest, SlewLimiterTakesEqualStepsAndLandsOnTheTarget) {
     auto smoother = Make<SmootherSRL>(0.01, 1000.0f, 2);  // 5 ticks for a distance of 1
     smoother.range = 2.0;                                 // and so 0.4 a tick
@@ -82,29 +67,6 @@ TEST(SmootherTest, RampedLowPassFollowsAPlainModelFromWhereTheLastRampStands) {
     for (int n = 0; n < 1000; ++n)
         smoother.Tick();
     EXPECT_TRUE(smoother.IsAtRest());
-}
-
-TEST(SmootherTest, RampedLowPassStartsAndRestsAsItIsTold) {
-    auto smoother = Make<SmootherInterpLPF>(0.01);
-    smoother.rampSteps = 4;
-    smoother.SetTarget(4.0f);
-    smoother.Tick();
-    smoother.Tick();
-    smoother.SetTarget(2.0f);  // where the ramp stands: nothing happens
-    EXPECT_EQ(smoother.target, 4.0);
-    smoother.SetStartAndTarget(1.0f, 5.0f);
-    EXPECT_EQ(smoother.current, 1.0);
-    EXPECT_EQ(smoother.rampIncrement, 1.0);
-    EXPECT_EQ(smoother.threshold, 5e-12);
-    smoother.SetStartAndTarget(6.0f, 6.0f);
-    EXPECT_EQ(smoother.Tick(), 6.0f);
-    EXPECT_TRUE(smoother.IsAtRestAt(6.0));
-    smoother.SetTarget(9.0f);
-    smoother.Reset(0.5f);
-    std::array<float, 7> block{};
-    smoother.FillBlock(block.data(), 7);  // at rest: whole groups of four
-    EXPECT_EQ(block, (std::array<float, 7>{0.5f, 0.5f, 0.5f, 0.5f, 0.0f, 0.0f, 0.0f}));
-    EXPECT_EQ(smoother.Tick(), 0.5f);
 }
 
 }  // namespace

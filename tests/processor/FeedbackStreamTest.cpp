@@ -214,29 +214,5 @@ TEST(FeedbackStreamTest, EveryRowShowsTheParameterInForceMovedByTheRow) {
     EXPECT_EQ(seen.size(), kDestinations);
 }
 
-TEST(FeedbackStreamTest, DepthsAreFoldedToTheSideOfTheirArrows) {
-    for (const auto& [row, depth] : kFolded)
-        for (const float arrow : {0.0f, 0.5f, 1.0f})
-            for (const float beat : {0.0f, 1.0f}) {
-                StreamRig rig;
-                rig.Set({{"MoteWeaver_" + depth.name, 0.5f},
-                         {"MoteWeaver_" + depth.arrow, arrow},
-                         {"MoteWeaver_GranularMode", beat},
-                         {"Macro 1", 1.0f}});
-                Route(rig, 5, row, 0.25f);
-                rig.RunChunk();
-                // A choice of two takes its upper half from the middle on.
-                const bool isChoice = depth.name == "RandomDensity";
-                const float at = isChoice && arrow >= 0.5f ? 1.0f : arrow;
-                const bool down = at == depth.downAt || (isChoice && beat == 1.0f);
-                const float height = depth.exponent > 0.0f
-                                         ? std::pow(0.75f, depth.exponent)
-                                         : std::expm1(1.5f * 0.75f) / std::expm1(1.5f);
-                EXPECT_NEAR(rig.Destination(row), 127.5f * (down ? 1.0f - height : 1.0f + height),
-                            1.0f)
-                    << depth.name << " " << arrow << " " << beat;
-            }
-}
-
 }  // namespace
 }  // namespace Quorvan::Processor

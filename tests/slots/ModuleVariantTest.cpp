@@ -87,25 +87,6 @@ TEST(ModuleVariantTest, OnlyTheChosenOneRunsAndIsReset) {
     EXPECT_TRUE(rig.module.IsChanged(Variant::Bypass));
 }
 
-TEST(ModuleVariantTest, AnswersForTheAlternativeAndRefusesOtherChannelCounts) {
-    Variant variant;
-    variant.Setup(48000.0f, 48);
-    Channel audio(48, 0.5f), out(48, 7.0f);
-    std::vector<float*> inputs{audio.data(), audio.data(), nullptr, nullptr, nullptr};
-    float* outputs[2] = {out.data(), out.data()};
-    dsp::ProcessBlock block{.inputs = inputs.data(),
-                            .outputs = outputs,
-                            .numInputs = 4,
-                            .numOutputs = 2,
-                            .numFrames = 48};
-    EXPECT_FALSE(variant.Process(block));
-    EXPECT_EQ(out, Channel(48, 7.0f));
-    block.numInputs = 5;
-    EXPECT_TRUE(variant.Process(block));
-    variant.Child<0>().answer = false;
-    EXPECT_FALSE(variant.Process(block));
-}
-
 /// Both ends of a fade, and that it is a straight line between.
 void ExpectLine(const Channel& got, size_t from, size_t length, float start, float end) {
     for (size_t i = from; i < from + length; ++i) {

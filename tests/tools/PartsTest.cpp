@@ -17,16 +17,6 @@
 namespace Quorvan::Tools {
 namespace {
 
-TEST(CsvLineTest, SplitsAsTablesAreWritten) {
-    using Fields = std::vector<std::string>;
-    EXPECT_EQ(SplitCsvLine("1, Dry / Wet ,0.5\r"), (Fields{"1", "Dry / Wet", "0.5"}));
-    EXPECT_EQ(SplitCsvLine("\"a,b\",\"say \"\"x\"\"\","), (Fields{"a,b", "say \"x\"", ""}));
-    EXPECT_EQ(SplitCsvLine("1;2,5;3"), (Fields{"1", "2,5", "3"}));
-    EXPECT_EQ(SplitCsvLine("\xef\xbb\xbfseconds\tb"), (Fields{"seconds", "b"}));
-    EXPECT_TRUE(SplitCsvLine("  # remark, with comma").empty());
-    EXPECT_TRUE(SplitCsvLine(" ").empty());
-}
-
 TEST(AutomationTest, TimesAreSecondsBeatsOrBars) {
     const auto read = [](const char* text, TimeUnit bare) {
         const auto time = AutomationTime::Read(text, bare, Meter::Read("6/8").value());
@@ -227,29 +217,6 @@ std::string TextOf(const std::map<std::string, std::string>& settings) {
     engine.Prepare({.sampleRate = 48000.0});
     Host::ApplyPreset(preset, engine, catalog);
     return JoinSlotTexts(SlotTexts(engine, catalog));
-}
-
-TEST(SlotTextTest, EffectsAreToldWithTheirPlaces) {
-    EXPECT_EQ(TextOf({}), "");
-    std::map<std::string, std::string> sound{{"FX1_ModuleType", "Tape Echo"},
-                                             {"FX1_Position", "Feedback Loop"},
-                                             {"FX1_Dry / Wet", "40 %"}};
-    EXPECT_EQ(TextOf(sound), "FX1 Tape Echo in the loop");
-    sound.insert({{"FX2_ModuleType", "Reverb"}, {"FX2_Dry / Wet", "20 %"}});
-    EXPECT_EQ(TextOf(sound), "FX1 Tape Echo in the loop, FX2 Reverb behind the mix");
-    sound["FX1_Bypass"] = "On";
-    EXPECT_EQ(TextOf(sound), "FX2 Reverb behind the mix");
-    sound["FX2_Position"] = "Wet Signal";
-    EXPECT_EQ(TextOf(sound), "FX2 Reverb on the wet signal");
-    sound["FX2_Dry / Wet"] = "0 %";
-    EXPECT_EQ(TextOf(sound), "");
-    EXPECT_EQ(JoinSlotTexts({"a", "b", "c", "d", "e"}), "a, b, c and 2 more");
-    // The second stands where the processor lets it stand: never ahead of the first.
-    sound = {
-        {"FX2_ModuleType", "Chorus"}, {"FX2_Position", "Feedback Loop"}, {"FX2_Dry / Wet", "50 %"}};
-    EXPECT_EQ(TextOf(sound), "FX2 Chorus behind the mix");
-    sound["FX1_Position"] = "Feedback Loop";
-    EXPECT_EQ(TextOf(sound), "FX2 Chorus in the loop");
 }
 
 }  // namespace

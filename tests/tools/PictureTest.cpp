@@ -73,25 +73,6 @@ TEST(WaveformTest, PeaksStayInTheirPlaceAsBinsGrow) {
     EXPECT_NEAR(bins[1234567 / size].Rms(), 0.9 / std::sqrt(static_cast<double>(size)), 1.0e-4);
 }
 
-TEST(GrainLogTest, ThinningKeepsWholePairs) {
-    GrainLog log;
-    for (uint64_t pair = 0; pair < 40000; ++pair) {
-        Host::GrainStart grain;
-        grain.frame = pair;
-        log.OnGrainStart(grain);
-        grain.right = true;
-        log.OnGrainStart(grain);
-    }
-    EXPECT_EQ(log.Count(), 80000u);
-    EXPECT_EQ(log.Stride(), 4u);
-    ASSERT_EQ(log.Kept().size(), 20000u);
-    for (size_t i = 0; i < log.Kept().size(); i += 2) {
-        EXPECT_EQ(log.Kept()[i].frame, log.Kept()[i + 1].frame);
-        EXPECT_NE(log.Kept()[i].right, log.Kept()[i + 1].right);
-    }
-    EXPECT_EQ(log.Kept()[2].frame - log.Kept()[0].frame, 4u);
-}
-
 std::string Labels(const std::vector<Tick>& ticks) {
     std::string text;
     for (const Tick& tick : ticks)

@@ -24,11 +24,13 @@ public:
           instance(shownPlugin),
           gui(instance.Get<clap_plugin_gui_t>(CLAP_EXT_GUI)) {
         const clap_plugin_t* const plugin = instance.plugin;
-        Require(gui.is_api_supported(plugin, CLAP_WINDOW_API_X11, false), "There is no X11 window.");
+        Require(gui.is_api_supported(plugin, CLAP_WINDOW_API_X11, false),
+                "There is no X11 window.");
         Require(gui.create(plugin, CLAP_WINDOW_API_X11, false), "The window is not made.");
         gui.set_scale(plugin, scale);
         Require(gui.get_size(plugin, &width, &height), "The window has no size.");
-        window = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, width, height, 0, 0, 0);
+        window =
+            XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, width, height, 0, 0, 0);
         XMapWindow(display, window);
         XSync(display, False);
         clap_window_t parent{};
