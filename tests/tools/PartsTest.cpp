@@ -206,18 +206,5 @@ TEST(AtomicOutputTest, LeftoversGoAndFilesOfLiveRunsStay) {
     EXPECT_EQ(folder.Content(), before);
 }
 
-std::string TextOf(const std::map<std::string, std::string>& settings) {
-    static const Host::ParameterCatalog catalog;
-    Host::Preset preset;
-    for (const auto& [name, text] : settings) {
-        const uint32_t index = catalog.Find(name).value();
-        preset.parameters.push_back({index, catalog.Position(index, text).position.value()});
-    }
-    Host::Engine engine(1);
-    engine.Prepare({.sampleRate = 48000.0});
-    Host::ApplyPreset(preset, engine, catalog);
-    return JoinSlotTexts(SlotTexts(engine, catalog));
-}
-
 }  // namespace
 }  // namespace Quorvan::Tools
