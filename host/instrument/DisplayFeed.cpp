@@ -12,7 +12,7 @@ namespace Quorvan::Host {
 
 namespace {
 
-constexpr double kPicturesPerSecond = 100.0;
+constexpr double kPicturesPerSecond = 60.0;
 constexpr uint32_t kLimiterMeter = Processor::ModuleIndex::kLimiter + 12;
 
 void Raise(float& peak, float level) { peak = std::max(peak, level); }
@@ -83,19 +83,20 @@ void DisplayFeed::Publish(const BlockReport& report) {
     const dsp::MoteWeaver& granular = Processor::GranularModuleOf(*report.processor);
     draft.time = report.firstFrame + report.frames;
     draft.transport = report.transport;
-    ShowTape(granular);
-    ShowGrains(granular);
     for (uint32_t row = 0; row < kModulationDestinations; ++row)
         draft.destinations[row] = Processor::DestinationValue(*report.processor, row);
     ++draft.number;
-    pictures.Writing() = draft;
+    DisplayFrame& frame = pictures.Writing();
+    ShowTape(granular, frame);
+    ShowGrains(granular, frame);
+    static_cast<DisplayState&>(frame) = draft;
     pictures.Publish();
     draft.input = draft.wet = draft.feedback = draft.output = {};
     draft.limiter = 0.0f;
     framesSince = 0;
 }
 
-void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular) {
+void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame) {
     const dsp::CaptureBuffer& tape = granular.Capture();
     const double length = std::max(1u, tape.length);
     draft.tapeSeconds = static_cast<float>(length / sampleRate);
@@ -104,27 +105,27 @@ void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular) {
 
     const auto room = DisplayFrame::kMarkerRoom;
     if (tape.quantizationMode == dsp::CaptureBuffer::kTransients) {
-        draft.markerCount = std::min(room, granular.Markers().Count());
-        for (uint32_t i = 0; i < draft.markerCount; ++i)
-            draft.markers[i] = static_cast<float>(granular.Markers()[i] / length);
+        frame.markerCount = std::min(room, granular.Markers().Count());
+        for (uint32_t i = 0; i < frame.markerCount; ++i)
+            frame.markers[i] = static_cast<float>(granular.Markers()[i] / length);
     } else if (tape.quantizationMode == dsp::CaptureBuffer::kGrid) {
-        draft.markerCount = std::min(room, granular.GridSize());
-        for (uint32_t i = 0; i < draft.markerCount; ++i)
-            draft.markers[i] = static_cast<float>(i) / static_cast<float>(granular.GridSize());
+        frame.markerCount = std::min(room, granular.GridSize());
+        for (uint32_t i = 0; i < frame.markerCount; ++i)
+            frame.markers[i] = static_cast<float>(i) / static_cast<float>(granular.GridSize());
     } else
-        draft.markerCount = 0;
+        frame.markerCount = 0;
 }
 
-void DisplayFeed::ShowGrains(const dsp::MoteWeaver& granular) {
+void DisplayFeed::ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& frame) {
     const double tape = std::max(1u, granular.Capture().length);
     const dsp::GrainPool& pool = granular.Grains();
-    draft.grainCount = 0;
+    frame.grainCount = 0;
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
-        if (draft.grainCount == DisplayFrame::kGrainRoom)
+        if (frame.grainCount == DisplayFrame::kGrainRoom)
             break;
         const dsp::Grain& grain = pool[slot];
         const double speed = std::abs(grain.increment);
-        ShownGrain& shown = draft.grains[draft.grainCount++];
+        ShownGrain& shown = frame.grains[frame.grainCount++];
         shown.number = NumberOf(slot, grain);
         shown.place =
             static_cast<float>((grain.swapped ? grain.wrappedPosition : grain.readPosition) / tape);

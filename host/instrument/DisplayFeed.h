@@ -17,7 +17,7 @@ struct Grain;
 
 namespace Quorvan::Host {
 
-/// Makes pictures of what an engine does, some hundred in a second of sound, for a window on
+/// Makes pictures of what an engine does, some sixty in a second of sound, for a window on
 /// another thread. While nobody watches, it costs one look at a flag in each block.
 ///
 /// Threads  OnBlock, BeginWork and EndWork on the audio thread, Take and Latest on one other thread
@@ -50,15 +50,15 @@ private:
     void NoteMoment(const BlockReport& report);
     void NoteLevels(const BlockReport& report);
     void Publish(const BlockReport& report);
-    void ShowTape(const dsp::MoteWeaver& granular);
-    void ShowGrains(const dsp::MoteWeaver& granular);
+    void ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame);
+    void ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& frame);
     uint64_t NumberOf(uint32_t slot, const dsp::Grain& grain);
 
     using Clock = std::chrono::steady_clock;
 
     std::atomic<bool> isWatched{false};
     TripleBuffer<DisplayFrame> pictures;
-    DisplayFrame draft;  ///< gathers what the next picture shows
+    DisplayState draft;  ///< gathers what the next picture shows
     TapeOutline outline{draft.tape};
     std::array<Numbered, DisplayFrame::kGrainRoom> numbers{};
     uint64_t given = 0;  ///< numbers of grains so far

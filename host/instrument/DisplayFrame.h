@@ -22,10 +22,8 @@ struct ShownGrain {
     bool reversed = false;
 };
 
-/// All that moves in a picture of an instrument, at one moment.
-struct DisplayFrame {
-    static constexpr uint32_t kGrainRoom = 258;
-    static constexpr uint32_t kMarkerRoom = 200;
+/// What a picture shows beside grains and markers.
+struct DisplayState {
     static constexpr uint32_t kMoments = 64;
 
     uint64_t number = 0;  ///< of frames; 0: none has come yet
@@ -37,11 +35,7 @@ struct DisplayFrame {
     float tapeSeconds = 0.0f;
     float writePlace = 0.0f, playPlace = 0.0f;
     TapeOutline::Columns tape{};
-    uint32_t grainCount = 0;
-    uint64_t pairsStarted = 0;                    ///< since somebody watches
-    std::array<ShownGrain, kGrainRoom> grains{};  ///< grainCount of them
-    uint32_t markerCount = 0;
-    std::array<float, kMarkerRoom> markers{};  ///< places of transients or grid lines
+    uint64_t pairsStarted = 0;  ///< since somebody watches
 
     /// One moment a block, round and round: moment m is at m % kMoments; moments of them so far.
     uint64_t moments = 0;
@@ -53,6 +47,17 @@ struct DisplayFrame {
     /// Highest levels since the frame before, linear, by side.
     std::array<float, 2> input{}, wet{}, feedback{}, output{};
     float limiter = 0.0f;  ///< "Limiter_OutGainReduction": 0..1, 0.5 at about 19 dB of reduction
+};
+
+/// All that moves in a picture of an instrument, at one moment.
+struct DisplayFrame : DisplayState {
+    static constexpr uint32_t kGrainRoom = 258;
+    static constexpr uint32_t kMarkerRoom = 200;
+
+    uint32_t grainCount = 0;
+    std::array<ShownGrain, kGrainRoom> grains{};  ///< grainCount of them
+    uint32_t markerCount = 0;
+    std::array<float, kMarkerRoom> markers{};  ///< places of transients or grid lines
 };
 
 }  // namespace Quorvan::Host

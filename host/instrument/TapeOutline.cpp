@@ -1,8 +1,16 @@
 #include "host/instrument/TapeOutline.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace Quorvan::Host {
+
+namespace {
+
+/// The bits of a float as a whole number of the same order, and back: those run in vectors.
+int32_t Key(int32_t bits) { return bits ^ ((bits >> 31) & 0x7fffffff); }
+
+}  // namespace
 
 uint32_t TapeOutline::ColumnOf(uint32_t sample) const {
     return std::min(static_cast<uint32_t>(static_cast<uint64_t>(sample) * kColumns / size),
@@ -33,9 +41,14 @@ void TapeOutline::Follow(const float* tape, uint32_t length, uint32_t written) {
 void TapeOutline::Measure(uint32_t column) {
     const uint32_t begin = std::min(Begin(column), size - 1);
     const uint32_t end = std::max(begin + 1, Begin(column + 1));
-    const auto [lowest, highest] = std::minmax_element(samples + begin, samples + end);
-    columns.lowest[column] = *lowest;
-    columns.highest[column] = *highest;
+    int32_t lowest = INT32_MAX, highest = INT32_MIN;
+    for (uint32_t i = begin; i < end; ++i) {
+        const int32_t key = Key(std::bit_cast<int32_t>(samples[i]));
+        lowest = std::min(lowest, key);
+        highest = std::max(highest, key);
+    }
+    columns.lowest[column] = std::bit_cast<float>(Key(lowest));
+    columns.highest[column] = std::bit_cast<float>(Key(highest));
 }
 
 }  // namespace Quorvan::Host
