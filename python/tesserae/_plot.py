@@ -10,7 +10,7 @@ def _draw_grains(axes, grains):
         way = np.where(chosen["reversed"], -1, 1) * chosen["source_duration"]
         times = np.stack([chosen["time"], chosen["time"] + chosen["duration"]])
         places = np.stack([chosen["tape_position"], chosen["tape_position"] + way])
-        axes.plot(times, places, color=colour, alpha=0.4, linewidth=0.8)
+        axes.plot(times, places, color=colour, alpha=0.7, linewidth=1.0)
     axes.set_ylabel("tape (s)")
 
 
