@@ -1,13 +1,11 @@
 #include "tools/batch/Batch.h"
 
-#include <cmath>
 #include <exception>
 #include <iostream>
 #include <new>
-#include <thread>
+#include <system_error>
 #include <utility>
 #include <variant>
-#include <vector>
 
 #include "tools/audio/AudioReader.h"
 #include "tools/batch/JobResult.h"
@@ -83,8 +81,7 @@ void Batch::Run() {
     std::vector<std::thread> workers;
     {
         const SignalPause inherited;  // only this thread is to meet signals
-        for (unsigned i = 0; i < settings.workers; ++i)
-            workers.emplace_back([this] { Work(); });
+        StartWorkers(workers);
     }
     try {
         ReadList();
@@ -99,6 +96,18 @@ void Batch::Run() {
         throw *broken;
     if (results)
         results->Finish();
+}
+
+/// As many as the machine allows, where that is fewer than are wanted.
+void Batch::StartWorkers(std::vector<std::thread>& workers) {
+    try {
+        while (workers.size() < settings.workers)
+            workers.emplace_back([this] { Work(); });
+    } catch (const std::system_error&) {
+        if (workers.empty())
+            throw;
+        settings.workers = static_cast<unsigned>(workers.size());
+    }
 }
 
 void Batch::ReadList() {

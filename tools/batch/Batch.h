@@ -4,6 +4,8 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -48,6 +50,7 @@ public:
 
 private:
     void LearnWhatIsDone();
+    void StartWorkers(std::vector<std::thread>& workers);
     void ReadList();
     void Take(BatchJob job);
     bool Claims(const BatchJob& job);
