@@ -22,6 +22,17 @@ struct PluginRender {
     bool(CLAP_ABI* set)(const clap_plugin_t*, int32_t mode);
 };
 
+inline constexpr const char* kPosixFdExtension = "clap.posix-fd-support";
+inline constexpr uint32_t kFdReadable = 1;
+struct PluginPosixFd {
+    void(CLAP_ABI* onFd)(const clap_plugin_t*, int fd, uint32_t flags);
+};
+struct HostPosixFd {
+    bool(CLAP_ABI* registerFd)(const clap_host_t*, int fd, uint32_t flags);
+    bool(CLAP_ABI* modifyFd)(const clap_host_t*, int fd, uint32_t flags);
+    bool(CLAP_ABI* unregisterFd)(const clap_host_t*, int fd);
+};
+
 inline constexpr const char* kAudioPortsConfigExtension = "clap.audio-ports-config";
 struct AudioPortsConfig {
     clap_id id;

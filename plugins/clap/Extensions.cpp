@@ -227,6 +227,14 @@ constexpr clap_plugin_gui_t kGui{.is_api_supported = IsApiSupported,
                                  .show = ShowGui,
                                  .hide = HideGui};
 
+void CLAP_ABI OnFd(const clap_plugin_t* plugin, int, uint32_t) {
+    Guarded([&] {
+        Of(plugin).gui.TakeEvents();
+        return true;
+    });
+}
+constexpr PluginPosixFd kPosixFd{OnFd};
+
 const void* CLAP_ABI GetExtension(const clap_plugin_t*, const char* id) {
     struct Row {
         std::string_view id;
@@ -238,7 +246,8 @@ const void* CLAP_ABI GetExtension(const clap_plugin_t*, const char* id) {
         {CLAP_EXT_STATE, &kState},          {CLAP_EXT_LATENCY, &kLatency},
         {kTailExtension, &kTail},           {kRenderExtension, &kRender},
         {CLAP_EXT_TIMER_SUPPORT, &kTimer},  {kPresetLoadExtension, &kPresetLoad},
-        {kPresetLoadDraft, &kPresetLoad},   {CLAP_EXT_GUI, &kGui}};
+        {kPresetLoadDraft, &kPresetLoad},   {CLAP_EXT_GUI, &kGui},
+        {kPosixFdExtension, &kPosixFd}};
     for (const Row& row : kRows)
         if (id != nullptr && row.id == id)
             return row.functions;

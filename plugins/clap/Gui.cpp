@@ -118,20 +118,43 @@ void Gui::StopTimer() {
     if (timer != CLAP_INVALID_ID && timers != nullptr)
         timers->unregister_timer(&host, timer);
     timer = CLAP_INVALID_ID;
+    const auto* const files = Of<HostPosixFd>(host, kPosixFdExtension);
+    if (connection >= 0 && files != nullptr)
+        files->unregisterFd(&host, connection);
+    connection = -1;
 }
 
 bool Gui::TakeTimer(clap_id id) {
     if (timer == CLAP_INVALID_ID || id != timer || window == nullptr)
         return false;
+    Look();
+    return true;
+}
+
+void Gui::TakeEvents() {
+    if (window != nullptr)
+        Look();
+}
+
+void Gui::Look() {
     if (window->Idle()) {
+        WatchConnection();
         TellHost();
-        return true;
+        return;
     }
     window->Hide();
     StopTimer();
     if (const auto* const hostGui = Of<clap_host_gui_t>(host, CLAP_EXT_GUI))
         hostGui->closed(&host, false);
-    return true;
+}
+
+/// So that events are taken at once and not with the next frame.
+void Gui::WatchConnection() {
+    const auto* const files = Of<HostPosixFd>(host, kPosixFdExtension);
+    const int wanted = window->Connection();
+    if (connection < 0 && wanted >= 0 && files != nullptr &&
+        files->registerFd(&host, wanted, kFdReadable))
+        connection = wanted;
 }
 
 /// What is moved by a gesture goes out with the events; the rest, as a preset from the list, the

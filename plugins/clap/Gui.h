@@ -38,9 +38,13 @@ public:
 
     /// Whether the timer is the window's, which has then been looked after.
     bool TakeTimer(clap_id id);
+    /// The window has events.
+    void TakeEvents();
 
 private:
     bool Open(uintptr_t parent);
+    void Look();
+    void WatchConnection();
     void StopTimer();
     void TellHost();
     std::vector<float> Controls() const;
@@ -54,6 +58,7 @@ private:
     std::string title = "Tesserae";
     Ui::FaceWindow::Size size;
     clap_id timer = CLAP_INVALID_ID;
+    int connection = -1;      ///< file descriptor that the host watches
     std::vector<float> told;  ///< where the controls stood when the host last heard of all of them
 };
 

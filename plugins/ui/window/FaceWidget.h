@@ -34,8 +34,12 @@ public:
     /// Whether the user holds something of the face, or has let go of it less than a moment ago.
     bool IsHeld() const { return held || Now() - lastTouch < 0.5; }
 
+    /// File descriptor that can be read when the window has events; -1 before it was first drawn.
+    int Connection() const { return connection; }
+
 protected:
     void onCairoDisplay(const Toolkit::CairoGraphicsContext& context) override {
+        connection = ConnectionOf(context.handle);
         face.Draw(context.handle, Whole());
     }
     bool onMouse(const Toolkit::Widget::MouseEvent& event) override {
@@ -96,6 +100,7 @@ private:
     Host::PresetLibrary presets;
     Face face;
     bool held = false;
+    int connection = -1;
     double lastTouch = -1.0;
 };
 

@@ -100,6 +100,7 @@ bool FaceWindow::Idle() {
     return !parts->shell.isClosed;
 }
 
+int FaceWindow::Connection() const { return parts->widget.Connection(); }
 bool FaceWindow::IsHeld() const { return parts->widget.IsHeld(); }
 void FaceWindow::Show() { parts->shell.show(); }
 void FaceWindow::Hide() { parts->shell.hide(); }

@@ -30,6 +30,9 @@ public:
 
     /// Takes events and draws what has moved; answers false when the user has closed it.
     bool Idle();
+    /// File descriptor that can be read when there are events for Idle; -1 before the first
+    /// drawing.
+    int Connection() const;
     /// Whether the user holds something of the face, or has let go of it less than a moment ago.
     bool IsHeld() const;
     void Show();

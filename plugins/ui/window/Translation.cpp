@@ -1,5 +1,7 @@
 #include "plugins/ui/window/Translation.h"
 
+#include <cairo-xlib.h>
+
 #include <map>
 
 namespace Quorvan::Ui {
@@ -76,6 +78,13 @@ std::string_view SignsOf(const Toolkit::Widget::CharacterInputEvent& event) {
     const bool writes =
         event.character >= ' ' && event.character != 0x7f && !modifiers.control && !modifiers.alt;
     return writes ? std::string_view(event.string) : std::string_view();
+}
+
+int ConnectionOf(cairo_t* context) {
+    cairo_surface_t* const surface = cairo_get_target(context);
+    if (cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_XLIB)
+        return -1;
+    return XConnectionNumber(cairo_xlib_surface_get_display(surface));
 }
 
 }  // namespace Quorvan::Ui

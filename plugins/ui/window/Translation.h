@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cairo.h>
+
 #include <string_view>
 
 #include "TopLevelWidget.hpp"
@@ -18,5 +20,8 @@ WheelEvent WheelOf(const Toolkit::Widget::ScrollEvent& event);
 KeyEvent KeyOf(const Toolkit::Widget::KeyboardEvent& event);
 /// Empty where the event types no sign: control characters, and what is typed with Ctrl or Alt.
 std::string_view SignsOf(const Toolkit::Widget::CharacterInputEvent& event);
+
+/// File descriptor of the display that a context draws on, -1 where it draws on none.
+int ConnectionOf(cairo_t* context);
 
 }  // namespace Quorvan::Ui

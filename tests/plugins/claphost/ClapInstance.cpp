@@ -46,6 +46,12 @@ const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id)
         [](Host h, clap_id timer) {
             return OnMain(h, "timer.unregister").running.erase(timer) > 0;
         }};
+    static constexpr Clap::HostPosixFd kFiles{
+        [](Host h, int fd, uint32_t) {
+            return OnMain(h, "posix-fd.register").files.insert(fd).second;
+        },
+        [](Host h, int fd, uint32_t) { return OnMain(h).files.count(fd) > 0; },
+        [](Host h, int fd) { return OnMain(h, "posix-fd.unregister").files.erase(fd) > 0; }};
     static constexpr Clap::HostPresetLoad kPresets{
         [](Host h, uint32_t, const char*, const char*, int32_t, const char* text) {
             OnMain(h, "preset-load.on_error").presetError = text != nullptr ? text : "";
@@ -54,10 +60,15 @@ const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id)
             ++OnMain(h, "preset-load.loaded").presetsLoaded;
         }};
     static const std::map<std::string_view, const void*> parts{
-        {CLAP_EXT_PARAMS, &kParams},        {CLAP_EXT_STATE, &kState},
-        {CLAP_EXT_LATENCY, &kLatency},      {Clap::kTailExtension, &kTail},
-        {CLAP_EXT_THREAD_CHECK, &kThreads}, {Clap::kLogExtension, &kLog},
-        {CLAP_EXT_TIMER_SUPPORT, &kTimers}, {Clap::kPresetLoadExtension, &kPresets}};
+        {CLAP_EXT_PARAMS, &kParams},
+        {CLAP_EXT_STATE, &kState},
+        {CLAP_EXT_LATENCY, &kLatency},
+        {Clap::kTailExtension, &kTail},
+        {CLAP_EXT_THREAD_CHECK, &kThreads},
+        {Clap::kLogExtension, &kLog},
+        {CLAP_EXT_TIMER_SUPPORT, &kTimers},
+        {Clap::kPosixFdExtension, &kFiles},
+        {Clap::kPresetLoadExtension, &kPresets}};
     const auto part = parts.find(id);
     return part != parts.end() ? part->second : nullptr;
 }
@@ -189,6 +200,9 @@ void ClapInstance::RunTimers(uint32_t times) {
             Run(Noise(800, i));
         for (const clap_id id : std::set<clap_id>(running))
             timer.on_timer(plugin, id);
+        const auto* const descriptors = Find<Clap::PluginPosixFd>(Clap::kPosixFdExtension);
+        for (const int fd : std::set<int>(files))
+            descriptors->onFd(plugin, fd, Clap::kFdReadable);
     }
 }
 

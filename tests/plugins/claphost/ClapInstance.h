@@ -108,6 +108,7 @@ private:
     std::atomic<const char*> complaint{nullptr};  ///< call of the host from a wrong thread
     clap_id timers = 0;                           ///< ids given out so far
     std::set<clap_id> running;
+    std::set<int> files;  ///< that it wants to hear of
 };
 
 }  // namespace Quorvan::ClapHost
