@@ -5,6 +5,8 @@
 #include <map>
 #include <string>
 
+#include "granular/MoteWeaver.h"
+#include "processor/ProcessorInternals.h"
 #include "support/ProcessorRig.h"
 #include "support/TestSignals.h"
 
@@ -95,6 +97,14 @@ public:
         data.transportPlaying = songPlays ? 1 : 0;
     }
     uint32_t BlockFrames() const { return rig.blockSize; }
+    /// That sound now.
+    uint32_t Grains() const {
+        const auto& pool = Processor::GranularModuleOf(*rig.processor).Grains();
+        uint32_t count = 0;
+        for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot))
+            ++count;
+        return count;
+    }
 
     const float* Play() {
         for (uint32_t c = 0; c < 2; ++c)
