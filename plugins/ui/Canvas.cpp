@@ -77,8 +77,8 @@ void Canvas::Show(cairo_t* target, const Rect& clip,
             cairo_translate(context, left, top);
             cairo_scale(context, scale, scale);
             // All that the whole pixels at the edge show as well.
-            paint(context, {area.x - 1.0 / scale, area.y - 1.0 / scale,
-                            area.width + 2.0 / scale, area.height + 2.0 / scale});
+            paint(context, {area.x - 1.0 / scale, area.y - 1.0 / scale, area.width + 2.0 / scale,
+                            area.height + 2.0 / scale});
             cairo_restore(context);
         }
         cairo_destroy(context);

@@ -54,10 +54,10 @@ void FaceCore::Paint(Painter& painter, const Rect& area) {
 
 void FaceCore::PaintSaying(Painter& painter) {
     if (!saying.empty())
-        painter.Text({Layout::kTabs.x + 136.0 * static_cast<double>(pages.size()), Layout::kTabs.y,
-                      Layout::kTabs.width - 136.0 * static_cast<double>(pages.size()),
-                      Layout::kTabs.height},
-                     saying, {Theme::kBody, Theme::kText}, Align::Right);
+        painter.Text(
+            {Layout::kTabs.x + 136.0 * static_cast<double>(pages.size()), Layout::kTabs.y,
+             Layout::kTabs.width - 136.0 * static_cast<double>(pages.size()), Layout::kTabs.height},
+            saying, {Theme::kBody, Theme::kText}, Align::Right);
 }
 
 /// Where a source can be dropped, and what it is.
@@ -115,18 +115,16 @@ void FaceCore::PaintTip(Painter& painter) { LayTip(painter, true); }
 Rect FaceCore::LayTip(Painter& painter, bool draw) {
     constexpr double kWidth = 264.0, kPad = 10.0, kLine = 16.0;
     const Type body{Theme::kSmall, Theme::kText};
-    const double lines =
-        tipText.empty()
-            ? 0.0
-            : painter.Paragraph({0.0, 0.0, kWidth - 2.0 * kPad, 0.0}, tipText, body, kLine, true);
+    const double lines = tipText.empty() ? 0.0
+                                         : painter.Paragraph({0.0, 0.0, kWidth - 2.0 * kPad, 0.0},
+                                                             tipText, body, kLine, true);
     const double height = 2.0 * kPad + 16.0 + (lines > 0.0 ? lines + 4.0 : 0.0);
     const Rect room = Layout::kWhole.Inset(8.0);
     const Rect owner = hovered != nullptr ? hovered->box : Rect{pointer.x, pointer.y, 1.0, 1.0};
     const bool isTall = owner.height > 120.0;
     const double below = isTall ? pointer.y + 20.0 : owner.Bottom() + 6.0;
-    const double y = below + height <= room.Bottom()
-                         ? below
-                         : (isTall ? pointer.y : owner.y) - height - 6.0;
+    const double y =
+        below + height <= room.Bottom() ? below : (isTall ? pointer.y : owner.y) - height - 6.0;
     const Rect tip{std::clamp(isTall ? pointer.x : owner.Centre().x - 0.5 * kWidth, room.x,
                               room.Right() - kWidth),
                    std::max(room.y, y), kWidth, height};

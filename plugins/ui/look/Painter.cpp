@@ -165,8 +165,9 @@ void Painter::Text(const Rect& box, std::string_view text, const Type& type, Ali
         width = TextWidth(shown, type);
     }
     const double slack = box.width - width;
-    const double x =
-        box.x + (align == Align::Left ? 0.0 : align == Align::Centre ? 0.5 * slack : slack);
+    const double x = box.x + (align == Align::Left     ? 0.0
+                              : align == Align::Centre ? 0.5 * slack
+                                                       : slack);
     // Capitals are about 0.73 of the size high, in all faces that are likely.
     const double y = box.y + 0.5 * (box.height + 0.73 * type.size);
     Use(type.colour);

@@ -24,8 +24,8 @@ struct Type {
 
 /// A text that was drawn, for those who look after the layout.
 struct PlacedText {
-    Rect box;            ///< that it was meant for
-    double width = 0.0;  ///< that it takes
+    Rect box;             ///< that it was meant for
+    double width = 0.0;   ///< that it takes
     double wanted = 0.0;  ///< that all of it would have taken
     std::string text;
 };

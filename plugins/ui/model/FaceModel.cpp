@@ -83,7 +83,9 @@ float FaceModel::Amount(uint32_t source, uint32_t row) const {
 }
 
 /// New processors have all cells on, with amounts of nothing.
-bool FaceModel::IsRouted(uint32_t source, uint32_t row) const { return Amount(source, row) != 0.0f; }
+bool FaceModel::IsRouted(uint32_t source, uint32_t row) const {
+    return Amount(source, row) != 0.0f;
+}
 
 Influence FaceModel::InfluenceOn(uint32_t row, uint32_t index) const {
     Influence influence;

@@ -15,7 +15,10 @@ using Kind = PlacedControl::Kind;
 TablePanel::TablePanel(const Rect& place, std::string itsTitle, FaceModel& faceModel, Stage& face,
                        std::span<const PlacedControl> controls,
                        std::span<const PlacedChance> chances, std::string namePrefix)
-    : Panel(place, std::move(itsTitle)), model(faceModel), stage(face), prefix(std::move(namePrefix)) {
+    : Panel(place, std::move(itsTitle)),
+      model(faceModel),
+      stage(face),
+      prefix(std::move(namePrefix)) {
     for (const PlacedControl& line : controls)
         Place(line);
     for (const PlacedChance& line : chances)
@@ -32,8 +35,8 @@ Widget& TablePanel::Place(const PlacedControl& line) {
     switch (line.kind) {
         case Kind::Knob:
         case Kind::Bipolar: {
-            Knob& knob = Add<Knob>(at(Knob::kWidth, Knob::kHeight), stage, std::move(control),
-                                   line.label);
+            Knob& knob =
+                Add<Knob>(at(Knob::kWidth, Knob::kHeight), stage, std::move(control), line.label);
             if (line.kind == Kind::Bipolar)
                 knob.MakeBipolar();
             widget = &knob;

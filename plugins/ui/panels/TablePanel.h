@@ -16,9 +16,9 @@ struct PlacedControl {
     Kind kind = Kind::Knob;  ///< Bipolar: a knob that rests in the middle; Field: without label
     const char* name = "";   ///< as the catalog knows it, behind the panel's prefix
     const char* label = "";
-    double x = 0.0, y = 0.0;         ///< from the panel's upper left
+    double x = 0.0, y = 0.0;           ///< from the panel's upper left
     double width = 0.0, height = 0.0;  ///< 0: usual for the kind
-    Condition shown = nullptr;       ///< none: always
+    Condition shown = nullptr;         ///< none: always
 };
 
 /// Chance that belongs to a knob: a small dial at its shoulder.

@@ -41,9 +41,7 @@ TapePanel::TapePanel(FaceModel& faceModel)
     actions.moveSpray = [this](double reach) {
         spray.Move(model.Catalog().PositionOfValue(*spray.Index(), 100.0 * reach));
     };
-    actions.control = [this](Point, bool isSpray) -> Control* {
-        return isSpray ? &spray : Head();
-    };
+    actions.control = [this](Point, bool isSpray) -> Control* { return isSpray ? &spray : Head(); };
     Add<TapeView>(box, std::move(actions));
 }
 
@@ -103,13 +101,11 @@ bool TapePanel::Look(TapePicture& picture) {
     for (uint32_t i = 0; i < frame.grainCount; ++i) {
         const Host::ShownGrain& grain = frame.grains[i];
         const double pan = static_cast<double>(grain.pan), gain = static_cast<double>(grain.gain);
-        picture.grains.push_back({grain.number, static_cast<double>(grain.place),
-                                  static_cast<double>(grain.length),
-                                  static_cast<double>(grain.progress),
-                                  static_cast<double>(grain.semitones),
-                                  gain * std::min(1.0, 2.0 * (1.0 - pan)),
-                                  gain * std::min(1.0, 2.0 * pan),
-                                  static_cast<double>(grain.envelope), grain.reversed});
+        picture.grains.push_back(
+            {grain.number, static_cast<double>(grain.place), static_cast<double>(grain.length),
+             static_cast<double>(grain.progress), static_cast<double>(grain.semitones),
+             gain * std::min(1.0, 2.0 * (1.0 - pan)), gain * std::min(1.0, 2.0 * pan),
+             static_cast<double>(grain.envelope), grain.reversed});
     }
     return true;
 }

@@ -1,6 +1,6 @@
 // Pictures of the face, with a piece of music running through the instrument behind it.
-#include <CLI/CLI.hpp>
 #include <cairo.h>
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -72,8 +72,8 @@ public:
         }
         if (options.time)
             Tell(times);
-        const bool saved = cairo_surface_write_to_png(surface, options.output.c_str()) ==
-                           CAIRO_STATUS_SUCCESS;
+        const bool saved =
+            cairo_surface_write_to_png(surface, options.output.c_str()) == CAIRO_STATUS_SUCCESS;
         cairo_destroy(context);
         cairo_surface_destroy(surface);
         return saved ? 0 : 4;

@@ -44,8 +44,8 @@ void ControlWidget::Drag(const PointerEvent& event) {
         return;
     const double way = DragsAcross() ? event.at.x - last.x : last.y - event.at.y;
     last = event.at;
-    dragged = std::clamp(dragged + way / DragTravel() * (event.modifiers.shift ? 0.1 : 1.0), 0.0,
-                         1.0);
+    dragged =
+        std::clamp(dragged + way / DragTravel() * (event.modifiers.shift ? 0.1 : 1.0), 0.0, 1.0);
     const float position = Held(dragged);
     if (position != control->Position())
         control->Move(position);
@@ -61,8 +61,8 @@ void ControlWidget::DoubleClick(const PointerEvent&) { control->MoveOnce(control
 
 void ControlWidget::Nudge(double share, bool fine) {
     const uint32_t steps = control->Steps();
-    const double step = steps > 1 ? std::copysign(1.0 / (steps - 1), share)
-                                  : share * (fine ? 0.1 : 1.0);
+    const double step =
+        steps > 1 ? std::copysign(1.0 / (steps - 1), share) : share * (fine ? 0.1 : 1.0);
     control->MoveOnce(Held(static_cast<double>(control->Position()) + step));
 }
 
@@ -108,8 +108,8 @@ bool ControlWidget::Key(const KeyEvent& event) {
 }
 
 bool ControlWidget::Text(std::string_view signs) {
-    if (signs.empty() || std::string_view("0123456789.-+@").find(signs.front()) ==
-                             std::string_view::npos)
+    if (signs.empty() ||
+        std::string_view("0123456789.-+@").find(signs.front()) == std::string_view::npos)
         return false;
     TypeValue(stage, *control, box, std::string(signs));
     return true;

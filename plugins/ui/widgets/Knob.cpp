@@ -33,8 +33,8 @@ bool Knob::Tick(double seconds) {
     bool moved = ControlWidget::Tick(seconds);
     if (chanceAmount == nullptr)
         return moved;
-    moved |= chanceAmount->Position() != shownChance ||
-             chanceDirection->Position() != shownDirection;
+    moved |=
+        chanceAmount->Position() != shownChance || chanceDirection->Position() != shownDirection;
     shownChance = chanceAmount->Position();
     shownDirection = chanceDirection->Position();
     return moved;
@@ -104,9 +104,10 @@ void Knob::Press(const PointerEvent& event) {
     if (influence.count == 0 || !(onRing || event.modifiers.alt))
         return ControlWidget::Press(event);
     const double ring = std::floor((distance - kFirstRing + 1.5) / kRingStep);
-    const auto which = onRing ? static_cast<uint32_t>(std::clamp(
-                                    ring, 0.0, static_cast<double>(influence.count - 1)))
-                              : 0u;
+    const auto which =
+        onRing
+            ? static_cast<uint32_t>(std::clamp(ring, 0.0, static_cast<double>(influence.count - 1)))
+            : 0u;
     draggingRoute = true;
     draggedSource = influence.routes[which].source;
     draggedAmount = static_cast<double>(influence.routes[which].amount);

@@ -50,9 +50,9 @@ void LevelMeter::Draw(Painter& painter) {
         painter.Fill({bar.x, bar.y, bar.width * std::min(share, kZero), bar.height},
                      Theme::kOn.Faded(0.85));
         if (share > kZero)
-            painter.Fill({bar.x + bar.width * kZero, bar.y, bar.width * (share - kZero),
-                          bar.height},
-                         Theme::kAlarm);
+            painter.Fill(
+                {bar.x + bar.width * kZero, bar.y, bar.width * (share - kZero), bar.height},
+                Theme::kAlarm);
         painter.Fill({bar.x + std::max(0.0, bar.width * held[side] - 1.5), bar.y, 1.5, bar.height},
                      held[side] > kZero ? Theme::kAlarm : Theme::kText);
     }

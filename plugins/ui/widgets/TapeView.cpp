@@ -12,7 +12,7 @@ constexpr double kFlashSeconds = 0.35;
 constexpr double kMostSemitones = 36.0;
 constexpr double kGrab = 7.0;  ///< pixels around a line that take hold of it
 
-constexpr double kLaneReach = 30.0;   ///< pixels that grains of one pitch spread over
+constexpr double kLaneReach = 30.0;  ///< pixels that grains of one pitch spread over
 
 /// Grains of one pitch lie beside each other; each keeps its lane. -1..1, even over many numbers.
 double LaneOf(uint64_t number) {
@@ -82,8 +82,9 @@ void TapeView::DrawRuler(Painter& painter) const {
         const bool isBar = std::abs(std::remainder(beat, 4.0)) < 0.001;
         const bool isBeat = std::abs(std::remainder(beat, 1.0)) < 0.001;
         const double x = painter.Snap(XOf(beat / picture.beats));
-        painter.Fill({x, box.y, 1.0, box.height},
-                     Theme::kLine.Faded(isBar ? 1.0 : isBeat ? 0.7 : 0.35));
+        painter.Fill({x, box.y, 1.0, box.height}, Theme::kLine.Faded(isBar    ? 1.0
+                                                                     : isBeat ? 0.7
+                                                                              : 0.35));
         if (isBeat && (picture.beats <= 8.0 || isBar)) {
             const int number = static_cast<int>(std::lround(beat));
             std::string name = std::to_string(number / 4 + 1);
@@ -96,7 +97,8 @@ void TapeView::DrawRuler(Painter& painter) const {
     for (const int octave : {-24, -12, 0, 12, 24}) {
         const double y = painter.Snap(YOf(octave));
         painter.Fill({box.x, y, box.width, 1.0}, Theme::kLine.Faded(octave == 0 ? 0.9 : 0.35));
-        const std::string name = std::string(octave > 0 ? "+" : "") + std::to_string(octave) + " st";
+        const std::string name =
+            std::string(octave > 0 ? "+" : "") + std::to_string(octave) + " st";
         painter.Text({box.Right() - 52.0, y - 15.0, 44.0, 14.0}, name,
                      {Theme::kSmall, Theme::Pitch(octave).Towards(Theme::kText, 0.35)},
                      Align::Right);
@@ -117,9 +119,9 @@ void TapeView::DrawWave(Painter& painter) const {
     const double border =
         picture.hasWriteHead ? picture.writePlace * static_cast<double>(count) : 1e9;
     for (const bool old : {false, true}) {
-        const Colour colour = (picture.frozen ? Theme::kFreeze.Towards(Theme::kWave, 0.6)
-                                              : Theme::kWave)
-                                  .Faded(old ? 0.42 : 0.85);
+        const Colour colour =
+            (picture.frozen ? Theme::kFreeze.Towards(Theme::kWave, 0.6) : Theme::kWave)
+                .Faded(old ? 0.42 : 0.85);
         cairo_set_source_rgba(context, colour.red, colour.green, colour.blue, colour.alpha);
         for (size_t i = 0; i < count; ++i) {
             if ((static_cast<double>(i) >= border) != old)

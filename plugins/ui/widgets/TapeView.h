@@ -26,7 +26,7 @@ struct TapePicture {
     std::vector<double> marks;  ///< transients or grid lines
     double writePlace = 0.0, playPlace = 0.0;
     double seconds = 0.0;
-    double beats = 4.0;       ///< quarter notes of the loop
+    double beats = 4.0;                        ///< quarter notes of the loop
     double sprayBack = 0.0, sprayAhead = 0.0;  ///< reach of the starts
     bool frozen = false, hasWriteHead = true, alive = false;
     bool canDragHead = false;

@@ -107,10 +107,8 @@ bool TextField::Key(const KeyEvent& event) {
             return !lasting;
         case Key::Backspace:
         case Key::Delete: {
-            const size_t from = wasChosen                    ? 0
-                                : event.key == Key::Backspace ? Before(caret)
-                                                              : caret;
-            const size_t to = wasChosen                    ? text.size()
+            const size_t from = wasChosen ? 0 : event.key == Key::Backspace ? Before(caret) : caret;
+            const size_t to = wasChosen                     ? text.size()
                               : event.key == Key::Backspace ? caret
                                                             : Behind(caret);
             text.erase(from, to - from);

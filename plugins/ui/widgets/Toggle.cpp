@@ -2,17 +2,14 @@
 
 namespace Quorvan::Ui {
 
-Toggle::Toggle(const Rect& place, Stage& face, std::unique_ptr<Control> moved,
-               std::string itsLabel, const Colour& lit)
+Toggle::Toggle(const Rect& place, Stage& face, std::unique_ptr<Control> moved, std::string itsLabel,
+               const Colour& lit)
     : ControlWidget(place, face, std::move(moved), std::move(itsLabel)), colour(lit) {}
 
 void Toggle::Draw(Painter& painter) {
     const Influence influence = control->Influences();
     const bool on = influence.present > 0.5f;
-    painter.Round(box, 4.0,
-                  on        ? colour
-                  : hovered ? Theme::kRaisedHover
-                            : Theme::kRaised);
+    painter.Round(box, 4.0, on ? colour : hovered ? Theme::kRaisedHover : Theme::kRaised);
     painter.Text(box.Inset(6.0, 0.0), label,
                  {Theme::kSmall, on ? Theme::kWindow : Theme::kText, on}, Align::Centre);
     if (influence.count > 0)
