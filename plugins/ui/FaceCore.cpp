@@ -2,6 +2,7 @@
 
 #include "plugins/ui/panels/HeaderPanel.h"
 #include "plugins/ui/panels/Layout.h"
+#include "plugins/ui/panels/SourcesPanel.h"
 #include "plugins/ui/panels/TapePanel.h"
 #include "plugins/ui/widgets/ActionButton.h"
 
@@ -21,6 +22,15 @@ void FaceCore::MakePanels() {
     panels.push_back(MakeTapeControls(model, *this));
     panels.push_back(MakeLevels(model, *this));
     AddPage("Grains", MakeGrainPage(model, *this));
+    const size_t modulation = pages.size();
+    AddPage("Modulation", MakeModulationPage(model, *this, edited));
+    panels.push_back(std::make_unique<SourcesPanel>(
+        model, *this, [this, modulation] { return page == modulation ? *edited : ~0u; },
+        [this, modulation](uint32_t chosen) {
+            *edited = chosen;
+            OpenPage(modulation);
+            Invalidate(Layout::kPage);
+        }));
     AddTabs();
 }
 

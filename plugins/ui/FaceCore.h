@@ -64,7 +64,8 @@ private:
         for (auto& panel : panels)
             visit(*panel);
         for (auto& panel : pages[page].panels)
-            visit(*panel);
+            if (panel->IsShown())
+                visit(*panel);
     }
     Widget* WidgetAt(Point at);
     Widget* FindControl(Point at);
@@ -93,6 +94,7 @@ private:
     std::vector<std::unique_ptr<Panel>> panels;  ///< that are always there
     std::vector<Page> pages;
     size_t page = 0;
+    ChosenSource edited = std::make_shared<uint32_t>(1);
     std::unique_ptr<Menu> menu, retired;  ///< retired: deleted once its action is over
     std::unique_ptr<TextField> entry;
     Widget* hovered = nullptr;

@@ -21,6 +21,7 @@ public:
 
     /// Called before each picture: shows what belongs to the present settings and hides the rest.
     virtual void Update() {}
+    virtual bool IsShown() const { return true; }
     virtual void DrawGround(Painter& painter) const;
 
     std::vector<std::unique_ptr<Widget>>& Widgets() { return widgets; }

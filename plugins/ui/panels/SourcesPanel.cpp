@@ -1,0 +1,41 @@
+#include "plugins/ui/panels/SourcesPanel.h"
+
+#include "host/parameters/ModulationNames.h"
+#include "plugins/ui/model/ParameterControl.h"
+#include "plugins/ui/panels/Layout.h"
+#include "plugins/ui/widgets/Slider.h"
+#include "plugins/ui/widgets/SourceTile.h"
+
+namespace Quorvan::Ui {
+
+SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, std::function<uint32_t()> chosen,
+                           std::function<void(uint32_t)> choose)
+    : Panel(Layout::kSources) {
+    const double width = (box.width - 8.0 * (Host::kModulationSources - 1)) /
+                         static_cast<double>(Host::kModulationSources);
+    for (uint32_t source = 0; source < Host::kModulationSources; ++source) {
+        SourceTile::Actions actions;
+        actions.listen = [&model, source, heard = uint64_t{0}](std::vector<float>& out) mutable {
+            const Host::DisplayFrame& frame = model.Frame();
+            constexpr uint64_t kRoom = Host::DisplayFrame::kMoments;
+            if (!model.IsFrameNew())
+                return;
+            heard = std::max(heard, frame.moments > kRoom ? frame.moments - kRoom : 0);
+            if (heard > frame.moments)
+                heard = 0;
+            for (; heard < frame.moments; ++heard)
+                out.push_back(frame.sources[source][heard % kRoom]);
+        };
+        actions.routes = [&model, source] { return model.RoutesFrom(source); };
+        actions.chosen = [chosen, source] { return chosen() == source; };
+        actions.choose = [choose, source] { choose(source); };
+        const Rect place = At((width + 8.0) * source, 0.0, width, box.height);
+        Add<SourceTile>(place, face, source, Host::SourceName(source), std::move(actions));
+        if (source >= 5)
+            Add<Slider>(Rect{place.x + 10.0, place.Bottom() - 32.0, place.width - 20.0, 24.0}, face,
+                        std::make_unique<ParameterControl>(model, Host::SourceName(source)), "",
+                        Theme::Source(source).Faded(0.45));
+    }
+}
+
+}  // namespace Quorvan::Ui

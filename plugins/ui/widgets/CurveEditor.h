@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "plugins/ui/widgets/Widget.h"
+
+namespace Quorvan::Ui {
+
+/// A curve through points that are dragged, added and removed by double clicks; between points the
+/// curve is bent up and down. Control holds points to a grid of 16 by 8.
+class CurveEditor final : public Widget {
+public:
+    struct Actions {
+        std::function<std::vector<Point>()> points;  ///< 0..1, y upward
+        std::function<double(double x)> height;      ///< of the curve, 0..1
+        std::function<void()> begin, end;
+        std::function<void(size_t, Point)> move;
+        std::function<void(Point)> add;
+        std::function<void(size_t)> remove;
+        std::function<void(size_t segment, double by)> bend;  ///< by: shares of the height
+        std::function<void(Point at)> menu;
+        std::function<double()> level;  ///< present output, 0..1; negative: none
+    };
+
+    CurveEditor(const Rect& place, const Colour& ink, Actions itsActions);
+
+    void Draw(Painter& painter) override;
+    bool Tick(double seconds) override;
+    void Press(const PointerEvent& event) override;
+    void Drag(const PointerEvent& event) override;
+    void Release(const PointerEvent& event) override;
+    void DoubleClick(const PointerEvent& event) override;
+    bool RightPress(const PointerEvent& event) override;
+    std::string TipTitle(Point) override { return "Curve"; }
+    std::string TipText(Point) override {
+        return "Drag points; double click adds and removes them. Drag between two to bend. Ctrl "
+               "holds to a grid. Right click: shapes, copy.";
+    }
+
+private:
+    static constexpr int kNone = -1;
+    Rect Inner() const { return box.Inset(8.0); }
+    Point ToScreen(Point p) const;
+    Point FromScreen(Point at) const;
+    int PointAt(Point at) const;
+
+    Colour colour;
+    Actions actions;
+    std::vector<Point> shownPoints;
+    std::vector<double> shownHeights;
+    double shownLevel = -1.0;
+    int heldPoint = kNone, heldSegment = kNone;
+    bool open = false;  ///< a gesture
+    Point last;
+};
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,85 @@
+#include "plugins/ui/widgets/RouteList.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Quorvan::Ui {
+
+RouteList::RouteList(const Rect& place, Actions itsActions)
+    : Widget(place), actions(std::move(itsActions)) {}
+
+bool RouteList::Tick(double) {
+    std::vector<Route> routes = actions.routes();
+    if (routes == shown)
+        return false;
+    shown = std::move(routes);
+    top = std::min(top, shown.empty() ? 0 : shown.size() - 1);
+    return true;
+}
+
+void RouteList::Draw(Painter& painter) {
+    if (shown.empty()) {
+        painter.Paragraph({box.x, box.y + 4.0, box.width, 60.0},
+                          "Nothing yet. Drag the source's tile onto a control.",
+                          {Theme::kBody, Theme::kDim}, 18.0);
+        return;
+    }
+    painter.Clip(box);
+    const Colour colour = actions.colour();
+    for (size_t i = top; i < shown.size(); ++i) {
+        const Rect row{box.x, box.y + kRow * static_cast<double>(i - top), box.width, kRow - 4.0};
+        if (row.y > box.Bottom())
+            break;
+        painter.Text({row.x, row.y, 128.0, row.height}, shown[i].name,
+                     {Theme::kSmall, Theme::kText});
+        const Rect bar{row.x + 132.0, row.y + 4.0, row.width - 204.0, row.height - 8.0};
+        painter.Fill(bar, Theme::kWell);
+        const double middle = bar.Centre().x, end = middle + 0.5 * bar.width * shown[i].amount;
+        painter.Fill({std::min(middle, end), bar.y, std::abs(end - middle), bar.height}, colour);
+        painter.Fill({painter.Snap(middle), bar.y - 2.0, 1.0, bar.height + 4.0}, Theme::kDim);
+        const int percent = static_cast<int>(std::lround(100.0 * shown[i].amount));
+        painter.Text({bar.Right() + 4.0, row.y, 46.0, row.height}, std::to_string(percent) + " %",
+                     {Theme::kSmall, Theme::kText}, Align::Right);
+        painter.Text({row.Right() - 18.0, row.y, 18.0, row.height}, "\u00d7",
+                     {Theme::kBody, Theme::kDim}, Align::Centre);
+    }
+    painter.Unclip();
+}
+
+int RouteList::RowAt(Point at) const {
+    const size_t row = top + static_cast<size_t>(std::max(0.0, (at.y - box.y) / kRow));
+    return row < shown.size() ? static_cast<int>(row) : -1;
+}
+
+void RouteList::Press(const PointerEvent& event) {
+    const int row = RowAt(event.at);
+    if (row < 0)
+        return;
+    if (event.at.x > box.Right() - 20.0)
+        return actions.remove(shown[static_cast<size_t>(row)].row);
+    held = static_cast<int>(shown[static_cast<size_t>(row)].row);
+    amount = shown[static_cast<size_t>(row)].amount;
+    last = event.at;
+}
+
+void RouteList::Drag(const PointerEvent& event) {
+    if (held < 0)
+        return;
+    const double way = 2.0 * (event.at.x - last.x) / (box.width - 204.0);
+    last = event.at;
+    amount = std::clamp(amount + way * (event.modifiers.shift ? 0.1 : 1.0), -1.0, 1.0);
+    // At nothing the route would be none, and vanish under the pointer.
+    actions.set(static_cast<uint32_t>(held), std::abs(amount) < 0.005 ? 0.005 : amount);
+}
+
+bool RouteList::Wheel(const WheelEvent& event) {
+    if (event.steps < 0.0 && top + 1 < shown.size())
+        ++top;
+    else if (event.steps > 0.0 && top > 0)
+        --top;
+    Invalidate();
+    return true;
+}
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "plugins/ui/widgets/Widget.h"
+
+namespace Quorvan::Ui {
+
+/// What a source moves, by how much: bars about a middle that are dragged across; a cross removes.
+class RouteList final : public Widget {
+public:
+    struct Route {
+        uint32_t row = 0;
+        std::string name;
+        double amount = 0.0;  ///< -1..1
+
+        bool operator==(const Route&) const = default;
+    };
+    struct Actions {
+        std::function<std::vector<Route>()> routes;
+        std::function<void(uint32_t row, double amount)> set;
+        std::function<void(uint32_t row)> remove;
+        std::function<Colour()> colour;
+    };
+
+    RouteList(const Rect& place, Actions itsActions);
+
+    void Draw(Painter& painter) override;
+    bool Tick(double seconds) override;
+    void Press(const PointerEvent& event) override;
+    void Drag(const PointerEvent& event) override;
+    void Release(const PointerEvent&) override { held = -1; }
+    bool Wheel(const WheelEvent& event) override;
+    std::string TipTitle(Point) override { return "Routes"; }
+    std::string TipText(Point) override {
+        return "What this source moves, and how far: drag across. The cross takes a route off.";
+    }
+
+private:
+    static constexpr double kRow = 24.0;
+    int RowAt(Point at) const;
+
+    Actions actions;
+    std::vector<Route> shown;
+    size_t top = 0;
+    int held = -1;
+    double amount = 0.0;
+    Point last;
+};
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "plugins/ui/widgets/Stage.h"
+#include "plugins/ui/widgets/Widget.h"
+
+namespace Quorvan::Ui {
+
+/// A source of modulation with its running scope. Dragged onto a control, it moves that.
+class SourceTile final : public Widget {
+public:
+    struct Actions {
+        /// Appends what has come since the last call, -1..1.
+        std::function<void(std::vector<float>&)> listen;
+        std::function<uint32_t()> routes;
+        std::function<bool()> chosen;
+        std::function<void()> choose;
+    };
+
+    SourceTile(const Rect& place, Stage& face, uint32_t itsSource, std::string itsName,
+               Actions itsActions);
+
+    void Draw(Painter& painter) override;
+    bool Tick(double seconds) override;
+    void Press(const PointerEvent& event) override;
+    void Drag(const PointerEvent& event) override;
+    void Release(const PointerEvent& event) override;
+    bool Key(const KeyEvent& event) override;
+    bool CanFocus() const override { return true; }
+    std::string TipTitle(Point) override { return name; }
+    std::string TipText(Point) override {
+        return "Drag it onto a control to move that; over the name of a page to get there. Click to "
+               "edit it.";
+    }
+
+private:
+    static constexpr size_t kKept = 200;
+    static constexpr size_t kShare = 6;  ///< moments of the feed for one that is drawn
+
+    Stage& stage;
+    uint32_t source;
+    std::string name;
+    Actions actions;
+    std::vector<float> fresh, history;
+    size_t skipped = 0;
+    uint32_t shownRoutes = 0;
+    bool shownChosen = false;
+    Point pressed;
+    bool carrying = false;
+};
+
+}  // namespace Quorvan::Ui
