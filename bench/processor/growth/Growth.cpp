@@ -1,8 +1,8 @@
-// How the cost grows: with grains, with the rate, with instances that run in turn. Prints a line for
-// each measurement: what grows, how far it has, and the share of a core, in percent, that one instance
-// takes. script/growth.py makes the table and the picture.
-#include <ctime>
+// How the cost grows: with grains, with the rate, with instances that run in turn. Prints a line
+// for each measurement: what grows, how far it has, and the share of a core, in percent, that one
+// instance takes. script/growth.py makes the table and the picture.
 #include <cstdio>
+#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,8 +25,8 @@ struct Cost {
     double grains = 0.0;   ///< that sound, on average
 };
 
-/// Players that run block by block in turn, as in a session; the least of several stretches, so that
-/// what other programs take away does not count.
+/// Players that run block by block in turn, as in a session; the least of several stretches, so
+/// that what other programs take away does not count.
 Cost Measure(const std::vector<std::unique_ptr<bench::BeatPlayer>>& players, float rate) {
     constexpr double kWarmUp = 6.0, kStretch = 2.0;  // seconds of sound
     const double block = static_cast<double>(players[0]->BlockFrames()) / static_cast<double>(rate);
@@ -40,8 +40,8 @@ Cost Measure(const std::vector<std::unique_ptr<bench::BeatPlayer>>& players, flo
     for (int i = 0; i < 5; ++i) {
         const double start = ThreadSeconds();
         play(kStretch);
-        const double percent = 100.0 * (ThreadSeconds() - start) / kStretch /
-                               static_cast<double>(players.size());
+        const double percent =
+            100.0 * (ThreadSeconds() - start) / kStretch / static_cast<double>(players.size());
         if (i == 0 || percent < best.percent)
             best.percent = percent;
         best.grains += 0.2 * players[0]->Grains();
