@@ -1,4 +1,3 @@
-#include "clap/ext/timer-support.h"
 #include "plugins/claphost/ClapInstance.h"
 #include "tools/ToolRig.h"
 
@@ -75,8 +74,7 @@ TEST_F(ClapRenderTest, InstancesHaveTheUsersMidiMapAndSetList) {
         ClapHost::EventList programs;
         programs.Add({.midi = {header, 0, {0xc0, 0, 0}}});
         instance.Run(ClapHost::Noise(512), programs);
-        const auto& timer = instance.Get<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
-        timer.on_timer(instance.plugin, 0);
+        instance.plugin->on_main_thread(instance.plugin);
         EXPECT_NE(instance.Save().find("\"preset\": \"" + name + "\""), std::string::npos);
     }
     unsetenv("XDG_DATA_HOME");
