@@ -12,9 +12,8 @@ namespace {
 constexpr double kMostTension = 30.0;
 
 double BendOf(double tension) {
-    return std::copysign(std::log1p(std::min(std::abs(tension), kMostTension)) /
-                             std::log1p(kMostTension),
-                         tension);
+    return std::copysign(
+        std::log1p(std::min(std::abs(tension), kMostTension)) / std::log1p(kMostTension), tension);
 }
 
 double TensionOf(double bend) {
@@ -132,7 +131,8 @@ void FunctionCurve::Bend(size_t segment, double by) {
         return;
     // A positive tension hangs a rising segment through and lifts a falling one.
     const double way = points[segment + 1].y >= points[segment].y ? -1.0 : 1.0;
-    SetTension(segment, TensionOf(std::clamp(BendOf(Tension(segment)) + 2.0 * way * by, -1.0, 1.0)));
+    SetTension(segment,
+               TensionOf(std::clamp(BendOf(Tension(segment)) + 2.0 * way * by, -1.0, 1.0)));
 }
 
 void FunctionCurve::Draw(const std::vector<Point>& points) {

@@ -61,9 +61,7 @@ public:
                      std::move(names)),
           source(itsSource),
           chosen(chosenSource) {}
-    bool IsShown() const override {
-        return source == *chosen || (source == 5 && *chosen == 6);
-    }
+    bool IsShown() const override { return source == *chosen || (source == 5 && *chosen == 6); }
 
 protected:
     double Level() const {
@@ -108,9 +106,8 @@ private:
     /// On the curve's own scale, where its height alone decides the output.
     double ShownLevel() const {
         const double level = Level();
-        const bool bipolar =
-            model.PositionOf(std::string("Function ") + std::to_string(own + 1) + " Bipolar") >
-            0.5f;
+        const bool bipolar = model.PositionOf(std::string("Function ") + std::to_string(own + 1) +
+                                              " Bipolar") > 0.5f;
         return level < -1.0 ? level : std::clamp(bipolar ? 0.5 + 0.5 * level : level, 0.0, 1.0);
     }
     void OfferShapes(Point at) {
@@ -161,7 +158,9 @@ public:
           first(*faceModel.Catalog().Find("StepSeq_StepVal1")) {
         BarEditor::Actions actions;
         actions.count = [this] { return model.ChoiceOf("Step Sequencer Steps") + 1; };
-        actions.value = [this](uint32_t i) { return static_cast<double>(model.Position(first + i)); };
+        actions.value = [this](uint32_t i) {
+            return static_cast<double>(model.Position(first + i));
+        };
         actions.text = [](uint32_t i) { return std::to_string(i + 1); };
         actions.begin = [this](uint32_t i) { model.Begin(first + i); };
         actions.set = [this](uint32_t i, double value) {
@@ -207,8 +206,7 @@ Panels MakeModulationPage(FaceModel& model, Stage& stage, const ChosenSource& ch
     for (uint32_t number = 1; number <= 3; ++number)
         panels.push_back(std::make_unique<FunctionEditor>(number, chosen, model, stage));
     panels.push_back(std::make_unique<StepEditor>(chosen, model, stage));
-    panels.push_back(
-        std::make_unique<SourceEditor>(5, kMacroControls, "", chosen, model, stage));
+    panels.push_back(std::make_unique<SourceEditor>(5, kMacroControls, "", chosen, model, stage));
     panels.push_back(std::make_unique<RoutesPanel>(model, chosen));
     return panels;
 }

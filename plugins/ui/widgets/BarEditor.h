@@ -10,9 +10,9 @@ namespace Quorvan::Ui {
 class BarEditor final : public Widget {
 public:
     struct Actions {
-        std::function<uint32_t()> count;               ///< bars in use
-        std::function<double(uint32_t)> value;         ///< 0..1
-        std::function<std::string(uint32_t)> text;     ///< shown in a bar
+        std::function<uint32_t()> count;            ///< bars in use
+        std::function<double(uint32_t)> value;      ///< 0..1
+        std::function<std::string(uint32_t)> text;  ///< shown in a bar
         std::function<void(uint32_t)> begin;
         std::function<void(uint32_t, double)> set;
         std::function<void(uint32_t)> end;

@@ -43,9 +43,9 @@ bool CurveEditor::Tick(double) {
         heights[i] = actions.height(static_cast<double>(i) / kSteps);
     const double level = actions.level();
     const auto same = [](const Point& a, const Point& b) { return a.x == b.x && a.y == b.y; };
-    const bool rests = heights == shownHeights && std::abs(level - shownLevel) < 0.002 &&
-                       std::equal(points.begin(), points.end(), shownPoints.begin(),
-                                  shownPoints.end(), same);
+    const bool rests =
+        heights == shownHeights && std::abs(level - shownLevel) < 0.002 &&
+        std::equal(points.begin(), points.end(), shownPoints.begin(), shownPoints.end(), same);
     if (rests)
         return false;
     shownPoints = std::move(points);

@@ -18,8 +18,7 @@ bool SourceTile::Tick(double) {
     bool moved = false;
     for (const float value : fresh)
         if (++skipped % kShare == 0) {
-            moved |= history.size() < kKept || value != history.back() ||
-                     value != history.front();
+            moved |= history.size() < kKept || value != history.back() || value != history.front();
             history.push_back(value);
         }
     if (history.size() > kKept)

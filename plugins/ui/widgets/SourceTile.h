@@ -32,7 +32,8 @@ public:
     bool CanFocus() const override { return true; }
     std::string TipTitle(Point) override { return name; }
     std::string TipText(Point) override {
-        return "Drag it onto a control to move that; over the name of a page to get there. Click to "
+        return "Drag it onto a control to move that; over the name of a page to get there. Click "
+               "to "
                "edit it.";
     }
 
