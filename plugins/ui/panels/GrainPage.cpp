@@ -1,3 +1,4 @@
+#include "plugins/ui/panels/GrainViews.h"
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
 
@@ -26,6 +27,8 @@ constexpr PlacedControl kStarts[]{
     {Kind::Toggle, "Grain Size Sync (Texture)", "In notes", 256.0, 100.0, 76.0, 26.0, IsTexture},
     {Kind::Toggle, "Size Follows Density", "Size follows density", 12.0, 172.0, 156.0, 26.0,
      IsClassic},
+    {Kind::Choice, "Beat Sequencer Steps", "Steps", 224.0, 160.0, 108.0, 36.0, IsBeat},
+    {Kind::Field, "Beat Sequencer Loop Mode", "Runs", 224.0, 202.0, 108.0, 26.0, IsBeat},
     {Kind::Choice, "Trigger Mode", "Grains start by", 12.0, 236.0, 104.0, 40.0},
     {Kind::Toggle, "Grain Trigger", "Trigger", 124.0, 250.0, 80.0, 26.0, IsGated},
     {Kind::Choice, "Grain Limit", "At most", 256.0, 236.0, 76.0, 40.0},
@@ -61,6 +64,44 @@ constexpr PlacedControl kPlace[]{
     {Kind::Knob, "Random Distance", "Random Dist.", 108.0, 198.0, 84.0, 0.0},
 };
 
+/// With what is drawn and not only turned.
+class StartsPanel final : public TablePanel {
+public:
+    StartsPanel(const Rect& place, FaceModel& faceModel, Stage& face)
+        : TablePanel(place, "Starts and size", faceModel, face, kStarts, kStartChances),
+          steps(Add<BarEditor>(At(12.0, 164.0, 204.0, 64.0), "Beat pattern",
+                               "One bar a step: silent, or 1, 2 or 3 times the clock.",
+                               BeatSteps(faceModel))) {}
+    void Update() override {
+        TablePanel::Update();
+        steps.Show(IsBeat(model));
+    }
+
+private:
+    BarEditor& steps;
+};
+
+class PitchPanel final : public TablePanel {
+public:
+    PitchPanel(const Rect& place, FaceModel& faceModel, Stage& face)
+        : TablePanel(place, "Pitch", faceModel, face, kPitch, kPitchChances) {
+        Add<DrawnView>(At(12.0, 128.0, 296.0, 148.0), "Pitches",
+                       "Lit keys are what the scale allows; every grain that sounds stands over "
+                       "its key. Click to set the pitch.",
+                       ScaleKeyboard(faceModel));
+    }
+};
+
+class ShapePanel final : public TablePanel {
+public:
+    ShapePanel(const Rect& place, FaceModel& faceModel, Stage& face)
+        : TablePanel(place, "Shape", faceModel, face, kShape) {
+        Add<DrawnView>(At(12.0, 30.0, 160.0, 100.0), "Shape",
+                       "How a grain fades in and out. Drag across to bend it.",
+                       ShapeCurve(faceModel));
+    }
+};
+
 Rect Column(double x, double width) {
     return {Layout::kPage.x + x, Layout::kPage.y, width, Layout::kPage.height};
 }
@@ -69,12 +110,9 @@ Rect Column(double x, double width) {
 
 Panels MakeGrainPage(FaceModel& model, Stage& stage) {
     Panels panels;
-    panels.push_back(std::make_unique<TablePanel>(Column(0.0, 344.0), "Starts and size", model,
-                                                  stage, kStarts, kStartChances));
-    panels.push_back(std::make_unique<TablePanel>(Column(352.0, 320.0), "Pitch", model, stage,
-                                                  kPitch, kPitchChances));
-    panels.push_back(
-        std::make_unique<TablePanel>(Column(680.0, 184.0), "Shape", model, stage, kShape));
+    panels.push_back(std::make_unique<StartsPanel>(Column(0.0, 344.0), model, stage));
+    panels.push_back(std::make_unique<PitchPanel>(Column(352.0, 320.0), model, stage));
+    panels.push_back(std::make_unique<ShapePanel>(Column(680.0, 184.0), model, stage));
     panels.push_back(
         std::make_unique<TablePanel>(Column(872.0, 208.0), "Stereo", model, stage, kPlace));
     return panels;

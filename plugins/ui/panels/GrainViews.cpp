@@ -1,0 +1,236 @@
+#include "plugins/ui/panels/GrainViews.h"
+
+#include <cmath>
+#include <deque>
+
+#include "granular/GrainKernels.h"
+#include "granular/GrainShape.h"
+#include "granular/GranularTables.h"
+#include "plugins/ui/model/ParameterControl.h"
+
+namespace Quorvan::Ui {
+
+namespace {
+
+constexpr int kReach = 36;  ///< semitones either way
+
+bool IsBlackKey(int semitone) {
+    const int key = ((semitone % 12) + 12) % 12;
+    return key == 1 || key == 3 || key == 6 || key == 8 || key == 10;
+}
+
+double KeyX(const Rect& box, double semitones) {
+    return box.x + box.width * (semitones + kReach + 0.5) / (2.0 * kReach + 1.0);
+}
+
+bool IsAllowed(uint32_t scale, int semitone) {
+    if (scale == 0)
+        return true;
+    for (const float allowed : dsp::ScaleSemitones(scale))
+        if (std::lround(allowed) == semitone)
+            return true;
+    return false;
+}
+
+void DrawKeys(Painter& painter, const Rect& box, uint32_t scale, double pitch) {
+    const double width = box.width / (2.0 * kReach + 1.0);
+    for (int semitone = -kReach; semitone <= kReach; ++semitone) {
+        const bool black = IsBlackKey(semitone), allowed = IsAllowed(scale, semitone);
+        const Rect key{KeyX(box, semitone) - 0.5 * width + 0.4, box.y, width - 0.8,
+                       box.height * (black ? 0.62 : 1.0)};
+        const Colour lit = Theme::Pitch(semitone);
+        painter.Fill(key, !allowed      ? Theme::kRaised.Faded(0.55)
+                          : scale == 0 ? (black ? Theme::kTrack : Theme::kDim.Faded(0.75))
+                                       : lit.Faded(black ? 0.65 : 0.85));
+    }
+    const double x = KeyX(box, pitch);
+    painter.Arrow({x, box.y - 6.0}, 5.0, 0.5, Theme::kText);
+    painter.Fill({x - 1.0, box.y - 6.0, 2.0, box.height + 6.0}, Theme::kText);
+    for (const int octave : {-36, -24, -12, 0, 12, 24, 36}) {
+        const std::string name = std::to_string(octave);
+        painter.Text({KeyX(box, octave) - 16.0, box.Bottom() + 2.0, 32.0, 14.0}, name,
+                     {Theme::kSmall, Theme::kDim}, Align::Centre);
+    }
+}
+
+}  // namespace
+
+DrawnView::Actions ScaleKeyboard(FaceModel& model) {
+    DrawnView::Actions actions;
+    const auto pitch = std::make_shared<ParameterControl>(model, "Pitch");
+    const auto seen = std::make_shared<std::pair<float, uint32_t>>(-1.0f, ~0u);
+    actions.tick = [&model, pitch, seen](double) {
+        const std::pair now{pitch->Position(), model.ChoiceOf("Scale")};
+        return std::exchange(*seen, now) != now || model.IsFrameNew();
+    };
+    actions.draw = [&model, pitch](Painter& painter, const Rect& box) {
+        painter.Round(box, 4.0, Theme::kWell);
+        const Rect inner = box.Inset(12.0, 0.0);
+        const Rect keys{inner.x, box.Bottom() - 62.0, inner.width, 44.0};
+        // Every grain that sounds rises from its key, by its level.
+        const Host::DisplayFrame& frame = model.Frame();
+        for (uint32_t i = 0; i < (model.IsAlive() ? frame.grainCount : 0); ++i) {
+            const Host::ShownGrain& grain = frame.grains[i];
+            const double light = static_cast<double>(grain.envelope * grain.gain);
+            const double semitones = static_cast<double>(grain.semitones);
+            const double height = (keys.y - box.y - 18.0) * std::clamp(light, 0.0, 1.0);
+            painter.Fill({KeyX(keys, semitones) - 1.0, keys.y - 8.0 - height, 2.0, height},
+                         Theme::Pitch(semitones).Faded(0.65));
+        }
+        DrawKeys(painter, keys, model.ChoiceOf("Scale"),
+                 model.Catalog().Value(*pitch->Index(), pitch->Position(), model.Texts()));
+    };
+    actions.begin = [pitch] { pitch->Begin(); };
+    actions.end = [pitch] { pitch->End(); };
+    actions.drag = [&model, pitch](const PointerEvent& event, Point, const Rect& box) {
+        const double share = (event.at.x - box.x - 12.0) / (box.width - 24.0);
+        const double semitones = share * (2.0 * kReach + 1.0) - kReach - 0.5;
+        pitch->Move(model.Catalog().PositionOfValue(*pitch->Index(), std::round(semitones),
+                                                    model.Texts()));
+    };
+    actions.control = [pitch] { return pitch.get(); };
+    return actions;
+}
+
+DrawnView::Actions ShapeCurve(FaceModel& model) {
+    DrawnView::Actions actions;
+    const auto amount = std::make_shared<ParameterControl>(model, "Grain Shape Amount");
+    const auto seen = std::make_shared<std::pair<float, uint32_t>>(-1.0f, ~0u);
+    actions.tick = [&model, amount, seen](double) {
+        const std::pair now{amount->Influences().present, model.ChoiceOf("Grain Shape")};
+        return std::exchange(*seen, now) != now;
+    };
+    actions.draw = [&model, amount](Painter& painter, const Rect& box) {
+        constexpr uint32_t kSteps = 160;
+        // A grain of 100 ms, whose fixed attack of half a millisecond is a 200th of it.
+        constexpr float kLength = static_cast<float>(kSteps);
+        std::array<float, kSteps + 2 * dsp::GrainKernels::kMaxLanes> curve{};
+        const auto shape = static_cast<int32_t>(model.ChoiceOf("Grain Shape"));
+        const dsp::GrainShape bent = dsp::GrainShape::Of(shape, amount->Influences().present);
+        const dsp::GrainKernels::Envelope envelope{shape, bent.a, bent.b, kLength,
+                                                   kLength / 200.0f};
+        dsp::GrainKernels::Baseline().envelope(envelope, 0.0, 1.0, kSteps, curve.data());
+        painter.Round(box, 4.0, Theme::kWell);
+        const Rect inner = box.Inset(8.0, 10.0);
+        double lowest = 0.0;
+        for (uint32_t i = 0; i < kSteps; ++i)
+            lowest = std::min(lowest, static_cast<double>(curve[i]));
+        std::vector<Point> line;
+        const double base = inner.Bottom() + lowest * inner.height / (1.0 - lowest);
+        for (uint32_t i = 0; i < kSteps; ++i)
+            line.push_back({inner.x + inner.width * i / (kSteps - 1.0),
+                            base - static_cast<double>(curve[i]) * (base - inner.y)});
+        painter.Area(line, base, Theme::kOn.Faded(0.15));
+        painter.Path(line, Theme::kOn, 2.0);
+        painter.Fill({inner.x, painter.Snap(base), inner.width, 1.0}, Theme::kLine);
+    };
+    actions.begin = [amount] { amount->Begin(); };
+    actions.end = [amount] { amount->End(); };
+    actions.drag = [amount](const PointerEvent& event, Point way, const Rect&) {
+        const double step = way.x / 144.0 * (event.modifiers.shift ? 0.1 : 1.0);
+        if (step != 0.0)
+            amount->Move(static_cast<float>(
+                std::clamp(static_cast<double>(amount->Position()) + step, 0.0, 1.0)));
+    };
+    actions.doubleClick = [amount] { amount->MoveOnce(amount->Default()); };
+    actions.control = [amount] { return amount.get(); };
+    return actions;
+}
+
+BarEditor::Actions BeatSteps(FaceModel& model) {
+    const uint32_t value = *model.Catalog().Find("MoteWeaver_StepSequencerGranular_StepVal1");
+    const uint32_t on = *model.Catalog().Find("MoteWeaver_StepSequencerGranular_StepOnOff1");
+    const auto times = [&model, value, on](uint32_t i) {
+        return model.Position(on + i) < 0.5f
+                   ? 0.0
+                   : 1.0 + model.Catalog().Value(value + i, model.Position(value + i));
+    };
+    BarEditor::Actions actions;
+    actions.count = [&model] { return model.ChoiceOf("Beat Sequencer Steps") + 1; };
+    actions.value = [times](uint32_t i) { return times(i) / 3.0; };
+    actions.text = [times](uint32_t i) {
+        const int shown = static_cast<int>(times(i));
+        return shown == 0 ? std::string() : std::to_string(shown);
+    };
+    actions.begin = [&model, value](uint32_t i) { model.Begin(value + i); };
+    actions.set = [&model, value, on](uint32_t i, double height) {
+        const double wanted = std::ceil(height * 4.0) - 1.0;
+        model.Edit(on + i, wanted > 0.0 ? 1.0f : 0.0f);
+        if (wanted > 0.0)
+            model.Edit(value + i, model.Catalog().PositionOfValue(value + i, wanted - 1.0));
+    };
+    actions.end = [&model, value](uint32_t i) { model.End(value + i); };
+    return actions;
+}
+
+DrawnView::Actions SpacePad(FaceModel& model) {
+    DrawnView::Actions actions;
+    const auto x = std::make_shared<ParameterControl>(model, "Stereo Position");
+    const auto y = std::make_shared<ParameterControl>(model, "Distance");
+    const auto trail = std::make_shared<std::deque<Point>>();
+    const auto heard = std::make_shared<uint64_t>(0);
+    actions.tick = [&model, trail, heard](double) {
+        if (!model.IsFrameNew())
+            return false;
+        const Host::DisplayFrame& frame = model.Frame();
+        constexpr uint64_t kRoom = Host::DisplayFrame::kMoments;
+        *heard = std::max(*heard, frame.moments > kRoom ? frame.moments - kRoom : 0);
+        if (*heard > frame.moments)
+            *heard = 0;
+        const Point before = trail->empty() ? Point{-1.0, -1.0} : trail->back();
+        bool moved = trail->empty() || before.x != trail->front().x || before.y != trail->front().y;
+        for (; *heard < frame.moments; ++*heard)
+            if (*heard % 8 == 0)
+                trail->push_back({static_cast<double>(frame.space[0][*heard % kRoom]),
+                                  static_cast<double>(frame.space[1][*heard % kRoom])});
+        while (trail->size() > 250)
+            trail->pop_front();
+        return moved || trail->empty() || trail->back().x != before.x ||
+               trail->back().y != before.y;
+    };
+    actions.draw = [trail, x, y](Painter& painter, const Rect& box) {
+        painter.Round(box, 4.0, Theme::kWell);
+        const Rect inner = box.Inset(10.0);
+        painter.Fill({painter.Snap(inner.Centre().x), inner.y, 1.0, inner.height}, Theme::kLine);
+        painter.Fill({inner.x, painter.Snap(inner.Bottom()), inner.width, 1.0}, Theme::kLine);
+        painter.Text({inner.x, inner.y, 60.0, 14.0}, "far", {Theme::kSmall, Theme::kDim});
+        painter.Text({inner.x, inner.Bottom() - 15.0, 20.0, 14.0}, "L",
+                     {Theme::kSmall, Theme::kDim});
+        painter.Text({inner.Right() - 20.0, inner.Bottom() - 15.0, 20.0, 14.0}, "R",
+                     {Theme::kSmall, Theme::kDim}, Align::Right);
+        const auto place = [&](Point p) {
+            return Point{inner.x + inner.width * p.x, inner.Bottom() - inner.height * p.y};
+        };
+        const Point centre = place({static_cast<double>(x->Position()),
+                                    static_cast<double>(y->Position())});
+        painter.Ring(centre, 6.0, Theme::kDim, 1.5);
+        std::vector<Point> line;
+        for (const Point& p : *trail)
+            line.push_back(place(p));
+        const size_t half = line.size() / 2;
+        if (line.size() > 4) {
+            painter.Path(std::span(line).first(half + 1), Theme::kOn.Faded(0.25), 1.5);
+            painter.Path(std::span(line).subspan(half), Theme::kOn.Faded(0.7), 1.5);
+        }
+        if (!line.empty()) {
+            painter.Disc(line.back(), 8.0, Theme::kOn.Faded(0.25));
+            painter.Disc(line.back(), 4.0, Theme::kText);
+        }
+    };
+    actions.begin = [x] { x->Begin(); };
+    actions.end = [x] { x->End(); };
+    actions.drag = [&model, x, y](const PointerEvent& event, Point way, const Rect&) {
+        const double fine = event.modifiers.shift ? 0.1 : 1.0;
+        const auto to = [fine](const Control& control, double step) {
+            return static_cast<float>(std::clamp(
+                static_cast<double>(control.Position()) + step * fine, 0.0, 1.0));
+        };
+        if (way.x != 0.0)
+            x->Move(to(*x, way.x / 148.0));
+        if (way.y != 0.0)
+            model.Edit(*y->Index(), to(*y, -way.y / 100.0));
+    };
+    return actions;
+}
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "plugins/ui/widgets/Widget.h"
+
+namespace Quorvan::Ui {
+
+/// A picture that a panel draws itself, and a gesture on it.
+class DrawnView final : public Widget {
+public:
+    struct Actions {
+        std::function<bool(double seconds)> tick;  ///< whether it looks otherwise
+        std::function<void(Painter&, const Rect&)> draw;
+        std::function<void()> begin, end;                          ///< may be none
+        /// way: since the last call.
+        std::function<void(const PointerEvent&, Point way, const Rect&)> drag;
+        std::function<void()> doubleClick;
+        std::function<Control*()> control;
+    };
+
+    DrawnView(const Rect& place, std::string tip, std::string sentence, Actions itsActions)
+        : Widget(place),
+          title(std::move(tip)),
+          help(std::move(sentence)),
+          actions(std::move(itsActions)) {}
+
+    void Draw(Painter& painter) override { actions.draw(painter, box); }
+    bool Tick(double seconds) override { return actions.tick(seconds); }
+    void Press(const PointerEvent& event) override {
+        if (!actions.drag)
+            return;
+        open = true;
+        last = event.at;
+        actions.begin();
+        actions.drag(event, {0.0, 0.0}, box);
+    }
+    void Drag(const PointerEvent& event) override {
+        if (!open)
+            return;
+        const Point before = std::exchange(last, event.at);
+        actions.drag(event, {event.at.x - before.x, event.at.y - before.y}, box);
+    }
+    void Release(const PointerEvent&) override {
+        if (std::exchange(open, false))
+            actions.end();
+    }
+    void DoubleClick(const PointerEvent& event) override {
+        actions.doubleClick ? actions.doubleClick() : Press(event);
+    }
+    Control* ControlAt(Point) override { return actions.control ? actions.control() : nullptr; }
+    std::string TipTitle(Point) override { return title; }
+    std::string TipText(Point) override { return help; }
+
+private:
+    std::string title, help;
+    Actions actions;
+    Point last;
+    bool open = false;
+};
+
+}  // namespace Quorvan::Ui
