@@ -42,9 +42,8 @@ void BrowserPanel::Search() {
     const std::vector<std::string> wanted(tags.begin(), tags.end());
     found = model.Presets().Search(words, wanted);
     if (onlyFavourites)
-        std::erase_if(found, [this](size_t entry) {
-            return !model.Presets().Entries()[entry].favourite;
-        });
+        std::erase_if(found,
+                      [this](size_t entry) { return !model.Presets().Entries()[entry].favourite; });
 }
 
 void BrowserPanel::AddLists() {
@@ -56,7 +55,9 @@ void BrowserPanel::AddLists() {
     });
     Add<ActionButton>(
         At(584.0, 12.0, 160.0, 26.0),
-        [this] { return ActionButton::Look{"\u2605 Favourites only", true, onlyFavourites}; },
+        [this] {
+            return ActionButton::Look{"\u2605 Favourites only", true, onlyFavourites};
+        },
         [this](const Rect&) {
             onlyFavourites = !onlyFavourites;
             Search();
@@ -101,8 +102,8 @@ void BrowserPanel::AddLists() {
     };
     list.star = [this](size_t line) {
         const size_t number = found[line];
-        const std::string problem = model.Presets().SetFavourite(
-            number, !model.Presets().Entries()[number].favourite);
+        const std::string problem =
+            model.Presets().SetFavourite(number, !model.Presets().Entries()[number].favourite);
         if (!problem.empty())
             stage.Say(problem);
         Search();
@@ -129,7 +130,10 @@ void BrowserPanel::AddDescription() {
 void BrowserPanel::AddButtons(const std::function<void()>& close) {
     const double y = box.height - 40.0;
     Add<ActionButton>(
-        At(176.0, y, 120.0, 28.0), [] { return ActionButton::Look{"Save as\u2026", true, false}; },
+        At(176.0, y, 120.0, 28.0),
+        [] {
+            return ActionButton::Look{"Save as\u2026", true, false};
+        },
         [this](const Rect& anchor) { AskName(anchor); }, "Save as",
         "Writes the sound into your folder, under a name.");
     Add<ActionButton>(
@@ -141,7 +145,10 @@ void BrowserPanel::AddButtons(const std::function<void()>& close) {
         [this](const Rect&) { Delete(); }, "Delete",
         "Moves a preset of yours to the trash folder beside the others.");
     Add<ActionButton>(
-        At(628.0, y, 120.0, 28.0), [] { return ActionButton::Look{"Close", true, false}; },
+        At(628.0, y, 120.0, 28.0),
+        [] {
+            return ActionButton::Look{"Close", true, false};
+        },
         [close](const Rect&) { close(); }, "Close", "Back to the instrument.");
 }
 

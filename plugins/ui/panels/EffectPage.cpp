@@ -121,8 +121,8 @@ constexpr PlacedControl kReverb[]{
     {Kind::Toggle, "Reverb Freeze", "Freeze", 104.0, kFoot, kWide, 24.0},
 };
 /// By the choice of "Effect"; the first is none.
-constexpr std::span<const PlacedControl> kEffects[]{{},       kFilter,  kDistortion, kCompressor, kDelay,
-                                                    kOctaver, kTapeEcho, kChorus,    kFlanger, kReverb};
+constexpr std::span<const PlacedControl> kEffects[]{
+    {}, kFilter, kDistortion, kCompressor, kDelay, kOctaver, kTapeEcho, kChorus, kFlanger, kReverb};
 
 class SlotPanel final : public TablePanel {
 public:
@@ -180,11 +180,10 @@ Panels MakeEffectPage(FaceModel& model, Stage& stage) {
         const Rect place{page.x + 412.0 * slot, page.y, 404.0, page.height};
         panels.push_back(std::make_unique<SlotPanel>(place, name, model, stage));
         for (uint32_t choice = 1; choice < std::size(kEffects); ++choice)
-            panels.push_back(
-                std::make_unique<EffectPanel>(place, name, choice, model, stage));
+            panels.push_back(std::make_unique<EffectPanel>(place, name, choice, model, stage));
     }
-    panels.push_back(std::make_unique<SpacePanel>(
-        Rect{page.x + 824.0, page.y, 256.0, page.height}, model, stage));
+    panels.push_back(std::make_unique<SpacePanel>(Rect{page.x + 824.0, page.y, 256.0, page.height},
+                                                  model, stage));
     return panels;
 }
 
