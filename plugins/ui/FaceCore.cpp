@@ -17,13 +17,16 @@ FaceCore::FaceCore(Host::Instrument& instrument, Host::PresetLibrary& library)
 FaceCore::~FaceCore() { model.TheInstrument().Display().Watch(false); }
 
 void FaceCore::MakePanels() {
-    panels.push_back(std::make_unique<HeaderPanel>(model, *this, [] {}));
+    panels.push_back(
+        std::make_unique<HeaderPanel>(model, *this, [this] { OpenBrowser(!browserIsOpen); }));
     panels.push_back(std::make_unique<TapePanel>(model));
     panels.push_back(MakeTapeControls(model, *this));
     panels.push_back(MakeLevels(model, *this));
     AddPage("Grains", MakeGrainPage(model, *this));
+    AddPage("Effects and space", MakeEffectPage(model, *this));
     const size_t modulation = pages.size();
     AddPage("Modulation", MakeModulationPage(model, *this, edited));
+    AddPage("Matrix", MakeMatrixPage(model));
     panels.push_back(std::make_unique<SourcesPanel>(
         model, *this, [this, modulation] { return page == modulation ? *edited : ~0u; },
         [this, modulation](uint32_t chosen) {
@@ -32,6 +35,20 @@ void FaceCore::MakePanels() {
             Invalidate(Layout::kPage);
         }));
     AddTabs();
+    browser = std::make_unique<BrowserPanel>(model, *this, [this] { OpenBrowser(false); });
+}
+
+void FaceCore::OpenBrowser(bool open) {
+    browserIsOpen = open;
+    hovered = held = nullptr;
+    Focus(nullptr);
+    if (open)
+        browser->Opened();
+    Invalidate(Layout::kWhole);
+}
+
+bool FaceCore::IsTyping() const {
+    return entry || dynamic_cast<const TextField*>(focused) != nullptr;
 }
 
 void FaceCore::AddPage(const char* name, Panels members) {
@@ -122,6 +139,10 @@ bool FaceCore::Key(const KeyEvent& event) {
     }
     if (CommandKey(event))
         return true;
+    if (browserIsOpen && event.key == Key::Escape) {
+        OpenBrowser(false);
+        return true;
+    }
     return focused != nullptr && focused->IsShown() && focused->Key(event);
 }
 

@@ -10,6 +10,7 @@
 
 #include "plugins/ui/Canvas.h"
 #include "plugins/ui/model/FaceModel.h"
+#include "plugins/ui/panels/BrowserPanel.h"
 #include "plugins/ui/panels/Pages.h"
 #include "plugins/ui/widgets/Menu.h"
 #include "plugins/ui/widgets/Stage.h"
@@ -36,7 +37,7 @@ public:
     bool Key(const KeyEvent& event);
     bool Text(std::string_view signs);
     void Leave();
-    bool IsTyping() const { return entry != nullptr; }
+    bool IsTyping() const;
 
     // Stage
     void OpenMenu(const Rect& anchor, std::vector<MenuItem> items) override;
@@ -58,6 +59,7 @@ public:
 private:
     void MakePanels();
     void AddTabs();
+    void OpenBrowser(bool open);
     void AddPage(const char* name, Panels panels);
     template <class Visit>
     void ForEachPanel(Visit&& visit) {
@@ -66,6 +68,8 @@ private:
         for (auto& panel : pages[page].panels)
             if (panel->IsShown())
                 visit(*panel);
+        if (browserIsOpen)
+            visit(*browser);
     }
     Widget* WidgetAt(Point at);
     Widget* FindControl(Point at);
@@ -94,6 +98,8 @@ private:
     std::vector<std::unique_ptr<Panel>> panels;  ///< that are always there
     std::vector<Page> pages;
     size_t page = 0;
+    std::unique_ptr<BrowserPanel> browser;
+    bool browserIsOpen = false;
     ChosenSource edited = std::make_shared<uint32_t>(1);
     std::unique_ptr<Menu> menu, retired;  ///< retired: deleted once its action is over
     std::unique_ptr<TextField> entry;

@@ -28,7 +28,7 @@ void FaceCore::Draw(cairo_t* target, const Rect& clip) {
 void FaceCore::Paint(Painter& painter, const Rect& area) {
     painter.Fill(area, Theme::kWindow);
     ForEachPanel([&](Panel& panel) {
-        if (panel.Box().Meets(area))
+        if (panel.Box().Inset(-8.0).Meets(area))
             panel.DrawGround(painter);
         for (auto& widget : panel.Widgets())
             if (widget->IsShown() && widget->box.Inset(-3.0).Meets(area))

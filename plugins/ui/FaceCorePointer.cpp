@@ -19,7 +19,11 @@ PointerEvent Moved(const PointerEvent& event, Point at) {
 
 Widget* FaceCore::WidgetAt(Point at) {
     Widget* found = nullptr;
+    // The browser hides what lies under it.
+    const bool overBrowser = browserIsOpen && browser->Box().Contains(at);
     ForEachPanel([&](Panel& panel) {
+        if (overBrowser && &panel != browser.get())
+            return;
         for (auto& widget : panel.Widgets())
             if (widget->IsShown() && widget->box.Contains(at))
                 found = widget.get();
@@ -35,6 +39,11 @@ bool FaceCore::Press(const PointerEvent& event) {
     if (menu || entry) {
         menu ? menu->Press(moved) : entry->Press(moved);
         TidyOverlays();
+        return true;
+    }
+    if (browserIsOpen && !browser->Box().Contains(moved.at) &&
+        !Layout::kHeader.Contains(moved.at)) {
+        OpenBrowser(false);
         return true;
     }
     Widget* const widget = WidgetAt(moved.at);

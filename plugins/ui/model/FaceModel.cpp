@@ -1,6 +1,7 @@
 #include "plugins/ui/model/FaceModel.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "host/parameters/ModulationNames.h"
 
@@ -15,6 +16,10 @@ FaceModel::FaceModel(Host::Instrument& anInstrument, Host::PresetLibrary& librar
         if (info.index < Host::kProcessorParameters && Catalog().Decides(info.index))
             deciders.push_back(info.index);
     deciders.push_back(Host::kScaleIndex);
+    for (const char* const depth :
+         {"Random Pitch", "Random Size", "Random Density", "Random Layers", "Spray"})
+        if (const auto index = Find(depth))
+            foldedIndices.push_back(*index);
     decided.assign(deciders.size(), -1.0f);
     Refresh(0.0);
 }
@@ -94,8 +99,19 @@ Influence FaceModel::InfluenceOn(uint32_t row, uint32_t index) const {
         if (IsRouted(source, row))
             influence.routes[influence.count++] = {source, Amount(source, row)};
     if (influence.count > 0 && IsAlive())
-        influence.present = Frame().destinations[row];
+        influence.present = PresentPosition(row, index);
     return influence;
+}
+
+/// The feed shows depths of chance folded about the middle: below it where they go down.
+float FaceModel::PresentPosition(uint32_t row, uint32_t index) const {
+    const float shown = Frame().destinations[row];
+    const bool isFolded =
+        std::find(foldedIndices.begin(), foldedIndices.end(), index) != foldedIndices.end();
+    if (!isFolded)
+        return shown;
+    const double depth = std::abs(2.0 * static_cast<double>(shown) - 1.0);
+    return Catalog().PositionOfValue(index, 100.0 * depth);
 }
 
 void FaceModel::Route(uint32_t source, uint32_t row, float amount) {

@@ -67,11 +67,14 @@ public:
     bool IsModified() const { return modified; }
 
 private:
+    float PresentPosition(uint32_t row, uint32_t index) const;
+
     Host::Instrument& instrument;
     Host::PresetLibrary& presets;
     Host::PresentSettings settings;
-    std::vector<uint32_t> deciders;  ///< indices that names and texts depend on
-    std::vector<float> decided;      ///< where they stood
+    std::vector<uint32_t> deciders;       ///< indices that names and texts depend on
+    std::vector<uint32_t> foldedIndices;  ///< of depths that the feed shows folded
+    std::vector<float> decided;           ///< where they stood
     uint64_t revision = 1;
     double now = 0.0;
     double lastFrame = -1.0;  ///< when it came; negative: none yet

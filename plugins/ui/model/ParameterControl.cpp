@@ -17,7 +17,11 @@ const ParameterControl::Meaning& ParameterControl::Now() const {
         meaning.revision = model.Revision();
         if (const auto index = model.Find(name)) {
             meaning.index = *index;
-            meaning.row = model.Catalog().FindDestination(model.Catalog()[*index].name);
+            const Host::ParameterCatalog& catalog = model.Catalog();
+            meaning.row = catalog.FindDestination(catalog[*index].name);
+            // A slot's mix is moved by way of another parameter, under its own name.
+            if (!meaning.row)
+                meaning.row = catalog.FindDestination(name);
         }
     }
     return meaning;

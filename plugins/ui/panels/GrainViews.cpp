@@ -39,7 +39,7 @@ void DrawKeys(Painter& painter, const Rect& box, uint32_t scale, double pitch) {
         const Rect key{KeyX(box, semitone) - 0.5 * width + 0.4, box.y, width - 0.8,
                        box.height * (black ? 0.62 : 1.0)};
         const Colour lit = Theme::Pitch(semitone);
-        painter.Fill(key, !allowed      ? Theme::kRaised.Faded(0.55)
+        painter.Fill(key, !allowed     ? Theme::kRaised.Faded(0.55)
                           : scale == 0 ? (black ? Theme::kTrack : Theme::kDim.Faded(0.75))
                                        : lit.Faded(black ? 0.65 : 0.85));
     }
@@ -85,8 +85,8 @@ DrawnView::Actions ScaleKeyboard(FaceModel& model) {
     actions.drag = [&model, pitch](const PointerEvent& event, Point, const Rect& box) {
         const double share = (event.at.x - box.x - 12.0) / (box.width - 24.0);
         const double semitones = share * (2.0 * kReach + 1.0) - kReach - 0.5;
-        pitch->Move(model.Catalog().PositionOfValue(*pitch->Index(), std::round(semitones),
-                                                    model.Texts()));
+        pitch->Move(
+            model.Catalog().PositionOfValue(*pitch->Index(), std::round(semitones), model.Texts()));
     };
     actions.control = [pitch] { return pitch.get(); };
     return actions;
@@ -201,8 +201,8 @@ DrawnView::Actions SpacePad(FaceModel& model) {
         const auto place = [&](Point p) {
             return Point{inner.x + inner.width * p.x, inner.Bottom() - inner.height * p.y};
         };
-        const Point centre = place({static_cast<double>(x->Position()),
-                                    static_cast<double>(y->Position())});
+        const Point centre =
+            place({static_cast<double>(x->Position()), static_cast<double>(y->Position())});
         painter.Ring(centre, 6.0, Theme::kDim, 1.5);
         std::vector<Point> line;
         for (const Point& p : *trail)
@@ -222,8 +222,8 @@ DrawnView::Actions SpacePad(FaceModel& model) {
     actions.drag = [&model, x, y](const PointerEvent& event, Point way, const Rect&) {
         const double fine = event.modifiers.shift ? 0.1 : 1.0;
         const auto to = [fine](const Control& control, double step) {
-            return static_cast<float>(std::clamp(
-                static_cast<double>(control.Position()) + step * fine, 0.0, 1.0));
+            return static_cast<float>(
+                std::clamp(static_cast<double>(control.Position()) + step * fine, 0.0, 1.0));
         };
         if (way.x != 0.0)
             x->Move(to(*x, way.x / 148.0));

@@ -68,7 +68,7 @@ void TapePanel::MoveHead(double place) {
 
 void TapePanel::LookAtSettings(TapePicture& picture) const {
     const uint32_t direction = model.ChoiceOf("Spray Direction");
-    const double reach = static_cast<double>(spray.Influences().present);
+    const double reach = model.Catalog().Value(*spray.Index(), spray.Influences().present) / 100.0;
     picture.sprayBack = direction != 1 ? reach : 0.0;
     picture.sprayAhead = direction != 0 ? reach : 0.0;
     picture.frozen = freeze.Influences().present > 0.5f;

@@ -14,7 +14,7 @@ public:
     struct Actions {
         std::function<bool(double seconds)> tick;  ///< whether it looks otherwise
         std::function<void(Painter&, const Rect&)> draw;
-        std::function<void()> begin, end;                          ///< may be none
+        std::function<void()> begin, end;  ///< may be none
         /// way: since the last call.
         std::function<void(const PointerEvent&, Point way, const Rect&)> drag;
         std::function<void()> doubleClick;

@@ -19,6 +19,7 @@ public:
     void Press(const PointerEvent& event) override;
     bool Key(const KeyEvent& event) override;
     bool Text(std::string_view signs) override;
+    bool CanFocus() const override { return lasting; }
     bool IsDone() const { return done; }
     /// Told of every change, for searches.
     void OnChange(std::function<void(const std::string&)> told) { changed = std::move(told); }

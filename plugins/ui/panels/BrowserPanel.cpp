@@ -1,0 +1,191 @@
+#include "plugins/ui/panels/BrowserPanel.h"
+
+#include <algorithm>
+
+#include "plugins/ui/widgets/ActionButton.h"
+#include "plugins/ui/widgets/DrawnView.h"
+#include "plugins/ui/widgets/ListView.h"
+
+namespace Quorvan::Ui {
+
+namespace {
+
+constexpr Rect kPlace{144.0, 48.0, 760.0, 608.0};
+
+}  // namespace
+
+BrowserPanel::BrowserPanel(FaceModel& faceModel, Stage& face, std::function<void()> close)
+    : Panel(kPlace, "Presets"), model(faceModel), stage(face) {
+    AddLists();
+    AddDescription();
+    AddButtons(close);
+}
+
+void BrowserPanel::DrawGround(Painter& painter) const {
+    painter.Round({box.x - 2.0, box.y, box.width + 4.0, box.height + 6.0}, 10.0,
+                  {0.0, 0.0, 0.0, 0.6});
+    painter.Round(box, 8.0, Theme::kPanel);
+    painter.RoundLine(box, 8.0, Theme::kTrack);
+}
+
+void BrowserPanel::Opened() {
+    model.Presets().Scan();
+    Search();
+}
+
+const Host::PresetEntry* BrowserPanel::Present() const {
+    const auto entry = model.Presets().Find(model.TheInstrument().PresetName());
+    return entry ? &model.Presets().Entries()[*entry] : nullptr;
+}
+
+void BrowserPanel::Search() {
+    const std::vector<std::string> wanted(tags.begin(), tags.end());
+    found = model.Presets().Search(words, wanted);
+    if (onlyFavourites)
+        std::erase_if(found,
+                      [this](size_t entry) { return !model.Presets().Entries()[entry].favourite; });
+}
+
+void BrowserPanel::AddLists() {
+    TextField& search = Add<TextField>(At(176.0, 12.0, 400.0, TextField::kHeight), "", nullptr);
+    search.MakeLasting("Search names, descriptions and tags");
+    search.OnChange([this](const std::string& text) {
+        words = text;
+        Search();
+    });
+    Add<ActionButton>(
+        At(584.0, 12.0, 160.0, 26.0),
+        [this] {
+            return ActionButton::Look{"\u2605 Favourites only", true, onlyFavourites};
+        },
+        [this](const Rect&) {
+            onlyFavourites = !onlyFavourites;
+            Search();
+        },
+        "Favourites", "Lists favourites only.");
+
+    ListView::Actions tagList;
+    tagList.lines = [this] {
+        std::vector<ListView::Line> lines;
+        for (const std::string& tag : model.Presets().Tags())
+            lines.push_back({tag, "", tags.contains(tag), -1});
+        return lines;
+    };
+    tagList.choose = [this](size_t line) {
+        const std::vector<std::string> all = model.Presets().Tags();
+        if (line >= all.size())
+            return;
+        if (tags.erase(all[line]) == 0)
+            tags.insert(all[line]);
+        Search();
+    };
+    Add<ListView>(At(12.0, 48.0, 152.0, 504.0), "Tags", "Presets that have all chosen tags.",
+                  std::move(tagList));
+
+    ListView::Actions list;
+    list.lines = [this] {
+        std::vector<ListView::Line> lines;
+        const std::string present = model.TheInstrument().PresetName();
+        for (const size_t number : found) {
+            const Host::PresetEntry& entry = model.Presets().Entries()[number];
+            std::string note = entry.broken.empty() ? std::string() : std::string("broken");
+            for (const std::string& tag : entry.tags)
+                note += (note.empty() ? "" : ", ") + tag;
+            lines.push_back({entry.name, note, entry.name == present, entry.favourite ? 1 : 0});
+        }
+        return lines;
+    };
+    list.choose = [this](size_t line) {
+        const std::string problem = model.LoadPreset(found[line]);
+        if (!problem.empty())
+            stage.Say(problem);
+    };
+    list.star = [this](size_t line) {
+        const size_t number = found[line];
+        const std::string problem =
+            model.Presets().SetFavourite(number, !model.Presets().Entries()[number].favourite);
+        if (!problem.empty())
+            stage.Say(problem);
+        Search();
+    };
+    Add<ListView>(At(176.0, 48.0, 572.0, 456.0), "Presets",
+                  "A click loads a preset; the star makes it a favourite.", std::move(list));
+}
+
+/// What the preset that is heard says of itself.
+void BrowserPanel::AddDescription() {
+    DrawnView::Actions actions;
+    const auto seen = std::make_shared<std::string>();
+    actions.tick = [this, seen](double) {
+        const Host::PresetEntry* const entry = Present();
+        const std::string now = entry != nullptr ? entry->description : std::string();
+        return std::exchange(*seen, now) != now;
+    };
+    actions.draw = [seen](Painter& painter, const Rect& place) {
+        painter.Paragraph(place, *seen, {Theme::kBody, Theme::kText}, 18.0);
+    };
+    Add<DrawnView>(At(176.0, 512.0, 572.0, 44.0), "", "", std::move(actions));
+}
+
+void BrowserPanel::AddButtons(const std::function<void()>& close) {
+    const double y = box.height - 40.0;
+    Add<ActionButton>(
+        At(176.0, y, 120.0, 28.0),
+        [] {
+            return ActionButton::Look{"Save as\u2026", true, false};
+        },
+        [this](const Rect& anchor) { AskName(anchor); }, "Save as",
+        "Writes the sound into your folder, under a name.");
+    Add<ActionButton>(
+        At(304.0, y, 120.0, 28.0),
+        [this] {
+            const Host::PresetEntry* const entry = Present();
+            return ActionButton::Look{"Delete", entry != nullptr && !entry->IsFactory(), false};
+        },
+        [this](const Rect&) { Delete(); }, "Delete",
+        "Moves a preset of yours to the trash folder beside the others.");
+    Add<ActionButton>(
+        At(628.0, y, 120.0, 28.0),
+        [] {
+            return ActionButton::Look{"Close", true, false};
+        },
+        [close](const Rect&) { close(); }, "Close", "Back to the instrument.");
+}
+
+void BrowserPanel::AskName(const Rect& anchor) {
+    const std::string present = model.TheInstrument().PresetName();
+    stage.OpenEntry({anchor.x, anchor.y, 280.0, anchor.height}, present.empty() ? "" : present,
+                    [this](const std::string& name) { return Save(name); });
+}
+
+/// One's own present preset is written over; any other name that is taken is refused.
+std::string BrowserPanel::Save(const std::string& name) {
+    if (name.empty())
+        return "A preset needs a name.";
+    Host::Preset preset = model.TheInstrument().GetPreset();
+    const Host::PresetEntry* const entry = Present();
+    if (entry != nullptr) {
+        preset.description = entry->description;
+        preset.tags = entry->tags;
+    }
+    const bool replaces = entry != nullptr && !entry->IsFactory() && entry->name == name;
+    preset.name = name;
+    std::string problem = model.Presets().Save(preset, replaces);
+    if (!problem.empty())
+        return problem;
+    Opened();
+    if (const auto saved = model.Presets().Find(name))
+        return model.LoadPreset(*saved);
+    return {};
+}
+
+void BrowserPanel::Delete() {
+    const auto entry = model.Presets().Find(model.TheInstrument().PresetName());
+    if (!entry)
+        return;
+    const std::string problem = model.Presets().Delete(*entry);
+    stage.Say(problem.empty() ? "It is in the trash folder now." : problem);
+    Opened();
+}
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <set>
+
+#include "plugins/ui/model/FaceModel.h"
+#include "plugins/ui/panels/Panel.h"
+#include "plugins/ui/widgets/Stage.h"
+#include "plugins/ui/widgets/TextField.h"
+
+namespace Quorvan::Ui {
+
+/// All presets over the rest of the face: tags, search, favourites, saving. A preset that is chosen
+/// is heard at once.
+class BrowserPanel final : public Panel {
+public:
+    BrowserPanel(FaceModel& faceModel, Stage& face, std::function<void()> close);
+
+    void DrawGround(Painter& painter) const override;
+    /// Looks at the folder again.
+    void Opened();
+
+private:
+    void AddLists();
+    void AddDescription();
+    void AddButtons(const std::function<void()>& close);
+    void Search();
+    void AskName(const Rect& anchor);
+    std::string Save(const std::string& name);
+    void Delete();
+    const Host::PresetEntry* Present() const;
+
+    FaceModel& model;
+    Stage& stage;
+    std::string words;
+    std::set<std::string> tags;
+    bool onlyFavourites = false;
+    std::vector<size_t> found;  ///< numbers of entries
+};
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,190 @@
+#include "plugins/ui/model/ParameterControl.h"
+#include "plugins/ui/panels/GrainViews.h"
+#include "plugins/ui/panels/Layout.h"
+#include "plugins/ui/panels/Pages.h"
+#include "plugins/ui/widgets/Segments.h"
+
+namespace Quorvan::Ui {
+
+namespace {
+
+using Kind = PlacedControl::Kind;
+
+// Knobs in columns of 77 and rows of 88, fields below them.
+constexpr double kX0 = 8.0, kX1 = 84.0, kX2 = 160.0, kX3 = 236.0, kX4 = 312.0;
+constexpr double kRow1 = 68.0, kRow2 = 158.0, kFoot = 254.0;
+constexpr double kWide = 84.0;
+
+constexpr PlacedControl kHead[]{
+    {Kind::Field, "Effect", "Effect", 12.0, 32.0, 116.0, 26.0},
+    {Kind::Slider, "Dry / Wet", "Mix", 264.0, 32.0, 128.0, 26.0},
+};
+constexpr PlacedControl kFilter[]{
+    {Kind::Knob, "Filter Freq", "Cutoff", kX0, kRow1},
+    {Kind::Knob, "Filter Resonance", "Resonance", kX1, kRow1},
+    {Kind::Field, "Filter Mode", "Mode", 12.0, kFoot, 132.0, 24.0},
+    {Kind::Field, "Filter Slope", "Slope", 152.0, kFoot, 104.0, 24.0},
+};
+constexpr PlacedControl kDistortion[]{
+    {Kind::Knob, "Distortion Drive", "Drive", kX0, kRow1},
+    {Kind::Knob, "Distortion Output Gain", "Output", kX1, kRow1},
+    {Kind::Field, "Distortion Curve", "Curve", 12.0, kFoot, 116.0, 24.0},
+    {Kind::Toggle, "Distortion Level Compensation", "Even level", 136.0, kFoot, 92.0, 24.0},
+};
+constexpr PlacedControl kCompressor[]{
+    {Kind::Knob, "Compressor Threshold", "Threshold", kX0, kRow1},
+    {Kind::Knob, "Compressor Ratio", "Ratio", kX1, kRow1},
+    {Kind::Knob, "Compressor Knee", "Knee", kX2, kRow1},
+    {Kind::Bipolar, "Compressor Input Gain", "Input", kX3, kRow1},
+    {Kind::Bipolar, "Compressor Output Gain", "Output", kX4, kRow1},
+    {Kind::Knob, "Compressor Attack", "Attack", kX0, kRow2},
+    {Kind::Knob, "Compressor Release", "Release", kX1, kRow2},
+    {Kind::Toggle, "Compressor Makeup Gain", "Makeup", 12.0, kFoot, kWide, 24.0},
+    {Kind::Toggle, "Compressor Linked Channels", "Linked", 104.0, kFoot, kWide, 24.0},
+};
+constexpr PlacedControl kDelay[]{
+    {Kind::Knob, "Delay Time", "Time", kX0, kRow1},
+    {Kind::Knob, "Delay Feedback", "Feedback", kX1, kRow1},
+    {Kind::Bipolar, "Delay Fine Time", "Fine Time", kX2, kRow1},
+    {Kind::Knob, "Delay Stereo Offset", "Offset", kX3, kRow1},
+    {Kind::Knob, "Delay Ping-Pong Width", "Ping-Pong", kX4, kRow1},
+    {Kind::Knob, "Delay Low Cut", "Low Cut", kX0, kRow2},
+    {Kind::Knob, "Delay High Cut", "High Cut", kX1, kRow2},
+    {Kind::Field, "Delay Time Sync", "Time in", 12.0, kFoot, kWide, 24.0},
+    {Kind::Field, "Delay Stereo Mode", "Stereo", 104.0, kFoot, 92.0, 24.0},
+};
+constexpr PlacedControl kOctaver[]{
+    {Kind::Knob, "Octaver Time", "Time", kX0, kRow1},
+    {Kind::Knob, "Octaver Feedback", "Feedback", kX1, kRow1},
+    {Kind::Bipolar, "Octaver Pitch", "Pitch", kX2, kRow1},
+    {Kind::Bipolar, "Octaver Detune", "Detune", kX3, kRow1},
+    {Kind::Knob, "Octaver Spray", "Spray", kX4, kRow1},
+    {Kind::Knob, "Octaver Low Cut", "Low Cut", kX0, kRow2},
+    {Kind::Knob, "Octaver High Cut", "High Cut", kX1, kRow2},
+    {Kind::Bipolar, "Octaver Stereo Offset", "Offset", kX2, kRow2},
+    {Kind::Field, "Octaver Time Sync", "Time in", 12.0, kFoot, kWide, 24.0},
+    {Kind::Field, "Octaver Mode", "Mode", 104.0, kFoot, 104.0, 24.0},
+    {Kind::Field, "Octaver Window", "Window", 216.0, kFoot, 116.0, 24.0},
+};
+constexpr PlacedControl kTapeEcho[]{
+    {Kind::Knob, "Tape Echo Time", "Time", kX0, kRow1},
+    {Kind::Knob, "Tape Echo Intensity", "Intensity", kX1, kRow1},
+    {Kind::Bipolar, "Tape Echo Fine Time", "Fine Time", kX2, kRow1},
+    {Kind::Bipolar, "Tape Echo Input Volume", "Input", kX3, kRow1},
+    {Kind::Knob, "Tape Echo Stereo Offset", "Offset", kX4, kRow1},
+    {Kind::Knob, "Tape Echo Low Cut", "Low Cut", kX0, kRow2},
+    {Kind::Knob, "Tape Echo High Cut", "High Cut", kX1, kRow2},
+    {Kind::Knob, "Tape Echo Ping-Pong Width", "Ping-Pong", kX2, kRow2},
+    {Kind::Field, "Tape Echo Time Sync", "Time in", 12.0, kFoot, kWide, 24.0},
+    {Kind::Field, "Tape Echo Stereo Mode", "Stereo", 104.0, kFoot, 92.0, 24.0},
+};
+constexpr PlacedControl kChorus[]{
+    {Kind::Knob, "Chorus Rate", "Rate", kX0, kRow1},
+    {Kind::Knob, "Chorus Depth", "Depth", kX1, kRow1},
+    {Kind::Knob, "Chorus Delay", "Delay", kX2, kRow1},
+    {Kind::Knob, "Chorus Feedback", "Feedback", kX3, kRow1},
+    {Kind::Knob, "Chorus Low Cut", "Low Cut", kX0, kRow2},
+    {Kind::Knob, "Chorus High Cut", "High Cut", kX1, kRow2},
+    {Kind::Toggle, "Chorus Low Cut On", "Cut lows", 240.0, 186.0, kWide, 24.0},
+    {Kind::Toggle, "Chorus High Cut On", "Cut highs", 240.0, 216.0, kWide, 24.0},
+    {Kind::Field, "Chorus Voices", "Voices", 12.0, kFoot, 52.0, 24.0},
+    {Kind::Field, "Chorus Waveform", "Wave", 72.0, kFoot, kWide, 24.0},
+    {Kind::Field, "Chorus Channels", "Channels", 164.0, kFoot, kWide, 24.0},
+    {Kind::Field, "Chorus Feedback Polarity", "Polarity", 256.0, kFoot, 88.0, 24.0},
+};
+constexpr PlacedControl kFlanger[]{
+    {Kind::Knob, "Flanger Rate", "Rate", kX0, kRow1},
+    {Kind::Knob, "Flanger Depth", "Depth", kX1, kRow1},
+    {Kind::Knob, "Flanger Delay", "Delay", kX2, kRow1},
+    {Kind::Knob, "Flanger Feedback", "Feedback", kX3, kRow1},
+    {Kind::Knob, "Flanger Low Cut", "Low Cut", kX0, kRow2},
+    {Kind::Knob, "Flanger High Cut", "High Cut", kX1, kRow2},
+    {Kind::Toggle, "Flanger Low Cut On", "Cut lows", 240.0, 186.0, kWide, 24.0},
+    {Kind::Toggle, "Flanger High Cut On", "Cut highs", 240.0, 216.0, kWide, 24.0},
+    {Kind::Field, "Flanger Voices", "Voices", 12.0, kFoot, 52.0, 24.0},
+    {Kind::Field, "Flanger Rate Sync", "Rate in", 72.0, kFoot, kWide, 24.0},
+    {Kind::Field, "Flanger Channels", "Channels", 164.0, kFoot, kWide, 24.0},
+    {Kind::Field, "Flanger Feedback Polarity", "Polarity", 256.0, kFoot, 88.0, 24.0},
+};
+constexpr PlacedControl kReverb[]{
+    {Kind::Knob, "Reverb Decay", "Decay", kX0, kRow1},
+    {Kind::Knob, "Reverb Size", "Size", kX1, kRow1},
+    {Kind::Knob, "Reverb Predelay", "Predelay", kX2, kRow1},
+    {Kind::Knob, "Reverb Damping", "Damping", kX3, kRow1},
+    {Kind::Bipolar, "Reverb Output Gain", "Output", kX4, kRow1},
+    {Kind::Knob, "Reverb Low Cut", "Low Cut", kX0, kRow2},
+    {Kind::Knob, "Reverb High Cut", "High Cut", kX1, kRow2},
+    {Kind::Knob, "Reverb Side Level", "Sides", kX2, kRow2},
+    {Kind::Knob, "Reverb Early Size", "Early Size", kX3, kRow2},
+    {Kind::Knob, "Reverb Early Mix", "Early Mix", kX4, kRow2},
+    {Kind::Toggle, "Reverb Early Reflections", "Early", 12.0, kFoot, kWide, 24.0},
+    {Kind::Toggle, "Reverb Freeze", "Freeze", 104.0, kFoot, kWide, 24.0},
+};
+/// By the choice of "Effect"; the first is none.
+constexpr std::span<const PlacedControl> kEffects[]{
+    {}, kFilter, kDistortion, kCompressor, kDelay, kOctaver, kTapeEcho, kChorus, kFlanger, kReverb};
+
+class SlotPanel final : public TablePanel {
+public:
+    SlotPanel(const Rect& place, const std::string& slot, FaceModel& faceModel, Stage& face)
+        : TablePanel(place, slot, faceModel, face, kHead, {}, slot + " ") {
+        Add<Segments>(At(place.width - 260.0, 6.0, 248.0, 22.0), face,
+                      std::make_unique<ParameterControl>(faceModel, slot + " Position"),
+                      std::vector<std::string>{"After mix", "Grains", "Loop"});
+    }
+};
+
+/// The controls of one effect in one slot, shown while the slot holds it.
+class EffectPanel final : public TablePanel {
+public:
+    EffectPanel(const Rect& place, const std::string& slot, uint32_t itsChoice,
+                FaceModel& faceModel, Stage& face)
+        : TablePanel(place, "", faceModel, face, kEffects[itsChoice], {}, slot + " "),
+          selector(slot + " Effect"),
+          choice(itsChoice) {}
+    bool IsShown() const override { return model.ChoiceOf(selector) == choice; }
+
+private:
+    std::string selector;
+    uint32_t choice;
+};
+
+constexpr PlacedControl kSpace[]{
+    {Kind::Toggle, "Spatializer On", "On", 12.0, 32.0, 48.0, 26.0},
+    {Kind::Field, "Spatializer Trajectory", "Trajectory", 64.0, 32.0, 112.0, 26.0},
+    {Kind::Field, "Spatializer Rate Sync", "Rate in", 180.0, 32.0, 64.0, 26.0},
+    {Kind::Toggle, "Spatializer Invert", "Invert", 188.0, 66.0, 56.0, 26.0},
+    {Kind::Knob, "Spatializer Rate", "Rate", 12.0, 196.0},
+    {Kind::Knob, "Spatializer Amount", "Sides", 92.0, 196.0},
+    {Kind::Knob, "Spatializer Distance", "Depth", 172.0, 196.0},
+};
+
+class SpacePanel final : public TablePanel {
+public:
+    SpacePanel(const Rect& place, FaceModel& faceModel, Stage& face)
+        : TablePanel(place, "Space", faceModel, face, kSpace) {
+        Add<DrawnView>(At(12.0, 66.0, 168.0, 124.0), "Space",
+                       "Where the next pair of grains is born, and where the last ones were. Drag "
+                       "the ring: the place around which the figure runs.",
+                       SpacePad(faceModel));
+    }
+};
+
+}  // namespace
+
+Panels MakeEffectPage(FaceModel& model, Stage& stage) {
+    Panels panels;
+    const Rect& page = Layout::kPage;
+    for (const uint32_t slot : {0u, 1u}) {
+        const std::string name = slot == 0 ? "FX1" : "FX2";
+        const Rect place{page.x + 412.0 * slot, page.y, 404.0, page.height};
+        panels.push_back(std::make_unique<SlotPanel>(place, name, model, stage));
+        for (uint32_t choice = 1; choice < std::size(kEffects); ++choice)
+            panels.push_back(std::make_unique<EffectPanel>(place, name, choice, model, stage));
+    }
+    panels.push_back(std::make_unique<SpacePanel>(Rect{page.x + 824.0, page.y, 256.0, page.height},
+                                                  model, stage));
+    return panels;
+}
+
+}  // namespace Quorvan::Ui

@@ -1,0 +1,95 @@
+#include "plugins/ui/widgets/MatrixView.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quorvan::Ui {
+
+MatrixView::MatrixView(const Rect& place, Actions itsActions)
+    : Widget(place), actions(std::move(itsActions)) {
+    shown[0][0] = 2.0f;  // no amount: the first picture is always new
+}
+
+Rect MatrixView::BoxOf(uint32_t source, uint32_t row) const {
+    const double block = box.width / kBlocks, height = box.height / kBlockRows;
+    return {box.x + block * (row / kBlockRows) + block - 8.0 - kCell * (kSources - source),
+            box.y + height * (row % kBlockRows), kCell, height};
+}
+
+MatrixView::Cell MatrixView::At(Point at) const {
+    for (uint32_t row = 0; row < kRows; ++row)
+        for (uint32_t source = 0; source < kSources; ++source)
+            if (BoxOf(source, row).Contains(at))
+                return {source, row, true};
+    return {};
+}
+
+bool MatrixView::Tick(double) {
+    bool moved = false;
+    for (uint32_t source = 0; source < kSources; ++source)
+        for (uint32_t row = 0; row < kRows; ++row) {
+            const float now = actions.amount(source, row);
+            moved |= now != shown[source][row];
+            shown[source][row] = now;
+        }
+    return moved;
+}
+
+void MatrixView::Draw(Painter& painter) {
+    const double block = box.width / kBlocks;
+    for (uint32_t row = 0; row < kRows; ++row) {
+        const Rect first = BoxOf(0, row);
+        const double left = box.x + block * (row / kBlockRows);
+        painter.Text({left, first.y, first.x - left - 6.0, first.height}, actions.rowName(row),
+                     {Theme::kSmall, Theme::kDim});
+        for (uint32_t source = 0; source < kSources; ++source) {
+            const Rect cell = BoxOf(source, row).Inset(1.0, 1.5);
+            painter.Fill(cell, Theme::kWell);
+            const double value = static_cast<double>(shown[source][row]);
+            const Colour colour = Theme::Source(source);
+            if (value == 0.0) {
+                painter.Fill({cell.Centre().x - 1.5, cell.Centre().y - 1.0, 3.0, 2.0},
+                             colour.Faded(0.3));
+                continue;
+            }
+            const double half = 0.5 * cell.height, reach = half * std::abs(value);
+            painter.Fill(cell, colour.Faded(0.22));
+            painter.Fill({cell.x, cell.y + half - (value > 0.0 ? reach : 0.0), cell.width,
+                          std::max(reach, 1.5)},
+                         colour);
+        }
+    }
+}
+
+void MatrixView::Press(const PointerEvent& event) {
+    held = At(event.at);
+    isHeld = held.isOne;
+    last = event.at;
+    amount = isHeld ? static_cast<double>(actions.amount(held.source, held.row)) : 0.0;
+}
+
+void MatrixView::Drag(const PointerEvent& event) {
+    if (!isHeld)
+        return;
+    const double way = (last.y - event.at.y) / 120.0;
+    last = event.at;
+    amount = std::clamp(amount + way * (event.modifiers.shift ? 0.1 : 1.0), -1.0, 1.0);
+    actions.set(held.source, held.row, static_cast<float>(amount));
+}
+
+void MatrixView::DoubleClick(const PointerEvent& event) {
+    const Cell cell = At(event.at);
+    if (cell.isOne)
+        actions.clear(cell.source, cell.row);
+}
+
+std::string MatrixView::TipTitle(Point at) {
+    const Cell cell = At(at);
+    if (!cell.isOne)
+        return {};
+    const long percent = std::lround(100.0f * shown[cell.source][cell.row]);
+    return actions.sourceName(cell.source) + " \u2192 " + actions.rowName(cell.row) + "   " +
+           std::to_string(percent) + " %";
+}
+
+}  // namespace Quorvan::Ui

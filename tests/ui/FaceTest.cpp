@@ -1,0 +1,211 @@
+#include <algorithm>
+#include <filesystem>
+
+#include "host/parameters/ModulationNames.h"
+#include "instrument/InstrumentRig.h"
+#include "plugins/ui/Face.h"
+#include "plugins/ui/FaceCore.h"
+#include "plugins/ui/widgets/CurveEditor.h"
+#include "plugins/ui/widgets/Knob.h"
+#include "plugins/ui/widgets/SourceTile.h"
+#include "plugins/ui/widgets/TapeView.h"
+#include "presets/FactoryPresets.h"
+
+namespace Quorvan::Ui {
+namespace {
+
+/// A face on a picture, with an instrument that plays; its user knows widgets by their names.
+class FaceTest : public testing::Test {
+protected:
+    FaceTest()
+        : presets(test::Catalog(), Host::FactoryPresets(),
+                  std::filesystem::path(testing::TempDir()) / "face"),
+          face(instrument, presets) {
+        Resize(1.0);
+        Play();
+    }
+    ~FaceTest() override { cairo_surface_destroy(surface); }
+
+    void Resize(double scale) {
+        const int width = static_cast<int>(1280 * scale), height = static_cast<int>(800 * scale);
+        cairo_surface_destroy(surface);
+        surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
+        face.Resize(width, height);
+    }
+    void Play() { instrument.Run(test::NoiseInput(4800)); }
+    /// One picture; answers what was drawn anew.
+    std::vector<Rect> Picture() {
+        cairo_t* const context = cairo_create(surface);
+        const std::vector<Rect> rects = face.Idle(now += 0.02);
+        for (const Rect& rect : rects)
+            face.Draw(context, rect);
+        cairo_destroy(context);
+        return rects;
+    }
+    template <class Kind = Widget>
+    Kind* Find(const std::string& name) {
+        for (Widget* const widget : face.Shown())
+            if (auto* const kind = dynamic_cast<Kind*>(widget)) {
+                const Control* const control = kind->ControlAt(kind->box.Centre());
+                if ((control ? control->Name() : kind->TipTitle({})) == name)
+                    return kind;
+            }
+        ADD_FAILURE() << "no " << name << " is shown";
+        return nullptr;
+    }
+    PointerEvent At(Point at, bool shift = false) {
+        PointerEvent event{{at.x * face.Scale(), at.y * face.Scale()}, Button::Left, {}, now};
+        event.modifiers.shift = shift;
+        return event;
+    }
+    void Drag(Point from, double dx, double dy, bool shift = false) {
+        now += 1.0;
+        face.Press(At(from, shift));
+        face.Move(At({from.x + dx, from.y + dy}, shift));
+        face.Release(At({from.x + dx, from.y + dy}, shift));
+    }
+    void Drag(const std::string& name, double dx, double dy, bool shift = false) {
+        Drag(Find(name)->box.Centre(), dx, dy, shift);
+    }
+    float Position(const char* name) {
+        return instrument.Position(*face.Model().Find(name));
+    }
+    void Put(const char* name, const char* text) {
+        EXPECT_EQ(face.Model().Type(*face.Model().Find(name), text), "");
+        Picture();
+    }
+
+    test::ReadyInstrument instrument;
+    Host::PresetLibrary presets;
+    FaceCore face;
+    cairo_surface_t* surface = nullptr;
+    double now = 0.0;
+};
+
+TEST_F(FaceTest, GesturesMoveWhatTheyHoldByTheRightAmount) {
+    Put("Persistence", "@0.5");
+    Drag("Persistence", 0.0, -40.0);
+    EXPECT_NEAR(Position("Persistence"), 0.7f, 1e-4f);
+    Drag("Persistence", 0.0, 40.0, true);
+    EXPECT_NEAR(Position("Persistence"), 0.68f, 1e-4f);
+    WheelEvent wheel{Find("Persistence")->box.Centre(), 2.0, {}};
+    face.Wheel(wheel);
+    EXPECT_NEAR(Position("Persistence"), 0.72f, 1e-4f);
+    for (int i = 0; i < 3; ++i)
+        instrument.Undo();
+    EXPECT_FLOAT_EQ(Position("Persistence"), 0.5f);
+    const auto index = *face.Model().Find("Persistence");
+    const PointerEvent press = At(Find("Persistence")->box.Centre());
+    now += 1.0;
+    for (int i = 0; i < 2; ++i) {
+        face.Press(press);
+        face.Release(press);
+    }
+    EXPECT_EQ(instrument.Position(index), test::Catalog()[index].defaultPosition);
+}
+
+TEST_F(FaceTest, ADragIsOneStepAndOneGestureForTheHost) {
+    const float before = Position("Dry / Wet");
+    Drag("Dry / Wet", 0.0, before > 0.5f ? 30.0 : -30.0);
+    EXPECT_NE(Position("Dry / Wet"), before);
+    Play();
+    EXPECT_EQ(instrument.sink.begun, 1);
+    EXPECT_EQ(instrument.sink.ended, 1);
+    face.Key({Key::Letter, 'z', {.control = true}});
+    EXPECT_FLOAT_EQ(Position("Dry / Wet"), before);
+}
+
+TEST_F(FaceTest, TypedValuesAreReadAndRefused) {
+    Put("Granular Mode", "Classic");
+    const PointerEvent press = At(Find("Grain Size")->box.Centre());
+    face.Press(press);
+    face.Release(press);
+    face.Key({Key::Enter, 0, {}});
+    EXPECT_TRUE(face.IsTyping());
+    face.Text("never");
+    face.Key({Key::Enter, 0, {}});
+    EXPECT_TRUE(face.IsTyping());
+    for (int i = 0; i < 5; ++i)
+        face.Key({Key::Backspace, 0, {}});
+    face.Text("120 ms");
+    face.Key({Key::Enter, 0, {}});
+    EXPECT_FALSE(face.IsTyping());
+    EXPECT_NEAR(face.Model().ValueOf("Grain Size"), 120.0, 0.5);
+}
+
+TEST_F(FaceTest, ASourceDroppedOnAKnobMovesIt) {
+    const Point from = Find<SourceTile>("Function 2")->box.Centre();
+    const Point to = Find<Knob>("Density")->box.Centre();
+    Drag(from, to.x - from.x, to.y - from.y);
+    const uint32_t row = *Host::FindDestination("Density");
+    EXPECT_TRUE(face.Model().IsRouted(2, row));
+    instrument.Undo();
+    EXPECT_FALSE(face.Model().IsRouted(2, row));
+}
+
+TEST_F(FaceTest, ACurveTakesNewPointsAndMovesThem) {
+    const PointerEvent tile = At(Find<SourceTile>("Function 1")->box.Centre());
+    face.Press(tile);
+    face.Release(tile);
+    Picture();
+    const Rect box = Find<CurveEditor>("Curve")->box.Inset(8.0);
+    const double points = face.Model().ValueOf("Function 1 Last Point");
+    const Point fresh{box.x + 0.25 * box.width, box.y + 0.2 * box.height};
+    now += 1.0;
+    for (int i = 0; i < 2; ++i) {
+        face.Press(At(fresh));
+        face.Release(At(fresh));
+    }
+    EXPECT_EQ(face.Model().ValueOf("Function 1 Last Point"), points + 1.0);
+    EXPECT_NEAR(Position("Function1_PointX3"), 0.25f, 0.01f);
+    EXPECT_NEAR(Position("Function1_PointY3"), 0.8f, 0.01f);
+    Drag(fresh, 0.0, 0.4 * box.height);
+    EXPECT_NEAR(Position("Function1_PointY3"), 0.4f, 0.01f);
+}
+
+TEST_F(FaceTest, TextsFitAndEveryControlIsExplained) {
+    for (const double scale : {0.75, 1.0, 1.5, 3.0}) {
+        Resize(scale);
+        for (size_t page = 0; page < 4; ++page) {
+            face.OpenPage(page);
+            std::vector<PlacedText> texts;
+            face.NoteTexts(&texts);
+            Picture();
+            face.NoteTexts(nullptr);
+            EXPECT_GT(texts.size(), 60u);
+            for (const PlacedText& text : texts)
+                EXPECT_LE(text.width, text.box.width + 0.5) << text.text << " at " << scale;
+            for (Widget* const widget : face.Shown())
+                if (const Control* const control = widget->ControlAt(widget->box.Centre())) {
+                    EXPECT_FALSE(control->Help().empty()) << control->Name();
+                }
+        }
+    }
+}
+
+TEST_F(FaceTest, WhatMovesIsDrawnAnewAndWhatRestsIsNot) {
+    for (int i = 0; i < 200; ++i)
+        Picture();
+    EXPECT_TRUE(Picture().empty());
+    Play();
+    const std::vector<Rect> moved = Picture();
+    const auto isIn = [&](const Rect& box) {
+        return std::any_of(moved.begin(), moved.end(),
+                           [&](const Rect& rect) { return rect.Meets(box); });
+    };
+    EXPECT_TRUE(isIn(Find<TapeView>("Tape")->box));
+    EXPECT_FALSE(isIn(Find("Random Pan")->box));
+}
+
+TEST(FaceLifeTest, AClosedFaceStopsTheFeed) {
+    test::ReadyInstrument instrument;
+    Host::PresetLibrary presets(test::Catalog(), Host::FactoryPresets(), "/nonexistent");
+    for (int i = 0; i < 3; ++i) {
+        const Face face(instrument, presets);
+        EXPECT_TRUE(instrument.Display().IsWatched());
+    }
+    EXPECT_FALSE(instrument.Display().IsWatched());
+}
+
+}  // namespace
+}  // namespace Quorvan::Ui
