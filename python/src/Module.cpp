@@ -85,6 +85,7 @@ PYBIND11_MODULE(_core, module) {
         .def_readwrite("set", &RenderWish::set)
         .def_readwrite("seed", &RenderWish::seed)
         .def_readwrite("automation", &RenderWish::automation)
+        .def_readwrite("automation_file", &RenderWish::automationFile)
         .def_readwrite("tail", &RenderWish::tail)
         .def_readwrite("tail_fade", &RenderWish::tailFade)
         .def_readwrite("tempo", &RenderWish::tempo)

@@ -128,7 +128,9 @@ py::dict Render(const py::object& sound, const RenderWish& wish) {
     Host::Preset preset = LoadSound(wish.preset);
     const Tools::RenderSettings settings = SettingsOf(wish, preset);
     Tools::Automation automation;
-    if (!wish.automation.empty())
+    if (!wish.automationFile.empty())
+        automation = Tools::Automation::Load(wish.automationFile, settings.meter);
+    else if (!wish.automation.empty())
         automation = Tools::Automation::ReadJson("automation", wish.automation, settings.meter);
     Tools::ModulationLog modulation(Tools::FindDestinations(wish.destinations, Catalog()));
     Tools::Summary summary;

@@ -17,7 +17,8 @@ struct RenderWish {
     std::string preset;  ///< as LoadSound takes it
     Settings set;
     std::optional<uint64_t> seed;
-    std::string automation;  ///< a JSON text as the renderer reads it, or empty
+    std::string automation;      ///< a JSON text as the renderer reads it, or empty
+    std::string automationFile;  ///< or a file
     std::optional<double> tail, tailFade, tempo;
     bool playing = true;
     double startBeat = 0.0;

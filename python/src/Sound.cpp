@@ -23,9 +23,12 @@ std::string Shortest(Number number) {
 
 Host::Preset ReadText(const std::string& json) {
     Host::Parsed<Host::Preset> parsed = Host::ReadPreset(json, Catalog());
-    if (parsed.value)
-        return std::move(*parsed.value);
-    RefuseValue(parsed.issues.empty() ? "The text is no preset." : parsed.issues.front().text);
+    // What would be mended in a file is a mistake of the caller's here.
+    if (!parsed.issues.empty())
+        RefuseValue(parsed.issues.front().text);
+    if (!parsed.value)
+        RefuseValue("The text is no preset.");
+    return std::move(*parsed.value);
 }
 
 float PositionOfNumber(const Host::ParameterInfo& info, double number,

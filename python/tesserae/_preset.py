@@ -78,9 +78,15 @@ class Preset:
         return json.dumps(content)
 
     def save(self, path):
-        """Writes the preset to a file that all of Tesserae reads. Raises OSError where it can't."""
-        with open(path, "w", encoding="utf-8") as file:
-            file.write(_core.preset_text(self._text()))
+        """Writes the preset to a file that all of Tesserae reads, whole or not at all.
+
+        Raises ValueError for what no preset holds, and OSError where the file can't be written.
+        """
+        text = _core.preset_text(self._text())
+        part = f"{os.fspath(path)}.part"
+        with open(part, "w", encoding="utf-8") as file:
+            file.write(text)
+        os.replace(part, path)
 
 
 def source_of(preset):

@@ -52,13 +52,6 @@ class Render:
         return plot(self, axes)
 
 
-def _automation_text(points):
-    if isinstance(points, (str, os.PathLike)):
-        with open(points, encoding="utf-8") as file:
-            return file.read()
-    return json.dumps([list(point) for point in points])
-
-
 def render(
     audio,
     sample_rate,
@@ -85,8 +78,8 @@ def render(
                  parameter's unit, or the index of a choice. In texts a bare number from 0 to 1 is a
                  position, as on the command line
     automation   a list of (time, parameter, position) or (time, parameter, position, ramp) with
-                 ramp "linear" or "exponential", or the path of a JSON list. Times are seconds or
-                 texts such as "4 beats" and "5:3"; positions as in texts of set
+                 ramp "linear" or "exponential", or the path of such a list as JSON or CSV. Times
+                 are seconds or texts such as "4 beats" and "5:3"; positions as in texts of set
     tail         seconds of sound behind the input, or "auto": until it has faded, at most 30
     tail_fade    seconds of fade at the end of a tail that still sounds; None is as the program
     tempo        beats per minute; None takes the preset's, or 120
@@ -106,7 +99,10 @@ def render(
         (name, value if isinstance(value, str) else float(value))
         for name, value in (set or {}).items()
     ]
-    wish.automation = "" if automation is None else _automation_text(automation)
+    if isinstance(automation, (str, os.PathLike)):
+        wish.automation_file = os.fspath(automation)
+    elif automation is not None:
+        wish.automation = json.dumps([list(point) for point in automation])
     wish.tail = None if tail == "auto" else tail
     wish.tail_fade = tail_fade
     wish.tempo = tempo

@@ -94,6 +94,7 @@ def test_presets_load_save_and_render_alike(tmp_path):
         (ValueError, "1000 to", lambda: tesserae.Processor(10)),
         (ValueError, "channels=1", lambda: tesserae.Processor(RATE).process(SOUND[0])),
         (OSError, "does not exist", lambda: tesserae.Preset.load("./nowhere.json")),
+        (ValueError, "Pich", lambda: tesserae.Processor(RATE, 1, tesserae.Preset(parameters={"Pich": 1}))),
     ],
 )
 def test_errors_speak(error, sentence, call):

@@ -13,6 +13,7 @@
 #include "tools/render/RenderJob.h"
 #include "tools/support/AtomicOutput.h"
 #include "tools/support/Fingerprint.h"
+#include "tools/support/StandardStreams.h"
 #include "tools/support/StopRequest.h"
 #include "tools/support/TemporaryFiles.h"
 
@@ -30,6 +31,17 @@ ResultsFile::Start StartOf(const BatchSettings& settings) {
     if (settings.resume)
         return ResultsFile::Start::GoOn;
     return settings.force ? ResultsFile::Start::Replace : ResultsFile::Start::New;
+}
+
+/// The results are no place for the list, which would be lost.
+const std::filesystem::path& CheckedResults(const BatchSettings& settings) {
+    std::error_code ignored;
+    if (StandardStreams::IsMeant(*settings.results))
+        throw Failure(ExitCode::Usage, "Results go into a file. Name one.");
+    if (std::filesystem::equivalent(settings.list, *settings.results, ignored))
+        throw Failure(ExitCode::Usage,
+                      "The results would replace the list of jobs. Name another file.");
+    return *settings.results;
 }
 
 uint64_t DoneMark(const std::string& job, uint64_t bytes) {
@@ -62,7 +74,7 @@ Batch::Batch(BatchSettings wanted, const Host::ParameterCatalog& parameters)
       tally(list.Bytes(), settings.progress) {
     if (!settings.results)
         return;
-    results.emplace(*settings.results, StartOf(settings));
+    results.emplace(CheckedResults(settings), StartOf(settings));
     if (settings.resume)
         LearnWhatIsDone();
 }

@@ -16,6 +16,7 @@ namespace Quorvan::Tools {
 
 namespace {
 
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 constexpr size_t kPiece = 1 << 16;    // bytes read at once
 constexpr size_t kLongest = 1 << 20;  // bytes of a line
 constexpr int kPatience = 200;        // ms between two looks for a wish to stop
@@ -61,6 +62,8 @@ std::optional<std::string_view> LineReader::Next() {
     from += line.size() + (isWhole ? 1 : 0);
     offset += line.size() + (isWhole ? 1 : 0);
     ++number;
+    if (number == 1 && line.starts_with(kByteOrderMark))
+        line.remove_prefix(kByteOrderMark.size());
     if (line.ends_with('\r'))
         line.remove_suffix(1);
     return line;

@@ -18,8 +18,9 @@ public:
     LineReader(const LineReader&) = delete;
     LineReader& operator=(const LineReader&) = delete;
 
-    /// The next line without its end, good until the next call. Nothing behind the last one, or
-    /// where StopRequest was made. Throws Failure for a line of more than a megabyte.
+    /// The next line without its end and without a mark of byte order, good until the next call.
+    /// Nothing behind the last one, or where StopRequest was made. Throws Failure for a line of
+    /// more than a megabyte.
     std::optional<std::string_view> Next();
 
     /// Of the line that was read last, from 1.
