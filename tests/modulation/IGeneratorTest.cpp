@@ -305,17 +305,6 @@ TEST(IGeneratorTest, RateRowIsReadSampleBySampleAndEndsWithTheTable) {
                   std::exp2(3.0f - std::floor(std::min(9.0f * clock.Row(0)[i], 8.0f))));
 }
 
-TEST(IGeneratorTest, ANewTableOfRatesStartsAtItsFirstEntry) {
-    Clock clock(IGenerator::kLoop, true, 5.0f);
-    clock.module.SetSyncedRates({0.75f, 0.5f, 0.1f});
-    clock.Block();
-    EXPECT_EQ(clock.module.RateBuffer()[0], 0.75f);
-    EXPECT_EQ(clock.module.GetParameterNormalized(IGenerator::RateSynced), 0.0f);
-    clock.module.SetParameterNormalized(IGenerator::RateSynced, 1.0f);
-    clock.Block();
-    EXPECT_EQ(clock.module.RateBuffer()[0], 0.1f);
-}
-
 /// What a generator gives under a standing transport, in blocks of full or of random length.
 template <class G>
 std::vector<float> Heard(const std::map<uint32_t, float>& settings, bool random) {

@@ -56,31 +56,6 @@ TEST(EffectProcessorTest, PanicClearsOnceAndOnlyUpwards) {
     EXPECT_EQ(rig.ReadDisplay().writePosition, head + 2 * rig.blockSize);
 }
 
-TEST(EffectProcessorTest, NothingIsToldBeforeAPresetLoadHasEnded) {
-    ProcessorRig rig;
-    rig.Set("GUI Visible", 1.0f);
-    const auto lower = [&rig](float upper) {
-        rig.Set("FX1_Position", upper).Set("FX2_Position", 1.0f);
-        rig.RunSilence(1);
-        return rig.TakeParameterChanges();
-    };
-    EXPECT_TRUE(lower(0.0f).empty());
-    rig.Set("PresetLoading", 1.0f);
-    EXPECT_TRUE(lower(0.4f).empty());
-    rig.Set("PresetLoading", 0.0f);
-    const auto changes = lower(0.0f);
-    ASSERT_FALSE(changes.empty());
-    EXPECT_EQ(changes[0].index, ProcessorRig::IndexOf("FX2_Position"));
-    EXPECT_EQ(changes[0].zero, 0u);
-    EXPECT_EQ(rig.Get("FX2_Position"), rig.Get("FX1_Position"));
-    EXPECT_TRUE(rig.TakeParameterChanges().empty());
-
-    ProcessorRig quick;  // up and down again between two blocks
-    quick.Set("PresetLoading", 1.0f).Set("PresetLoading", 0.0f).Set("FX2_Position", 1.0f);
-    quick.RunSilence(1);
-    EXPECT_FALSE(quick.TakeParameterChanges().empty());
-}
-
 constexpr const char* kDistorts =
     "ModuleType=0.2222;Dry / Wet=1;MultiDist_DistType=0;MultiDist_Drive=1;MultiDist_Stereo=1;";
 constexpr const char* kFilters = "ModuleType=0.1111;Dry / Wet=1;MultiModeFilter_Freq=0.2;";

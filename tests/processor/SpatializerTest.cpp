@@ -165,28 +165,5 @@ TEST(SpatializerTest, TheWalkTakesStepsOfItsRateOnOneAxisAtATimeAndStaysInside) 
     EXPECT_EQ(rig.Get("LFO_Stereo_Y_RateUnSynced"), 0.0f);
 }
 
-TEST(SpatializerTest, TheWalksRateFollowsKnobTypeAndTempo) {
-    SpaceRig rig;
-    const auto rateNow = [&rig] { return 2000.0 * rig.Get("MoteWeaver_RandomWalkRate"); };
-    rig.Set("Spatializer Trajectory", 1.0f).Set("Spatializer Rate Synced", NinthOf(5));
-    const double factors[] = {1.0, 2.0 / 3.0, 1.5};
-    for (uint32_t type = 1; type <= 3; ++type)
-        for (const float tempo : {90.0f, 140.0f}) {
-            rig.Set("Spatializer Rate Type", (static_cast<float>(type) + 0.5f) / 4.0f);
-            rig.tempo = tempo;
-            rig.Blocks(1);
-            const double hertz = tempo / 240.0 / (kNotes[5] * factors[type - 1]);
-            EXPECT_NEAR(rateNow(), hertz, 1e-3 * hertz) << type << " " << tempo;
-        }
-    rig.Set("Spatializer Rate Type", 0.0f);
-    rig.Blocks(1);
-    EXPECT_NEAR(rateNow(), 0.1, 1e-4);
-    // One switch for walk and figures.
-    EXPECT_EQ(rig.Get("MoteWeaver_RandomWalk"), 1.0f);
-    rig.Set("Spatializer Trajectory", 0.5f);
-    rig.Blocks(1);
-    EXPECT_EQ(rig.Get("MoteWeaver_RandomWalk"), 0.0f);
-}
-
 }  // namespace
 }  // namespace Quorvan::Processor

@@ -82,26 +82,6 @@ TEST_F(ModulationCsvTest, WatchingDoesNotChangeTheSound) {
     EXPECT_TRUE(ReadFile(folder / "out.wav") == alone);
 }
 
-TEST_F(ModulationCsvTest, ThePictureShowsModulationWhereThereIsSomeOrWhereAsked) {
-    Input({Noise(5, kSecond / 4, 0.3f)});
-    const auto heightOf = [&](const Arguments& more) {
-        Run(Arguments{"--picture", folder / "p.png"} + more);
-        const std::string png = ReadFile(folder / "p.png");
-        return static_cast<uint8_t>(png.at(22)) * 256 + static_cast<uint8_t>(png.at(23));
-    };
-    const int plain = heightOf({"--preset", "init"});
-    EXPECT_EQ(plain, 1200);
-    EXPECT_GT(heightOf({"--preset", "loud-blooms"}), plain);
-    EXPECT_GT(heightOf({"--picture-modulation"}), plain);
-    // Routed by automation on the way.
-    WriteFile(folder / "a.csv", "0.1,Modulations_Dst7_Src6_Amount,0.9\n");
-    EXPECT_GT(heightOf({"--automation", folder / "a.csv"}), plain);
-    EXPECT_EQ(heightOf({"--preset", "loud-blooms", "--set", "Modulations_Dst10_Src1_Activated=Off",
-                        "--set", "Modulations_Dst17_Src1_Activated=Off", "--set",
-                        "Modulations_Dst8_Src1_Activated=Off"}),
-              plain);
-}
-
 nlohmann::json Destinations(const std::string& preset) {
     const Outcome outcome = RunTool({"destinations", "--preset", preset, "--json"});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
@@ -124,14 +104,6 @@ TEST(DestinationsTest, RowsTellWhatTheyMoveNow) {
     EXPECT_EQ(synced[11]["title"], "Density (Synced)");
     EXPECT_EQ(synced[6]["sources"].dump(),
               R"([{"amount":0.25,"source":"Function 1"},{"amount":0.1,"source":"Function 2"}])");
-}
-
-TEST(DestinationsTest, TheListForPeopleHoldsTheSame) {
-    const std::string list = RunTool({"destinations", "--preset", "ducked-halo"}).out;
-    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 96);
-    const size_t third = list.find("\n3 ");
-    const std::string row = list.substr(third + 1, list.find('\n', third + 1) - third - 1);
-    EXPECT_NE(row.find("Envelope Follower -0.6"), std::string::npos) << row;
 }
 
 TEST(ParamsTest, WhatIsLookedForStandsFirstAmongItsGroup) {
