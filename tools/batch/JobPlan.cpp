@@ -50,7 +50,7 @@ std::vector<std::vector<std::string>> Combine(const std::vector<std::string>& li
         for (const std::vector<std::string>& before : all)
             for (const std::string& position : Split(positions, '|')) {
                 longer.push_back(before);
-                longer.back().push_back(name + "=" + position);
+                longer.back().push_back(std::string(name).append("=").append(position));
             }
         all = std::move(longer);
     }
