@@ -108,10 +108,11 @@ void ReadTempo(JsonReader& reader, Preset& preset) {
     if (!reader.Has("tempo"))
         return;
     const std::optional<double> tempo = JsonReader::NumberIn(reader.Root(), "tempo");
-    if (tempo && *tempo > 0.0)
+    if (tempo && *tempo >= 1.0 && *tempo <= 999.0)
         preset.tempo = tempo;
     else
-        reader.Warn("\"tempo\" is left out: it has to be a number of beats per minute above 0.");
+        reader.Warn(
+            "\"tempo\" is left out: it has to be a number of beats per minute, from 1 to 999.");
 }
 
 }  // namespace

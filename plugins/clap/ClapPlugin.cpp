@@ -5,8 +5,10 @@
 #include <exception>
 #include <limits>
 #include <new>
+#include <utility>
 #include <vector>
 
+#include "clap/ext/latency.h"
 #include "clap/ext/thread-check.h"
 #include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
@@ -54,6 +56,8 @@ ClapPlugin::~ClapPlugin() {
 }
 
 bool ClapPlugin::Init() {
+    hostTail = HostExtension<HostTail>(kTailExtension);
+    FollowTargets();
     if (const std::string problem = Plugins::LoadDefaultMidiMap(instrument); !problem.empty())
         Log(kLogWarning, problem);
     if (const auto* const timers = HostExtension<clap_host_timer_support_t>(CLAP_EXT_TIMER_SUPPORT))
@@ -71,6 +75,10 @@ bool ClapPlugin::Activate(double newRate, uint32_t longestBuffer) {
     }
     rate = newRate;
     MeasureTail();
+    const auto* const latency = HostExtension<clap_host_latency_t>(CLAP_EXT_LATENCY);
+    if (latency != nullptr && latencyTold != instrument.LatencyFrames())
+        latency->changed(&host);
+    latencyTold = instrument.LatencyFrames();
     return true;
 }
 
@@ -79,6 +87,8 @@ void ClapPlugin::Deactivate() { instrument.Deactivate(); }
 clap_process_status ClapPlugin::Process(const clap_process_t& process) {
     if (!ports.Fits(process))
         return CLAP_PROCESS_ERROR;
+    if (hostTail != nullptr && tailHasMoved.exchange(false, std::memory_order_relaxed))
+        hostTail->changed(&host);
     ports.Begin(process);
     const uint32_t frames = process.frames_count;
     OutputEvents output(instrument, process.out_events);
@@ -212,7 +222,22 @@ void ClapPlugin::OnTimer(clap_id id) {
         Poll();
 }
 
+/// "Grain Size" and its like stand for another parameter once a mode has changed, whoever has moved
+/// that: the host is to read their values and texts anew.
+void ClapPlugin::FollowTargets() {
+    std::array<uint32_t, Host::kHostControlRoom> now{};
+    for (const Host::HostControl& control : Host::HostControls())
+        now[control.id] = instrument.ControlTarget(control.id);
+    const auto* const params = HostExtension<clap_host_params_t>(CLAP_EXT_PARAMS);
+    if (now != std::exchange(targets, now) && params != nullptr)
+        params->rescan(&host, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
+}
+
 void ClapPlugin::Poll() {
+    constexpr uint32_t kPollsForATail = 10;
+    if (++polls % kPollsForATail == 0)
+        MeasureTail();
+    FollowTargets();
     const std::optional<uint32_t> program = instrument.Poll();
     if (!program)
         return;
@@ -229,8 +254,6 @@ void ClapPlugin::TellOfNewSound() {
     MeasureTail();
     if (const auto* const params = HostExtension<clap_host_params_t>(CLAP_EXT_PARAMS))
         params->rescan(&host, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
-    if (const auto* const tail = HostExtension<HostTail>(kTailExtension))
-        tail->changed(&host);
 }
 
 bool ClapPlugin::IsMainThread() const {
@@ -249,8 +272,10 @@ void ClapPlugin::MeasureTail() {
     constexpr auto kEndless = static_cast<uint32_t>(std::numeric_limits<int32_t>::max());
     const Host::Tail tail = instrument.GetTail();
     const double frames = tail.seconds * rate;
-    tailFrames.store(tail.endless || frames >= kEndless ? kEndless : static_cast<uint32_t>(frames),
-                     std::memory_order_relaxed);
+    const uint32_t now =
+        tail.endless || frames >= kEndless ? kEndless : static_cast<uint32_t>(frames);
+    if (tailFrames.exchange(now, std::memory_order_relaxed) != now)
+        tailHasMoved.store(true, std::memory_order_relaxed);
 }
 
 void ClapPlugin::Log(int32_t severity, const std::string& sentence) const {

@@ -68,6 +68,7 @@ private:
     bool Take(const Host::Parsed<Host::Preset>& parsed, std::string& problem);
     bool IsMainThread() const;
     void MeasureTail();
+    void FollowTargets();
 
     const clap_host_t& host;
     clap_plugin_t plugin;
@@ -75,6 +76,11 @@ private:
     std::unique_ptr<Host::PresetLibrary> library;
     std::thread::id maker = std::this_thread::get_id();
     std::atomic<uint32_t> tailFrames{0};
+    std::atomic<bool> tailHasMoved{false};  ///< the host is to hear of it, on the audio thread
+    const HostTail* hostTail = nullptr;
+    uint32_t latencyTold = 0;
+    uint32_t polls = 0;
+    std::array<uint32_t, Host::kHostControlRoom> targets{};  ///< what the controls stood for
     double rate = 0.0;
     clap_id timer = CLAP_INVALID_ID;
     std::array<float, Host::kHostControlRoom> defaults{};  ///< positions of a new plug-in

@@ -10,6 +10,7 @@
 
 #include "framework/ModuleContainer.h"
 #include "primitives/AlignedVector.h"
+#include "primitives/FiniteSamples.h"
 #include "primitives/SmootherSRL.h"
 
 namespace Quorvan::engine {
@@ -99,9 +100,14 @@ public:
         activeIndex = GetWantedIndex();
     }
 
-    /// Reaches only the alternative that runs: the others keep what they hold.
+    /// Reaches only the alternative that runs: the others keep what they hold, unless it has
+    /// overflowed.
     void Reset(bool hard) override {
         alternatives[ActivePlace()].module->Reset(hard);
+        alternatives[ActivePlace()].hasOverflowed = false;
+        for (Alternative& alternative : alternatives)
+            if (std::exchange(alternative.hasOverflowed, false))
+                alternative.module->Reset(hard);
         OnReset(hard);
         this->needsFullUpdate = true;
         if (hard)
@@ -160,7 +166,7 @@ protected:
 
     /// Runs the active alternative on the audio and its stretch of the channels.
     bool RunAlternative(dsp::ProcessBlock& block) {
-        const Alternative& active = alternatives[ActivePlace()];
+        Alternative& active = alternatives[ActivePlace()];
         dsp::ProcessBlock inner = block;
         inner.inputs = alternativeInputs.data();
         inner.numInputs = active.module->NumInputs();
@@ -168,6 +174,9 @@ protected:
         std::copy_n(block.inputs + active.firstRow, inner.numInputs - kAudioInputs,
                     alternativeInputs.data() + kAudioInputs);
         const bool result = active.module->Process(inner);
+        for (uint32_t c = 0; c < kAudioOutputs; ++c)
+            active.hasOverflowed =
+                active.hasOverflowed || dsp::HasNonFinite(block.outputs[c], block.numFrames);
         if (IsOn(FadeOnModuleChange) && !moduleFade.IsAtRest())
             ApplyModuleFade(block);
         return result;
@@ -176,7 +185,8 @@ protected:
 private:
     struct Alternative {
         dsp::Module* module = nullptr;
-        uint32_t firstRow = 0;  ///< its stretch of the slot's input channels starts here
+        uint32_t firstRow = 0;       ///< its stretch of the slot's input channels starts here
+        bool hasOverflowed = false;  ///< has put out what is no number since its last reset
     };
 
     size_t ActivePlace() { return static_cast<size_t>(GetActiveIndex()); }

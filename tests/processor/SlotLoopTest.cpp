@@ -187,21 +187,25 @@ TEST_P(SlotLoopTest, BlockLengthsAreNotHeard) {
 
 /// Finite input can still overflow inside.
 TEST_P(SlotLoopTest, PanicAndPresetLoadsHealWhatHasOverflowed) {
-    for (const auto& [where, at, panic] :
-         {std::tuple("FX1_", 1.0f, true), std::tuple("FX1_", 1.0f, false),
-          std::tuple("FX2_", 1.0f, false), std::tuple("FX2_", 0.0f, true)}) {
+    for (const auto& [where, at, panic, away] :
+         {std::tuple("FX1_", 1.0f, true, false), std::tuple("FX1_", 1.0f, false, true),
+          std::tuple("FX2_", 1.0f, false, false), std::tuple("FX2_", 0.0f, true, true)}) {
         slot = where;
         place = at;
         Build(0.8f, 0.3f, true);
         const Channel vast(rig.blockSize * 400, 3e38f),
             noise = Noise(1, rig.blockSize * 2000, 0.3f);
         rig.Run({vast, vast});
+        // Also an effect that is out of its slot by then.
+        if (away)
+            rig.Set(slot + "ModuleType", 0.0f).RunSilence(200);
         if (panic) {
             rig.Set("Panic", 1.0f).RunSilence(1);
             rig.Set("Panic", 0.0f);
         } else {
             rig.EndPresetLoad();
         }
+        rig.Set(slot + "ModuleType", static_cast<float>(GetParam().type) / 9.0f);
         // The loop's length of 2 s, in which nothing comes back of what the tree has held.
         rig.Set("Feedback", 0.0f);
         EXPECT_LT(PeakLevel(rig.RunSilence(2000)[0]), kSilent) << where << place << panic;

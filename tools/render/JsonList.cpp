@@ -40,13 +40,24 @@ private:
     const char** seen;
 };
 
-std::string PlaceIn(std::string_view text, size_t offset) {
-    const std::string_view before = text.substr(0, std::min(offset, text.size()));
-    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
-    const size_t lineStart = before.find_last_of('\n') + 1;  // npos + 1 is 0
-    return "line " + std::to_string(line) + ", column " +
-           std::to_string(before.size() - lineStart + 1);
-}
+/// Line and column of places that are asked for from the front to the back.
+class Places {
+public:
+    explicit Places(std::string_view whole) : text(whole) {}
+
+    std::string At(size_t offset) {
+        for (const size_t end = std::min(offset, text.size()); at < end; ++at)
+            if (text[at] == '\n') {
+                ++line;
+                lineStart = at + 1;
+            }
+        return "line " + std::to_string(line) + ", column " + std::to_string(at - lineStart + 1);
+    }
+
+private:
+    std::string_view text;
+    size_t at = 0, line = 1, lineStart = 0;
+};
 
 [[noreturn]] void Refuse(const std::string& sentence) { throw Failure(ExitCode::Input, sentence); }
 
@@ -55,12 +66,13 @@ std::string PlaceIn(std::string_view text, size_t offset) {
 JsonList::JsonList(const std::string& what, std::string_view text) {
     const char* furthest = text.data();
     std::vector<std::string> places;
+    Places place(text);
     const auto note = [&](int depth, Json::parse_event_t event, Json&) {
         using Event = Json::parse_event_t;
         // The first sign of an entry has just been read. Bare values are known at their end only.
         if (depth == 1 &&
             (event == Event::object_start || event == Event::array_start || event == Event::value))
-            places.push_back(PlaceIn(text, static_cast<size_t>(furthest - text.data()) - 1));
+            places.push_back(place.At(static_cast<size_t>(furthest - text.data()) - 1));
         return true;
     };
     Json json;
@@ -69,7 +81,7 @@ JsonList::JsonList(const std::string& what, std::string_view text) {
             Json::parse(CountingIterator(text.data(), &furthest),
                         CountingIterator(text.data() + text.size(), &furthest), note, true, true);
     } catch (const Json::parse_error& error) {
-        Refuse(what + ", " + PlaceIn(text, std::max<size_t>(error.byte, 1) - 1) +
+        Refuse(what + ", " + place.At(std::max<size_t>(error.byte, 1) - 1) +
                ": this is no valid JSON. Check quotes, commas and brackets here and just before.");
     }
     if (!json.is_array())

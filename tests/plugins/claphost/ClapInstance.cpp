@@ -17,7 +17,7 @@ ClapInstance& ClapInstance::OnMain(const clap_host_t* host, const char* call) {
 void ClapInstance::ThrowComplaints(bool wrongEvents) {
     Require(!wrongEvents, "Events given out are not in order, behind the end, or no values.");
     const char* const call = complaint.exchange(nullptr);
-    Require(call == nullptr, std::string("Not on the main thread: ") + (call ? call : ""));
+    Require(call == nullptr, std::string("From a wrong thread: ") + (call ? call : ""));
 }
 
 void ClapInstance::Take(const EventSink& sink) {
@@ -33,7 +33,10 @@ const void* CLAP_ABI ClapInstance::Extension(const clap_host_t*, const char* id)
         [](Host h, clap_id, clap_param_clear_flags) { OnMain(h, "params.clear"); }, [](Host) {}};
     static constexpr clap_host_state_t kState{[](Host h) { OnMain(h, "state.mark_dirty"); }};
     static constexpr clap_host_latency_t kLatency{[](Host h) { OnMain(h, "latency.changed"); }};
-    static constexpr Clap::HostTail kTail{[](Host) {}};
+    static constexpr Clap::HostTail kTail{[](Host h) {
+        if (OnMain(h).IsMain())
+            OnMain(h).complaint = "tail.changed, which is the audio thread's";
+    }};
     static constexpr Clap::HostLog kLog{[](Host, int32_t, const char*) {}};
     static constexpr clap_host_thread_check_t kThreads{[](Host h) { return OnMain(h).IsMain(); },
                                                        [](Host) { return Trap::IsSet(); }};
