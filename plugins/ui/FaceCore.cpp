@@ -107,6 +107,7 @@ void FaceCore::Resize(int width, int height) { canvas.Resize(width, height); }
 
 std::vector<Rect> FaceCore::Idle(double seconds) {
     now = seconds;
+    meanDrawSeconds += 0.05 * (std::exchange(pictureSeconds, 0.0) - meanDrawSeconds);
     model.Refresh(seconds);
     ForEachPanel([&](Panel& panel) {
         panel.Update();

@@ -67,9 +67,7 @@ protected:
     void Drag(const std::string& name, double dx, double dy, bool shift = false) {
         Drag(Find(name)->box.Centre(), dx, dy, shift);
     }
-    float Position(const char* name) {
-        return instrument.Position(*face.Model().Find(name));
-    }
+    float Position(const char* name) { return instrument.Position(*face.Model().Find(name)); }
     void Put(const char* name, const char* text) {
         EXPECT_EQ(face.Model().Type(*face.Model().Find(name), text), "");
         Picture();

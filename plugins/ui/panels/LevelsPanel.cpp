@@ -58,10 +58,9 @@ private:
     void AddLimiter(double y) {
         DrawnView::Actions actions;
         actions.tick = [this](double seconds) {
-            const double wanted =
-                model.IsFrameNew() && model.IsAlive()
-                    ? ReductionOf(static_cast<double>(model.Frame().limiter))
-                    : 0.0;
+            const double wanted = model.IsFrameNew() && model.IsAlive()
+                                      ? ReductionOf(static_cast<double>(model.Frame().limiter))
+                                      : 0.0;
             const double before = reduction;
             reduction = std::max(wanted, reduction - 20.0 * (seconds - lastTick));
             lastTick = seconds;
@@ -79,10 +78,11 @@ private:
             const double width = bar.width * std::min(1.0, reduction / kMost);
             painter.Fill({bar.Right() - width, bar.y, width, bar.height}, Theme::kPlayHead);
         };
-        Add<DrawnView>(At(12.0, y, 136.0, 28.0), "Limiter",
-                       "How much the limiter behind the grains takes off. Where it works much, take "
-                       "the grains down.",
-                       std::move(actions));
+        Add<DrawnView>(
+            At(12.0, y, 136.0, 28.0), "Limiter",
+            "How much the limiter behind the grains takes off. Where it works much, take "
+            "the grains down.",
+            std::move(actions));
     }
 
     double reduction = 0.0;  ///< decibels
