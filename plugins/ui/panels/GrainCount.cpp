@@ -8,8 +8,8 @@ namespace {
 
 /// What is counted, a few times in a second so that it can be read.
 struct Count {
-    uint64_t starts = 0;     ///< at the last look
-    double time = 0.0;       ///< of sound, seconds
+    uint64_t starts = 0;  ///< at the last look
+    double time = 0.0;    ///< of sound, seconds
     uint32_t sounding = 0;
     double perSecond = 0.0;
 };
