@@ -60,8 +60,8 @@ namespace {
 /// Names of the pages, of which one is open.
 class TabsPanel final : public Panel {
 public:
-    TabsPanel(std::vector<std::string> names, std::function<size_t()> open,
-              std::function<void(size_t)> choose)
+    TabsPanel(std::vector<std::string> names, const std::function<size_t()>& open,
+              const std::function<void(size_t)>& choose)
         : Panel(Layout::kTabs) {
         for (size_t i = 0; i < names.size(); ++i)
             Add<ActionButton>(
@@ -107,6 +107,7 @@ void FaceCore::Resize(int width, int height) { canvas.Resize(width, height); }
 
 std::vector<Rect> FaceCore::Idle(double seconds) {
     now = seconds;
+    meanDrawSeconds += 0.05 * (std::exchange(pictureSeconds, 0.0) - meanDrawSeconds);
     model.Refresh(seconds);
     ForEachPanel([&](Panel& panel) {
         panel.Update();

@@ -120,7 +120,9 @@ private:
     double lastPressTime = -1.0;
     Widget* lastPressed = nullptr;
     double now = 0.0;
-    double drawSeconds = 0.0, meanDrawSeconds = 0.0;
+    double drawSeconds = 0.0;
+    double pictureSeconds = 0.0;  ///< of all draws since the last Idle
+    double meanDrawSeconds = 0.0;
     bool showsCounter = false;
     std::vector<PlacedText>* texts = nullptr;
 };

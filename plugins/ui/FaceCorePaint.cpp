@@ -22,7 +22,7 @@ void FaceCore::Draw(cairo_t* target, const Rect& clip) {
         Paint(painter, area);
     });
     drawSeconds = std::chrono::duration<double>(Clock::now() - began).count();
-    meanDrawSeconds += 0.05 * (drawSeconds - meanDrawSeconds);
+    pictureSeconds += drawSeconds;
 }
 
 void FaceCore::Paint(Painter& painter, const Rect& area) {

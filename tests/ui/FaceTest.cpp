@@ -67,6 +67,13 @@ protected:
     void Drag(const std::string& name, double dx, double dy, bool shift = false) {
         Drag(Find(name)->box.Centre(), dx, dy, shift);
     }
+    void Click(Point at, int times = 1) {
+        now += 1.0;
+        for (int i = 0; i < times; ++i) {
+            face.Press(At(at));
+            face.Release(At(at));
+        }
+    }
     float Position(const char* name) { return instrument.Position(*face.Model().Find(name)); }
     void Put(const char* name, const char* text) {
         EXPECT_EQ(face.Model().Type(*face.Model().Find(name), text), "");
@@ -86,19 +93,13 @@ TEST_F(FaceTest, GesturesMoveWhatTheyHoldByTheRightAmount) {
     EXPECT_NEAR(Position("Persistence"), 0.7f, 1e-4f);
     Drag("Persistence", 0.0, 40.0, true);
     EXPECT_NEAR(Position("Persistence"), 0.68f, 1e-4f);
-    WheelEvent wheel{Find("Persistence")->box.Centre(), 2.0, {}};
-    face.Wheel(wheel);
+    face.Wheel({Find("Persistence")->box.Centre(), 2.0, {}});
     EXPECT_NEAR(Position("Persistence"), 0.72f, 1e-4f);
     for (int i = 0; i < 3; ++i)
         instrument.Undo();
     EXPECT_FLOAT_EQ(Position("Persistence"), 0.5f);
     const auto index = *face.Model().Find("Persistence");
-    const PointerEvent press = At(Find("Persistence")->box.Centre());
-    now += 1.0;
-    for (int i = 0; i < 2; ++i) {
-        face.Press(press);
-        face.Release(press);
-    }
+    Click(Find("Persistence")->box.Centre(), 2);
     EXPECT_EQ(instrument.Position(index), test::Catalog()[index].defaultPosition);
 }
 
@@ -115,9 +116,7 @@ TEST_F(FaceTest, ADragIsOneStepAndOneGestureForTheHost) {
 
 TEST_F(FaceTest, TypedValuesAreReadAndRefused) {
     Put("Granular Mode", "Classic");
-    const PointerEvent press = At(Find("Grain Size")->box.Centre());
-    face.Press(press);
-    face.Release(press);
+    Click(Find("Grain Size")->box.Centre());
     face.Key({Key::Enter, 0, {}});
     EXPECT_TRUE(face.IsTyping());
     face.Text("never");
@@ -135,25 +134,18 @@ TEST_F(FaceTest, ASourceDroppedOnAKnobMovesIt) {
     const Point from = Find<SourceTile>("Function 2")->box.Centre();
     const Point to = Find<Knob>("Density")->box.Centre();
     Drag(from, to.x - from.x, to.y - from.y);
-    const uint32_t row = *Host::FindDestination("Density");
-    EXPECT_TRUE(face.Model().IsRouted(2, row));
+    EXPECT_TRUE(face.Model().IsRouted(2, *Host::FindDestination("Density")));
     instrument.Undo();
-    EXPECT_FALSE(face.Model().IsRouted(2, row));
+    EXPECT_EQ(face.Model().RoutesFrom(2), 0u);
 }
 
 TEST_F(FaceTest, ACurveTakesNewPointsAndMovesThem) {
-    const PointerEvent tile = At(Find<SourceTile>("Function 1")->box.Centre());
-    face.Press(tile);
-    face.Release(tile);
+    Click(Find<SourceTile>("Function 1")->box.Centre());
     Picture();
     const Rect box = Find<CurveEditor>("Curve")->box.Inset(8.0);
     const double points = face.Model().ValueOf("Function 1 Last Point");
     const Point fresh{box.x + 0.25 * box.width, box.y + 0.2 * box.height};
-    now += 1.0;
-    for (int i = 0; i < 2; ++i) {
-        face.Press(At(fresh));
-        face.Release(At(fresh));
-    }
+    Click(fresh, 2);
     EXPECT_EQ(face.Model().ValueOf("Function 1 Last Point"), points + 1.0);
     EXPECT_NEAR(Position("Function1_PointX3"), 0.25f, 0.01f);
     EXPECT_NEAR(Position("Function1_PointY3"), 0.8f, 0.01f);
@@ -198,10 +190,9 @@ TEST_F(FaceTest, WhatMovesIsDrawnAnewAndWhatRestsIsNot) {
 TEST(FaceLifeTest, AClosedFaceStopsTheFeed) {
     test::ReadyInstrument instrument;
     Host::PresetLibrary presets(test::Catalog(), Host::FactoryPresets(), "/nonexistent");
-    for (int i = 0; i < 3; ++i) {
-        const Face face(instrument, presets);
-        EXPECT_TRUE(instrument.Display().IsWatched());
-    }
+    auto face = std::make_unique<Face>(instrument, presets);
+    EXPECT_TRUE(instrument.Display().IsWatched());
+    face.reset();
     EXPECT_FALSE(instrument.Display().IsWatched());
 }
 

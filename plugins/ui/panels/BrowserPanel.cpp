@@ -14,7 +14,7 @@ constexpr Rect kPlace{144.0, 48.0, 760.0, 608.0};
 
 }  // namespace
 
-BrowserPanel::BrowserPanel(FaceModel& faceModel, Stage& face, std::function<void()> close)
+BrowserPanel::BrowserPanel(FaceModel& faceModel, Stage& face, const std::function<void()>& close)
     : Panel(kPlace, "Presets"), model(faceModel), stage(face) {
     AddLists();
     AddDescription();

@@ -14,7 +14,7 @@ namespace Quorvan::Ui {
 /// is heard at once.
 class BrowserPanel final : public Panel {
 public:
-    BrowserPanel(FaceModel& faceModel, Stage& face, std::function<void()> close);
+    BrowserPanel(FaceModel& faceModel, Stage& face, const std::function<void()>& close);
 
     void DrawGround(Painter& painter) const override;
     /// Looks at the folder again.

@@ -1,3 +1,6 @@
+#include <cmath>
+
+#include "effects/DistortionCurves.h"
 #include "plugins/ui/model/ParameterControl.h"
 #include "plugins/ui/panels/GrainViews.h"
 #include "plugins/ui/panels/Layout.h"
@@ -124,15 +127,65 @@ constexpr PlacedControl kReverb[]{
 constexpr std::span<const PlacedControl> kEffects[]{
     {}, kFilter, kDistortion, kCompressor, kDelay, kOctaver, kTapeEcho, kChorus, kFlanger, kReverb};
 
+constexpr uint32_t kDistortionChoice = 2;
+
 class SlotPanel final : public TablePanel {
 public:
     SlotPanel(const Rect& place, const std::string& slot, FaceModel& faceModel, Stage& face)
-        : TablePanel(place, slot, faceModel, face, kHead, {}, slot + " ") {
+        : TablePanel(place, slot, faceModel, face, kHead, {}, slot + " "),
+          selector(slot + " Effect") {
         Add<Segments>(At(place.width - 260.0, 6.0, 248.0, 22.0), face,
                       std::make_unique<ParameterControl>(faceModel, slot + " Position"),
                       std::vector<std::string>{"After mix", "Grains", "Loop"});
+        DrawnView::Actions hint;
+        hint.tick = [](double) { return false; };
+        hint.draw = [](Painter& painter, const Rect& all) {
+            painter.Text(all, "An empty slot lets everything pass. Choose an effect above.",
+                         {Theme::kBody, Theme::kDim}, Align::Centre);
+        };
+        empty = &Add<DrawnView>(At(12.0, 140.0, place.width - 24.0, 24.0), "", "", std::move(hint));
     }
+    void Update() override { empty->Show(model.ChoiceOf(selector) == 0); }
+
+private:
+    std::string selector;
+    DrawnView* empty = nullptr;
 };
+
+/// What a distortion makes of each level at its present drive, before its output gain.
+DrawnView::Actions TransferCurve(FaceModel& model, const std::string& slot) {
+    const auto drive = std::make_shared<ParameterControl>(model, slot + " Distortion Drive");
+    const auto curve = std::make_shared<ParameterControl>(model, slot + " Distortion Curve");
+    const auto seen = std::make_shared<std::pair<float, uint32_t>>(-1.0f, 0u);
+    DrawnView::Actions actions;
+    actions.tick = [drive, curve, seen](double) {
+        const std::pair now{drive->Influences().present, curve->Choice()};
+        return std::exchange(*seen, now) != now;
+    };
+    actions.draw = [&model, drive, curve](Painter& painter, const Rect& box) {
+        constexpr size_t kPoints = 200;
+        painter.Round(box, 4.0, Theme::kWell);
+        const Rect inner = box.Inset(8.0);
+        const double decibels = model.Catalog().Value(*drive->Index(), drive->Influences().present);
+        const auto gain = static_cast<float>(std::pow(10.0, decibels / 20.0));
+        std::array<float, kPoints> samples{};
+        for (size_t i = 0; i < kPoints; ++i)
+            samples[i] = gain * (2.0f * static_cast<float>(i) / (kPoints - 1) - 1.0f);
+        dsp::DistortionCurves::Instance().Apply(static_cast<int32_t>(curve->Choice()),
+                                                samples.data(), kPoints);
+        const Point middle = inner.Centre();
+        painter.Fill({painter.Snap(middle.x), inner.y, 1.0, inner.height}, Theme::kLine);
+        painter.Fill({inner.x, painter.Snap(middle.y), inner.width, 1.0}, Theme::kLine);
+        std::vector<Point> line;
+        for (size_t i = 0; i < kPoints; ++i) {
+            const double y = std::clamp(static_cast<double>(samples[i]), -1.0, 1.0);
+            line.push_back({inner.x + inner.width * static_cast<double>(i) / (kPoints - 1),
+                            middle.y - 0.5 * inner.height * y});
+        }
+        painter.Path(line, Theme::kOn, 2.0);
+    };
+    return actions;
+}
 
 /// The controls of one effect in one slot, shown while the slot holds it.
 class EffectPanel final : public TablePanel {
@@ -141,7 +194,12 @@ public:
                 FaceModel& faceModel, Stage& face)
         : TablePanel(place, "", faceModel, face, kEffects[itsChoice], {}, slot + " "),
           selector(slot + " Effect"),
-          choice(itsChoice) {}
+          choice(itsChoice) {
+        if (choice == kDistortionChoice)
+            Add<DrawnView>(At(176.0, 72.0, 216.0, 168.0), "Transfer curve",
+                           "What comes out, upward, for what goes in, from left to right.",
+                           TransferCurve(faceModel, slot));
+    }
     bool IsShown() const override { return model.ChoiceOf(selector) == choice; }
 
 private:

@@ -71,14 +71,20 @@ public:
         : TablePanel(place, "Starts and size", faceModel, face, kStarts, kStartChances),
           steps(Add<BarEditor>(At(12.0, 164.0, 204.0, 64.0), "Beat pattern",
                                "One bar a step: silent, or 1, 2 or 3 times the clock.",
-                               BeatSteps(faceModel))) {}
+                               BeatSteps(faceModel))),
+          count(Add<DrawnView>(At(176.0, 160.0, 156.0, 60.0), "Grains",
+                               "How many sound now, left and right ones counted singly, and how "
+                               "many pairs start in a second.",
+                               GrainCount(faceModel))) {}
     void Update() override {
         TablePanel::Update();
         steps.Show(IsBeat(model));
+        count.Show(!IsBeat(model));
     }
 
 private:
     BarEditor& steps;
+    DrawnView& count;
 };
 
 class PitchPanel final : public TablePanel {

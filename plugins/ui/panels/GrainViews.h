@@ -12,6 +12,8 @@ DrawnView::Actions ScaleKeyboard(FaceModel& model);
 DrawnView::Actions ShapeCurve(FaceModel& model);
 /// The pattern of the beat mode: silent, or a multiplier.
 BarEditor::Actions BeatSteps(FaceModel& model);
+/// How many grains sound, and how many starts there are in a second.
+DrawnView::Actions GrainCount(FaceModel& model);
 /// Where the spatialiser is and was; dragged to set the place around which it runs.
 DrawnView::Actions SpacePad(FaceModel& model);
 

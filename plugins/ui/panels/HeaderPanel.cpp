@@ -22,7 +22,8 @@ ActionButton::Look Plain(const char* text, bool enabled = true, bool lit = false
 
 }  // namespace
 
-HeaderPanel::HeaderPanel(FaceModel& faceModel, Stage& face, std::function<void()> openBrowser)
+HeaderPanel::HeaderPanel(FaceModel& faceModel, Stage& face,
+                         const std::function<void()>& openBrowser)
     : Panel(Layout::kHeader), model(faceModel), stage(face) {
     AddPreset(openBrowser);
     AddHistory();
@@ -35,7 +36,7 @@ void HeaderPanel::DrawGround(Painter& painter) const {
     painter.Fill(box, Theme::kPanel);
     // Four tesserae, laid a little askew.
     for (int i = 0; i < 4; ++i)
-        painter.Round({16.0 + 9.0 * (i % 2), 16.0 + 9.0 * (i / 2), 7.5, 7.5}, 1.5,
+        painter.Round({16.0 + 9.0 * (i % 2), 16.0 + (i < 2 ? 0.0 : 9.0), 7.5, 7.5}, 1.5,
                       Theme::Pitch(-18.0 + 12.0 * i));
     painter.Text({42.0, 0.0, 100.0, 49.0}, "Tesserae", {Theme::kTitle, Theme::kText, true});
 }

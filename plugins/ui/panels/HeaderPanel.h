@@ -11,7 +11,7 @@ namespace Quorvan::Ui {
 /// The top: preset, undo, the two sounds, chance, what the machine does.
 class HeaderPanel final : public Panel {
 public:
-    HeaderPanel(FaceModel& faceModel, Stage& face, std::function<void()> openBrowser);
+    HeaderPanel(FaceModel& faceModel, Stage& face, const std::function<void()>& openBrowser);
 
     void DrawGround(Painter& painter) const override;
 

@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
+#include "plugins/ui/widgets/DrawnView.h"
 #include "plugins/ui/widgets/LevelMeter.h"
 
 namespace Quorvan::Ui {
@@ -38,14 +41,52 @@ public:
             });
             y += 36.0;
         }
-        // Half of the meter is about 19 dB; it is shown as what it is, a share.
-        Add<LevelMeter>(At(12.0, y, 136.0, 28.0), "Limiter", [this] {
-            const float share = model.IsFrameNew() ? model.Frame().limiter : 0.0f;
-            // On the meter's scale of decibels: no reduction is its bottom.
-            const float level = std::pow(10.0f, (share * 66.0f - 60.0f) / 20.0f);
-            return share > 0.001f ? std::array<float, 2>{level, level} : std::array<float, 2>{};
-        });
+        AddLimiter(y);
     }
+
+private:
+    /// Decibels that the processor's meter stands for: its curve, turned round by halving.
+    static double ReductionOf(double share) {
+        double low = 0.0, high = 60.0;
+        for (int i = 0; i < 24; ++i) {
+            const double m = 0.5 * (low + high);
+            const double meter = ((m * 3.465e-06 - 0.000511) * m + 0.03486) * m;
+            (meter < share ? low : high) = m;
+        }
+        return low;
+    }
+    void AddLimiter(double y) {
+        DrawnView::Actions actions;
+        actions.tick = [this](double seconds) {
+            const double wanted = model.IsFrameNew() && model.IsAlive()
+                                      ? ReductionOf(static_cast<double>(model.Frame().limiter))
+                                      : 0.0;
+            const double before = reduction;
+            reduction = std::max(wanted, reduction - 20.0 * (seconds - lastTick));
+            lastTick = seconds;
+            return std::lround(10.0 * before) != std::lround(10.0 * reduction);
+        };
+        actions.draw = [this](Painter& painter, const Rect& place) {
+            constexpr double kMost = 24.0;
+            char text[32];
+            std::snprintf(text, sizeof text, "%.1f dB", reduction < 0.05 ? 0.0 : -reduction);
+            painter.Text({place.x, place.y, 60.0, 14.0}, "Limiter", {Theme::kSmall, Theme::kDim});
+            painter.Text({place.x + 60.0, place.y, place.width - 60.0, 14.0}, text,
+                         {Theme::kSmall, Theme::kText}, Align::Right);
+            const Rect bar{place.x, place.y + 17.0, place.width, 6.0};
+            painter.Fill(bar, Theme::kWell);
+            const double width = bar.width * std::min(1.0, reduction / kMost);
+            painter.Fill({bar.Right() - width, bar.y, width, bar.height}, Theme::kPlayHead);
+        };
+        Add<DrawnView>(
+            At(12.0, y, 136.0, 28.0), "Limiter",
+            "How much the limiter behind the grains takes off. Where it works much, take "
+            "the grains down.",
+            std::move(actions));
+    }
+
+    double reduction = 0.0;  ///< decibels
+    double lastTick = 0.0;
 };
 
 }  // namespace

@@ -8,8 +8,8 @@
 
 namespace Quorvan::Ui {
 
-SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, std::function<uint32_t()> chosen,
-                           std::function<void(uint32_t)> choose)
+SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, const std::function<uint32_t()>& chosen,
+                           const std::function<void(uint32_t)>& choose)
     : Panel(Layout::kSources) {
     const double width = (box.width - 8.0 * (Host::kModulationSources - 1)) /
                          static_cast<double>(Host::kModulationSources);

@@ -11,8 +11,8 @@ namespace Quorvan::Ui {
 /// The seven sources of modulation along the foot.
 class SourcesPanel final : public Panel {
 public:
-    SourcesPanel(FaceModel& faceModel, Stage& face, std::function<uint32_t()> chosen,
-                 std::function<void(uint32_t)> choose);
+    SourcesPanel(FaceModel& faceModel, Stage& face, const std::function<uint32_t()>& chosen,
+                 const std::function<void(uint32_t)>& choose);
 };
 
 }  // namespace Quorvan::Ui

@@ -56,6 +56,12 @@ Widget& TablePanel::Place(const PlacedControl& line) {
         case Kind::Toggle:
             widget = &Add<Toggle>(at(72.0, 24.0), stage, std::move(control), line.label);
             break;
+        case Kind::Trigger: {
+            Toggle& trigger = Add<Toggle>(at(72.0, 24.0), stage, std::move(control), line.label);
+            trigger.MakeTrigger();
+            widget = &trigger;
+            break;
+        }
         case Kind::Slider:
             widget = &Add<Slider>(at(160.0, 24.0), stage, std::move(control), line.label);
             break;

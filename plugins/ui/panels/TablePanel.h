@@ -10,10 +10,11 @@ namespace Quorvan::Ui {
 
 /// One line of a panel: which parameter, how it looks, where it stands.
 struct PlacedControl {
-    enum class Kind : uint8_t { Knob, Bipolar, Choice, Field, Segments, Toggle, Slider };
+    enum class Kind : uint8_t { Knob, Bipolar, Choice, Field, Segments, Toggle, Trigger, Slider };
     using Condition = bool (*)(const FaceModel& model);
 
-    Kind kind = Kind::Knob;  ///< Bipolar: a knob that rests in the middle; Field: without label
+    Kind kind = Kind::Knob;  ///< Bipolar: a knob that rests in the middle; Field: without label;
+                             ///< Trigger: a switch that acts whenever it is moved
     const char* name = "";   ///< as the catalog knows it, behind the panel's prefix
     const char* label = "";
     double x = 0.0, y = 0.0;           ///< from the panel's upper left

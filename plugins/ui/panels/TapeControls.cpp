@@ -21,7 +21,7 @@ bool IsTransients(const FaceModel& model) { return model.ChoiceOf("Start Quantiz
 
 constexpr PlacedControl kControls[]{
     {Kind::Toggle, "Freeze", "Freeze", 12.0, 14.0, 80.0, 26.0},
-    {Kind::Toggle, "Clear", "Clear", 12.0, 48.0, 80.0, 26.0},
+    {Kind::Trigger, "Clear", "Clear", 12.0, 48.0, 80.0, 26.0},
     {Kind::Choice, "Buffer Length", "Loop", 104.0, 6.0, 72.0, 38.0},
     {Kind::Toggle, "Write Head Crossfade", "Soft seam", 104.0, 48.0, 72.0, 26.0},
     {Kind::Knob, "Persistence", "Persistence", 180.0, 0.0},

@@ -78,7 +78,9 @@ void TapeView::Draw(Painter& painter) {
 
 void TapeView::DrawRuler(Painter& painter) const {
     const double step = picture.beats > 8.0 ? 1.0 : picture.beats > 1.0 ? 0.5 : 0.125;
-    for (double beat = step; beat < picture.beats - 0.001; beat += step) {
+    const auto lines = static_cast<int>(std::ceil(picture.beats / step - 0.001));
+    for (int i = 1; i < lines; ++i) {
+        const double beat = step * i;
         const bool isBar = std::abs(std::remainder(beat, 4.0)) < 0.001;
         const bool isBeat = std::abs(std::remainder(beat, 1.0)) < 0.001;
         const double x = painter.Snap(XOf(beat / picture.beats));

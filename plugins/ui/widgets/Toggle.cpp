@@ -8,7 +8,7 @@ Toggle::Toggle(const Rect& place, Stage& face, std::unique_ptr<Control> moved, s
 
 void Toggle::Draw(Painter& painter) {
     const Influence influence = control->Influences();
-    const bool on = influence.present > 0.5f;
+    const bool on = influence.present > 0.5f && !isTrigger;
     painter.Round(box, 4.0, on ? colour : hovered ? Theme::kRaisedHover : Theme::kRaised);
     painter.Text(box.Inset(6.0, 0.0), label,
                  {Theme::kSmall, on ? Theme::kWindow : Theme::kText, on}, Align::Centre);

@@ -10,6 +10,8 @@ public:
     Toggle(const Rect& place, Stage& face, std::unique_ptr<Control> moved, std::string itsLabel,
            const Colour& lit = Theme::kOn);
 
+    /// What counts is that it moves, not where it stands: it is never lit.
+    void MakeTrigger() { isTrigger = true; }
     void Draw(Painter& painter) override;
     void Press(const PointerEvent& event) override;
     void DoubleClick(const PointerEvent& event) override { Press(event); }
@@ -19,6 +21,7 @@ private:
     void Turn();
 
     Colour colour;
+    bool isTrigger = false;
 };
 
 }  // namespace Quorvan::Ui
