@@ -6,6 +6,7 @@
 
 #include "host/instrument/WholeFile.h"
 #include "host/parameters/PresentSettings.h"
+#include "plugins/live/Trouble.h"
 
 namespace Quorvan::Live {
 
@@ -60,7 +61,7 @@ void Lessons::Keep() {
     const std::string problem = Host::WriteWholeFile(
         file, Host::WriteMidiMap(instrument.GetMidiMap(), instrument.Catalog()));
     if (!problem.empty())
-        say(problem);
+        throw Trouble{kCannotWrite, problem};
 }
 
 }  // namespace Quorvan::Live

@@ -22,6 +22,7 @@
 #include "plugins/live/JackClient.h"
 #include "plugins/live/Lessons.h"
 #include "plugins/live/LiveOptions.h"
+#include "plugins/live/Trouble.h"
 #include "plugins/shared/Caretaker.h"
 #include "plugins/ui/window/FaceWindow.h"
 #include "presets/FactoryPresets.h"
@@ -30,14 +31,7 @@ namespace Quorvan::Live {
 
 namespace {
 
-constexpr int kUsage = 2, kCannotRead = 3, kCannotWrite = 4, kNoServer = 6;
 constexpr size_t kMostBytes = 64 << 20;
-
-/// A sentence for the user, and how the program ends.
-struct Trouble {
-    int code;
-    std::string sentence;
-};
 
 void Say(const LiveOptions& options, const std::string& sentence) {
     if (!options.quiet)
@@ -63,8 +57,8 @@ T Value(Host::Parsed<T> parsed) {
 /// The user's presets and the factory's by their names, then files.
 Host::Preset FindPreset(const std::string& name) {
     const auto& catalog = Host::SharedCatalog();
-    const Host::PresetLibrary library(catalog, Host::FactoryPresets(),
-                                      Host::PresetLibrary::UsualFolder());
+    Host::PresetLibrary library(catalog, Host::FactoryPresets(),
+                                Host::PresetLibrary::UsualFolder());
     if (const auto entry = library.Find(name))
         return Value(library.Load(*entry));
     if (const Host::FactoryPreset* const preset = Host::FindFactoryPreset(name))
@@ -286,7 +280,14 @@ int Main(int argc, char** argv) {
         Host::Instrument instrument(Host::SharedCatalog());
         SetUp(instrument, options);
         KeepState(instrument, options);
-        Play(instrument, options);
+        try {
+            Play(instrument, options);
+        } catch (const Trouble& trouble) {
+            // What has been played so far is not lost with what could not be learnt.
+            if (trouble.code == kCannotWrite)
+                KeepState(instrument, options);
+            throw;
+        }
         KeepState(instrument, options);
         return 0;
     } catch (const Trouble& trouble) {
