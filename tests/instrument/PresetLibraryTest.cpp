@@ -90,12 +90,8 @@ TEST(PresetLibraryTest, PresetsAreSavedFoundRenamedAndThrownIntoTheTrash) {
 
 TEST(PresetLibraryTest, PresetsOfOneNameAreWalkedOneByOne) {
     const TestFolder folder;
-    const fs::path before = fs::current_path();
-    fs::create_directories(folder.path);
-    fs::current_path(folder.path);
-    for (const char* file : {"a.json", "b.json"})
-        EXPECT_EQ(WriteWholeFile(file, kFactory[1].json), "");
-    fs::current_path(before);
+    WriteWholeFile(folder.path / "a.json", kFactory[1].json);
+    WriteWholeFile(folder.path / "b.json", kFactory[1].json);
     PresetLibrary library(Catalog(), kFactory, folder.path);
     std::string name = "One";
     for (const size_t next : {1u, 2u, 3u, 0u}) {
