@@ -26,7 +26,7 @@ public:
 
 private:
     void Begin();
-    void Keep();
+    void Keep(const Host::MidiBinding& learnt);
 
     Host::Instrument& instrument;
     std::vector<uint32_t> waiting;  ///< the next one comes last
