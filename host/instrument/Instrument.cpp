@@ -223,6 +223,10 @@ void Instrument::GoTo(const std::optional<SoundDesk::Scene>& scene) {
     if (scene->played != desk.Played())
         SwapSounds();
     desk.SetPlayedPreset(scene->preset);
+    if (scene->other == nullptr)
+        return;
+    desk.SetOther(*scene->other);
+    OfferMorph();
 }
 
 void Instrument::PlaySound(uint32_t which) {
@@ -249,7 +253,9 @@ uint32_t Instrument::PlayedSound() const {
 
 void Instrument::CopySound() {
     const Lock lock(mutex);
+    const SoundDesk::Scene before = desk.PresentPair();
     desk.Copy();
+    history.Add({desk.Played() == 0 ? "Copy to B" : "Copy to A", {}, before, desk.PresentPair()});
     OfferMorph();
 }
 

@@ -117,7 +117,7 @@ public:
     /// move the sound that is played; a morph makes a way between both heard, and moves neither.
     void PlaySound(uint32_t which);
     uint32_t PlayedSound() const;
-    /// Makes the sound that is not played the same as what is heard.
+    /// Makes the sound that is not played the same as what is heard; a step to undo.
     void CopySound();
     /// Moves every continuous setting of a group (ParameterInfo::group) by up to amount, 0..1, of
     /// its travel, up or down, held to its range. The same seed makes the same moves.
@@ -187,7 +187,7 @@ private:
     void SwapSounds();
     void GoTo(const std::optional<SoundDesk::Scene>& scene);
     void OfferMorph();
-    void OfferMidi() { player.OfferRoutes(std::make_unique<MidiRoutes>(kept.midi)); }
+    void OfferMidi() { player.OfferRoutes(std::make_unique<MidiRoutes>(kept.midi, catalog)); }
     InstrumentState Capture();
 
     const ParameterCatalog& catalog;

@@ -65,13 +65,15 @@ void InstrumentPlayer::Process(const InstrumentBuffer& buffer, ControlSink& sink
         FollowHost(*buffer.transport);
     else
         RunOwnSong();
+    uint32_t frame = 0;
     for (const InstrumentEvent& event : buffer.events) {
-        const uint32_t frame = std::max(done, std::min(event.frame, audio.frames));
+        frame = std::max(done, std::min(event.frame, audio.frames));
         if (GetEngine() != nullptr && GetEngine()->WaitingWrites() >= kWaitingWrites)
             RunTo(frame);
         if (!IsOvertaken(&event, buffer.events))
             Handle(event, frame);
     }
+    HearMidi(midi.Release(), frame);
     RunTo(audio.frames);
     if (GetEngine() != nullptr)
         tempo.store(GetEngine()->GetTransport().tempo, std::memory_order_relaxed);
@@ -174,7 +176,10 @@ void InstrumentPlayer::HandleMidi(const std::array<uint8_t, 3>& message, uint32_
         notes.push({Note::Kind::Program, message[1], {}});
         return;
     }
-    const MidiDecoder::Values values = midi.Decode(message);
+    HearMidi(midi.Decode(message), frame);
+}
+
+void InstrumentPlayer::HearMidi(const MidiDecoder::Values& values, uint32_t frame) {
     if (Learning() != kUnassigned)
         return LearnFrom(values);
     if (midiRoutes.Current() == nullptr)

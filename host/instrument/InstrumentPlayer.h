@@ -104,6 +104,7 @@ private:
     void Settle(const std::optional<Transport>& place);
     void Handle(const InstrumentEvent& event, uint32_t frame);
     void HandleMidi(const std::array<uint8_t, 3>& message, uint32_t frame);
+    void HearMidi(const MidiDecoder::Values& values, uint32_t frame);
     void FollowClock(const std::array<uint8_t, 3>& message, uint32_t frame);
     void LearnFrom(const MidiDecoder::Values& values);
     void RunOwnSong();

@@ -72,7 +72,8 @@ inline constexpr int kInstrumentStateVersion = 1;
 /// ("tesserae-state") is read as well, as the sound alone. "ports", by symbol, is there where a
 /// host's ports did not follow their controls.
 /// Channels of MIDI count from 1 there. A MIDI map alone, as the default for new instruments, is
-/// {"format": "tesserae-midi-map", "version": 1, "midi": [...]}.
+/// {"format": "tesserae-midi-map", "version": 1, "midi": [...]}. Entries of a map that are not
+/// understood are written back as they are.
 std::string WriteInstrumentState(const InstrumentState& state, const ParameterCatalog& catalog);
 Parsed<InstrumentState> ReadInstrumentState(std::string_view text, const ParameterCatalog& catalog);
 

@@ -30,6 +30,9 @@ void Add(MidiDecoder::Values& values, const MidiValue& value) {
 MidiDecoder::Values MidiDecoder::Decode(const std::array<uint8_t, 3>& message) {
     using Kind = MidiSource::Kind;
     Values values;
+    if (!CompletesHeld(message))
+        values = Release();
+    held.reset();
     const auto channel = static_cast<uint8_t>(message[0] & 0x0f);
     const auto first = static_cast<uint8_t>(message[1] & 0x7f);
     const auto second = static_cast<uint8_t>(message[2] & 0x7f);
@@ -55,51 +58,84 @@ MidiDecoder::Values MidiDecoder::Decode(const std::array<uint8_t, 3>& message) {
     return values;
 }
 
-void MidiDecoder::Controller(uint8_t channel, uint8_t number, uint8_t value, Values& values) {
-    using Kind = MidiSource::Kind;
-    if (DataEntry(channel, number, value, values))
-        return;
-    Add(values, {{Kind::Controller, channel, number}, Of7(value)});
-    Channel& state = channels[channel];
-    if (number < kFineOffset)
-        state.coarse[number] = value;
-    else if (number < 2 * kFineOffset) {
-        const auto coarse = static_cast<uint8_t>(number - kFineOffset);
-        Add(values, {{Kind::FineController, channel, coarse}, Of14(state.coarse[coarse], value)});
-    }
+MidiDecoder::Values MidiDecoder::Release() {
+    Values values;
+    if (held)
+        Add(values, *held);
+    values.heldFirst = held.has_value();
+    held.reset();
+    return values;
 }
 
-/// The value comes in two messages; one without the second is taken as coarse.
+bool MidiDecoder::CompletesHeld(const std::array<uint8_t, 3>& message) const {
+    if (!held || message[0] != (kControlChange | held->source.channel))
+        return false;
+    return message[1] == (held->source.kind == MidiSource::Kind::Nrpn
+                              ? kDataFine
+                              : held->source.number + kFineOffset);
+}
+
+void MidiDecoder::Hold(const MidiSource& source, Wide& wide, uint8_t coarse) {
+    if (wide.coarse != coarse)
+        wide.fine = 0;
+    wide.coarse = coarse;
+    held = {source, Of14(coarse, wide.fine)};
+}
+
+void MidiDecoder::Controller(uint8_t channel, uint8_t number, uint8_t value, Values& values) {
+    using Kind = MidiSource::Kind;
+    Channel& state = channels[channel];
+    if (Select(state, number, value) || DataEntry(channel, number, value, values))
+        return;
+    Add(values, {{Kind::Controller, channel, number}, Of7(value)});
+    if (number >= 2 * kFineOffset)
+        return;
+    const auto coarse = static_cast<uint8_t>(number % kFineOffset);
+    const MidiSource source{Kind::FineController, channel, coarse};
+    Wide& wide = state.controllers[coarse];
+    if (number < kFineOffset)
+        return Hold(source, wide, value);
+    wide.fine = value;
+    Add(values, {source, Of14(wide.coarse.value_or(0), value)});
+}
+
+/// Which parameter data entry belongs to. 127 in both halves means none of any kind.
+bool MidiDecoder::Select(Channel& state, uint8_t number, uint8_t value) {
+    if (number < kNrpnFine || number > kRpnCoarse)
+        return false;
+    const bool registered = number >= kRpnFine;
+    auto& coarse = registered ? state.rpnCoarse : state.nrpnCoarse;
+    auto& fine = registered ? state.rpnFine : state.nrpnFine;
+    auto& half = number == kRpnCoarse || number == kNrpnCoarse ? coarse : fine;
+    if (half != value)
+        state.data = {};
+    half = value;
+    state.registered = registered;
+    constexpr uint8_t kNone = 127;
+    if (coarse == kNone && fine == kNone) {
+        state.nrpnCoarse = state.nrpnFine = state.rpnCoarse = state.rpnFine = std::nullopt;
+        state.registered = false;
+    }
+    return true;
+}
+
+/// The value comes in two messages.
 bool MidiDecoder::DataEntry(uint8_t channel, uint8_t number, uint8_t value, Values& values) {
     Channel& state = channels[channel];
-    switch (number) {
-        case kNrpnCoarse:
-            state.nrpnCoarse = value;
-            state.registered = false;
-            return true;
-        case kNrpnFine:
-            state.nrpnFine = value;
-            state.registered = false;
-            return true;
-        case kRpnCoarse:
-        case kRpnFine:
-            state.registered = true;
-            return true;
-        case kDataCoarse:
-        case kDataFine:
-            break;
-        default:
-            return false;
-    }
+    if (number != kDataCoarse && number != kDataFine)
+        return false;
     if (state.registered)
         return true;
     if (!state.nrpnCoarse || !state.nrpnFine)
         return false;
-    const uint8_t fine = number == kDataFine ? value : uint8_t{0};
-    if (number == kDataCoarse)
-        state.dataCoarse = value;
     const auto parameter = static_cast<uint16_t>((*state.nrpnCoarse << 7) | *state.nrpnFine);
-    Add(values, {{MidiSource::Kind::Nrpn, channel, parameter}, Of14(state.dataCoarse, fine)});
+    const MidiSource source{MidiSource::Kind::Nrpn, channel, parameter};
+    if (number == kDataCoarse) {
+        Hold(source, state.data, value);
+        return true;
+    }
+    state.data.fine = value;
+    Add(values, {source, Of14(state.data.coarse.value_or(0), value)});
     return true;
 }
 

@@ -4,13 +4,16 @@ namespace Quorvan::Host {
 
 std::optional<MidiSource> MidiLearner::Hear(const MidiDecoder::Values& values) {
     using Kind = MidiSource::Kind;
-    if (values.count == 0)
+    // A controller whose LSB has not come yet has been heard already.
+    const bool isOld = values.heldFirst && values.list[0].source.kind == Kind::FineController;
+    const uint32_t first = isOld ? 1 : 0;
+    if (values.count == first)
         return std::nullopt;
-    const MidiValue& value = values.list[0];
+    const MidiValue& value = values.list[first];
     if (coarse) {
-        const bool isFine = values.count == 2 && values.list[1].source.channel == coarse->channel &&
-                            values.list[1].source.number == coarse->number;
-        return isFine ? values.list[1].source : *coarse;
+        const MidiSource wide{Kind::FineController, coarse->channel, coarse->number};
+        const bool isFine = values.count == first + 2 && values.list[first + 1].source == wide;
+        return isFine ? wide : *coarse;
     }
     // A key that comes up was pressed before anybody asked.
     if (value.source.kind == Kind::Note && value.value == 0.0f)

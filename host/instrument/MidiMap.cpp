@@ -12,6 +12,8 @@ constexpr float kNear = 2.0f / 127.0f;
 /// At its ends the curve is the cube or the cube root.
 constexpr float kSteepest = 3.0f;
 
+bool IsNote(const MidiBinding& binding) { return binding.source.kind == MidiSource::Kind::Note; }
+
 }  // namespace
 
 float MidiBinding::PositionOf(float value) const {
@@ -39,10 +41,13 @@ std::string SourceText(const MidiSource& source) {
     }
 }
 
-MidiRoutes::MidiRoutes(const MidiMap& midiMap) {
+MidiRoutes::MidiRoutes(const MidiMap& midiMap, const ParameterCatalog& catalog) {
     bounds.reserve(midiMap.size());
-    for (const MidiBinding& binding : midiMap)
-        bounds.push_back({binding, {}, false, false});
+    for (const MidiBinding& binding : midiMap) {
+        const bool hasSteps = binding.index < catalog.Count() &&
+                              catalog[binding.index].kind != ParameterKind::Continuous;
+        bounds.push_back({binding, hasSteps && IsNote(binding), {}, false, false});
+    }
 }
 
 std::optional<float> MidiRoutes::Next(Bound& bound, float value, float standing) {
@@ -51,7 +56,7 @@ std::optional<float> MidiRoutes::Next(Bound& bound, float value, float standing)
         case MidiBinding::Take::Toggle: {
             const bool rises = value > 0.5f && !bound.above;
             bound.above = value > 0.5f;
-            if (!rises)
+            if (IsNote(bound.binding) ? value == 0.0f : !rises)
                 return std::nullopt;
             const float middle = 0.5f * (bound.binding.low + bound.binding.high);
             const bool isHigh = (standing > middle) == (bound.binding.high > middle);
@@ -65,7 +70,7 @@ std::optional<float> MidiRoutes::Next(Bound& bound, float value, float standing)
             bound.last = wanted;
             return bound.caught ? std::optional(wanted) : std::nullopt;
         default:
-            return wanted;
+            return bound.isPressed && value > 0.0f ? bound.binding.PositionOf(1.0f) : wanted;
     }
 }
 

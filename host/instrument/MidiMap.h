@@ -6,15 +6,16 @@
 #include <vector>
 
 #include "host/instrument/MidiDecoder.h"
+#include "host/parameters/ParameterCatalog.h"
 
 namespace Quorvan::Host {
 
 /// One source of MIDI that moves one parameter.
 struct MidiBinding {
     enum class Take : uint8_t {
-        Jump,    ///< the parameter is where the source is
+        Jump,  ///< the parameter is where the source is; what has steps is high while a note lasts
         PickUp,  ///< it waits until the source has come to where it stands
-        Toggle   ///< each time the source rises above its middle, the parameter goes over
+        Toggle   ///< each note, and each rise above the source's middle, turns the parameter over
     };
 
     MidiSource source;
@@ -29,7 +30,16 @@ struct MidiBinding {
     float PositionOf(float value) const;
 };
 
-using MidiMap = std::vector<MidiBinding>;
+/// All of them, in any order.
+class MidiMap : public std::vector<MidiBinding> {
+public:
+    using std::vector<MidiBinding>::vector;
+
+    /// Entries of a file or state that were not understood, to be written back: a JSON list.
+    std::string foreign = "[]";
+
+    bool operator==(const MidiMap&) const = default;
+};
 
 /// "Controller 74", "Pitch Bend", "Note 60", with the channel as people count it: "channel 1".
 std::string SourceText(const MidiSource& source);
@@ -37,7 +47,7 @@ std::string SourceText(const MidiSource& source);
 /// Which moves of parameters a value brings about. Audio side; made elsewhere, with all its memory.
 class MidiRoutes {
 public:
-    explicit MidiRoutes(const MidiMap& midiMap);
+    MidiRoutes(const MidiMap& midiMap, const ParameterCatalog& catalog);
 
     /// Calls move(index, position) for each binding that value reaches. standing(index) answers
     /// where a parameter is.
@@ -54,6 +64,7 @@ public:
 private:
     struct Bound {
         MidiBinding binding;
+        bool isPressed = false;     ///< a note on what has steps: whatever the velocity
         std::optional<float> last;  ///< position that the source asked for last
         bool caught = false;        ///< PickUp: the parameter follows
         bool above = false;         ///< Toggle: the source is above its middle

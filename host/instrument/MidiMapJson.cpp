@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "host/instrument/InstrumentState.h"
 #include "host/state/JsonDepth.h"
@@ -43,20 +44,22 @@ std::optional<MidiBinding> BindingFrom(const Json& json, const ParameterCatalog&
     const double channel = NumberOf(json, "channel", 1.0);
     const double number = NumberOf(json, "number", 0.0);
     const auto name = json.find("parameter");
-    const auto index = name != json.end() && name->is_string()
-                           ? catalog.Find(name->get<std::string>())
-                           : std::nullopt;
-    if (!kind || !index || !IsMovable(catalog[*index]) || !(channel >= 1.0 && channel <= 16.0) ||
+    const uint32_t index = name != json.end() && name->is_string()
+                               ? catalog.Find(name->get<std::string>()).value_or(kUnassigned)
+                               : kUnassigned;
+    const auto take = json.contains("take") ? Find(kTakes, json, "take") : std::optional<size_t>(0);
+    if (!kind || index == kUnassigned || !take || !IsMovable(catalog[index]) ||
+        !(channel >= 1.0 && channel <= 16.0) ||
         !(number >= 0.0 && number <= kHighestNumbers[*kind]))
         return std::nullopt;
     MidiBinding binding;
     binding.source = {static_cast<MidiSource::Kind>(*kind), static_cast<uint8_t>(channel - 1.0),
                       static_cast<uint16_t>(number)};
-    binding.index = *index;
+    binding.index = index;
     binding.low = static_cast<float>(std::clamp(NumberOf(json, "low", 0.0), 0.0, 1.0));
     binding.high = static_cast<float>(std::clamp(NumberOf(json, "high", 1.0), 0.0, 1.0));
     binding.curve = static_cast<float>(std::clamp(NumberOf(json, "curve", 0.0), -1.0, 1.0));
-    binding.take = static_cast<MidiBinding::Take>(Find(kTakes, json, "take").value_or(0));
+    binding.take = static_cast<MidiBinding::Take>(*take);
     return binding;
 }
 
@@ -73,20 +76,26 @@ Json MidiMapJson(const MidiMap& map, const ParameterCatalog& catalog) {
                         {"high", Shortest(binding.high)},
                         {"curve", Shortest(binding.curve)},
                         {"take", kTakes[static_cast<size_t>(binding.take)]}});
+    for (Json& entry : Json::parse(map.foreign))
+        list.push_back(std::move(entry));
     return list;
 }
 
 MidiMap MidiMapFrom(const Json& list, const ParameterCatalog& catalog, std::vector<Issue>& issues) {
     MidiMap map;
+    Json foreign = Json::array();
     for (size_t i = 0; i < list.size() && map.size() < kMostBindings; ++i) {
-        if (const auto binding = BindingFrom(list[i], catalog))
+        if (const auto binding = BindingFrom(list[i], catalog)) {
             map.push_back(*binding);
-        else
-            issues.push_back(
-                {Issue::Severity::Warning,
-                 "MIDI assignment " + std::to_string(i + 1) +
-                     " is left out: it names no source or no parameter that there is."});
+            continue;
+        }
+        foreign.push_back(list[i]);
+        issues.push_back({Issue::Severity::Warning,
+                          "MIDI assignment " + std::to_string(i + 1) +
+                              " does nothing: it names a source, a parameter or a take that there "
+                              "is not. It stays in the list."});
     }
+    map.foreign = foreign.dump(-1, ' ', false, Json::error_handler_t::replace);
     return map;
 }
 

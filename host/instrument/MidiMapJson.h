@@ -12,7 +12,7 @@ namespace Quorvan::Host {
 
 /// The list "midi" of a state (InstrumentState.h).
 nlohmann::ordered_json MidiMapJson(const MidiMap& map, const ParameterCatalog& catalog);
-/// The way back. Bindings that make no sense are left out, with a warning each.
+/// The way back. What makes no sense becomes MidiMap::foreign, with a warning each.
 MidiMap MidiMapFrom(const nlohmann::ordered_json& list, const ParameterCatalog& catalog,
                     std::vector<Issue>& issues);
 

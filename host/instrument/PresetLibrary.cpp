@@ -81,8 +81,10 @@ fs::path PresetLibrary::UsualFolder() {
 
 void PresetLibrary::Scan() {
     entries.clear();
-    for (const FactoryPreset& text : factory)
+    for (const FactoryPreset& text : factory) {
         entries.push_back(EntryOf(ReadPreset(text.json, catalog), std::string(text.id)));
+        entries.back().factoryId = text.id;
+    }
     const auto users = static_cast<std::ptrdiff_t>(entries.size());
     std::error_code error;
     for (fs::directory_iterator file(folder, error), end; !error && file != end;
@@ -156,15 +158,30 @@ std::vector<std::string> PresetLibrary::Tags() const {
 }
 
 std::optional<size_t> PresetLibrary::Find(std::string_view name) const {
-    for (size_t i = entries.size(); i-- > 0;)
-        if (SameName(entries[i].name, name))
+    std::optional<size_t> found;
+    for (size_t i = entries.size(); i-- > 0;) {
+        if (!SameName(entries[i].name, name))
+            continue;
+        const bool isNearer = found && entries[i].IsFactory() == entries[*found].IsFactory() &&
+                              entries[i].name == name && entries[*found].name != name;
+        if (!found || isNearer)
+            found = i;
+    }
+    return found;
+}
+
+std::optional<size_t> PresetLibrary::LastLoaded(std::string_view name) const {
+    for (size_t i = 0; i < entries.size(); ++i)
+        if (lastLoaded && entries[i].IsSame(*lastLoaded) && SameName(entries[i].name, name))
             return i;
     return std::nullopt;
 }
 
 std::optional<size_t> PresetLibrary::Beside(std::string_view name, int step) const {
     const auto count = static_cast<std::ptrdiff_t>(entries.size());
-    const std::optional<size_t> from = Find(name);
+    std::optional<size_t> from = LastLoaded(name);
+    if (!from)
+        from = Find(name);
     auto at = from ? static_cast<std::ptrdiff_t>(*from) : (step > 0 ? -1 : count);
     for (std::ptrdiff_t tried = 0; tried < count; ++tried) {
         at = (at + (step > 0 ? 1 : count - 1)) % count;
@@ -185,13 +202,19 @@ Parsed<Preset> PresetLibrary::Read(const fs::path& file, const ParameterCatalog&
     return read;
 }
 
-Parsed<Preset> PresetLibrary::Load(size_t number) const {
+Parsed<Preset> PresetLibrary::Load(size_t number) {
+    Parsed<Preset> read = ReadEntry(number);
+    if (read.value)
+        lastLoaded = entries[number];
+    return read;
+}
+
+Parsed<Preset> PresetLibrary::ReadEntry(size_t number) const {
     if (number < entries.size() && !entries[number].IsFactory())
         return Read(entries[number].file, catalog);
     for (const FactoryPreset& one : factory)
-        if (Parsed<Preset> read = ReadPreset(one.json, catalog);
-            number < entries.size() && read.value && read.value->name == entries[number].name)
-            return read;
+        if (number < entries.size() && one.id == entries[number].factoryId)
+            return ReadPreset(one.json, catalog);
     return {std::nullopt, {{Issue::Severity::Error, "There is no such preset any more."}}};
 }
 
@@ -230,7 +253,7 @@ std::string PresetLibrary::NotAUsers(size_t number) const {
 std::string PresetLibrary::Rename(size_t number, const std::string& name) {
     if (std::string problem = NotAUsers(number); !problem.empty())
         return problem;
-    Parsed<Preset> read = Load(number);
+    Parsed<Preset> read = ReadEntry(number);
     if (!read.value)
         return read.issues.front().text;
     const fs::path before = entries[number].file;

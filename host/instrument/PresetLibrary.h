@@ -21,10 +21,15 @@ struct PresetEntry {
     std::string description;
     std::vector<std::string> tags;
     std::filesystem::path file;  ///< empty: a factory preset
+    std::string factoryId;       ///< empty: one of the user's
     std::string broken;          ///< why the file cannot be used; empty where it can
     bool favourite = false;
 
     bool IsFactory() const { return file.empty(); }
+    /// Several may have one name.
+    bool IsSame(const PresetEntry& other) const {
+        return file == other.file && factoryId == other.factoryId;
+    }
 };
 
 /// The presets that there are: those of the factory and those in the user's folder, with favourites
@@ -55,16 +60,18 @@ public:
     std::vector<size_t> Search(std::string_view text, std::span<const std::string> tags = {}) const;
     /// All tags in use, in order.
     std::vector<std::string> Tags() const;
-    /// Number of the entry of that name, the user's before the factory's.
+    /// Number of the entry of that name in any case, the user's before the factory's; among
+    /// several, one that has it letter by letter.
     std::optional<size_t> Find(std::string_view name) const;
     /// The usable entry behind or ahead of one of that name, round the ends; none where there is
-    /// none. An unknown name starts at the first.
+    /// none. Of several that have the name, the one that was loaded last counts. An unknown name
+    /// starts at the first.
     std::optional<size_t> Beside(std::string_view name, int step) const;
 
     /// Reads a file that need not be in the folder; likewise.
     static Parsed<Preset> Read(const std::filesystem::path& file, const ParameterCatalog& catalog);
-    /// Reads one. Where there is no value, an error says why.
-    Parsed<Preset> Load(size_t entry) const;
+    /// Reads one, to be played. Where there is no value, an error says why.
+    Parsed<Preset> Load(size_t entry);
     /// Writes a preset of the user's. The answer is empty, or a sentence why it did not work; a
     /// name that is taken is refused unless replace is set, and what was there goes to the trash.
     /// Where it did not work, what was there stays.
@@ -81,6 +88,8 @@ public:
 private:
     void ScanFile(const std::filesystem::path& file);
     void ReadLists();
+    Parsed<Preset> ReadEntry(size_t entry) const;
+    std::optional<size_t> LastLoaded(std::string_view name) const;
     std::string WriteList(const char* file, const char* format,
                           const std::vector<std::string>& names) const;
     enum class Trash : uint8_t { Move, Copy };
@@ -93,6 +102,7 @@ private:
     std::vector<FactoryPreset> factory;
     std::filesystem::path folder;
     std::vector<PresetEntry> entries;
+    std::optional<PresetEntry> lastLoaded;
     std::vector<std::string> favourites;
     std::vector<std::string> setList;
 };

@@ -33,10 +33,17 @@ struct PresetMark {
 /// Threads  not on the audio thread; calls in turn.
 class SoundDesk {
 public:
+    /// The sound that is not played, and its preset.
+    struct OtherSound {
+        std::optional<State> sound;
+        PresetMark preset;
+    };
     /// Which sound is played, and its preset.
     struct Scene {
         uint32_t played = 0;  ///< 0: A, 1: B
         PresetMark preset;
+        /// What a step has done to the sound that is not played; null: nothing.
+        std::shared_ptr<const OtherSound> other;
 
         bool operator==(const Scene&) const = default;
     };
@@ -57,7 +64,16 @@ public:
     void SetPlayedPreset(PresetMark preset) { presets[played] = std::move(preset); }
     /// The whole of what is heard came from a preset.
     void LoadedPreset(const std::string& name);
-    Scene Present() const { return {played, presets[played]}; }
+    Scene Present() const { return {played, presets[played], nullptr}; }
+    /// The same, with the sound that is not played.
+    Scene PresentPair() const {
+        return {played, presets[played],
+                std::make_shared<const OtherSound>(OtherSound{other, presets[1 - played]})};
+    }
+    void SetOther(const OtherSound& sound) {
+        other = sound.sound;
+        presets[1 - played] = sound.preset;
+    }
     /// Whether what is heard is another sound than its preset.
     bool IsModified() const;
 

@@ -61,7 +61,8 @@ std::optional<std::string> ReadWholeFile(const std::filesystem::path& file, size
 
 std::string WriteWholeFile(const std::filesystem::path& file, std::string_view content) {
     std::error_code error;
-    std::filesystem::create_directories(file.parent_path(), error);
+    if (file.has_parent_path())
+        std::filesystem::create_directories(file.parent_path(), error);
     if (error)
         return CannotWrite(file, error.value());
     std::string part = (file.parent_path() / ".part-XXXXXX").string();

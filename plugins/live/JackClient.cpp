@@ -16,9 +16,11 @@ float* Buffer(jack_port_t* port, jack_nframes_t frames) {
 
 }  // namespace
 
-std::unique_ptr<JackClient> JackClient::Open(Host::Instrument& played, const std::string& name) {
+std::unique_ptr<JackClient> JackClient::Open(Host::Instrument& played, const std::string& name,
+                                             bool& refused) {
     jack_status_t status{};
     jack_client_t* const opened = jack_client_open(name.c_str(), JackNoStartServer, &status);
+    refused = opened == nullptr && (status & JackServerFailed) == 0;
     if (opened == nullptr)
         return nullptr;
     std::unique_ptr<JackClient> made(new JackClient(played, opened));

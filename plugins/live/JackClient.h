@@ -19,9 +19,10 @@ namespace Quorvan::Live {
 /// Threads  made, looked at and destroyed on one thread; JACK calls back on its own.
 class JackClient {
 public:
-    /// Null where no server runs, or it refuses; nothing is started. Throws std::invalid_argument
-    /// for a rate that nothing can run at.
-    static std::unique_ptr<JackClient> Open(Host::Instrument& played, const std::string& name);
+    /// Null where no server runs, or where refused is set: one runs that does not take the client.
+    /// Nothing is started. Throws std::invalid_argument for a rate that nothing can run at.
+    static std::unique_ptr<JackClient> Open(Host::Instrument& played, const std::string& name,
+                                            bool& refused);
     ~JackClient();
     JackClient(const JackClient&) = delete;
     JackClient& operator=(const JackClient&) = delete;

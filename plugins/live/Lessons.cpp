@@ -6,6 +6,7 @@
 
 #include "host/instrument/WholeFile.h"
 #include "host/parameters/PresentSettings.h"
+#include "plugins/live/Trouble.h"
 
 namespace Quorvan::Live {
 
@@ -41,7 +42,7 @@ void Lessons::Look() {
     say(instrument.Catalog()[learnt->index].label + " follows " + Host::SourceText(learnt->source) +
         " from now on.");
     waiting.pop_back();
-    Keep();
+    Keep(*learnt);
     if (!waiting.empty())
         Begin();
 }
@@ -56,11 +57,21 @@ void Lessons::Begin() {
     say("Move the MIDI control for " + instrument.Catalog()[index].label + ".");
 }
 
-void Lessons::Keep() {
-    const std::string problem = Host::WriteWholeFile(
-        file, Host::WriteMidiMap(instrument.GetMidiMap(), instrument.Catalog()));
+/// The map of a state that is played is none of the file's: the file gets what was learnt only.
+void Lessons::Keep(const Host::MidiBinding& learnt) {
+    constexpr size_t kMostBytes = 16 << 20;
+    const Host::ParameterCatalog& catalog = instrument.Catalog();
+    std::string problem;
+    const auto text = Host::ReadWholeFile(file, kMostBytes, problem);
+    auto before = text ? Host::ReadMidiMap(*text, catalog) : Host::Parsed<Host::MidiMap>();
+    Host::MidiMap map = before.value ? std::move(*before.value) : Host::MidiMap();
+    std::erase_if(map, [&](const Host::MidiBinding& one) {
+        return one.index == learnt.index || one.source == learnt.source;
+    });
+    map.push_back(learnt);
+    problem = Host::WriteWholeFile(file, Host::WriteMidiMap(map, catalog));
     if (!problem.empty())
-        say(problem);
+        throw Trouble{kCannotWrite, problem};
 }
 
 }  // namespace Quorvan::Live

@@ -21,11 +21,12 @@ public:
     Lessons(Host::Instrument& taught, const std::vector<std::string>& names,
             std::filesystem::path mapFile, Saying speaker);
     /// To be called now and then: tells what has been learnt, keeps it, and begins the next one.
+    /// Throws Trouble where the file can't be written.
     void Look();
 
 private:
     void Begin();
-    void Keep();
+    void Keep(const Host::MidiBinding& learnt);
 
     Host::Instrument& instrument;
     std::vector<uint32_t> waiting;  ///< the next one comes last

@@ -3,11 +3,13 @@
 #include <signal.h>
 #include <time.h>
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -22,6 +24,7 @@
 #include "plugins/live/JackClient.h"
 #include "plugins/live/Lessons.h"
 #include "plugins/live/LiveOptions.h"
+#include "plugins/live/Trouble.h"
 #include "plugins/shared/Caretaker.h"
 #include "plugins/ui/window/FaceWindow.h"
 #include "presets/FactoryPresets.h"
@@ -30,14 +33,7 @@ namespace Quorvan::Live {
 
 namespace {
 
-constexpr int kUsage = 2, kCannotRead = 3, kCannotWrite = 4, kNoServer = 6;
 constexpr size_t kMostBytes = 64 << 20;
-
-/// A sentence for the user, and how the program ends.
-struct Trouble {
-    int code;
-    std::string sentence;
-};
 
 void Say(const LiveOptions& options, const std::string& sentence) {
     if (!options.quiet)
@@ -63,8 +59,8 @@ T Value(Host::Parsed<T> parsed) {
 /// The user's presets and the factory's by their names, then files.
 Host::Preset FindPreset(const std::string& name) {
     const auto& catalog = Host::SharedCatalog();
-    const Host::PresetLibrary library(catalog, Host::FactoryPresets(),
-                                      Host::PresetLibrary::UsualFolder());
+    Host::PresetLibrary library(catalog, Host::FactoryPresets(),
+                                Host::PresetLibrary::UsualFolder());
     if (const auto entry = library.Find(name))
         return Value(library.Load(*entry));
     if (const Host::FactoryPreset* const preset = Host::FindFactoryPreset(name))
@@ -93,6 +89,37 @@ void KeepSetList(const std::vector<std::string>& names) {
         throw Trouble{kCannotWrite, problem};
 }
 
+Host::MidiMap ReadMap(const std::string& file, const LiveOptions& options) {
+    auto read = Host::ReadMidiMap(Read(file), Host::SharedCatalog());
+    for (const Host::Issue& issue : read.issues) {
+        const std::string sentence = Host::Quoted(file) + ": " + issue.text;
+        if (!read.value)
+            throw Trouble{kCannotRead, sentence};
+        Say(options, sentence);
+    }
+    return Value(std::move(read));
+}
+
+/// What is to be learnt may begin a new file. A state brings a map of its own. What the user has
+/// not named does not keep the program from playing; but nothing is written over it.
+void TakeMidiMap(Host::Instrument& instrument, const LiveOptions& options) {
+    const std::filesystem::path file = MidiMapFile(options);
+    std::error_code error;
+    const bool isThere = std::filesystem::exists(file, error) || error;
+    const bool isNeeded = options.midiMap && options.learn.empty();
+    if ((!options.midiMap && options.state && options.learn.empty()) || !(isThere || isNeeded))
+        return;
+    try {
+        Host::MidiMap map = ReadMap(file.string(), options);
+        if (options.midiMap || !options.state)
+            instrument.SetMidiMap(std::move(map));
+    } catch (const Trouble& trouble) {
+        if (options.midiMap || !options.learn.empty())
+            throw;
+        std::fprintf(stderr, "%s It is left out.\n", trouble.sentence.c_str());
+    }
+}
+
 void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
     if (!options.setList.empty())
         KeepSetList(options.setList);
@@ -111,11 +138,7 @@ void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
     } catch (const std::invalid_argument& error) {
         throw Trouble{kUsage, error.what()};
     }
-    // What is to be learnt may begin a new file. A state brings a map of its own.
-    const std::filesystem::path map = MidiMapFile(options);
-    const bool isWanted = options.midiMap || !options.state;
-    if (isWanted && (std::filesystem::exists(map) || (options.midiMap && options.learn.empty())))
-        instrument.SetMidiMap(Value(Host::ReadMidiMap(Read(map.string()), Host::SharedCatalog())));
+    TakeMidiMap(instrument, options);
     instrument.Song().SetTempo(options.tempo.value_or(preset.tempo.value_or(120.0)));
     instrument.Song().Run(options.run);
 }
@@ -199,7 +222,12 @@ void Play(Host::Instrument& instrument, const LiveOptions& options) {
     Lessons lessons = Teach(instrument, options);
     jack_set_error_function([](const char*) {});
     jack_set_info_function([](const char*) {});
-    std::unique_ptr<JackClient> client = JackClient::Open(instrument, options.name);
+    bool refused = false;
+    std::unique_ptr<JackClient> client = JackClient::Open(instrument, options.name, refused);
+    if (refused)
+        throw Trouble{kNoServer, "The JACK server refuses a client of the name " +
+                                     Host::Quoted(options.name) + ". A name has at most " +
+                                     std::to_string(jack_client_name_size() - 1) + " letters."};
     if (client == nullptr)
         throw Trouble{kNoServer,
                       "No JACK server runs. Start one (jackd -d alsa, or qjackctl), or with "
@@ -224,9 +252,19 @@ void Play(Host::Instrument& instrument, const LiveOptions& options) {
         while (!ends && client == nullptr) {
             ends = screen.Ends(signals, 500);
             if (!ends)
-                client = JackClient::Open(instrument, options.name);
+                client = JackClient::Open(instrument, options.name, refused);
         }
     }
+}
+
+uint64_t SeedFrom(const std::string& text) {
+    uint64_t seed = 0;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, seed);
+    if (read.ec != std::errc() || read.ptr != end)
+        throw CLI::ValidationError(
+            "--seed", "The seed has to be a whole number from 0 to 18446744073709551615.");
+    return seed;
 }
 
 int Main(int argc, char** argv) {
@@ -249,12 +287,10 @@ int Main(int argc, char** argv) {
                        : std::string("The tempo has to be a number from 1 to 999.");
         });
     app.add_flag("--run", options.run, "Let the song play where nobody else tells where it is");
-    app.add_option("--seed", options.seed, "Fixed chance: the same playing gives the same sound")
-        ->check([](const std::string& text) {
-            return text.starts_with('-')
-                       ? std::string("The seed has to be a whole number from 0 on.")
-                       : std::string();
-        });
+    app.add_option_function<std::string>(
+           "--seed", [&options](const std::string& text) { options.seed = SeedFrom(text); },
+           "Fixed chance: the same playing gives the same sound")
+        ->type_name("UINT");
     app.add_option("--midi-map", options.midiMap,
                    "What MIDI moves; without it, midi-map.json beside the user's presets folder");
     app.add_option("--learn", options.learn,
@@ -269,7 +305,12 @@ int Main(int argc, char** argv) {
         ->type_name("N=NAME...");
     app.add_option("--save-state", options.saveState,
                    "Writes the state that plug-ins load to a file, at the start and at the end");
-    app.add_option("--name", options.name, "Name of the JACK client")->capture_default_str();
+    app.add_option("--name", options.name, "Name of the JACK client")
+        ->capture_default_str()
+        ->check([](const std::string& name) {
+            return name.empty() ? std::string("The name has to have a letter at least.")
+                                : std::string();
+        });
     app.add_flag("--connect", options.connect,
                  "Connect to the machine's inputs, outputs and MIDI devices");
     app.add_flag("--headless", options.headless, "Open no window");
@@ -286,7 +327,14 @@ int Main(int argc, char** argv) {
         Host::Instrument instrument(Host::SharedCatalog());
         SetUp(instrument, options);
         KeepState(instrument, options);
-        Play(instrument, options);
+        try {
+            Play(instrument, options);
+        } catch (const Trouble& trouble) {
+            // What has been played so far is not lost with what could not be learnt.
+            if (trouble.code == kCannotWrite)
+                KeepState(instrument, options);
+            throw;
+        }
         KeepState(instrument, options);
         return 0;
     } catch (const Trouble& trouble) {

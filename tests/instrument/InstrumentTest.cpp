@@ -149,13 +149,14 @@ TEST(InstrumentTest, StatesComeBackToTheByteAndRefuseWhatIsBroken) {
     newer.replace(newer.find("\"A\": {"), 6, "\"C\": 3, \"A\": {\"Glow\": 0.25,");
     newer.replace(newer.find("\"assignments\": {"), 16, "\"assignments\": {\"17\": \"Glow\",");
     newer.replace(newer.find("\"width\""), 7, "\"scale\": 2, \"width\"");
-    EXPECT_EQ(other.LoadState(newer).size(), 3u);
-    other.SetMidiMap(MidiMap(1));
+    newer.replace(newer.find("\"midi\": ["), 9, R"("midi": [{"source": "theremin"},
+                  {"source": "controller", "parameter": "Feedback"})");
+    EXPECT_EQ(other.LoadState(newer).size(), 4u);
     const std::string kept = other.SaveState();
     EXPECT_NE(kept.find("\"controller\""), std::string::npos);
     EXPECT_NE(kept.find("\"glow\""), std::string::npos);
-    for (const char* const unknown :
-         {"\"Glow\": 0.5", "\"Glow\": 0.25", "\"C\": 3", "\"17\": \"Glow\"", "\"scale\": 2"})
+    for (const char* const unknown : {"theremin", "\"Glow\": 0.5", "\"Glow\": 0.25", "\"C\": 3",
+                                      "\"17\": \"Glow\"", "\"scale\": 2"})
         EXPECT_NE(kept.find(unknown), std::string::npos) << unknown;
     other.LoadState(kept);
     EXPECT_EQ(other.SaveState(), kept);
@@ -230,7 +231,11 @@ TEST(InstrumentTest, EditsAreTakenBackByGestureAndSoundsCompared) {
         instrument.Undo();
     EXPECT_EQ(steps, 200);
 
+    const std::string alone = instrument.SaveState();
     instrument.CopySound();
+    instrument.Undo();
+    EXPECT_EQ(instrument.SaveState(), alone);
+    instrument.Redo();
     instrument.Edit(feedback, 0.8f);
     instrument.PlaySound(1);
     instrument.Edit(feedback, 0.4f);

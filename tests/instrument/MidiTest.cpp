@@ -82,6 +82,19 @@ TEST(MidiTest, RangesCurvesAndPickUp) {
     instrument.Edit(binding.index, 0.1f);
     EXPECT_EQ(turn(90), 0.1f);
     EXPECT_FLOAT_EQ(turn(13), 13.0f / 127.0f);  // near it
+    // A note switches, however soft; fine values do not tremble.
+    const uint32_t freeze = IndexOf("MoteWeaver_BufferFreeze");
+    MidiBinding note{{Kind::Note, 0, 60}, freeze};
+    for (const auto take : {MidiBinding::Take::Jump, MidiBinding::Take::Toggle}) {
+        note.take = take;
+        instrument.SetMidiMap({note, {{Kind::Nrpn, 0, 259}, binding.index}});
+        instrument.Flush({Midi(0, 0x90, 60, 1), Midi(0, 0x90, 60, 0)});
+        EXPECT_EQ(instrument.Position(freeze), take == MidiBinding::Take::Jump ? 0.0f : 1.0f);
+    }
+    instrument.Flush({Midi(0, 0xb0, 99, 2), Midi(0, 0xb0, 98, 3), Midi(0, 0xb0, 6, 64)});
+    instrument.sink.moves.clear();
+    instrument.Flush({Midi(0, 0xb0, 6, 65), Midi(0, 0xb0, 38, 9), Midi(0, 0xb0, 6, 65)});
+    EXPECT_EQ(instrument.sink.moves, decltype(instrument.sink.moves)(2, {2, 8329.0f / 16383.0f}));
 }
 
 TEST(MidiTest, ClockAndStartDriveTheSongWhereTheHostHasNone) {

@@ -6,6 +6,7 @@
 
 #include <fstream>
 
+#include "host/instrument/WholeFile.h"
 #include "instrument/InstrumentRig.h"
 
 namespace Quorvan::Host {
@@ -85,6 +86,18 @@ TEST(PresetLibraryTest, PresetsAreSavedFoundRenamedAndThrownIntoTheTrash) {
     EXPECT_EQ(again.Delete(*again.Find("Test")), "");
     EXPECT_EQ(again.Entries().size(), 2u);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path / "trash"), {}), 4);
+}
+
+TEST(PresetLibraryTest, PresetsOfOneNameAreWalkedOneByOne) {
+    const TestFolder folder;
+    WriteWholeFile(folder.path / "a.json", kFactory[1].json);
+    WriteWholeFile(folder.path / "b.json", kFactory[1].json);
+    PresetLibrary library(Catalog(), kFactory, folder.path);
+    std::string name = "One";
+    for (const size_t next : {1u, 2u, 3u, 0u}) {
+        EXPECT_EQ(library.Beside(name, 1), next);
+        name = library.Load(next).value->name;
+    }
 }
 
 TEST(PresetLibraryTest, BrokenFilesAreListedWithTheirSentence) {
