@@ -214,25 +214,5 @@ TEST(UnitModuleTest, FlagsFollowTheOutcomeOfTheBlock) {
     EXPECT_EQ(log.size(), 1u);
 }
 
-TEST(ParameterNameSinkTest, NamesAreJoinedCutAndCounted) {
-    char text[64], brief[8] = "xxxxxxx";
-    ParameterNameSink sink(text, sizeof(text)), narrow(brief, 4);
-    EXPECT_EQ(narrow.required, 1u);
-    for (ParameterNameSink* each : {&sink, &narrow}) {
-        FakeLeaf<12>("Leaf").GetParameterName(10, *each);
-        each->AppendSeparator();
-        FakeLeaf<1>("").GetParameterName(0, *each);
-        each->Append({});
-        for (const uint32_t number : {0u, 95u, 256u, 4294967295u})
-            each->AppendNumber(number);
-    }
-    EXPECT_STREQ(text, "Leaf_P11_P10952564294967295");
-    EXPECT_STREQ(brief, "Lea");
-    EXPECT_STREQ(brief + 4, "xxx");  // nothing past the capacity
-    EXPECT_EQ(sink.length, 27u);
-    EXPECT_EQ(narrow.length, 3u);
-    EXPECT_TRUE(sink.required == 28u && narrow.required == 28u);
-}
-
 }  // namespace
 }  // namespace Quorvan::dsp
