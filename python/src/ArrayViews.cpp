@@ -19,7 +19,7 @@ bool CanStay(const py::array& array) {
 }
 
 py::array AsFloats(const py::object& sound) {
-    const py::array array = py::array::ensure(sound);
+    py::array array = py::array::ensure(sound);
     if (!array || array.ndim() < 1 || array.ndim() > 2)
         RefuseValue("Sound is an array of floats of the shape (channels, frames) or (frames,).");
     if (array.ndim() == 2 && (array.shape(0) < 1 || array.shape(0) > 2))

@@ -9,6 +9,7 @@ namespace py = pybind11;
 namespace Quorvan::Python {
 
 void RegisterErrors() {
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the binding's type of function
     py::register_exception_translator([](std::exception_ptr pointer) {
         try {
             if (pointer)

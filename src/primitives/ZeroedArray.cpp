@@ -12,17 +12,18 @@ namespace Quorvan::dsp {
 
 namespace {
 
+#ifdef TESSERAE_HAS_PAGES
 /// From this size on, in bytes, memory comes page by page. A C library's calloc may hand out what
 /// has been used before and zero it, all of it, itself.
 constexpr size_t kPaged = 64 << 10;
+#endif
 
 }  // namespace
 
 void ZeroedArray::Allocate(size_t samples) {
     Release();
-    const size_t bytes = samples * sizeof(float);
 #ifdef TESSERAE_HAS_PAGES
-    if (bytes >= kPaged) {
+    if (const size_t bytes = samples * sizeof(float); bytes >= kPaged) {
         void* const mapped =
             mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapped == MAP_FAILED)

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -57,7 +58,8 @@ public:
         std::vector<double> times;
         double largest = 0.0;
         bool pointed = false;
-        for (double now = 0.0; now < options.seconds; now += kFrame) {
+        for (uint32_t picture = 0; picture * kFrame < options.seconds; ++picture) {
+            const double now = picture * kFrame;
             Play();
             if (!pointed && now > options.seconds - 1.5)
                 pointed = Point(face);
@@ -146,18 +148,23 @@ private:
 
 int main(int count, char** arguments) {
     using namespace Quorvan;
-    Ui::Options options;
-    CLI::App app("Draws the face of the instrument with music running through it");
-    app.add_option("output", options.output, "PNG to write")->required();
-    app.add_option("--preset", options.preset, "Factory preset");
-    app.add_option("--scale", options.scale, "1 is 1280 x 800");
-    app.add_option("--seconds", options.seconds, "Music before the picture");
-    app.add_option("--page", options.page, "Number of the page below the tape, from 0");
-    app.add_option("--set", options.settings, "NAME=TEXT of a parameter");
-    app.add_option("--point", options.point, "Where the pointer rests")->expected(2);
-    app.add_flag("--press", options.press, "Click there");
-    app.add_flag("--right-press", options.rightPress, "Click there with the right button");
-    app.add_flag("--time", options.time, "Print how long drawing took");
-    CLI11_PARSE(app, count, arguments);
-    return Ui::Session(options).Run();
+    try {
+        Ui::Options options;
+        CLI::App app("Draws the face of the instrument with music running through it");
+        app.add_option("output", options.output, "PNG to write")->required();
+        app.add_option("--preset", options.preset, "Factory preset");
+        app.add_option("--scale", options.scale, "1 is 1280 x 800");
+        app.add_option("--seconds", options.seconds, "Music before the picture");
+        app.add_option("--page", options.page, "Number of the page below the tape, from 0");
+        app.add_option("--set", options.settings, "NAME=TEXT of a parameter");
+        app.add_option("--point", options.point, "Where the pointer rests")->expected(2);
+        app.add_flag("--press", options.press, "Click there");
+        app.add_flag("--right-press", options.rightPress, "Click there with the right button");
+        app.add_flag("--time", options.time, "Print how long drawing took");
+        CLI11_PARSE(app, count, arguments);
+        return Ui::Session(options).Run();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
 }

@@ -12,7 +12,8 @@ MatrixView::MatrixView(const Rect& place, Actions itsActions)
 
 Rect MatrixView::BoxOf(uint32_t source, uint32_t row) const {
     const double block = box.width / kBlocks, height = box.height / kBlockRows;
-    return {box.x + block * (row / kBlockRows) + block - 8.0 - kCell * (kSources - source),
+    const uint32_t column = row / kBlockRows;
+    return {box.x + block * column + block - 8.0 - kCell * (kSources - source),
             box.y + height * (row % kBlockRows), kCell, height};
 }
 
@@ -39,7 +40,8 @@ void MatrixView::Draw(Painter& painter) {
     const double block = box.width / kBlocks;
     for (uint32_t row = 0; row < kRows; ++row) {
         const Rect first = BoxOf(0, row);
-        const double left = box.x + block * (row / kBlockRows);
+        const uint32_t column = row / kBlockRows;
+        const double left = box.x + block * column;
         painter.Text({left, first.y, first.x - left - 6.0, first.height}, actions.rowName(row),
                      {Theme::kSmall, Theme::kDim});
         for (uint32_t source = 0; source < kSources; ++source) {

@@ -46,7 +46,8 @@ void Menu::Draw(Painter& painter) {
     const double width = box.width / static_cast<double>(columns);
     for (size_t i = 0; i < items.size(); ++i) {
         const MenuItem& item = items[i];
-        const Rect row{box.x + width * static_cast<double>(i / rows),
+        const size_t column = i / rows;
+        const Rect row{box.x + width * static_cast<double>(column),
                        box.y + kPad + kRow * static_cast<double>(i % rows), width, kRow};
         const bool isMarked = static_cast<int>(i) == marked && item.action;
         if (isMarked)
