@@ -59,7 +59,9 @@ function(tesserae_add_test name)
     target_link_libraries(${name} PRIVATE ${ARGN} tesserae_flags GTest::gtest GTest::gtest_main)
     # Tests take longer to build than to run.
     target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1>)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 240)
+    # What libraries keep until the process ends is no leak of ours.
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 240 ENVIRONMENT
+        LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tools/leaks.supp)
 endfunction()
 
 # tesserae_add_benchmark(NAME [dependencies...]): every *.cpp of the calling folder in one binary.
