@@ -45,7 +45,9 @@ public:
         instance.FixChance(1);
         instance.Activate();
     }
-    void Play() { instance.plugin->process(instance.plugin, &process); }
+    void Play() {
+        ClapHost::Trapped([this] { instance.plugin->process(instance.plugin, &process); });
+    }
 
     ClapInstance instance{Library()};
     ClapHost::Sound input = ClapHost::Noise(kFrames), output = ClapHost::Silence(kFrames);
