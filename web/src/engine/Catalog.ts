@@ -115,6 +115,28 @@ export class Catalog {
         return this.engine.takeText();
     }
 
+    /**
+     * Seconds for which a sound goes on above -90 dB after its input, at most; 30 for one that may
+     * hold or feed itself.
+     */
+    tailSeconds(positions: Float32Array, tempo: number): number {
+        this.engine.positions.set(positions);
+        return this.engine.exports.tesserae_tail(tempo);
+    }
+
+    /**
+     * The piece of music that the renderer makes as "demo-sound", left and right: eight seconds,
+     * four bars at 120, which may be looped.
+     */
+    demoSound(sampleRate: number): Float32Array<ArrayBuffer>[] {
+        const { exports } = this.engine;
+        const frames = exports.tesserae_demo(sampleRate);
+        return [0, 1].map((side) => {
+            const at = exports.tesserae_demo_at(side);
+            return new Float32Array(exports.memory.buffer, at, frames).slice();
+        });
+    }
+
     private takeReading(): Reading {
         const { kind, problem, warnings, ...texts } = JSON.parse(
             this.engine.takeText(),

@@ -39,6 +39,12 @@ export interface EngineExports {
     /** A PresetTexts as JSON lies in room. Leaves the preset of positions as a text. */
     tesserae_write_preset(bytes: number): void;
     tesserae_write_state(): void;
+    /** Seconds for which positions let a sound go on after its input; an endless one counts 30. */
+    tesserae_tail(tempo: number): number;
+
+    /** Makes the demo sound for a rate; answers its frames. */
+    tesserae_demo(sampleRate: number): number;
+    tesserae_demo_at(side: number): number;
 
     /** A new engine, standing at positions. 0: the text is a sentence that says why not. */
     tesserae_start(
@@ -64,9 +70,8 @@ export interface EngineExports {
     tesserae_watch(on: number): void;
     /** Address of a new picture; 0 where there is none since the last one. */
     tesserae_picture(): number;
-    tesserae_picture_length(): number;
-    /** Seconds for which the sound goes on after its input, as settings stand; at most 30. */
-    tesserae_tail(): number;
+    /** Quarter notes at which the song stands. */
+    tesserae_beat(): number;
 }
 
 /** The catalog as tesserae_catalog writes it. */

@@ -1,0 +1,4 @@
+import { processorName } from "../engine/WorkletMessages.js";
+import { TesseraeProcessor } from "./TesseraeProcessor.js";
+
+registerProcessor(processorName, TesseraeProcessor);
