@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "basictools/Raise.h"
 #include "host/engine/ProcessorDriver.h"
 #include "host/engine/SongClock.h"
 #include "host/engine/WriteQueue.h"
@@ -21,7 +22,7 @@ constexpr double kHighestRate = 768000.0;
 constexpr size_t kQueuedWrites = 8192;
 
 void Check(const StreamFormat& format) {
-    const auto refuse = [](const std::string& sentence) { throw std::invalid_argument(sentence); };
+    const auto refuse = [](const std::string& sentence) { Raise(std::invalid_argument(sentence)); };
     if (!(format.sampleRate >= kLowestRate && format.sampleRate <= kHighestRate))
         refuse("The sample rate has to be from 1000 to 768000 Hz; choose one in that range.");
     if (format.inputs < 1 || format.inputs > 2)

@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "basictools/Raise.h"
 #include "granular/MoteWeaver.h"
 #include "host/engine/SeededClock.h"
 #include "processor/ProcessorInternals.h"
@@ -16,7 +17,7 @@ std::unique_ptr<Processor::IProcessor_V5> MakeProcessor(std::optional<uint64_t> 
     const std::unique_ptr<Processor::IProcessorFactory> factory(GetProcessorFactory());
     Processor::IProcessor* const made = factory->CreateProcessor();
     if (made == nullptr)
-        throw std::bad_alloc();
+        Raise(std::bad_alloc());
     std::unique_ptr<Processor::IProcessor_V5> processor(
         static_cast<Processor::IProcessor_V5*>(made));
     processor->SetLogger(nullptr);
@@ -46,7 +47,7 @@ void ProcessorDriver::Prepare(const StreamFormat& newFormat) {
         block->Resize(kAuxOutputs, frames);
     // The engine has checked the rate: what else the processor refuses for is memory.
     if (!processor->Initialize(&rate))
-        throw std::bad_alloc();
+        Raise(std::bad_alloc());
     blockFrames = frames;
 }
 
@@ -121,8 +122,8 @@ void ProcessorDriver::PassChangesOn(std::span<EngineListener* const> listeners) 
         for (int32_t i = 0; i < movedCount; ++i)
             listener->OnParameterChange(moved[i].index, moved[i].value);
         for (int32_t i = 0; i < blobCount; ++i)
-            listener->OnBlobChange(blobs[i].index,
-                                   {static_cast<const uint8_t*>(blobs[i].data), blobs[i].size});
+            listener->OnBlobChange(blobs[i].index, {static_cast<const uint8_t*>(blobs[i].data),
+                                                    static_cast<size_t>(blobs[i].size)});
     }
 }
 

@@ -5,6 +5,7 @@
 #include <limits>
 #include <new>
 
+#include "basictools/Raise.h"
 #include "host/parameters/ChoiceText.h"
 #include "host/parameters/ModulationNames.h"
 #include "host/parameters/NumberText.h"
@@ -94,7 +95,7 @@ ParameterCatalog::Implementation::Implementation() {
     const std::unique_ptr<Processor::IProcessorFactory> factory(GetProcessorFactory());
     const std::unique_ptr<Processor::IProcessor> processor(factory->CreateProcessor());
     if (processor == nullptr)
-        throw std::bad_alloc();
+        Raise(std::bad_alloc());
     infos.reserve(Processor::kParameterCount);
     entries.reserve(Processor::kParameterCount);
     for (uint32_t index = 0; index < Processor::kParameterCount; ++index)

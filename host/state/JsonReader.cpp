@@ -6,6 +6,7 @@
 #include "host/parameters/NameDistance.h"
 #include "host/parameters/Sentence.h"
 #include "host/state/JsonDepth.h"
+#include "host/state/JsonFault.h"
 
 namespace Quorvan::Host {
 
@@ -48,16 +49,16 @@ bool JsonReader::Open(std::string_view text) {
     if (IsNestedTooDeep(text))
         return Fail("The " + what + " is nested deeper than " + std::to_string(kDeepestNesting) +
                     " levels of brackets, which no program of ours writes. Choose another file.");
-    try {
-        root = Json::parse(text);
-    } catch (const Json::parse_error& error) {
-        return Fail("The " + what +
-                    " is no JSON text. Look for a missing quote, comma or brace near " +
-                    PlaceOf(text, error.byte) + ".");
-    } catch (const Json::exception&) {
+    root = Json::parse(text, nullptr, false);
+    return root.is_discarded() ? FailFor(JsonFault::In(text), text)
+                               : CheckFormat() && CheckVersion();
+}
+
+bool JsonReader::FailFor(const JsonFault& fault, std::string_view text) {
+    if (fault.isTooLarge)
         return Fail("The " + what + " holds a number that is too large; positions go from 0 to 1.");
-    }
-    return CheckFormat() && CheckVersion();
+    return Fail("The " + what + " is no JSON text. Look for a missing quote, comma or brace near " +
+                PlaceOf(text, fault.byte) + ".");
 }
 
 bool JsonReader::CheckFormat() {

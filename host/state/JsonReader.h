@@ -11,6 +11,8 @@
 
 namespace Quorvan::Host {
 
+struct JsonFault;
+
 /// Reads one JSON object of a known format, and collects what is wrong with it.
 class JsonReader {
 public:
@@ -43,6 +45,7 @@ public:
 
 private:
     bool Fail(std::string sentence);
+    bool FailFor(const JsonFault& fault, std::string_view text);
     bool CheckFormat();
     bool CheckVersion();
 

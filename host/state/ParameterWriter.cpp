@@ -1,6 +1,7 @@
 #include "host/state/ParameterWriter.h"
 
 #include <charconv>
+#include <cstdlib>
 #include <string>
 
 #include "host/parameters/ShellIndex.h"
@@ -33,10 +34,15 @@ OrderedJson TextOrNumber(const ParameterValue& value, const ParameterCatalog& ca
 
 double Shortest(float number) {
     char text[32];
-    const auto written = std::to_chars(text, text + sizeof text, number);
+    char* const end = std::to_chars(text, text + sizeof text - 1, number).ptr;
+#ifdef __cpp_lib_to_chars
     double shortest = static_cast<double>(number);
-    std::from_chars(text, written.ptr, shortest);
+    std::from_chars(text, end, shortest);
     return shortest;
+#else  // the other way of numbers is missing in some libraries
+    *end = '\0';
+    return std::strtod(text, nullptr);
+#endif
 }
 
 OrderedJson ParametersJson(const std::vector<ParameterValue>& values,

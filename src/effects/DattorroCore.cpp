@@ -180,7 +180,8 @@ void DattorroCore::Modulate(uint32_t count) {
         for (uint32_t n = 0; n < count; ++n)
             side[n] = std::sin(side[n]) * excursionSamples;
         if (count > 0)  // a freeze holds the last one, in whatever blocks it comes
-            std::fill(side.begin() + count, side.end(), side[count - 1]);
+            std::fill(side.begin() + static_cast<std::ptrdiff_t>(count), side.end(),
+                      side[count - 1]);
     }
 }
 

@@ -236,7 +236,7 @@ void PitchShiftDelay::ReadRightTaps(uint32_t count) {
     if (channelCount < 2)
         return;
     const auto hasOnly = [&](float weight) {
-        return std::all_of(mix.begin(), mix.begin() + count,
+        return std::all_of(mix.begin(), mix.begin() + static_cast<std::ptrdiff_t>(count),
                            [weight](float w) { return w == weight; });
     };
     Samples& out = shifted[1];

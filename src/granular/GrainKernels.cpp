@@ -3,10 +3,11 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "granular/GrainKernels.cpp"
-// A set that brings nothing over its neighbour here, and those whose vectors have no fixed size and
-// so cannot be members.
+// A set that brings nothing over its neighbour here, those whose vectors have no fixed size and so
+// cannot be members, and one that knows no doubles: there the compiler makes vectors of plain
+// loops.
 #define HWY_DISABLED_TARGETS \
-    (HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+    (HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV | HWY_WASM)
 #include <hwy/foreach_target.h>  // NOLINT
 #include <hwy/highway.h>
 

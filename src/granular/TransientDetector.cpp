@@ -67,7 +67,7 @@ void TransientDetector::Reset() {
 }
 
 void TransientDetector::BeginBlock(int32_t writePosition) {
-    std::copy(frame.begin() + hopSize, frame.end(), frame.begin());
+    std::copy(frame.begin() + static_cast<std::ptrdiff_t>(hopSize), frame.end(), frame.begin());
     blockStartPosition = writePosition;
     levelGate = 0.0f;
 }

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "basictools/Raise.h"
+
 #if defined(__unix__) && !defined(__SANITIZE_ADDRESS__)
 #include <sys/mman.h>
 #define TESSERAE_HAS_PAGES 1
@@ -27,7 +29,7 @@ void ZeroedArray::Allocate(size_t samples) {
         void* const mapped =
             mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapped == MAP_FAILED)
-            throw std::bad_alloc();
+            Raise(std::bad_alloc());
         memory = static_cast<float*>(mapped);
         pages = bytes;
         count = samples;
@@ -36,7 +38,7 @@ void ZeroedArray::Allocate(size_t samples) {
 #endif
     memory = static_cast<float*>(std::calloc(samples + 1, sizeof(float)));
     if (memory == nullptr)
-        throw std::bad_alloc();
+        Raise(std::bad_alloc());
     count = samples;
 }
 

@@ -205,15 +205,15 @@ bool DsplibProcessor<T>::Initialize(const float* config) {
     if (asked > kHighestSampleRate || (asked > 0.0f && asked < kLowestSampleRate))
         return false;
     const float rate = ValidSampleRate(asked);
-    try {
+    // Where memory lacks it is silent until an Initialize that succeeds.
+    initialized = AnswerOr(false, [&] {
         blockSize = BlockSizeAt(rate);
         auxScratch.assign(blockSize, 0.0f);
         for (dsp::AlignedVector& channel : cleanScratch)
             channel.assign(blockSize, 0.0f);
         effect.Setup(rate, blockSize);
-        initialized = true;
-    } catch (...) {  // no memory: silent until an Initialize that succeeds
-    }
+        return true;
+    });
     return initialized;
 }
 
@@ -259,7 +259,7 @@ bool DsplibProcessor<T>::GetParameterBlob(uint32_t index, uint8_t* buffer, uint3
     const bool fits = blob.size != 0 && *size >= blob.size && buffer != nullptr;
     *size = static_cast<uint32_t>(blob.size);
     if (fits)
-        std::memcpy(buffer, blob.data, blob.size);
+        std::memcpy(buffer, blob.data, static_cast<size_t>(blob.size));
     return fits;
 }
 

@@ -1,10 +1,8 @@
+#include "basictools/Raise.h"
 #include "processor/IProcessor.h"
 #include "processor/MoteWeaverVst3ProcessorFactory.h"
 
 Quorvan::Processor::IProcessorFactory* GetProcessorFactory() {
-    try {
-        return new Quorvan::Processor::MoteWeaverVst3ProcessorFactory();
-    } catch (...) {
-        return nullptr;
-    }
+    return Quorvan::AnswerOr<Quorvan::Processor::IProcessorFactory*>(
+        nullptr, [] { return new Quorvan::Processor::MoteWeaverVst3ProcessorFactory(); });
 }

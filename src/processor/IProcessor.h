@@ -125,6 +125,8 @@ struct ProcessData {
     uint32_t auxInputCount;  ///< side-chain channels
     uint8_t wrapperData7[4];
 };
+// Where wrappers lay it out by themselves, pointers have 64 bits.
+#if UINTPTR_MAX > 0xffffffffu
 static_assert(offsetof(ProcessData, outputs) == 16);
 static_assert(offsetof(ProcessData, inputs) == 24);
 static_assert(offsetof(ProcessData, inputCount) == 32);
@@ -140,6 +142,7 @@ static_assert(offsetof(ProcessData, transportPlaying) == 172);
 static_assert(offsetof(ProcessData, songPosition) == 176);
 static_assert(offsetof(ProcessData, auxInputs) == 184);
 static_assert(offsetof(ProcessData, auxInputCount) == 192);
+#endif
 
 /// Filled by GetParameterDescription: the name always, the rest for binary parameters only, so
 /// start from ParameterDescription{}.

@@ -23,9 +23,11 @@ struct DisplayRecord {
     uint64_t started = 0;  ///< pairs of grains since the processor was made
     uint64_t ended = 0;
 };
+#if UINTPTR_MAX > 0xffffffffu
 static_assert(sizeof(DisplayRecord) == 72);
 static_assert(offsetof(DisplayRecord, lock) == 48);
 static_assert(offsetof(DisplayRecord, ended) == 64);
+#endif
 static_assert(sizeof(std::atomic<int32_t>) == 4, "readers take the lock as a plain word");
 
 /// Keeps the record and what it points at.

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "basictools/Raise.h"
 #include "processor/DsplibProcessor.h"
 #include "processor/MoteWeaverProcessor.h"
 
@@ -14,11 +15,9 @@ MoteWeaverVst3ProcessorFactory::MoteWeaverVst3ProcessorFactory() {
 }
 
 IProcessor* MoteWeaverVst3ProcessorFactory::CreateProcessor() {
-    try {
-        return new DsplibProcessor<MoteWeaverProcessor>();
-    } catch (...) {  // a wrapper may know nothing of exceptions
-        return nullptr;
-    }
+    // A wrapper may know nothing of exceptions.
+    return AnswerOr<IProcessor*>(nullptr,
+                                 [] { return new DsplibProcessor<MoteWeaverProcessor>(); });
 }
 
 }  // namespace Quorvan::Processor

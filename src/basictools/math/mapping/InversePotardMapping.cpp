@@ -1,5 +1,6 @@
 #include "basictools/math/mapping/InversePotardMapping.h"
 
+#include "basictools/Raise.h"
 #include "basictools/math/mapping/CException.h"
 
 namespace Quorvan::MappingTools {
@@ -9,9 +10,9 @@ InversePotardMapping::InversePotardMapping(float rangeMin, float rangeMax)
     constexpr const char* kFile = "InversePotardMapping";
     const bool isOneSided = (min > 0.0f && max > 0.0f) || (min < 0.0f && max < 0.0f);
     if (!isOneSided)
-        throw CException("Inverse Mapping range should not cross 0 value", kFile, __LINE__);
+        Raise(CException("Inverse Mapping range should not cross 0 value", kFile, __LINE__));
     if (!(max > min))
-        throw CException("Max value must be bigger than min value", kFile, __LINE__);
+        Raise(CException("Max value must be bigger than min value", kFile, __LINE__));
 }
 
 float InversePotardMapping::Map(float position) const {

@@ -1,5 +1,6 @@
 #include "basictools/math/mapping/PotardMappingUtils.h"
 
+#include "basictools/Raise.h"
 #include "basictools/math/mapping/CException.h"
 #include "basictools/math/mapping/PotardKind.h"
 
@@ -45,7 +46,7 @@ PotardMappingVariant PotardMappingUtils::Create(uint32_t kind, float x, float y)
         case PotardKind::kSemiToneToFreq:
             return SemiToneToFreqMapping(x, y);
         default:
-            throw CException("Potard Mapping not found.", "PotardMappingUtils", __LINE__);
+            Raise(CException("Potard Mapping not found.", "PotardMappingUtils", __LINE__));
     }
 }
 
