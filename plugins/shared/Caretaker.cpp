@@ -1,6 +1,7 @@
 #include "plugins/shared/Caretaker.h"
 
 #include <chrono>
+#include <limits>
 
 #include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
@@ -11,6 +12,7 @@ namespace Quorvan::Plugins {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenLooks{50};
+constexpr unsigned kLooksForATail = 10;
 
 }  // namespace
 
@@ -38,6 +40,11 @@ void Caretaker::Look() {
             instrument.LoadPreset(*read.value);
     if (const auto program = instrument.Poll())
         LoadProgram(*program);
+    if (looks++ % kLooksForATail != 0)
+        return;
+    const Host::Tail now = instrument.GetTail();
+    tail.store(now.endless ? std::numeric_limits<double>::infinity() : now.seconds,
+               std::memory_order_relaxed);
 }
 
 /// A program that the set list does not have changes nothing.

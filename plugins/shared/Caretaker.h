@@ -13,8 +13,8 @@
 namespace Quorvan::Plugins {
 
 /// Looks after an instrument in hosts that give a plug-in no thread of its own for slow work: takes
-/// up what MIDI has taught, and loads the presets that programs ask for. Its thread lives as long
-/// as it does and looks twenty times a second.
+/// up what MIDI has taught, loads the presets that programs ask for, and measures the tail. Its
+/// thread lives as long as it does and looks twenty times a second.
 class Caretaker {
 public:
     explicit Caretaker(Host::Instrument& caredFor);
@@ -34,6 +34,9 @@ public:
         wanted.store(-1, std::memory_order_relaxed);
     }
 
+    /// As it was within the last half second; infinite where it may ring for ever. From any thread.
+    double TailSeconds() const { return tail.load(std::memory_order_relaxed); }
+
 private:
     void Look();
     void LoadProgram(uint32_t program);
@@ -42,6 +45,8 @@ private:
     std::unique_ptr<Host::PresetLibrary> library;  ///< made at the first program change
     std::mutex looking;
     std::atomic<int32_t> wanted{-1};
+    std::atomic<double> tail{0.0};
+    unsigned looks = 0;
     std::atomic<bool> ends{false};
     std::thread thread;
 };
