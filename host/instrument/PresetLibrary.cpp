@@ -224,6 +224,12 @@ std::string PresetLibrary::Save(const Preset& preset, bool replace) {
     fs::path file = folder / FileNameOf(preset.name);
     if (IsList(file))
         return Quoted(preset.name) + " is a name that the folder itself uses. Choose another.";
+    const auto other = std::find_if(entries.begin(), entries.end(), [&](const PresetEntry& entry) {
+        return entry.file == file && entry.broken.empty() && !SameName(entry.name, preset.name);
+    });
+    if (other != entries.end())
+        return Quoted(other->name) + " is kept in " + Quoted(file.filename().string()) +
+               ", where this name would go. Choose another.";
     std::error_code error;
     fs::path kept;
     if (fs::exists(file, error)) {

@@ -37,7 +37,8 @@ DpfPlugin::DpfPlugin()
     : Plugin(ControlCount(), PresetCount(), 1),
       instrument(Host::SharedCatalog()),
       groups(GroupPaths()),
-      caretaker(instrument) {
+      caretaker(instrument,
+                [](const std::string& problem) { d_stderr("Tesserae: %s", problem.c_str()); }) {
     for (uint32_t id = 0; id < ControlCount(); ++id)
         ranges.push_back(RangeOf(id));
     heard.reserve(kMostMidi);

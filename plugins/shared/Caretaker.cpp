@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <limits>
+#include <utility>
 
 #include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
@@ -16,8 +17,8 @@ constexpr unsigned kLooksForATail = 10;
 
 }  // namespace
 
-Caretaker::Caretaker(Host::Instrument& caredFor)
-    : instrument(caredFor), thread([this] {
+Caretaker::Caretaker(Host::Instrument& caredFor, std::function<void(const std::string&)> teller)
+    : instrument(caredFor), tell(std::move(teller)), thread([this] {
           while (!ends.load(std::memory_order_relaxed)) {
               Look();
               std::this_thread::sleep_for(kBetweenLooks);
@@ -57,10 +58,16 @@ void Caretaker::LoadProgram(uint32_t program) {
             Host::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder());
     const auto& names = library->SetList();
     const auto entry = program < names.size() ? library->Find(names[program]) : std::nullopt;
-    if (!entry)
-        return;
-    if (const auto read = library->Load(*entry); read.value)
-        instrument.LoadPreset(*read.value);
+    std::string problem =
+        std::string("Program ") + std::to_string(program + 1) + " of the set list is empty.";
+    if (entry) {
+        const auto read = library->Load(*entry);
+        if (read.value)
+            return instrument.LoadPreset(*read.value), void();
+        problem = read.issues.front().text;
+    }
+    if (tell)
+        tell(problem);
 }
 
 }  // namespace Quorvan::Plugins

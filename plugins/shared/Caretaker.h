@@ -17,7 +17,9 @@ namespace Quorvan::Plugins {
 /// thread lives as long as it does and looks twenty times a second.
 class Caretaker {
 public:
-    explicit Caretaker(Host::Instrument& caredFor);
+    /// tell gets a sentence where a program can't be loaded, on the caretaker's thread.
+    explicit Caretaker(Host::Instrument& caredFor,
+                       std::function<void(const std::string&)> tell = {});
     ~Caretaker();
     Caretaker(const Caretaker&) = delete;
     Caretaker& operator=(const Caretaker&) = delete;
@@ -42,6 +44,7 @@ private:
     void LoadProgram(uint32_t program);
 
     Host::Instrument& instrument;
+    std::function<void(const std::string&)> tell;
     std::unique_ptr<Host::PresetLibrary> library;  ///< made at the first program change
     std::mutex looking;
     std::atomic<int32_t> wanted{-1};

@@ -114,9 +114,7 @@ v3_audio_processor_cpp Vst3Component::ProcessorFunctions() {
     to.proc.process = [](void* self, v3_process_data* data) {
         return OfProcessor(self).processor.Process(*data);
     };
-    to.proc.get_tail_samples = [](void* self) {
-        return OfProcessor(self).processor.TailSamples();
-    };
+    to.proc.get_tail_samples = [](void* self) { return OfProcessor(self).processor.TailSamples(); };
     return to;
 }
 
@@ -164,8 +162,7 @@ v3_result Vst3Component::Terminate() {
     return v3_cpp_obj_terminate(inner);
 }
 
-v3_result Vst3Component::BusInfo(int32_t media, int32_t direction, int32_t bus,
-                                 v3_bus_info& info) {
+v3_result Vst3Component::BusInfo(int32_t media, int32_t direction, int32_t bus, v3_bus_info& info) {
     if (media == V3_AUDIO) {
         const v3_result result =
             v3_cpp_obj(inner)->get_bus_info(inner, media, direction, bus, &info);

@@ -10,10 +10,10 @@
 
 namespace Quorvan::Plugins {
 
-/// What a VST3 host moves within one buffer, in order of its frames: points of parameters, which the
-/// framework gets one frame at a time, and MIDI, which hosts tell as events and as parameters from
-/// kFirstMidiParameter on. What stands at a buffer's end belongs to the next one. Of more than kMost
-/// in a buffer the rest is left out.
+/// What a VST3 host moves within one buffer, in order of its frames: points of parameters, which
+/// the framework gets one frame at a time, and MIDI, which hosts tell as events and as parameters
+/// from kFirstMidiParameter on. What stands at a buffer's end belongs to the next one. Of more than
+/// kMost in a buffer the rest is left out.
 ///
 /// Threads  audio thread; neither allocates nor waits.
 class Vst3Moves {
@@ -74,7 +74,7 @@ private:
     std::array<double, kMidiParameters> told{};
     std::vector<Point> points;
     std::vector<Message> midi;
-    std::vector<Queue> queues, none;             ///< of one frame; a place to throw away to
+    std::vector<Queue> queues, none;  ///< of one frame; a place to throw away to
     std::vector<Host::InstrumentEvent> part;
     Changes changes, nobody;
 };

@@ -111,7 +111,9 @@ void Vst3Processor::FindChannels(const v3_process_data& data) {
 }
 
 v3_result Vst3Processor::ProcessPart(const v3_process_data& data, int32_t from, int32_t to) {
-    const auto later = [from](float* channel) { return channel == nullptr ? nullptr : channel + from; };
+    const auto later = [from](float* channel) {
+        return channel == nullptr ? nullptr : channel + from;
+    };
     std::array<float*, 2> mainInputs{later(inputs[0]), later(inputs[isMono ? 0 : 1])};
     std::array<float*, 2> outs{later(outputs[0]), later(outputs[1])};
     v3_audio_bus_buffers input{}, output{};

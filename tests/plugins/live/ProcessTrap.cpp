@@ -1,5 +1,5 @@
-// Put in front of a JACK client's libraries (LD_PRELOAD), it sets the trap around the client's process
-// callback, and says at the end what was caught.
+// Put in front of a JACK client's libraries (LD_PRELOAD), it sets the trap around the client's
+// process callback, and says at the end what was caught.
 
 #include <dlfcn.h>
 #include <jack/jack.h>

@@ -70,14 +70,13 @@ const v3_param_value_queue_cpp Moves::kQueue{
          return V3_OK;
      },
      nullptr}};
-const v3_param_changes_cpp Moves::kList{
-    {No, One, One},
-    {[](void*) { return 1; },
-     [](void* self, int32_t) {
-         void* const queue = static_cast<List*>(self)->owner;
-         return static_cast<v3_param_value_queue**>(queue);
-     },
-     nullptr}};
+const v3_param_changes_cpp Moves::kList{{No, One, One},
+                                        {[](void*) { return 1; },
+                                         [](void* self, int32_t) {
+                                             void* const queue = static_cast<List*>(self)->owner;
+                                             return static_cast<v3_param_value_queue**>(queue);
+                                         },
+                                         nullptr}};
 
 template <class Face>
 Face** As(void* object) {
@@ -86,7 +85,8 @@ Face** As(void* object) {
 
 /// An active instance at 48000 Hz.
 struct Vst3 {
-    explicit Vst3(v3_speaker_arrangement input = 3, int32_t size = V3_SAMPLE_32) : sampleSize(size) {
+    explicit Vst3(v3_speaker_arrangement input = 3, int32_t size = V3_SAMPLE_32)
+        : sampleSize(size) {
         auto* const get = reinterpret_cast<void* (*)()>(dlsym(library, "GetPluginFactory"));
         auto** const factory = As<v3_plugin_factory>(get());
         v3_class_info info{};
@@ -125,9 +125,13 @@ struct Vst3 {
         v3_audio_bus_buffers in[2]{{mainChannels, 0, {reinterpret_cast<float**>(all)}},
                                    {2, 0, {reinterpret_cast<float**>(all + 2)}}};
         v3_audio_bus_buffers out{2, 0, {reinterpret_cast<float**>(all + 4)}};
-        v3_process_data data{V3_REALTIME, sampleSize, frames, 2, 1, in, &out,
-                             moves == nullptr ? nullptr : As<v3_param_changes>(&moves->list),
-                             nullptr, nullptr, nullptr, nullptr};
+        v3_process_data data{
+            V3_REALTIME, sampleSize,
+            frames,      2,
+            1,           in,
+            &out,        moves == nullptr ? nullptr : As<v3_param_changes>(&moves->list),
+            nullptr,     nullptr,
+            nullptr,     nullptr};
         const ClapHost::Trap trap;
         v3_cpp_obj(processor)->process(processor, &data);
     }
