@@ -93,19 +93,6 @@ TEST(StepSequencerGranularTest, ARestartBeginsThePatternOrGoesToItsPlaceInTheSon
     EXPECT_EQ(pattern.Next(3), (Steps{4, 5, 6}));
 }
 
-TEST(StepSequencerGranularTest, AShorterPatternGoesOnFromItsLastStep) {
-    const auto lowered = [](StepLoop loop, size_t ticks) {
-        Pattern pattern(loop, 8);
-        EXPECT_EQ(pattern.Next(ticks).back(), 6);
-        pattern.SetSteps(4);
-        return pattern.Next(6);
-    };
-    EXPECT_EQ(lowered(kForward, 7), (Steps{0, 1, 2, 3, 0, 1}));
-    EXPECT_EQ(lowered(kBackward, 2), (Steps{2, 1, 0, 3, 2, 1}));
-    EXPECT_EQ(lowered(kBackAndForth, 7), (Steps{3, 2, 1, 0, 0, 1}));   // going up
-    EXPECT_EQ(lowered(kBackAndForth, 10), (Steps{2, 1, 0, 0, 1, 2}));  // going down
-}
-
 TEST(StepSequencerGranularTest, RandomStepsFollowTheXorshift) {
     const FixedClock clock(123456789);
     Pattern pattern(kRandom, 11);

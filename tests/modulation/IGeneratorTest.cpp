@@ -29,17 +29,6 @@ public:
 
 using Rig = GeneratorRig<BareClock>;
 
-struct Clock : Rig {
-    /// Synced, the rate is an entry of the table of rates: 3 is a whole note, four quarter notes a
-    /// cycle. Free, it is in hertz.
-    Clock(IGenerator::RunMode mode, bool synced, float clockRate) : Rig(kRate, kBlock, "Clock") {
-        Set(IGenerator::Mode, static_cast<float>(mode));
-        module.Reset(true);
-        Set(IGenerator::MidiSync, synced ? 1.0f : 0.0f);
-        Set(synced ? IGenerator::RateSynced : IGenerator::RateUnSynced, clockRate);
-    }
-};
-
 double Frac(double x) { return x - std::floor(x); }
 /// Distance of two phases, the short way round.
 double Apart(double a, double b) {
@@ -292,17 +281,6 @@ TEST(IGeneratorTest, FollowsAPlainClockThroughRandomScenarios) {
         complete += Scenario(seed).Run(300) ? 1 : 0;
     }
     EXPECT_GT(complete, 480u);
-}
-
-TEST(IGeneratorTest, RateRowIsReadSampleBySampleAndEndsWithTheTable) {
-    Clock clock(IGenerator::kLoop, true, 0.0f);
-    clock.Modulate(0, 0.0f);
-    for (uint32_t i = 0; i < kBlock; ++i)
-        clock.Row(0)[i] = static_cast<float>(i) / 40.0f;
-    clock.Block();
-    for (uint32_t i = 0; i < kBlock; ++i)
-        EXPECT_EQ(clock.module.RateBuffer()[i],
-                  std::exp2(3.0f - std::floor(std::min(9.0f * clock.Row(0)[i], 8.0f))));
 }
 
 /// What a generator gives under a standing transport, in blocks of full or of random length.

@@ -1,4 +1,4 @@
-#include "primitives/SmootherInterpLPF.h"
+#include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
 #include "support/PlainParts.h"
 
@@ -43,30 +43,6 @@ TEST(SmootherTest, SlewLimiterTakesEqualStepsAndLandsOnTheTarget) {
     }
     smoother.SetTarget(0.1f);  // state is held in single precision
     EXPECT_EQ(static_cast<double>(smoother.Tick()), smoother.current);
-}
-
-TEST(SmootherTest, RampedLowPassFollowsAPlainModelFromWhereTheLastRampStands) {
-    Dice dice(4);
-    auto smoother = Make<SmootherInterpLPF>(0.002);
-    RampedPole plain{48000.0, 0.002};
-    for (uint32_t round = 0; round < 300; ++round) {
-        const auto steps = std::array{1u, 4u, 6u, 48u}[dice.Below(4)];
-        const uint32_t count = 1 + dice.Below(60);
-        const auto to = static_cast<float>(dice.Below(10000));
-        smoother.rampSteps = steps;
-        smoother.SetTarget(to);
-        std::vector<float> found(count);
-        if (round % 2 == 0)
-            smoother.FillBlock(found.data(), count);
-        else
-            std::generate(found.begin(), found.end(), [&] { return smoother.Tick(); });
-        const std::vector<double> wanted = plain.Run(to, count, steps);
-        for (uint32_t i = 0; i < count; ++i)
-            ASSERT_NEAR(found[i], wanted[i], 2e-3) << round << ", " << i;
-    }
-    for (int n = 0; n < 1000; ++n)
-        smoother.Tick();
-    EXPECT_TRUE(smoother.IsAtRest());
 }
 
 }  // namespace

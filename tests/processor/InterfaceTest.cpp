@@ -92,32 +92,6 @@ TEST(InterfaceTest, SilentUntilInitialized) {
         EXPECT_EQ(channel, Channel(44, 0.0f));
 }
 
-TEST(InterfaceTest, NamesStandWhereTheyStood) {
-    ProcessorRig rig;
-    ParameterDescription description;
-    const std::vector<std::pair<uint32_t, const char*>> places{
-        {0, "MoteWeaver_GranularPhaseHelper_Mode"},
-        {71, "MoteWeaver_StepSequencerGranular_StepOnOff1"},
-        {92, "MoteWeaver_Pitch"},
-        {157, "MoteWeaver_GateSelection"},
-        {158, "EnvFollower_Attack"},
-        {850, "Function2_GateOut"},
-        {1195, "FX1_BypassUselessParam"},
-        {1319, "FX1_Flanger_Chorus_Feedback"},
-        {1534, "FX2_Flanger_Chorus_RateType"},
-        {1535, "Modulations_Dst1_Src1_Amount"},
-        {2864, "Modulations_Dst95_Src7_Activated"},
-        {2930, "Limiter_LookaheadTimeMs"},
-        {3012, "StepSeq_StepDev32"},
-        {3015, "Bypass"},
-        {3027, "FX1_Dry / Wet"},
-        {3151, "ToolTipText"}};
-    for (const auto& [index, name] : places) {
-        ASSERT_TRUE(rig.processor->GetParameterDescription(index, &description));
-        EXPECT_STREQ(description.name, name) << index;
-    }
-}
-
 TEST(InterfaceTest, BinaryParametersSayTheirSizes) {
     ProcessorRig rig;
     ParameterDescription description{};

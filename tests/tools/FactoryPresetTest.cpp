@@ -87,23 +87,6 @@ TEST_F(FactoryPresetTest, WhatTheyRouteIsHeard) {
         EXPECT_TRUE(sources.contains(source)) << source;
 }
 
-TEST_F(FactoryPresetTest, SlotsAreInUseAtEveryPlace) {
-    size_t users = 0;
-    std::set<std::string> places;
-    for (const Host::FactoryPreset& preset : Host::FactoryPresets()) {
-        const nlohmann::json parameters = nlohmann::json::parse(preset.json)["parameters"];
-        bool uses = false;
-        for (const std::string slot : {"FX1_", "FX2_"})
-            if (parameters.value(slot + "ModuleType", "None") != "None") {
-                places.insert(parameters.value(slot + "Position", "After Mix"));
-                uses = true;
-            }
-        users += uses ? 1 : 0;
-    }
-    EXPECT_GE(users, 10u);
-    EXPECT_EQ(places, (std::set<std::string>{"After Mix", "Feedback Loop", "Wet Signal"}));
-}
-
 TEST_F(FactoryPresetTest, SettingsGoAheadOfTheirRoutings) {
     const Channels plain = Render({"--preset", "two-hands"});
     for (const char* assignment : {"Modulations_Dst7_Src7_Amount=0.5",
