@@ -209,6 +209,16 @@ Parsed<Preset> PresetLibrary::Load(size_t number) {
     return read;
 }
 
+Parsed<Preset> PresetLibrary::LoadProgram(uint32_t program) {
+    Scan();
+    const auto entry = program < setList.size() ? Find(setList[program]) : std::nullopt;
+    if (entry)
+        return Load(*entry);
+    return {std::nullopt,
+            {{Issue::Severity::Error, std::string("Program ") + std::to_string(program + 1) +
+                                          " of the set list is empty."}}};
+}
+
 Parsed<Preset> PresetLibrary::ReadEntry(size_t number) const {
     if (number < entries.size() && !entries[number].IsFactory())
         return Read(entries[number].file, catalog);

@@ -48,26 +48,15 @@ void Caretaker::Look() {
                std::memory_order_relaxed);
 }
 
-/// A program that the set list does not have changes nothing.
 void Caretaker::LoadProgram(uint32_t program) {
-    // Other instances and programs may have changed presets and set list since the last time.
-    if (library != nullptr)
-        library->Scan();
-    else
+    if (library == nullptr)
         library = std::make_unique<Host::PresetLibrary>(
             Host::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder());
-    const auto& names = library->SetList();
-    const auto entry = program < names.size() ? library->Find(names[program]) : std::nullopt;
-    std::string problem =
-        std::string("Program ") + std::to_string(program + 1) + " of the set list is empty.";
-    if (entry) {
-        const auto read = library->Load(*entry);
-        if (read.value)
-            return instrument.LoadPreset(*read.value), void();
-        problem = read.issues.front().text;
-    }
-    if (tell)
-        tell(problem);
+    const auto read = library->LoadProgram(program);
+    if (read.value)
+        instrument.LoadPreset(*read.value);
+    else if (tell && !read.issues.empty())
+        tell(read.issues.front().text);
 }
 
 }  // namespace Quorvan::Plugins
