@@ -14,13 +14,11 @@ class Plain {
 public:
     Plain(O& source, float rate, uint32_t frames, const SeededClock& = SeededClock(1))
         : knobs(source),
-          stages{PlainPitchShift(rate, frames, prims::SeedFromClock()),
-                 PlainPitchShift(rate, frames, prims::SeedFromClock())},
+          stages{PlainPitchShift(knobs, rate, frames, prims::SeedFromClock()),
+                 PlainPitchShift(knobs, rate, frames, prims::SeedFromClock())},
           silence{Channel(frames), Channel(frames)} {
-        for (SmootherInterpLPF* smoother : {&wet, &loop}) {
-            smoother->rampSteps = frames;
-            SetUp(*smoother, rate, 1);
-        }
+        wet.rampSteps = loop.rampSteps = frames;
+        SetUp({&wet, &loop}, rate, 1);
     }
 
     void Reset(bool) {
@@ -73,23 +71,9 @@ private:
     Stereo RunStage(size_t stage, float feedback, const Stereo& in) {
         const float shift = knobs.Get(O::PitchShift, 7), detune = knobs.Get(O::Detune, 10);
         const float partner = mode == 0 ? shift : mode == 1 ? 12.0f - shift : -12.0f - shift;
-        const PlainPitchShift::Settings s{
-            .stereo = knobs.IsOn(O::Stereo),
-            .delayMs = knobs.Get(O::DelayTimeMs, 3),
-            .note = static_cast<int>(knobs.Get(O::DelayTimeSynced, 3)),
-            .feedback = feedback,
-            .pitch = stage == 0 ? shift : partner,
-            .window = static_cast<int>(knobs.Get(O::Window)),
-            .sprayMs = knobs.Get(O::Spray, 8),
-            .highPassHz = knobs.Get(O::HPFreq, 5),
-            .lowPassHz = knobs.Get(O::LPFreq, 6),
-            .synced = knobs.IsOn(O::MidiSync),
-            .rateType = static_cast<int>(knobs.Get(O::RateSyncedType)),
-            .offsetMs = knobs.Get(O::DelayOffset, 9),
-            .detune = stage == 0 ? detune : -detune,
-            .modDelay = knobs.rows[3].has_value(),
-            .modOffset = knobs.rows[9].has_value()};
-        return stages[stage].Run(s, 120.0f, in);
+        if (stage == 0)
+            return stages[0].Run({feedback, shift, detune}, in);
+        return stages[1].Run({feedback, partner, -detune}, in);
     }
 
     int mode = 0;
