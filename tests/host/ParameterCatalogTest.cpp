@@ -273,26 +273,5 @@ TEST(ModulationNamesTest, EachNameIsThereOnceAndFindsItsRow) {
     EXPECT_NE(UnknownSource("LFO").find("Function 1"), std::string::npos);
 }
 
-TEST(ModulationNamesTest, NamesAgreeWithWhatTheRowsMove) {
-    ReadyEngine engine;
-    const auto target = [&](std::string_view destination) {
-        return Catalog()[TargetOfDestination(engine.GetProcessor(), *FindDestination(destination))]
-            .name;
-    };
-    const char* const targets[][2] = {{"Pitch", "MoteWeaver_Pitch"},
-                                      {"Spray", "MoteWeaver_Spray"},
-                                      {"Random Layers", "MoteWeaver_RandomLayers"},
-                                      {"Function 3 Scale", "Function3_Scale"},
-                                      {"FX1 Filter Freq", "FX1_MultiModeFilter_Freq"},
-                                      {"FX2 Octaver Detune", "FX2_OctaverDelay_Detune"},
-                                      {"FX1 Tape Echo Input", "FX1_TapeEcho_InputVolume"},
-                                      {"FX2 Flanger Feedback", "FX2_Flanger_Chorus_Feedback"},
-                                      {"Grain Size", "MoteWeaver_GrainSizeAbsolute"}};
-    for (const auto& [destination, parameter] : targets)
-        EXPECT_EQ(target(destination), parameter);
-    engine.Restore(std::array{Set("MoteWeaver_GranularMode", "Texture")});
-    EXPECT_EQ(target("Grain Size"), "MoteWeaver_TextureSizeAbsolute");
-}
-
 }  // namespace
 }  // namespace Quorvan::Host

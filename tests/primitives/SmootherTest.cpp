@@ -8,7 +8,7 @@ namespace {
 template <class S>
 S Make(double seconds, float rate = 48000.0f, uint32_t stepLength = 1) {
     S smoother(seconds);
-    SetUp(smoother, rate, stepLength);
+    SetUp({&smoother}, rate, stepLength);
     return smoother;
 }
 

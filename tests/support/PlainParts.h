@@ -1,5 +1,6 @@
 #pragma once
 
+#include "primitives/Smoother.h"
 #include "support/Test.h"
 
 // Building blocks of plain models: as the formulas have them, without rings and without anything
@@ -107,11 +108,26 @@ struct RampedPole {
     }
 };
 
-template <class S>
-void SetUp(S& smoother, float rate, uint32_t stepLength) {
-    smoother.sampleRate = static_cast<double>(rate);
-    smoother.stepLength = stepLength;
-    smoother.UpdateCoefficients();
+inline void SetUp(std::initializer_list<dsp::Smoother*> all, float rate, uint32_t stepLength) {
+    for (dsp::Smoother* const smoother : all) {
+        smoother->sampleRate = static_cast<double>(rate);
+        smoother->stepLength = stepLength;
+        smoother->UpdateCoefficients();
+    }
+}
+
+/// Seconds of a note that is 2^index 32nds long, and what its kind makes of it.
+inline float PlainNote(int index, float tempo) {
+    return 240.0f / tempo * std::ldexp(1.0f, index - 5);
+}
+inline float PlainKind(int type) { return type == 0 ? 1.0f : type == 1 ? 0.6666667f : 1.5f; }
+
+/// The step of a clock's cycle in an order that has run since cycle 0. A turn takes one cycle
+/// without moving.
+inline int32_t PlainStep(int32_t loop, int32_t cycle, int32_t steps) {
+    const int32_t within = cycle % steps;
+    const bool down = loop == 1 || (loop == 2 && cycle / steps % 2 == 1);
+    return down ? steps - 1 - within : within;
 }
 
 /// Of markers by age: the lowest one at or above the position, or the lowest of all, behind the one

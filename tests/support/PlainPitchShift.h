@@ -1,41 +1,32 @@
 #pragma once
 
+#include "effects/OctaverDelay.h"
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
-#include "support/ModuleRig.h"
 #include "support/PlainParts.h"
+#include "support/SideBySide.h"
 
 namespace Quorvan::test {
 
-/// Plain model of a pitch-shifting delay, sample by sample, on lines without an end.
+/// Plain model of one pitch-shifting stage, sample by sample, on lines without an end.
 class PlainPitchShift {
 public:
-    struct Settings {
-        bool stereo = true;
-        float delayMs = 1.0f;
-        int note = 0;
-        float feedback = 0.0f, pitch = -24.0f;
-        int window = 0;
-        float sprayMs = 0.0f, highPassHz = 20.0f, lowPassHz = 250.0f;
-        bool synced = false;
-        int rateType = 0;
-        float offsetMs = -20.0f, detune = -100.0f;
-        bool modDelay = false, modOffset = false;
+    using O = dsp::OctaverDelay;
+    /// What the two stages of the effect don't share.
+    struct Part {
+        float feedback = 0.0f, pitch = -24.0f, detune = -100.0f;
     };
 
-    PlainPitchShift(float sampleRate, uint32_t blockFrames, uint32_t seed)
-        : rate(sampleRate), frames(blockFrames), random(seed) {
-        for (Voice& c : channels) {
-            for (dsp::SmootherLPF* smoother : {&c.pitch, &c.span, &c.slowSpan, &c.overlap})
-                SetUp(*smoother, rate, 1);
-        }
+    PlainPitchShift(PlainKnobs<O>& shared, float sampleRate, uint32_t blockFrames, uint32_t seed)
+        : knobs(shared), rate(sampleRate), frames(blockFrames), random(seed) {
+        for (Voice& c : channels)
+            SetUp({&c.pitch, &c.span, &c.slowSpan, &c.overlap}, rate, 1);
         mix.rampSteps = frames;
-        SetUp(mix, rate, 1);
+        SetUp({&mix}, rate, 1);
         high.range = 9980.0;
         low.range = 19750.0;
-        SetUp(high, rate, frames);
-        SetUp(low, rate, frames);
+        SetUp({&high, &low}, rate, frames);
     }
 
     void Reset() {
@@ -49,27 +40,30 @@ public:
     }
 
     /// One block. In mono the right output is silent.
-    Stereo Run(const Settings& s, float newTempo, const Stereo& in) {
-        if (due)
-            Snap(s);
-        due = false;
-        now = s;
-        const float d = s.detune * 0.005f;
-        channels[0].pitch.SetTarget(s.pitch - d);
-        channels[1].pitch.SetTarget(s.pitch + d);
+    Stereo Run(const Part& own, const Stereo& in) {
+        if (std::exchange(due, false))
+            Snap(own);  // at the switches of the block before
+        feedback = own.feedback;
+        isStereo = knobs.IsOn(O::Stereo);
+        isSynced = knobs.IsOn(O::MidiSync);
+        type = static_cast<int>(knobs.Get(O::RateSyncedType));
+        const float d = own.detune * 0.005f;
+        channels[0].pitch.SetTarget(own.pitch - d);
+        channels[1].pitch.SetTarget(own.pitch + d);
         mix.SetTarget(std::min(std::abs(d * 100.0f), 1.0f));
-        const float wanted = std::clamp(Time(s), 0.001f * rate, 4.02f * rate);
+        const float wanted = std::clamp(Time(), 0.001f * rate, 4.02f * rate);
         const bool delayMoves = Fill(delay, wanted, std::max(double{wanted} * 1e-12, 1e-15));
-        const bool offsetMoves = Fill(offset, rate * 0.001f * 0.5f * s.offsetMs, 1e-20);
-        high.SetTarget(s.highPassHz);
-        low.SetTarget(s.lowPassHz);
+        const bool offsetMoves =
+            Fill(offset, rate * 0.001f * 0.5f * knobs.Get(O::DelayOffset, 9), 1e-20);
+        high.SetTarget(knobs.Get(O::HPFreq, 5));
+        low.SetTarget(knobs.Get(O::LPFreq, 6));
         const float highHz = high.Tick(), lowHz = low.Tick();
         for (Voice& c : channels) {
             c.highPass.FlatHighPass(highHz, rate);
             c.lowPass.FlatLowPass(lowHz, rate);
         }
-        tempo = newTempo;
-        const bool interpolate = s.modDelay || s.modOffset || delayMoves || offsetMoves;
+        tempo = 120.0f;
+        const bool interpolate = knobs.rows[3] || knobs.rows[9] || delayMoves || offsetMoves;
         Stereo out{Channel(in[0].size()), Channel(in[0].size())};
         for (size_t n = 0; n < in[0].size(); ++n)
             Sample(n, interpolate, in, out);
@@ -118,17 +112,17 @@ private:
         if (position >= e && 1.0f - position >= e)
             return 1.0f;
         const float t = position < e ? position : 1.0f - position;
-        if (now.window == 0)
+        const auto window = static_cast<int>(knobs.Get(O::Window));
+        if (window == 0)
             return 0.5f + 0.5f * PlainSine(Fraction(t * 0.5f / e + 0.75f) * 6.2831855f);
-        return now.window == 1 ? PlainSine(Fraction(t * 0.25f / e) * 6.2831855f) : t / e;
+        return window == 1 ? PlainSine(Fraction(t * 0.25f / e) * 6.2831855f) : t / e;
     }
 
-    float Time(const Settings& s) const {
-        if (!s.synced)
-            return s.delayMs * (rate * 0.001f);
-        const float notes[] = {0.03125f, 0.0625f, 0.125f, 0.25f, 0.5f, 1.0f, 2.0f, 4.0f, 8.0f};
-        const float t = std::clamp(240.0f / tempo * notes[s.note], 0.0001f, 4.0f);
-        return t * (s.rateType == 0 ? 1.0f : s.rateType == 1 ? 0.6666667f : 1.5f) * rate;
+    float Time() {
+        if (!isSynced)
+            return knobs.Get(O::DelayTimeMs, 3) * (rate * 0.001f);
+        const float note = PlainNote(static_cast<int>(knobs.Get(O::DelayTimeSynced, 3)), tempo);
+        return std::clamp(note, 0.0001f, 4.0f) * PlainKind(type) * rate;
     }
 
     /// Fills values; answers whether the glide is still under way behind them.
@@ -144,27 +138,24 @@ private:
         return glide.current != glide.target;
     }
 
-    void Snap(const Settings& s) {
-        Settings old = s;
-        old.synced = now.synced;
-        old.rateType = now.rateType;
-        delay.current = static_cast<double>(Time(old));
+    void Snap(const Part& own) {
+        delay.current = static_cast<double>(Time());
         offset.current = offset.target;
-        high.Reset(s.highPassHz);
-        low.Reset(s.lowPassHz);
-        const float d = s.detune * 0.005f;
+        high.Reset(knobs.Get(O::HPFreq, 5));
+        low.Reset(knobs.Get(O::LPFreq, 6));
+        const float d = own.detune * 0.005f;
         mix.Reset(std::min(std::abs(d * 100.0f), 1.0f));
         for (Voice& c : channels) {
             c.highPass.Clear();
             c.lowPass.Clear();
-            const float pitch = &c == &channels[0] ? s.pitch - d : s.pitch + d;
+            const float pitch = &c == &channels[0] ? own.pitch - d : own.pitch + d;
             c.pitch.Reset(pitch);
             Apply(c, pitch, [](dsp::Smoother& smoother, float v) { smoother.Reset(v); });
         }
     }
 
     void Sample(size_t n, bool interpolate, const Stereo& in, Stereo& out) {
-        const size_t count = now.stereo ? 2 : 1;
+        const size_t count = isStereo ? 2 : 1;
         std::array<float, 2> delayed{}, shifted{};
         bool moves = interpolate;
         for (size_t c = 0; c < count; ++c)
@@ -189,7 +180,7 @@ private:
         for (size_t c = 0; c < count; ++c) {
             channels[c].recent.Write(delayed[c]);
             const float z = channels[c].lowPass.Run(channels[c].highPass.Run(shifted[c]));
-            channels[c].main.Write(z * now.feedback + in[c][n]);
+            channels[c].main.Write(z * feedback + in[c][n]);
             out[c][n] = z;
         }
     }
@@ -208,7 +199,7 @@ private:
     void Place(Voice& c, float r1, float r2) {
         const float x = c.overlap.Tick(), u = Unit(c.sawA), shift = std::abs(c.p);
         const auto spray = [&](float r) {
-            return r * (rate * 0.001f * now.sprayMs) * shift / (shift + 0.01f);
+            return r * (rate * 0.001f * knobs.Get(O::Spray, 8)) * shift / (shift + 0.01f);
         };
         if (c.p >= 0.0f ? c.last < u : c.last > u)
             c.sprayA = spray(r1);
@@ -222,11 +213,13 @@ private:
         c.gainB = Gain(std::clamp((1.0f - x) * c.sawB + x, 0.0f, 1.0f), x);
     }
 
+    PlainKnobs<O>& knobs;
     float rate;
     uint32_t frames;
     uint32_t random;
-    Settings now{.synced = true};
-    bool due = true;
+    bool due = true, isStereo = true, isSynced = true;
+    int type = 0;
+    float feedback = 0.0f;
     float tempo = 100.0f;
     Glide delay, offset;
     std::array<Voice, 2> channels;

@@ -25,14 +25,12 @@ public:
               return prims::SeedFromClock();
           }()),
           follower("Follower") {
-        for (dsp::SmootherInterpLPF* s : {&intensity, &width, &apart, &input, &wet}) {
+        for (dsp::SmootherInterpLPF* s : {&intensity, &width, &apart, &input, &wet})
             s->rampSteps = frames;
-            SetUp(*s, rate, 1);
-        }
+        SetUp({&intensity, &width, &apart, &input, &wet}, rate, 1);
         high.range = 9980.0;
         low.range = 19750.0;
-        SetUp(high, rate, frames);
-        SetUp(low, rate, frames);
+        SetUp({&high, &low}, rate, frames);
         follower.SetParameterValue(dsp::EnvFollower::Attack, 0.001f);
         follower.SetParameterValue(dsp::EnvFollower::Release, 0.5f);
         follower.Setup(rate, frames);
@@ -122,11 +120,8 @@ private:
         const auto type = static_cast<int>(knobs.Get(E::DelayTimeType));
         float base = (time + fine) * (rate * 0.001f);
         if (type != 0) {
-            const float notes = 0.03125f * std::exp2(std::floor(note));
-            const float t =
-                std::clamp(60.0f / tempo * notes * 4.0f, 0.01f, 4.0f) * (type == 2   ? 0.6666667f
-                                                                         : type == 3 ? 1.5f
-                                                                                     : 1.0f);
+            const float t = std::clamp(PlainNote(static_cast<int>(note), tempo), 0.01f, 4.0f) *
+                            PlainKind(type - 1);
             base = (t + fine * 0.001f) * rate;
         }
         return {std::clamp(base, 0.01f * rate, 4.0f * rate),

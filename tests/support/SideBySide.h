@@ -45,6 +45,29 @@ struct EffectRig : ModuleRig<M> {
     float rate;
 };
 
+/// Seconds after which a rested echo gives an impulse back, left and right: the middles of the
+/// energy.
+template <class M>
+std::array<double, 2> EchoSeconds(EffectRig<M>& rig) {
+    const auto second = static_cast<size_t>(rig.rate);
+    for (int times = 0; times < 2; ++times) {  // switches and tempo are told, glides end
+        rig.Run({Channel(2 * second), Channel(2 * second)});
+        rig.module.Reset(true);
+    }
+    const Stereo echo = rig.Run(Impulse(5 * second));
+    std::array<double, 2> middles{};
+    for (size_t c = 0; c < 2; ++c) {
+        double energy = 0.0, moment = 0.0;
+        for (size_t i = 0; i < echo[c].size(); ++i) {
+            const double power = double{echo[c][i]} * double{echo[c][i]};
+            energy += power;
+            moment += power * static_cast<double>(i);
+        }
+        middles[c] = moment / energy / static_cast<double>(rig.rate);
+    }
+    return middles;
+}
+
 /// The settings of a plain model: read off the parameter records of the module that it is held
 /// against, and moved by modulation rows.
 template <class M>
