@@ -86,8 +86,8 @@ py::array_t<float> Stream::Process(const py::object& sound, const py::object& si
                 out[c] = output.rows[c] + at;
             const auto frames = static_cast<uint32_t>(std::min(kPiece, input.Frames() - at));
             engine->Process({.inputs = in.data(),
-                             .sideChain = side ? key.data() : nullptr,
                              .outputs = out.data(),
+                             .sideChain = side ? key.data() : nullptr,
                              .frames = frames});
         }
         engineSeconds +=
