@@ -123,10 +123,14 @@ void RegisterGrains() {
                             shape, "shape", right, "right", reversed, "reversed");
 }
 
-py::dict Render(const py::object& sound, const RenderWish& wish) {
+py::dict Render(const py::object& sound, const py::object& sideChain, const RenderWish& wish) {
     const ArrayView input(sound);
+    const std::optional<ArrayView> side =
+        sideChain.is_none() ? std::nullopt : std::optional<ArrayView>(sideChain);
     Host::Preset preset = LoadSound(wish.preset);
-    const Tools::RenderSettings settings = SettingsOf(wish, preset);
+    Tools::RenderSettings settings = SettingsOf(wish, preset);
+    if (side)
+        settings.sideChain = "sidechain";  // for the sentences
     Tools::Automation automation;
     if (!wish.automationFile.empty())
         automation = Tools::Automation::Load(wish.automationFile, settings.meter);
@@ -141,13 +145,17 @@ py::dict Render(const py::object& sound, const RenderWish& wish) {
         Tools::RenderRun run(settings, std::move(preset), std::move(automation), Catalog(),
                              summary);
         run.Plan(wish.sampleRate);
-        run.Prepare(input.Count(), wish.mono ? 1 : 2, 0, wish.showsModulation);
+        run.Prepare(input.Count(), wish.mono ? 1 : 2, side ? side->Count() : 0,
+                    wish.showsModulation);
         run.Start();
         run.GetEngine().AddListener(grains);
         if (wish.showsModulation)
             run.GetEngine().AddListener(modulation);
         ArraySource source(input, wish.sampleRate);
-        run.Run(source, nullptr, {&output}, [](uint64_t) {});
+        std::optional<ArraySource> sideSource;
+        if (side)
+            sideSource.emplace(*side, wish.sampleRate);
+        run.Run(source, sideSource ? &*sideSource : nullptr, {&output}, [](uint64_t) {});
     }
     py::dict result;
     result["audio"] = ArrayOf(output);
