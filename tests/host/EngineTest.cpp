@@ -75,9 +75,10 @@ struct BlockNotes : EngineListener {
 TEST(EngineTest, WritesLandWithTheBlockThatHoldsTheirFrame) {
     ReadyEngine engine;  // blocks of 44 frames
     BlockNotes notes(engine, IndexOf("Macro 1"));
-    EXPECT_TRUE(engine.WriteAt(44 * 3, notes.index, 0.1f));       // first frame of block 3
-    EXPECT_TRUE(engine.WriteAt(44 * 6 - 1, notes.index, 0.2f));   // last frame of block 5
-    EXPECT_TRUE(engine.WriteAt(44 * 8 + 9, notes.index, 0.35f));  // later of two in block 8
+    EXPECT_TRUE(engine.WriteAt(44 * 3, notes.index, 0.1f));      // first frame of block 3
+    EXPECT_TRUE(engine.WriteAt(44 * 6 - 1, notes.index, 0.2f));  // last frame of block 5
+    EXPECT_TRUE(engine.WriteAt(44 * 8 + 9, notes.index, 0.32f));
+    EXPECT_TRUE(engine.WriteAt(44 * 8 + 9, notes.index, 0.35f));  // the last of three in block 8
     EXPECT_TRUE(engine.WriteAt(44 * 8 + 2, notes.index, 0.3f));
     engine.Run(Silence(44 * 10 + 20), 100);
     const std::vector<float> expected{0.0f, 0.0f, 0.0f, 0.1f, 0.1f, 0.2f, 0.2f, 0.2f, 0.35f, 0.35f};
