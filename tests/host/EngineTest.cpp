@@ -50,6 +50,17 @@ TEST(EngineTest, BuffersMayShareMemoryAndChannelsMayBeMissing) {
         ASSERT_NEAR(shared[i], input[i - latency], 1e-6f) << i;
 }
 
+TEST(EngineTest, NumbersThatAreNoneBecomeSilenceAndAreCounted) {
+    ReadyEngine clean(AudibleSettings()), dirty(AudibleSettings());
+    StereoSignal silenced = NoiseInput(4000), broken = silenced;
+    for (size_t i = 0; i < 9; ++i) {
+        broken[i % 2][100 + 300 * i] = std::array{NAN, INFINITY, -INFINITY}[i % 3];
+        silenced[i % 2][100 + 300 * i] = 0.0f;
+    }
+    EXPECT_EQ(dirty.Run(broken, 64), clean.Run(silenced, 64));
+    EXPECT_EQ(dirty.Counts().badInputs, 9u);
+}
+
 TEST(EngineTest, ASeedLeavesTheClockToOthers) {
     Engine engine(1);
     EXPECT_EQ(prims::ReplaceClock(nullptr), nullptr);
