@@ -46,8 +46,11 @@ TEST(DelayTest, OnlyRowsThatMoveTheDelayMakeItReadBetweenSamples) {
             Rig rig;
             PlainDelay model(rig.module, rig.rate, BlockOf(rig.rate));
             SideBySide pair(rig, model, rig.rate);
-            for (const auto& [id, value] :
-                 {std::pair{D::DelayTimeMs, 17.777f}, {D::HPFreq, 200.0f}, {D::StereoMode, mode}})
+            for (const auto& [id, value] : {std::pair{D::DelayTimeMs, 17.777f},
+                                            {D::Wet, 1.0f},
+                                            {D::HPFreq, 200.0f},
+                                            {D::LPFreq, 20000.0f},
+                                            {D::StereoMode, mode}})
                 rig.Set(id, value);
             pair.Modulate(channel, 0.0f);
             EXPECT_LT(pair.WorstError(1600, [](uint32_t) {}), 5.0e-5f) << channel << ", " << mode;

@@ -50,6 +50,17 @@ TEST(EngineTest, BuffersMayShareMemoryAndChannelsMayBeMissing) {
         ASSERT_NEAR(shared[i], input[i - latency], 1e-6f) << i;
 }
 
+TEST(EngineTest, NumbersThatAreNoneBecomeSilenceAndAreCounted) {
+    ReadyEngine clean(AudibleSettings()), dirty(AudibleSettings());
+    StereoSignal silenced = NoiseInput(4000), broken = silenced;
+    for (size_t i = 0; i < 9; ++i) {
+        broken[i % 2][100 + 300 * i] = std::array{NAN, INFINITY, -INFINITY}[i % 3];
+        silenced[i % 2][100 + 300 * i] = 0.0f;
+    }
+    EXPECT_EQ(dirty.Run(broken, 64), clean.Run(silenced, 64));
+    EXPECT_EQ(dirty.Counts().badInputs, 9u);
+}
+
 TEST(EngineTest, ASeedLeavesTheClockToOthers) {
     Engine engine(1);
     EXPECT_EQ(prims::ReplaceClock(nullptr), nullptr);
@@ -75,9 +86,10 @@ struct BlockNotes : EngineListener {
 TEST(EngineTest, WritesLandWithTheBlockThatHoldsTheirFrame) {
     ReadyEngine engine;  // blocks of 44 frames
     BlockNotes notes(engine, IndexOf("Macro 1"));
-    EXPECT_TRUE(engine.WriteAt(44 * 3, notes.index, 0.1f));       // first frame of block 3
-    EXPECT_TRUE(engine.WriteAt(44 * 6 - 1, notes.index, 0.2f));   // last frame of block 5
-    EXPECT_TRUE(engine.WriteAt(44 * 8 + 9, notes.index, 0.35f));  // later of two in block 8
+    EXPECT_TRUE(engine.WriteAt(44 * 3, notes.index, 0.1f));      // first frame of block 3
+    EXPECT_TRUE(engine.WriteAt(44 * 6 - 1, notes.index, 0.2f));  // last frame of block 5
+    EXPECT_TRUE(engine.WriteAt(44 * 8 + 9, notes.index, 0.32f));
+    EXPECT_TRUE(engine.WriteAt(44 * 8 + 9, notes.index, 0.35f));  // the last of three in block 8
     EXPECT_TRUE(engine.WriteAt(44 * 8 + 2, notes.index, 0.3f));
     engine.Run(Silence(44 * 10 + 20), 100);
     const std::vector<float> expected{0.0f, 0.0f, 0.0f, 0.1f, 0.1f, 0.2f, 0.2f, 0.2f, 0.35f, 0.35f};

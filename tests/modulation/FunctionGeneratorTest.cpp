@@ -133,10 +133,11 @@ TEST(FunctionGeneratorTest, SmoothBoundsTheStepByTheBlockLength) {
     function.module.Setup(48000.0f, 48);  // a second set-up is as good as the first
     function.Set(Function::Smooth, 1.0f);
     function.Forget();
-    function.Blocks(10);
-    for (uint32_t i = 0; i < 240; ++i) {
+    function.Blocks(15);
+    for (uint32_t i = 0; i < 240; ++i) {  // up to 0.8, and down
         ASSERT_EQ(function.outputs[0][i], 0.0f);
-        ASSERT_NEAR(function.outputs[0][240 + i], std::min(1.0, (i + 1) * 48.0 / 14400.0), 1e-5);
+        ASSERT_NEAR(function.outputs[0][240 + i], (i + 1) * 48.0 / 14400.0, 1e-5);
+        ASSERT_NEAR(function.outputs[0][480 + i], 0.8 - (i + 1) * 48.0 / 14400.0, 1e-5);
     }
 }
 

@@ -5,16 +5,10 @@
 namespace Quorvan::dsp {
 namespace {
 
-template <class S>
-S Make(double seconds, float rate = 48000.0f, uint32_t stepLength = 1) {
-    S smoother(seconds);
-    SetUp({&smoother}, rate, stepLength);
-    return smoother;
-}
-
 TEST(SmootherTest, LowPassFollowsItsExponentialAndArrives) {
     for (const uint32_t stepLength : {1u, 48u}) {
-        auto smoother = Make<SmootherLPF>(0.02, 48000.0f, stepLength);
+        SmootherLPF smoother(0.02);
+        test::SetUp({&smoother}, 48000.0f, stepLength);
         smoother.SetStartAndTarget(2.0f, -1.0f);
         const double ticksInTime = 0.02 * 48000.0 / stepLength;
         for (int n = 1; n <= 3 * static_cast<int>(ticksInTime); ++n)
@@ -28,9 +22,9 @@ TEST(SmootherTest, LowPassFollowsItsExponentialAndArrives) {
 }
 
 TEST(SmootherTest, SlewLimiterTakesEqualStepsAndLandsOnTheTarget) {
-    auto smoother = Make<SmootherSRL>(0.01, 1000.0f, 2);  // 5 ticks for a distance of 1
-    smoother.range = 2.0;                                 // and so 0.4 a tick
-    smoother.UpdateCoefficients();
+    SmootherSRL smoother(0.01);  // at 1 kHz 5 ticks of two samples for a distance of 1
+    smoother.range = 2.0;        // and so 0.4 a tick
+    test::SetUp({&smoother}, 1000.0f, 2);
     for (const float to : {1.0f, -0.9f}) {
         const float from = static_cast<float>(smoother.current);
         smoother.SetTarget(to);

@@ -99,7 +99,8 @@ private:
         if (!synced)
             return ms * Ms();
         for (int i = static_cast<int>(note);; --i) {
-            const float seconds = std::max(PlainNote(i, tempo), 0.0001f) * PlainKind(type);
+            const float straight = std::max(240.0f / tempo * std::ldexp(1.0f, i - 5), 0.0001f);
+            const float seconds = straight * std::array{1.0f, 0.6666667f, 1.5f}.at(size_t(type));
             if (i == 0 || seconds <= 4.0f)
                 return seconds * rate;
         }
