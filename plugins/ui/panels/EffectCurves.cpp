@@ -57,10 +57,8 @@ void DrawFilter(const EffectNow& now, Painter& painter, const Rect& inner) {
     const uint32_t mode = now.Choice(0), stages = now.Choice(3) + 1;
     const double corner = now.values[1], q = now.values[2];
     const double depth = static_cast<double>(Filter::kDeepestComb) * now.positions[2];
-    const double even =
-        static_cast<double>(Filter::OutputGain(static_cast<int32_t>(mode),
-                                               static_cast<int32_t>(stages),
-                                               static_cast<float>(q)));
+    const double even = static_cast<double>(Filter::OutputGain(
+        static_cast<int32_t>(mode), static_cast<int32_t>(stages), static_cast<float>(q)));
     const double height = inner.height - 14.0;
     const auto y = [&](double decibels) {
         return inner.y + height * std::clamp((kTop - decibels) / kRange, 0.0, 1.0);
@@ -122,8 +120,7 @@ void DrawCompressor(const EffectNow& now, Painter& painter, const Rect& inner) {
         const double in = kQuietest * (1.0 - static_cast<double>(i) / (kPoints - 1));
         // The threshold counts behind the gains that go ahead.
         const double level = in + now.values[4] + now.values[6];
-        const auto change =
-            static_cast<double>(curve.GainDb(static_cast<float>(GainOf(level))));
+        const auto change = static_cast<double>(curve.GainDb(static_cast<float>(GainOf(level))));
         line.push_back(at(in, in + now.values[4] + change + makeup + now.values[5]));
     }
     painter.Path(line, Theme::kOn, 2.0);

@@ -13,12 +13,12 @@ namespace {
 
 constexpr Type kSmallDim{Theme::kSmall, Theme::kDim};
 constexpr size_t kMostEchoes = 24;
-constexpr double kFaint = 0.04;           // level of the last echo that is drawn
-constexpr double kLongestSynced = 4.0;    // seconds
-constexpr double kTapeLoopGain = 0.915;   // at an intensity of 100 %
-constexpr double kTapeWidest = 0.2;       // of the time, at full offset
-constexpr double kTapeShortest = 0.01;    // seconds of a synced tape
-constexpr double kLateVoice = 5.0;        // milliseconds of each voice behind the one before
+constexpr double kFaint = 0.04;          // level of the last echo that is drawn
+constexpr double kLongestSynced = 4.0;   // seconds
+constexpr double kTapeLoopGain = 0.915;  // at an intensity of 100 %
+constexpr double kTapeWidest = 0.2;      // of the time, at full offset
+constexpr double kTapeShortest = 0.01;   // seconds of a synced tape
+constexpr double kLateVoice = 5.0;       // milliseconds of each voice behind the one before
 
 struct Echo {
     double seconds = 0.0;
@@ -28,7 +28,8 @@ struct Echo {
 
 double NoteSeconds(uint32_t note, double tempo) {
     return 240.0 / std::max(tempo, 1.0) *
-           static_cast<double>(dsp::kNoteValues[std::min<size_t>(note, dsp::kNoteValues.size() - 1)]);
+           static_cast<double>(
+               dsp::kNoteValues[std::min<size_t>(note, dsp::kNoteValues.size() - 1)]);
 }
 
 double TypeFactor(uint32_t type) { return type == 2 ? 2.0 / 3.0 : type == 3 ? 1.5 : 1.0; }
@@ -91,7 +92,8 @@ void DrawEchoes(Painter& painter, const Rect& inner, const std::vector<Echo>& ec
         const double x = inner.x + inner.width * echo.seconds / span;
         if (x > inner.Right())
             continue;
-        const double up = reach * std::min(1.0, echo.left), down = reach * std::min(1.0, echo.right);
+        const double up = reach * std::min(1.0, echo.left),
+                     down = reach * std::min(1.0, echo.right);
         painter.Fill({x - 1.0, middle - up, 2.5, up}, Theme::kOn);
         painter.Fill({x - 1.0, middle + 1.0, 2.5, down}, Theme::kOn.Faded(0.7));
     }
@@ -146,8 +148,8 @@ void DrawVoices(Painter& painter, const Rect& inner, double delay, double depth,
                 const double round = static_cast<double>(i) / (kPoints - 1);
                 const double phase = round + static_cast<double>(voice) / voices + 0.25 * side;
                 const double ms = delay + depth * swing(phase) + kLateVoice * voice;
-                line.push_back({inner.x + inner.width * round,
-                                inner.Bottom() - inner.height * ms / longest});
+                line.push_back(
+                    {inner.x + inner.width * round, inner.Bottom() - inner.height * ms / longest});
             }
             painter.Path(line, Theme::kOn.Faded(side == 0 ? 1.0 : 0.45), side == 0 ? 2.0 : 1.5);
         }
@@ -178,8 +180,7 @@ void DrawTapeEcho(const EffectNow& now, Painter& painter, const Rect& inner) {
 
 /// In the octave modes a second shifter makes up every other echo to the octave.
 void DrawOctaver(const EffectNow& now, Painter& painter, const Rect& inner) {
-    const double seconds =
-        std::max(0.001, EchoSeconds(now.Choice(0), now.values[1], now.tempo));
+    const double seconds = std::max(0.001, EchoSeconds(now.Choice(0), now.values[1], now.tempo));
     const double shift = now.values[3] + 0.01 * now.values[5];
     const double octave = now.Choice(4) == 1 ? 12.0 : -12.0;
     std::vector<Echo> echoes;
@@ -207,8 +208,8 @@ void DrawOctaver(const EffectNow& now, Painter& painter, const Rect& inner) {
 }
 
 void DrawSway(const EffectNow& now, Painter& painter, const Rect& inner) {
-    DrawVoices(painter, inner, now.values[0], now.values[1],
-               std::max(1u, now.Choice(2)), now.Choice(3) != 0, now.Choice(4) == 1);
+    DrawVoices(painter, inner, now.values[0], now.values[1], std::max(1u, now.Choice(2)),
+               now.Choice(3) != 0, now.Choice(4) == 1);
 }
 
 /// The delay that is set is the shortest one.
@@ -229,8 +230,7 @@ void DrawReverb(const EffectNow& now, Painter& painter, const Rect& inner) {
     const double keep = std::clamp(0.01 * now.values[0], 1e-3, 0.9999);
     const double damp = 0.01 * now.values[3];
     const double treble =
-        (1.0 - damp) /
-        std::abs(1.0 - std::polar(damp, -2.0 * std::numbers::pi * kTreble / rate));
+        (1.0 - damp) / std::abs(1.0 - std::polar(damp, -2.0 * std::numbers::pi * kTreble / rate));
     const bool frozen = now.Choice(4) != 0;
     const double fall = frozen ? 0.0 : 20.0 * std::log10(keep) / half;  // decibels a second
     const double fallAbove = frozen ? 0.0 : 20.0 * std::log10(std::max(keep * treble, 1e-4)) / half;
@@ -240,8 +240,11 @@ void DrawReverb(const EffectNow& now, Painter& painter, const Rect& inner) {
         return Point{inner.x + inner.width * seconds / span,
                      inner.y + inner.height * std::clamp(-decibels / kRange, 0.0, 1.0)};
     };
-    const auto end = [&](double slope) { return slope == 0.0 ? span : now.values[2] - kRange / slope; };
-    const std::vector<Point> line{at(now.values[2], 0.0), at(end(fall), fall == 0.0 ? 0.0 : -kRange)};
+    const auto end = [&](double slope) {
+        return slope == 0.0 ? span : now.values[2] - kRange / slope;
+    };
+    const std::vector<Point> line{at(now.values[2], 0.0),
+                                  at(end(fall), fall == 0.0 ? 0.0 : -kRange)};
     painter.Area(line, inner.Bottom(), Theme::kOn.Faded(0.15));
     painter.Path(line, Theme::kOn, 2.0);
     painter.Line(line.front(), at(end(fallAbove), fallAbove == 0.0 ? 0.0 : -kRange),
