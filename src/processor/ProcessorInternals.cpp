@@ -31,6 +31,10 @@ float DestinationValue(IProcessor& processor, uint32_t row) {
     return EffectOf(processor).DestDisplayValue(row);
 }
 
+float DestinationOffset(IProcessor& processor, uint32_t row) {
+    return EffectOf(processor).DestinationOffset(row);
+}
+
 void WatchStages(IProcessor& processor, bool watched) { EffectOf(processor).WatchStages(watched); }
 
 const StagePeaks& StagePeaksOf(IProcessor& processor) { return EffectOf(processor).Peaks(); }
