@@ -5,8 +5,8 @@
 
 namespace Quorvan::Tools {
 
-/// The weighting of ITU-R BS.1770 ahead of a loudness: a shelf for the head and a high-pass, for two
-/// channels side by side, which costs no more than one since each waits for its own past.
+/// The weighting of ITU-R BS.1770 ahead of a loudness: a shelf for the head and a high-pass, for
+/// two channels side by side, which costs no more than one since each waits for its own past.
 ///
 /// Method  the two analogue filters of the recommendation by the bilinear transform, so that rates
 ///         other than 48000 Hz have them too; transposed direct form
