@@ -3,8 +3,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <exception>
 #include <string>
 #include <vector>
@@ -48,7 +48,7 @@ public:
     }
 
     int Run() {
-        const auto began = std::chrono::steady_clock::now();
+        const std::clock_t began = std::clock();
         FaceCore face(instrument, presets);
         const int width = static_cast<int>(1280 * options.scale);
         const int height = static_cast<int>(800 * options.scale);
@@ -62,10 +62,9 @@ public:
         bool pointed = false;
         for (uint32_t picture = 0; picture * kFrame < options.seconds; ++picture) {
             const double now = picture * kFrame;
-            const auto before = std::chrono::steady_clock::now();
+            const std::clock_t before = std::clock();
             Play();
-            playing += std::chrono::duration<double>(std::chrono::steady_clock::now() - before)
-                           .count();
+            playing += Since(before);
             if (!pointed && now > options.seconds - 1.5)
                 pointed = Point(face);
             double spent = 0.0, area = 0.0;
@@ -75,9 +74,7 @@ public:
                 area += rect.width * rect.height;
             }
             if (times.empty())
-                opening = std::chrono::duration<double>(std::chrono::steady_clock::now() - began)
-                              .count() -
-                          playing;
+                opening = Since(began) - playing;
             times.push_back(spent);
             largest = std::max(largest, area / (width * height));
         }
@@ -132,6 +129,10 @@ private:
             face.Release(event);
         }
         return true;
+    }
+    /// Seconds of a core.
+    static double Since(std::clock_t then) {
+        return static_cast<double>(std::clock() - then) / CLOCKS_PER_SEC;
     }
     static void Tell(std::vector<double> times, double opening) {
         times.erase(times.begin(), times.begin() + 30);
