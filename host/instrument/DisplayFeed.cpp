@@ -95,6 +95,8 @@ void DisplayFeed::Publish(const BlockReport& report) {
     draft.time = report.firstFrame + report.frames;
     draft.transport = report.transport;
     NoteDestinations(*report.processor);
+    for (uint32_t i = 0; i < draft.functionPhases.size(); ++i)
+        draft.functionPhases[i] = Processor::FunctionPhase(*report.processor, i);
     ++draft.number;
     DisplayFrame& frame = pictures.Writing();
     ShowTape(granular, frame);

@@ -35,6 +35,10 @@ float DestinationOffset(IProcessor& processor, uint32_t row) {
     return EffectOf(processor).DestinationOffset(row);
 }
 
+float FunctionPhase(IProcessor& processor, uint32_t function) {
+    return EffectOf(processor).FunctionPhase(function);
+}
+
 void WatchStages(IProcessor& processor, bool watched) { EffectOf(processor).WatchStages(watched); }
 
 const StagePeaks& StagePeaksOf(IProcessor& processor) { return EffectOf(processor).Peaks(); }

@@ -27,6 +27,8 @@ float SourceValue(IProcessor& processor, uint32_t source);
 float DestinationValue(IProcessor& processor, uint32_t row);
 /// What the modulation adds to the row's position; 0 where none reaches it.
 float DestinationOffset(IProcessor& processor, uint32_t row);
+/// Where a function (0 to 2) reads its curve, 0..1.
+float FunctionPhase(IProcessor& processor, uint32_t function);
 /// Whether StagePeaksOf are kept, from the next block on; a little work in each block.
 void WatchStages(IProcessor& processor, bool watched);
 const StagePeaks& StagePeaksOf(IProcessor& processor);
