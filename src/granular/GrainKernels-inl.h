@@ -58,7 +58,7 @@ HWY_INLINE void Add(const float* envelope, float gain, uint32_t count, float* ou
 }
 
 void Mix(const float* envelope, const float* x, float gain, uint32_t count, float* out) {
-    Add(envelope, gain, count, out, [x]() mutable HWY_ATTR {
+    Add(envelope, gain, count, out, [&x]() HWY_ATTR {
         const Floats now = hn::LoadU(FloatTag(), x);
         x += LaneCount();
         return now;
@@ -68,7 +68,7 @@ void Mix(const float* envelope, const float* x, float gain, uint32_t count, floa
 void Play(const GrainKernels::ReadHead& head, const float* envelope, float gain, uint32_t count,
           float* out) {
     WithReader(head, count, [=](auto reader) HWY_ATTR {
-        Add(envelope, gain, count, out, [reader]() mutable HWY_ATTR { return reader.Next(); });
+        Add(envelope, gain, count, out, [&reader]() HWY_ATTR { return reader.Next(); });
     });
 }
 

