@@ -1,18 +1,20 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
-#include "tools/audio/KWeighting.h"
-
 namespace Quorvan::Tools {
 
-/// Peak and integrated loudness of a sound of one or two channels. Method: ITU-R BS.1770 as EBU R
-/// 128 gates it, over pieces of 400 ms that start every 100 ms.
+/// Peak and integrated loudness of a sound. Method: ITU-R BS.1770 as EBU R 128 gates it,
+/// libebur128.
 class LevelMeter {
 public:
     LevelMeter(double rate, uint32_t channels);
+    ~LevelMeter();
+    LevelMeter(const LevelMeter&) = delete;
+    LevelMeter& operator=(const LevelMeter&) = delete;
 
     void Add(const float* const* channels, size_t frames);
 
@@ -21,16 +23,11 @@ public:
     std::optional<double> Loudness() const;
 
 private:
-    void EndStep();
-
+    struct State;
+    std::unique_ptr<State> state;
     uint32_t channelCount;
-    size_t step;  ///< frames of 100 ms
-    KWeighting weighting;
+    std::vector<float> interleaved;
     float peak = 0.0f;
-    size_t filled = 0;           ///< frames of the present step
-    double energy = 0.0;         ///< of those
-    std::vector<double> recent;  ///< energies of the last steps, at most three
-    std::vector<double> powers;  ///< of all pieces above the absolute gate, mean squares
 };
 
 }  // namespace Quorvan::Tools

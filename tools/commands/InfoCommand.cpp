@@ -1,6 +1,7 @@
 #include "tools/commands/InfoCommand.h"
 
 #include <cairo.h>
+#include <ebur128.h>
 #include <sndfile.h>
 #include <soxr.h>
 
@@ -23,6 +24,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+std::string EbuVersion() {
+    int major = 0, minor = 0, patch = 0;
+    ebur128_get_version(&major, &minor, &patch);
+    return std::to_string(major) + "." + std::to_string(minor) + "." + std::to_string(patch);
+}
+
 Json Versions() {
     const std::unique_ptr<Processor::IProcessorFactory> factory(GetProcessorFactory());
     return {{"tesserae", TESSERAE_VERSION},
@@ -31,6 +38,7 @@ Json Versions() {
             {"sndfile", sf_version_string()},
             {"soxr", soxr_version()},
             {"cairo", cairo_version_string()},
+            {"ebur128", EbuVersion()},
             {"cli11", CLI11_VERSION},
             {"json", std::to_string(NLOHMANN_JSON_VERSION_MAJOR) + "." +
                          std::to_string(NLOHMANN_JSON_VERSION_MINOR) + "." +
