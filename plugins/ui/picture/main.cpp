@@ -79,7 +79,7 @@ public:
             largest = std::max(largest, area / (width * height));
         }
         if (options.time)
-            Tell(times, opening);
+            Tell(times, opening, face.Model().Frame().grainCount);
         const bool saved =
             cairo_surface_write_to_png(surface, options.output.c_str()) == CAIRO_STATUS_SUCCESS;
         cairo_destroy(context);
@@ -134,13 +134,13 @@ private:
     static double Since(std::clock_t then) {
         return static_cast<double>(std::clock() - then) / CLOCKS_PER_SEC;
     }
-    static void Tell(std::vector<double> times, double opening) {
+    static void Tell(std::vector<double> times, double opening, uint32_t grains) {
         times.erase(times.begin(), times.begin() + 30);
         std::sort(times.begin(), times.end());
         double sum = 0.0;
         for (const double each : times)
             sum += each;
-        std::printf("opens in %.1f ms\n", 1e3 * opening);
+        std::printf("opens in %.1f ms; %u grains at the end\n", 1e3 * opening, grains);
         std::printf("draws: mean %.2f ms, median %.2f ms, 99 %% below %.2f ms\n",
                     1e3 * sum / static_cast<double>(times.size()), 1e3 * times[times.size() / 2],
                     1e3 * times[times.size() * 99 / 100]);
