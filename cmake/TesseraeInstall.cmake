@@ -1,13 +1,14 @@
 # How libraries are put in place: shared ones without what a debugger wants, a pkg-config file for
 # each, and one CMake package for all.
 include(CMakePackageConfigHelpers)
+option(TESSERAE_INSTALL_STRIPPED "Install without what only a debugger wants" ON)
 set(tesseraePackageDir ${CMAKE_INSTALL_LIBDIR}/cmake/Tesserae)
 
 # tesserae_install_shared(TARGET): stripped; what a debugger wants lies in .debug beside it, where
 # gdb looks.
 function(tesserae_install_shared target)
     install(TARGETS ${target} EXPORT TesseraeTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-    if(NOT CMAKE_OBJCOPY OR NOT CMAKE_STRIP OR APPLE OR WIN32)
+    if(NOT TESSERAE_INSTALL_STRIPPED OR NOT CMAKE_OBJCOPY OR NOT CMAKE_STRIP OR APPLE OR WIN32)
         return()
     endif()
     install(CODE "
@@ -27,7 +28,7 @@ endfunction()
 # tesserae_strip_installed(FILE [COMPONENT]): a program or plug-in that the calls before this one have
 # installed, by its place below the prefix, loses what only a debugger wants.
 function(tesserae_strip_installed file)
-    if(NOT CMAKE_STRIP OR APPLE OR WIN32)
+    if(NOT TESSERAE_INSTALL_STRIPPED OR NOT CMAKE_STRIP OR APPLE OR WIN32)
         return()
     endif()
     set(component)
@@ -43,7 +44,7 @@ endfunction()
 # tesserae_install_static(TARGET): without its debug information, which an archive can't have apart.
 function(tesserae_install_static target)
     install(TARGETS ${target} EXPORT TesseraeTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-    if(NOT CMAKE_STRIP OR APPLE OR WIN32)
+    if(NOT TESSERAE_INSTALL_STRIPPED OR NOT CMAKE_STRIP OR APPLE OR WIN32)
         return()
     endif()
     install(CODE "

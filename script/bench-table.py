@@ -1,5 +1,6 @@
 """Prints Google Benchmark reports as one table: bench-table.py REPORT.json..."""
 import json
+import re
 import sys
 
 UNITS = {
@@ -12,7 +13,8 @@ UNITS = {
 # Counters in seconds, shown in nanoseconds.
 SECONDS = {"grain_sample": "ns/grain-sample", "frame": "ns/frame", "start": "ns/start"}
 SKIPPED = {"items_per_second", "bytes_per_second"}
-PLAIN = ("BM_Grains/", "BM_GrainsPlain/")
+# The grain loop's rows, one for each instruction set.
+GRAINS = re.compile(r"BM_Grains_\w+/")
 
 
 def counters(run):
@@ -31,8 +33,8 @@ def counters(run):
 
 def against_plain(run, runs):
     """How many times as fast the grain loop is as its plain form, where both were measured."""
-    plain = runs.get(run["name"].replace(*PLAIN, 1))
-    if plain is None or not run["name"].startswith(PLAIN[0]):
+    plain = runs.get(GRAINS.sub("BM_GrainsPlain/", run["name"], count=1))
+    if plain is None or plain is run:
         return []
     return [f"{plain['cpu_time'] / run['cpu_time']:.1f} x the plain form"]
 

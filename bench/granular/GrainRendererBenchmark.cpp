@@ -61,21 +61,25 @@ GrainCloud::Style StyleOf(const benchmark::State& state) {
             .frozen = state.range(3) != 0};
 }
 
-void BM_Grains(benchmark::State& state) {
-    Fast(state, StyleOf(state), state.range(2) != 0, dsp::GrainKernels::Best());
-}
-void BM_GrainsBaselineKernels(benchmark::State& state) {
-    Fast(state, StyleOf(state), state.range(2) != 0, dsp::GrainKernels::Baseline());
-}
 void BM_GrainsPlain(benchmark::State& state) { Plain(state, StyleOf(state), state.range(2) != 0); }
 
 void AllShapes(benchmark::internal::Benchmark* b) {
     b->ArgNames({"shape", "grains", "crossfade", "frozen"});
     b->ArgsProduct({{0, 1, 2, 3, 4, 5, 6, 7}, {16, 64, 257}, {0, 1}, {0, 1}});
 }
-BENCHMARK(BM_Grains)->Apply(AllShapes);
-BENCHMARK(BM_GrainsBaselineKernels)->Apply(AllShapes);
 BENCHMARK(BM_GrainsPlain)->Apply(AllShapes);
+
+/// The same by each instruction set that the machine has: BM_Grains_AVX2 and so on.
+const bool kRegistered = [] {
+    for (const dsp::GrainKernels* kernels : dsp::GrainKernels::Supported()) {
+        const std::string name = std::string("BM_Grains_") + kernels->name;
+        const auto run = [kernels](benchmark::State& state) {
+            Fast(state, StyleOf(state), state.range(2) != 0, *kernels);
+        };
+        benchmark::RegisterBenchmark(name.c_str(), run)->Apply(AllShapes);
+    }
+    return true;
+}();
 
 // What is dear for one reason or another, with the raised cosine.
 void BM_GrainsUnison(benchmark::State& state) {

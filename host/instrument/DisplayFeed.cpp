@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "granular/MoteWeaver.h"
 #include "host/parameters/ShellIndex.h"
+#include "primitives/Extremes.h"
 #include "processor/IProcessor.h"
 #include "processor/ProcessorInternals.h"
 
@@ -37,8 +39,6 @@ void DisplayFeed::OnBlock(const BlockReport& report) {
     NoteLevels(report);
     const dsp::MoteWeaver& granular = Processor::GranularModuleOf(*report.processor);
     draft.pairsStarted += granular.StartedCount();
-    const dsp::CaptureBuffer& tape = granular.Capture();
-    outline.Follow(tape.mono.data(), tape.length, tape.writePosition);
     framesSince += report.frames;
     if (framesSince * kPicturesPerSecond >= sampleRate)
         Publish(report);
@@ -56,7 +56,7 @@ void DisplayFeed::NoteMoment(const BlockReport& report) {
     const size_t at = draft.moments++ % DisplayFrame::kMoments;
     for (uint32_t s = 0; s < kModulationSources; ++s)
         draft.sources[s][at] = Processor::SourceValue(*report.processor, s);
-    draft.follower[at] = Processor::StagePeaks::Of(report.aux[0], report.frames);
+    draft.follower[at] = dsp::Extremes::PeakOf(report.aux[0], report.frames);
     draft.space[0][at] = report.aux[2][0];
     draft.space[1][at] = report.aux[3][0];
 }
@@ -66,7 +66,7 @@ void DisplayFeed::NoteLevels(const BlockReport& report) {
     const auto peakOf = [&](const auto& channels, uint32_t count, uint32_t side) {
         return count == 0
                    ? 0.0f
-                   : Processor::StagePeaks::Of(channels[std::min(side, count - 1)], report.frames);
+                   : dsp::Extremes::PeakOf(channels[std::min(side, count - 1)], report.frames);
     };
     for (uint32_t side = 0; side < 2; ++side) {
         Raise(draft.input[side], peakOf(report.inputs, report.inputCount, side));
@@ -79,12 +79,24 @@ void DisplayFeed::NoteLevels(const BlockReport& report) {
         Raise(draft.limiter, reduction);
 }
 
+/// Rows that the modulation moves are read for each picture, the others in turn.
+void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
+    constexpr uint64_t kTurn = 4;
+    for (uint32_t row = 0; row < kModulationDestinations; ++row) {
+        const bool isMoved = Processor::DestinationOffset(processor, row) != 0.0f;
+        const bool wasMoved = std::exchange(movedRows[row], isMoved);
+        if (isMoved || wasMoved || draft.number == 0 || row % kTurn == draft.number % kTurn)
+            draft.destinations[row] = Processor::DestinationValue(processor, row);
+    }
+}
+
 void DisplayFeed::Publish(const BlockReport& report) {
     const dsp::MoteWeaver& granular = Processor::GranularModuleOf(*report.processor);
     draft.time = report.firstFrame + report.frames;
     draft.transport = report.transport;
-    for (uint32_t row = 0; row < kModulationDestinations; ++row)
-        draft.destinations[row] = Processor::DestinationValue(*report.processor, row);
+    NoteDestinations(*report.processor);
+    for (uint32_t i = 0; i < draft.functionPhases.size(); ++i)
+        draft.functionPhases[i] = Processor::FunctionPhase(*report.processor, i);
     ++draft.number;
     DisplayFrame& frame = pictures.Writing();
     ShowTape(granular, frame);
@@ -99,6 +111,7 @@ void DisplayFeed::Publish(const BlockReport& report) {
 void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame) {
     const dsp::CaptureBuffer& tape = granular.Capture();
     const double length = std::max(1u, tape.length);
+    outline.Follow(tape.mono.data(), tape.length, tape.writePosition, framesSince);
     draft.tapeSeconds = static_cast<float>(length / sampleRate);
     draft.writePlace = static_cast<float>(tape.writePosition / length);
     draft.playPlace = static_cast<float>(std::max(tape.playPosition, 0.0) / length);

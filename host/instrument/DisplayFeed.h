@@ -49,6 +49,7 @@ private:
     void WatchStages(Processor::IProcessor_V5& processor, bool on);
     void NoteMoment(const BlockReport& report);
     void NoteLevels(const BlockReport& report);
+    void NoteDestinations(Processor::IProcessor_V5& processor);
     void Publish(const BlockReport& report);
     void ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame);
     void ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& frame);
@@ -60,6 +61,7 @@ private:
     TripleBuffer<DisplayFrame> pictures;
     DisplayState draft;  ///< gathers what the next picture shows
     TapeOutline outline{draft.tape};
+    std::array<bool, kModulationDestinations> movedRows{};  ///< as the last picture saw them
     std::array<Numbered, DisplayFrame::kGrainRoom> numbers{};
     uint64_t given = 0;  ///< numbers of grains so far
     double sampleRate = 48000.0;

@@ -40,8 +40,9 @@ struct DisplayState {
     /// One moment a block, round and round: moment m is at m % kMoments; moments of them so far.
     uint64_t moments = 0;
     std::array<std::array<float, kMoments>, kModulationSources> sources{};  ///< -1..1
-    std::array<float, kMoments> follower{};                     ///< level that the follower hears
-    std::array<std::array<float, kMoments>, 2> space{};         ///< X and Y, 0..1
+    std::array<float, kMoments> follower{};              ///< level that the follower hears
+    std::array<std::array<float, kMoments>, 2> space{};  ///< X and Y, 0..1
+    std::array<float, 3> functionPhases{};               ///< places on the drawn curves, 0..1
     std::array<float, kModulationDestinations> destinations{};  ///< positions, modulation included
 
     /// Highest levels since the frame before, linear, by side.

@@ -21,6 +21,9 @@ void EditHistory::Add(Step step) {
 
 void EditHistory::AddMove(uint64_t gesture, const std::string& name, const Change& change) {
     if (gesture == 0 || gesture != lastGesture || !CanUndo() || CanRedo()) {
+        // A gesture that has not moved anything yet must not join the step before it.
+        if (change.before == change.after && change.ownBefore == change.ownAfter)
+            return;
         const size_t before = steps.size();
         Add({name, {change}, {}, {}});
         if (present > 0 && (steps.size() != before || steps.back().name == name))

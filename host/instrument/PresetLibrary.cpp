@@ -209,6 +209,16 @@ Parsed<Preset> PresetLibrary::Load(size_t number) {
     return read;
 }
 
+Parsed<Preset> PresetLibrary::LoadProgram(uint32_t program) {
+    Scan();
+    const auto entry = program < setList.size() ? Find(setList[program]) : std::nullopt;
+    if (entry)
+        return Load(*entry);
+    return {std::nullopt,
+            {{Issue::Severity::Error, std::string("Program ") + std::to_string(program + 1) +
+                                          " of the set list is empty."}}};
+}
+
 Parsed<Preset> PresetLibrary::ReadEntry(size_t number) const {
     if (number < entries.size() && !entries[number].IsFactory())
         return Read(entries[number].file, catalog);
@@ -224,6 +234,12 @@ std::string PresetLibrary::Save(const Preset& preset, bool replace) {
     fs::path file = folder / FileNameOf(preset.name);
     if (IsList(file))
         return Quoted(preset.name) + " is a name that the folder itself uses. Choose another.";
+    const auto other = std::find_if(entries.begin(), entries.end(), [&](const PresetEntry& entry) {
+        return entry.file == file && entry.broken.empty() && !SameName(entry.name, preset.name);
+    });
+    if (other != entries.end())
+        return Quoted(other->name) + " is kept in " + Quoted(file.filename().string()) +
+               ", where this name would go. Choose another.";
     std::error_code error;
     fs::path kept;
     if (fs::exists(file, error)) {

@@ -72,6 +72,9 @@ public:
     static Parsed<Preset> Read(const std::filesystem::path& file, const ParameterCatalog& catalog);
     /// Reads one, to be played. Where there is no value, an error says why.
     Parsed<Preset> Load(size_t entry);
+    /// The same for the preset at a place of the set list, from 0, as MIDI's program change names
+    /// it. Looks at the folder anew: other instances and programs may have changed it since.
+    Parsed<Preset> LoadProgram(uint32_t program);
     /// Writes a preset of the user's. The answer is empty, or a sentence why it did not work; a
     /// name that is taken is refused unless replace is set, and what was there goes to the trash.
     /// Where it did not work, what was there stays.

@@ -6,9 +6,9 @@
 namespace Quorvan::Host {
 
 /// Highest and lowest sample of each of 1024 stretches of the tape, kept up to date as it is
-/// written. A few hundred samples are read in each call, however long the tape: what is new under
-/// the write head first, and a little of the rest in turn, so that a tape that was not looked at
-/// for a while, or was emptied, is seen whole after a moment.
+/// written. Each call reads what is new under the write head and a little of the rest in turn,
+/// however long the tape, so that one that was not looked at for a while, or was emptied, is seen
+/// whole after some seconds.
 class TapeOutline {
 public:
     static constexpr uint32_t kColumns = 1024;
@@ -19,8 +19,9 @@ public:
     /// Columns that outlive it, to be kept up to date.
     explicit TapeOutline(Columns& kept) : columns(kept) {}
 
-    /// tape: length samples, of which those up to written (not counted) are the newest.
-    void Follow(const float* tape, uint32_t length, uint32_t written);
+    /// tape: length samples, of which those up to written (not counted) are the newest; frames: how
+    /// many have come since the last call.
+    void Follow(const float* tape, uint32_t length, uint32_t written, uint32_t frames);
 
 private:
     void Measure(uint32_t column);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <sstream>
 
 #include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
@@ -15,6 +16,19 @@ std::string_view LastPart(std::string_view name) {
     return separator == std::string_view::npos ? name : name.substr(separator + 1);
 }
 
+/// "pan random" and "random pan" are the same so.
+std::string WithWordsInOrder(std::string_view name) {
+    std::vector<std::string> words;
+    std::istringstream text{std::string(name)};
+    for (std::string word; text >> word;)
+        words.push_back(word);
+    std::sort(words.begin(), words.end());
+    std::string ordered;
+    for (const std::string& word : words)
+        ordered += word + ' ';
+    return ordered;
+}
+
 /// Distance as a person sees it, both texts in lower case.
 size_t Unlikeness(std::string_view typed, std::string_view name) {
     size_t unlike = EditDistance(typed, name);
@@ -23,6 +37,12 @@ size_t Unlikeness(std::string_view typed, std::string_view name) {
     for (size_t blank = name.find(' '); blank < name.size() - std::min(name.size(), kPartLength);
          blank = name.find(' ', blank + 1))
         unlike = std::min(unlike, EditDistance(typed, name.substr(blank + 1)) + 1);
+    const bool isOneWord = typed.find(' ') == std::string_view::npos;
+    if (const size_t first = std::min(name.find(' '), name.size());
+        isOneWord && first >= kPartLength)
+        unlike = std::min(unlike, EditDistance(typed, name.substr(0, first)) + 1);
+    if (!isOneWord && WithWordsInOrder(typed) == WithWordsInOrder(name))
+        unlike = std::min<size_t>(unlike, 1);
     if (typed.size() >= kPartLength && name.find(typed) != std::string_view::npos)
         unlike = std::min<size_t>(unlike, 2);
     return unlike;

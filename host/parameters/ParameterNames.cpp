@@ -197,11 +197,26 @@ std::string ParameterNames::TitleOfMeaning(const Meaning& meaning) const {
     return TitleOf(family.group, family.label);
 }
 
+/// Where effects have a "Size", most people still mean the grains': two at most.
+std::vector<std::string> ParameterNames::HeartNamesThatEndWith(const std::string& word) const {
+    constexpr size_t kMost = 2;
+    std::vector<std::string> names;
+    const auto add = [&](const std::string& group, const std::string& label) {
+        if (group == kHeart && names.size() < kMost && Lower(label).ends_with(" " + word))
+            names.push_back(label);
+    };
+    for (const LabelFamily& family : families)
+        add(family.group, family.label);
+    for (const ParameterInfo& info : infos)
+        if (info.role == ParameterRole::Setting && FamilyOf(info.index) == nullptr)
+            add(info.group, info.label);
+    return names;
+}
+
 std::string ParameterNames::Problem(std::string_view name) const {
     const std::vector<Meaning>& meanings = MeaningsOf(name);
     if (meanings.size() > 1) {
-        std::vector<std::string> named;
-        named.reserve(meanings.size());
+        std::vector<std::string> named = HeartNamesThatEndWith(Lower(Trim(name)));
         for (const Meaning& meaning : meanings)
             named.push_back(TitleOfMeaning(meaning));
         return Quoted(Trim(name)) + " can mean " + Alternatives(named) +

@@ -70,6 +70,7 @@ private:
     const Meaning* OnlyOne(const std::vector<Meaning>& meanings,
                            const PresentSettings& settings) const;
     const std::vector<Meaning>& MeaningsOf(std::string_view name) const;
+    std::vector<std::string> HeartNamesThatEndWith(const std::string& word) const;
     std::string TitleOfMeaning(const Meaning& meaning) const;
 
     std::span<const ParameterInfo> infos;

@@ -228,9 +228,8 @@ void ClapPlugin::FollowTargets() {
     std::array<uint32_t, Host::kHostControlRoom> now{};
     for (const Host::HostControl& control : Host::HostControls())
         now[control.id] = instrument.ControlTarget(control.id);
-    const auto* const params = HostExtension<clap_host_params_t>(CLAP_EXT_PARAMS);
-    if (now != std::exchange(targets, now) && params != nullptr)
-        params->rescan(&host, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
+    if (now != std::exchange(targets, now))
+        RescanValues();
 }
 
 void ClapPlugin::Poll() {
@@ -239,21 +238,19 @@ void ClapPlugin::Poll() {
         MeasureTail();
     FollowTargets();
     const std::optional<uint32_t> program = instrument.Poll();
-    if (!program)
-        return;
-    // Other instances and programs may have changed presets and set list since.
-    Library().Scan();
-    const std::vector<std::string>& setList = Library().SetList();
-    const auto entry = *program < setList.size() ? Library().Find(setList[*program]) : std::nullopt;
-    std::string problem = "Program " + std::to_string(*program + 1) + " of the set list is empty.";
-    if (!entry || !Take(Library().Load(*entry), problem))
+    std::string problem;
+    if (program && !Take(Library().LoadProgram(*program), problem))
         Log(kLogWarning, problem);
+}
+
+void ClapPlugin::RescanValues() {
+    if (const auto* const params = HostExtension<clap_host_params_t>(CLAP_EXT_PARAMS))
+        params->rescan(&host, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
 }
 
 void ClapPlugin::TellOfNewSound() {
     MeasureTail();
-    if (const auto* const params = HostExtension<clap_host_params_t>(CLAP_EXT_PARAMS))
-        params->rescan(&host, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
+    RescanValues();
 }
 
 bool ClapPlugin::IsMainThread() const {

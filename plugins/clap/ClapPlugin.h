@@ -50,6 +50,7 @@ public:
     void Poll();
     /// Has the host read all values anew. Main thread.
     void TellOfNewSound();
+    void RescanValues();
     void Log(int32_t severity, const std::string& sentence) const;
     /// The user's presets. Main thread.
     Host::PresetLibrary& Library();

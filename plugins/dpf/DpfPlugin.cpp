@@ -37,10 +37,11 @@ DpfPlugin::DpfPlugin()
     : Plugin(ControlCount(), PresetCount(), 1),
       instrument(Host::SharedCatalog()),
       groups(GroupPaths()),
-      caretaker(instrument) {
+      caretaker(instrument,
+                [](const std::string& problem) { d_stderr("Tesserae: %s", problem.c_str()); }) {
     for (uint32_t id = 0; id < ControlCount(); ++id)
         ranges.push_back(RangeOf(id));
-    events.reserve(kMostMidi);
+    heard.reserve(kMostMidi);
     // A new processor is silent; a new plug-in sounds.
     instrument.LoadPreset(
         *Host::ReadPreset(Host::FactoryPresets().front().json, Host::SharedCatalog()).value);
@@ -52,6 +53,11 @@ DpfPlugin::DpfPlugin()
         d_stderr("Tesserae: %s", problem.c_str());
     // Hosts ask for the latency ahead of everything else.
     Start();
+}
+
+DpfPlugin*& DpfPlugin::Newest() {
+    static thread_local DpfPlugin* newest = nullptr;
+    return newest;
 }
 
 const char* DpfPlugin::getDescription() const {
@@ -250,23 +256,24 @@ void DpfPlugin::LetPortsFollow() {
 #if DISTRHO_PLUGIN_WANT_MIDI_INPUT
 void DpfPlugin::run(const float** inputs, float** outputs, uint32_t frames,
                     const MidiEvent* midiEvents, uint32_t midiEventCount) {
-    events.clear();
-    for (uint32_t i = 0; i < midiEventCount && events.size() < kMostMidi; ++i) {
+    heard.clear();
+    for (uint32_t i = 0; i < midiEventCount && heard.size() < kMostMidi; ++i) {
         const MidiEvent& midi = midiEvents[i];
         if (midi.size == 0 || midi.size > 3)
             continue;
         Host::InstrumentEvent event{.frame = midi.frame, .kind = Host::InstrumentEvent::Kind::Midi};
         std::copy_n(midi.data, midi.size, event.midi.begin());
-        events.push_back(event);
+        heard.push_back(event);
     }
-    Play(inputs, outputs, frames);
+    Play(inputs, inputs + kMainInputs, outputs, frames, heard);
 }
 #endif
 
-void DpfPlugin::Play(const float** inputs, float** outputs, uint32_t frames) {
+void DpfPlugin::Play(const float* const* inputs, const float* const* sideChain, float** outputs,
+                     uint32_t frames, std::span<const Host::InstrumentEvent> events) {
     Host::InstrumentBuffer buffer;
     buffer.audio.inputs = inputs;
-    buffer.audio.sideChain = inputs + kMainInputs;
+    buffer.audio.sideChain = sideChain;
     buffer.audio.outputs = outputs;
     buffer.audio.frames = frames;
     buffer.events = events;
@@ -279,6 +286,9 @@ void DpfPlugin::Play(const float** inputs, float** outputs, uint32_t frames) {
 
 START_NAMESPACE_DISTRHO
 
-Plugin* createPlugin() { return new Quorvan::Plugins::DpfPlugin(); }
+Plugin* createPlugin() {
+    auto* const made = new Quorvan::Plugins::DpfPlugin();
+    return Quorvan::Plugins::DpfPlugin::Newest() = made;
+}
 
 END_NAMESPACE_DISTRHO

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,19 @@ class DpfPlugin final : public DISTRHO_NAMESPACE::Plugin {
 public:
     DpfPlugin();
 
+    /// What a layer of ours hands over beside the framework, for the next buffer alone.
+    struct Beside {
+        std::array<const float*, 2> sideChain{};
+        std::span<const Host::InstrumentEvent> events;
+    };
+
     /// For the face, which works on the same instrument.
     Host::Instrument& Played() { return instrument; }
+    void Take(const Beside& next) { beside = next; }
+    /// As it was within the last second; infinite where it may ring for ever.
+    double TailFrames() const { return caretaker.TailSeconds() * getSampleRate(); }
+    /// What this thread has made last.
+    static DpfPlugin*& Newest();
     float getParameterValue(uint32_t index) const override;
 
 protected:
@@ -55,7 +67,7 @@ protected:
              const DISTRHO_NAMESPACE::MidiEvent* midiEvents, uint32_t midiEventCount) override;
 #else
     void run(const float** inputs, float** outputs, uint32_t frames) override {
-        Play(inputs, outputs, frames);
+        Play(inputs, beside.sideChain.data(), outputs, frames, beside.events);
     }
 #endif
 
@@ -71,13 +83,15 @@ private:
     std::optional<Host::Transport> Place(uint32_t frames);
     void LetPortsFollow();
     void Start();
-    void Play(const float** inputs, float** outputs, uint32_t frames);
+    void Play(const float* const* inputs, const float* const* sideChain, float** outputs,
+              uint32_t frames, std::span<const Host::InstrumentEvent> events);
 
     // Saving a state changes nothing that a host could see.
     mutable Host::Instrument instrument;
     std::vector<Range> ranges;
     std::vector<std::string> groups;
-    std::vector<Host::InstrumentEvent> events;
+    std::vector<Host::InstrumentEvent> heard;
+    Beside beside;
     PortMemory ports;
     Host::ControlSink nobody;  ///< LetPortsFollow hears of all moves
     SteadyPlace steady;

@@ -232,7 +232,8 @@ void Play(Host::Instrument& instrument, const LiveOptions& options) {
         throw Trouble{kNoServer,
                       "No JACK server runs. Start one (jackd -d alsa, or qjackctl), or with "
                       "PipeWire put pw-jack in front of this command."};
-    const Plugins::Caretaker caretaker(instrument);
+    const Plugins::Caretaker caretaker(
+        instrument, [&options](const std::string& problem) { Say(options, problem); });
     Screen screen(instrument, options);
     std::string preset = instrument.PresetName();
     for (bool ends = false; !ends;) {

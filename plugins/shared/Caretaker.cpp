@@ -1,6 +1,8 @@
 #include "plugins/shared/Caretaker.h"
 
 #include <chrono>
+#include <limits>
+#include <utility>
 
 #include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
@@ -11,11 +13,12 @@ namespace Quorvan::Plugins {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenLooks{50};
+constexpr unsigned kLooksForATail = 10;
 
 }  // namespace
 
-Caretaker::Caretaker(Host::Instrument& caredFor)
-    : instrument(caredFor), thread([this] {
+Caretaker::Caretaker(Host::Instrument& caredFor, std::function<void(const std::string&)> teller)
+    : instrument(caredFor), tell(std::move(teller)), thread([this] {
           while (!ends.load(std::memory_order_relaxed)) {
               Look();
               std::this_thread::sleep_for(kBetweenLooks);
@@ -38,22 +41,22 @@ void Caretaker::Look() {
             instrument.LoadPreset(*read.value);
     if (const auto program = instrument.Poll())
         LoadProgram(*program);
+    if (looks++ % kLooksForATail != 0)
+        return;
+    const Host::Tail now = instrument.GetTail();
+    tail.store(now.endless ? std::numeric_limits<double>::infinity() : now.seconds,
+               std::memory_order_relaxed);
 }
 
-/// A program that the set list does not have changes nothing.
 void Caretaker::LoadProgram(uint32_t program) {
-    // Other instances and programs may have changed presets and set list since the last time.
-    if (library != nullptr)
-        library->Scan();
-    else
+    if (library == nullptr)
         library = std::make_unique<Host::PresetLibrary>(
             Host::SharedCatalog(), Host::FactoryPresets(), Host::PresetLibrary::UsualFolder());
-    const auto& names = library->SetList();
-    const auto entry = program < names.size() ? library->Find(names[program]) : std::nullopt;
-    if (!entry)
-        return;
-    if (const auto read = library->Load(*entry); read.value)
+    const auto read = library->LoadProgram(program);
+    if (read.value)
         instrument.LoadPreset(*read.value);
+    else if (tell && !read.issues.empty())
+        tell(read.issues.front().text);
 }
 
 }  // namespace Quorvan::Plugins

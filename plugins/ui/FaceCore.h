@@ -53,7 +53,7 @@ public:
     /// Texts of everything that is drawn from now on; null for none.
     void NoteTexts(std::vector<PlacedText>* log) { texts = log; }
     void OpenPage(size_t page);
-    /// Seconds that the last Draw took.
+    /// Seconds of a core that the last Draw took.
     double LastDrawSeconds() const { return drawSeconds; }
 
 private:

@@ -46,7 +46,7 @@ py::list FactoryPresets() {
 void BindStream(py::module_& module) {
     py::class_<Stream>(module, "Stream")
         .def(py::init<double, std::optional<uint64_t>, const std::string&, uint32_t,
-                      std::optional<double>>())
+                      std::optional<double>, uint32_t>())
         .def("process", &Stream::Process)
         .def("reset", &Stream::Reset, py::call_guard<py::gil_scoped_release>())
         .def("capture", &Stream::Capture)
@@ -59,6 +59,7 @@ void BindStream(py::module_& module) {
         .def("seed", &Stream::Seed)
         .def("engine_seconds", &Stream::EngineSeconds)
         .def("channels", &Stream::Channels)
+        .def("side_channels", &Stream::SideChannels)
         .def("text", &Stream::Text)
         .def("value", &Stream::Value)
         .def("position", &Stream::Position)

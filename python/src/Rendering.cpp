@@ -1,6 +1,7 @@
 #include "python/src/Rendering.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include <pybind11/stl.h>
@@ -41,19 +42,39 @@ private:
     size_t at = 0;
 };
 
-/// Gathers the output.
+/// Gathers the output, in an array of Python's as long as was expected, and what there is beyond
+/// it.
 class PlaneSink final : public Tools::RenderSink {
 public:
-    explicit PlaneSink(uint32_t channels) : planes(channels) {}
+    PlaneSink(uint32_t channels, size_t expectedFrames)
+        : array(channels, expectedFrames), expected(expectedFrames), beyond(channels) {}
     void OnOutput(const Tools::SoundPiece& piece) override {
-        for (size_t c = 0; c < planes.size(); ++c)
-            planes[c].insert(planes[c].end(), piece.channels[c], piece.channels[c] + piece.frames);
+        const size_t at = std::min(frames, expected);
+        const size_t fits = std::min(piece.frames, expected - at);
+        for (size_t c = 0; c < beyond.size(); ++c) {
+            std::copy_n(piece.channels[c], fits, array.rows[c] + at);
+            beyond[c].insert(beyond[c].end(), piece.channels[c] + fits,
+                             piece.channels[c] + piece.frames);
+        }
+        frames += piece.frames;
     }
-    const std::vector<std::vector<float>>& Planes() const { return planes; }
-    size_t Frames() const { return planes.front().size(); }
+    size_t Frames() const { return frames; }
+    py::array_t<float> Array() const {
+        if (frames == expected)
+            return array.array;
+        NewArray whole(static_cast<uint32_t>(beyond.size()), frames);
+        for (size_t c = 0; c < beyond.size(); ++c) {
+            std::copy_n(array.rows[c], std::min(frames, expected), whole.rows[c]);
+            std::copy(beyond[c].begin(), beyond[c].end(),
+                      whole.rows[c] + std::min(frames, expected));
+        }
+        return whole.array;
+    }
 
 private:
-    std::vector<std::vector<float>> planes;
+    NewArray array;
+    size_t expected, frames = 0;
+    std::vector<std::vector<float>> beyond;
 };
 
 Tools::RenderSettings SettingsOf(const RenderWish& wish, const Host::Preset& preset) {
@@ -81,13 +102,6 @@ Tools::RenderSettings SettingsOf(const RenderWish& wish, const Host::Preset& pre
         RefuseValue(Host::Quoted(wish.meter) + " is no time signature. Write one such as 3/4.");
     settings.meter = *meter;
     return settings;
-}
-
-py::array_t<float> ArrayOf(const PlaneSink& sink) {
-    NewArray output(static_cast<uint32_t>(sink.Planes().size()), sink.Frames());
-    for (size_t c = 0; c < sink.Planes().size(); ++c)
-        std::copy(sink.Planes()[c].begin(), sink.Planes()[c].end(), output.rows[c]);
-    return output.array;
 }
 
 py::array ArrayOf(const std::vector<GrainRow>& rows) {
@@ -123,10 +137,14 @@ void RegisterGrains() {
                             shape, "shape", right, "right", reversed, "reversed");
 }
 
-py::dict Render(const py::object& sound, const RenderWish& wish) {
+py::dict Render(const py::object& sound, const py::object& sideChain, const RenderWish& wish) {
     const ArrayView input(sound);
+    const std::optional<ArrayView> side =
+        sideChain.is_none() ? std::nullopt : std::optional<ArrayView>(sideChain);
     Host::Preset preset = LoadSound(wish.preset);
-    const Tools::RenderSettings settings = SettingsOf(wish, preset);
+    Tools::RenderSettings settings = SettingsOf(wish, preset);
+    if (side)
+        settings.sideChain = "sidechain";  // for the sentences
     Tools::Automation automation;
     if (!wish.automationFile.empty())
         automation = Tools::Automation::Load(wish.automationFile, settings.meter);
@@ -134,23 +152,28 @@ py::dict Render(const py::object& sound, const RenderWish& wish) {
         automation = Tools::Automation::ReadJson("automation", wish.automation, settings.meter);
     Tools::ModulationLog modulation(Tools::FindDestinations(wish.destinations, Catalog()));
     Tools::Summary summary;
-    PlaneSink output(wish.mono ? 1 : 2);
+    const double tail = std::round(wish.tail.value_or(0.0) * wish.sampleRate);
+    PlaneSink output(wish.mono ? 1 : 2, input.Frames() + static_cast<size_t>(tail));
     GrainList grains(wish.sampleRate);
     {
         const py::gil_scoped_release others;
         Tools::RenderRun run(settings, std::move(preset), std::move(automation), Catalog(),
                              summary);
         run.Plan(wish.sampleRate);
-        run.Prepare(input.Count(), wish.mono ? 1 : 2, 0, wish.showsModulation);
+        run.Prepare(input.Count(), wish.mono ? 1 : 2, side ? side->Count() : 0,
+                    wish.showsModulation);
         run.Start();
         run.GetEngine().AddListener(grains);
         if (wish.showsModulation)
             run.GetEngine().AddListener(modulation);
         ArraySource source(input, wish.sampleRate);
-        run.Run(source, nullptr, {&output}, [](uint64_t) {});
+        std::optional<ArraySource> sideSource;
+        if (side)
+            sideSource.emplace(*side, wish.sampleRate);
+        run.Run(source, sideSource ? &*sideSource : nullptr, {&output}, [](uint64_t) {});
     }
     py::dict result;
-    result["audio"] = ArrayOf(output);
+    result["audio"] = output.Array();
     result["grains"] = ArrayOf(grains.Ahead(output.Frames()));
     result["modulation"] = wish.showsModulation
                                ? TableOf(modulation, wish.sampleRate, output.Frames())

@@ -31,9 +31,10 @@ struct RenderWish {
 /// Tells NumPy the fields of a grain. To be called once, when the module is made.
 void RegisterGrains();
 
-/// Renders sound in memory, bit by bit as the renderer does. Answers what came of it by name:
-/// "audio", "grains", "modulation" (None where it is not asked for) and plain facts. The lock of
-/// the interpreter is not held meanwhile.
-pybind11::dict Render(const pybind11::object& sound, const RenderWish& wish);
+/// Renders sound in memory, bit by bit as the renderer does, with a side-chain unless it is None.
+/// Answers what came of it by name: "audio", "grains", "modulation" (None where it is not asked
+/// for) and plain facts. The lock of the interpreter is not held meanwhile.
+pybind11::dict Render(const pybind11::object& sound, const pybind11::object& sideChain,
+                      const RenderWish& wish);
 
 }  // namespace Quorvan::Python

@@ -25,14 +25,20 @@ constexpr size_t kPiece = 1 << 20;  // frames of one call to the engine
 }  // namespace
 
 Stream::Stream(double sampleRate, std::optional<uint64_t> wantedSeed, const std::string& preset,
-               uint32_t inputs, std::optional<double> wantedTempo)
-    : rate(sampleRate), seed(wantedSeed.value_or(prims::SeedFromClock())), channels(inputs) {
+               uint32_t inputs, std::optional<double> wantedTempo, uint32_t sideInputs)
+    : rate(sampleRate),
+      seed(wantedSeed.value_or(prims::SeedFromClock())),
+      channels(inputs),
+      sideChannels(sideInputs) {
     const Host::Preset sound = LoadSound(preset);
     tempo = wantedTempo.value_or(sound.tempo.value_or(tempo));
     if (!(tempo >= 1.0 && tempo <= 999.0))
         RefuseValue("The tempo goes from 1 to 999 beats per minute.");
     Host::Engine fresh(seed);
-    fresh.Prepare({.sampleRate = rate, .inputs = channels, .outputs = kOutputs});
+    fresh.Prepare({.sampleRate = rate,
+                   .inputs = channels,
+                   .outputs = kOutputs,
+                   .sideChainInputs = sideChannels});
     Host::ApplyPreset(sound, fresh, Catalog());
     Start(Host::CaptureState(fresh, Catalog()));
 }
@@ -44,15 +50,22 @@ void Stream::Start(const Host::State& state) {
     engine->Prepare({.sampleRate = rate,
                      .inputs = channels,
                      .outputs = kOutputs,
-                     .sideChainInputs = 0,
+                     .sideChainInputs = sideChannels,
                      .sendsFeedback = false});
     Host::ApplyState(state, *engine, Catalog());
     engine->Idle(1);
     waiting.clear();
 }
 
-py::array_t<float> Stream::Process(const py::object& sound) {
+py::array_t<float> Stream::Process(const py::object& sound, const py::object& sideChain) {
     const ArrayView input(sound);
+    const std::optional<ArrayView> side =
+        sideChain.is_none() ? std::nullopt : std::optional<ArrayView>(sideChain);
+    if (side && (side->Count() != sideChannels || side->Frames() != input.Frames()))
+        RefuseValue("The side-chain has " + std::to_string(side->Count()) + " channels of " +
+                    std::to_string(side->Frames()) + " frames instead of " +
+                    std::to_string(sideChannels) + " of " + std::to_string(input.Frames()) +
+                    ". Processor(sidechain=...) says how many channels there are.");
     if (input.Count() != channels)
         RefuseValue("The processor was made for " + std::to_string(channels) +
                     " channels and gets " + std::to_string(input.Count()) +
@@ -63,14 +76,19 @@ py::array_t<float> Stream::Process(const py::object& sound) {
         const std::lock_guard guard(lock);
         const auto start = std::chrono::steady_clock::now();
         for (size_t at = 0; at < input.Frames(); at += kPiece) {
-            std::array<const float*, 2> in{};
+            std::array<const float*, 2> in{}, key{};
             std::array<float*, kOutputs> out{};
             for (uint32_t c = 0; c < input.Count(); ++c)
                 in[c] = input.Channels()[c] + at;
+            for (uint32_t c = 0; side && c < sideChannels; ++c)
+                key[c] = side->Channels()[c] + at;
             for (uint32_t c = 0; c < kOutputs; ++c)
                 out[c] = output.rows[c] + at;
             const auto frames = static_cast<uint32_t>(std::min(kPiece, input.Frames() - at));
-            engine->Process({.inputs = in.data(), .outputs = out.data(), .frames = frames});
+            engine->Process({.inputs = in.data(),
+                             .outputs = out.data(),
+                             .sideChain = side ? key.data() : nullptr,
+                             .frames = frames});
         }
         engineSeconds +=
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

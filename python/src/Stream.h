@@ -19,12 +19,15 @@ namespace Quorvan::Python {
 /// Threads  separate ones at once; calls to one wait for each other.
 class Stream {
 public:
-    /// preset as LoadSound takes it. Throws ValueError for a rate or channels that nothing runs at.
+    /// preset as LoadSound takes it; sideChannels may be 0. Throws ValueError for a rate or
+    /// channels that nothing runs at.
     Stream(double sampleRate, std::optional<uint64_t> seed, const std::string& preset,
-           uint32_t channels, std::optional<double> tempo);
+           uint32_t channels, std::optional<double> tempo, uint32_t sideChannels);
 
-    /// (2, frames) of the same length as sound, the latency behind it.
-    pybind11::array_t<float> Process(const pybind11::object& sound);
+    /// (2, frames) of the same length as sound, the latency behind it. A side-chain is as long as
+    /// sound; None is silence.
+    pybind11::array_t<float> Process(const pybind11::object& sound,
+                                     const pybind11::object& sideChain);
     /// Clears what sounds, and starts time, song and chance anew. Parameters stay.
     void Reset();
     /// The sound of now as a preset's JSON text.
@@ -41,6 +44,7 @@ public:
     /// Time that the engine has worked so far.
     double EngineSeconds() const { return engineSeconds; }
     uint32_t Channels() const { return channels; }
+    uint32_t SideChannels() const { return sideChannels; }
 
     std::string Text(const std::string& name) const;
     double Value(const std::string& name) const;
@@ -56,7 +60,7 @@ private:
 
     double rate;
     uint64_t seed;
-    uint32_t channels;
+    uint32_t channels, sideChannels;
     double tempo = 120.0;
     double engineSeconds = 0.0;
     std::optional<Host::Engine> engine;

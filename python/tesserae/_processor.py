@@ -53,21 +53,26 @@ class Processor:
     preset       a factory preset's name, a file, or a Preset
     channels     of the input: 1 or 2
     tempo        beats per minute; None takes the preset's, or 120
+    sidechain    channels of a side-chain, 1 or 2; 0 is without one: then the envelope follower
+                 takes the input
 
     The song plays from beat 0 on. Output is what the program renders, behind `latency` frames.
     Separate processors may work in separate threads at once; the interpreter's lock is not held.
     """
 
-    def __init__(self, sample_rate, seed=None, preset="init", channels=2, tempo=None):
-        self._stream = _core.Stream(sample_rate, seed, source_of(preset), channels, tempo)
+    def __init__(self, sample_rate, seed=None, preset="init", channels=2, tempo=None, sidechain=0):
+        self._stream = _core.Stream(
+            sample_rate, seed, source_of(preset), channels, tempo, sidechain
+        )
 
-    def process(self, audio):
+    def process(self, audio, sidechain=None):
         """Runs sound through: (channels, frames), or (frames,) for one channel, of any length.
 
+        sidechain is as long, with the channels that the processor was made for; None is silence.
         Returns float32 of the shape (2, frames). What it is told of `audio` lies `latency` frames
         later in it.
         """
-        return self._stream.process(audio)
+        return self._stream.process(audio, sidechain)
 
     def reset(self):
         """Clears all that sounds, and starts song and chance anew. Parameters stay."""
@@ -99,6 +104,11 @@ class Processor:
         return self._stream.channels()
 
     @property
+    def sidechain(self):
+        """Channels of the side-chain."""
+        return self._stream.side_channels()
+
+    @property
     def seed(self):
         """Start of all chance."""
         return self._stream.seed()
@@ -127,7 +137,8 @@ class Processor:
 
     def __getstate__(self):
         # Settings, not sound.
-        made = (self.sample_rate, self.seed, self._stream.capture(), self.channels, self.tempo)
+        settings = self.sample_rate, self.seed, self._stream.capture()
+        made = (*settings, self.channels, self.tempo, self.sidechain)
         return made, self._stream.position("Bypass")
 
     def __setstate__(self, state):

@@ -67,6 +67,7 @@ def render(
     meter="4/4",
     mono=False,
     modulation=False,
+    sidechain=None,
 ):
     """Runs sound through the processor as the program "tesserae render" does, to the same bits.
 
@@ -88,6 +89,8 @@ def render(
     meter        time signature in which automation counts bars
     mono         one output channel
     modulation   True keeps the modulation sources; a list of names adds destinations
+    sidechain    sound for the envelope follower, in shape and rate as audio; where it is shorter,
+                 silence follows. Without one the follower takes the input
 
     Returns a Render. Other threads of Python run meanwhile.
     """
@@ -112,4 +115,4 @@ def render(
     wish.mono = mono
     wish.shows_modulation = modulation is not False and modulation is not None
     wish.destinations = [] if isinstance(modulation, bool) else list(modulation or [])
-    return Render(_core.render(audio, wish), sample_rate)
+    return Render(_core.render(audio, sidechain, wish), sample_rate)

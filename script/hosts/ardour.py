@@ -81,18 +81,18 @@ def recorded(folder, start):
     return sound
 
 
-def rendered(tesserae, scratch, sound, ahead, latency):
+def rendered(tesserae, scratch, sound, ahead, grid, latency):
     """The renderer on the same sound, begun so many frames of silence ahead of the song's start.
 
-    Ardour runs a plug-in early by its latency: place and controls belong to what comes out. It puts a
-    control where it stands at the start of each buffer: a step counts from the next one on."""
+    Ardour runs a plug-in early by its latency: place and controls belong to what comes out. It tells a
+    VST3 the frame of each step (a grid of 1), an LV2 where a control stands at the start of a buffer."""
     none = np.zeros((ahead + latency, 2), "<f4")
     early = np.concatenate([none[:ahead], sound[latency:], none[:latency]])
     early.tofile(f"{scratch}/in.raw")
     with open(f"{scratch}/steps.csv", "w") as file:
         file.write("seconds,parameter,position\n")
         for name, tick, position in STEPS:
-            frame = -(-tick * 25 // 2 // BUFFER) * BUFFER + (ahead if tick > 0 else 0)
+            frame = -(-(tick * 25 // 2) // grid) * grid + (ahead if tick > 0 else 0)
             file.write(f"{frame / RATE!r},{name},{position}\n")
     made = run([tesserae, "render", f"{scratch}/in.raw", "-o", f"{scratch}/out.raw", "--force",
                 "--format", "raw", "--raw-rate", str(RATE), "--preset", PRESET, "--seed", str(SEED),
@@ -135,7 +135,8 @@ def try_format(check, kind, build, scratch, env, state):
     check(latency == own, f"Ardour takes the latency of the {kind} as {latency} frames; the library has {own}.")
     check(np.array_equal(*exports), f"Both exports of the {kind} are equal to the bit.")
     sound = recorded(folder, int(region[1]))
-    wanted = rendered(tesserae, scratch, sound, BUFFER if kind == "VST3" else 0, latency)
+    ahead, grid = (BUFFER, 1) if kind == "VST3" else (0, BUFFER)
+    wanted = rendered(tesserae, scratch, sound, ahead, grid, latency)
     level = float(np.sqrt(np.mean(exports[0] ** 2)))
     change = float(np.abs(exports[0] - sound).max())
     check(np.isfinite(exports[0]).all() and level > 0.01 and change > 0.1,

@@ -1,5 +1,6 @@
 """Plays tesserae-live between two JACK clients on a server of its own; see script/try-live."""
 
+import glob
 import os
 import re
 import signal
@@ -50,6 +51,9 @@ def play(check, live, env):
     check(dry > 0.9 and wet < 0.5 and np.isfinite(heard).all(),
           f"The controller moves it: likeness with the input {dry:.3f} at 0, {wet:.3f} at 127.")
     check((delay - 192) % PERIOD == 0, f"The dry sound is {delay} frames late: its 192 and whole periods.")
+    for i in range(100):
+        player.tell(0xC0, i % 2)
+        time.sleep(0.02)
     player.tell(0xC0, 1)
     check(live.says('Preset "Bar Canon"'), "Program change 1 loads the second preset of the set list.")
     player.tell(0xC0, 0)
@@ -66,8 +70,9 @@ def main(build, scratch):
     check(alone.returncode == 6 and alone.stderr.count("\n") == 1 and "Start one" in alone.stderr,
           f"Without a server it says so and ends with 6: {alone.stderr.strip()}")
     server = Server(env)
+    trapped = dict(env, LD_PRELOAD=glob.glob(f"{build}/tests/plugins/*process_trap.so")[0])
     live = Live(program, ["--connect", "--seed", "1", "--set-list", "Shimmer", "bar-canon",
-                          "--learn", "Dry / Wet"], env, f"{scratch}/log")
+                          "--learn", "Dry / Wet"], trapped, f"{scratch}/log")
     try:
         if check(live.says("plays at 48000 Hz"), "It starts on a server."):
             play(check, live, env)
@@ -83,6 +88,9 @@ def main(build, scratch):
             gone = not player.client.get_ports("live:.*")
             check(code == 0 and gone, f"Ctrl-C ends it with {code}, and its ports are gone.")
             player.end()
+            caught = re.findall(r"(\d+) buffers, (\d+) allocations", open(live.log).read())
+            check(len(caught) == 1 and int(caught[0][0]) > 100 and caught[0][1] == "0",
+                  f"Its process callback, presets coming beside it: {caught} buffers, allocations and locks.")
         map_file = f"{scratch}/data/tesserae/midi-map.json"
         check(os.path.exists(map_file) and "Dry / Wet" in open(map_file).read(), "What it learnt is kept in a file.")
     finally:

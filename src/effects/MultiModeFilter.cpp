@@ -18,7 +18,6 @@ constexpr float kHighestHalfCorner = 1.5393804f;  // 0.49 of half a turn
 constexpr float kLowestComb = 20.0f;              // hertz, sets the length of the rings
 constexpr float kHighestComb = 2000.0f;           // hertz
 constexpr float kSpareSamples = 10.0f;            // of the rings
-constexpr float kDeepestComb = 0.99f;             // feedback at full Q
 
 const ParameterTable& Table() {
     using P = ParameterSpec;
@@ -57,11 +56,6 @@ float InterpolateDecibels(const GainRow& row, float q) {
         ++k;
     const float share = (q - kGainPoints[k - 1]) / (kGainPoints[k] - kGainPoints[k - 1]);
     return row[k - 1] + (row[k] - row[k - 1]) * share;
-}
-
-/// Output gain of the recursive comb, a fit over its feedback.
-float CombGain(float f) {
-    return 1.00086f - 0.5438554f * f + 1.296221f * f * f - 1.560468f * f * f * f;
 }
 
 /// Straight line from a block's old coefficient to its new one.
@@ -108,7 +102,7 @@ void MultiModeFilter::OnReset(bool) {
     wetSmoother.Reset(Value(Wet));
     delaySmoother.Reset(sampleRate / Value(CombFreq));
     SetResonance(Value(Q));
-    outputGain = TableGain();
+    outputGain = OutputGain(mode, stages, resonance);
     gainSmoother.Reset(outputGain);
     frequencySmoother.Reset(Value(Freq));
     frequency = frequencySmoother.Tick();
@@ -173,14 +167,20 @@ void MultiModeFilter::UpdateCoefficients() {
     mixLow = mode == kHighPass ? -1.0f : mode == kBandPass ? 0.0f : 1.0f;
 }
 
-float MultiModeFilter::TableGain() const {
+float MultiModeFilter::OutputGain(int32_t mode, int32_t stages, float q) {
     if (mode == kCombFeedForward)
         return 1.0f;
     const auto section = static_cast<size_t>(stages - 1);
     const GainRow& row = mode == kCombFeedback ? kCombGains
                          : mode == kBandPass   ? kBandGains[section]
                                                : kPassGains[section];
-    return DecibelsToGain(InterpolateDecibels(row, resonance));
+    return DecibelsToGain(InterpolateDecibels(row, q));
+}
+
+/// A fit over the feedback.
+float MultiModeFilter::CombGain(float depth) {
+    const float f = depth;
+    return 1.00086f - 0.5438554f * f + 1.296221f * f * f - 1.560468f * f * f * f;
 }
 
 void MultiModeFilter::RunStateVariable(ProcessBlock& block) {
@@ -188,7 +188,7 @@ void MultiModeFilter::RunStateVariable(ProcessBlock& block) {
     frequency = frequencySmoother.Tick();
     SetResonance(parameters[Q].GetBlockValue(block, kResonanceRow));
     RampCoefficients(block);
-    outputGain = TableGain();
+    outputGain = OutputGain(mode, stages, resonance);
     gainSmoother.SetTarget(outputGain);
     gainSmoother.FillBlock(gainBuffer.data(), block.numFrames);
     if (stages == 1)

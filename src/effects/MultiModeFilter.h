@@ -36,6 +36,12 @@ public:
 
     explicit MultiModeFilter(std::string moduleName);
 
+    /// Linear gain behind the filter at a resonance of 0.5..15, for one to three sections.
+    static float OutputGain(int32_t mode, int32_t stages, float q);
+    /// The same of the comb with feedback, over its depth 0..0.99.
+    static float CombGain(float depth);
+    static constexpr float kDeepestComb = 0.99f;  ///< depth at full Q
+
     void OnSetup(float rate, uint32_t blockFrames) override;
     void OnReset(bool hard) override;
     bool UpdateParameters(ProcessBlock& block) override;
@@ -57,7 +63,6 @@ private:
     void ClearLines();
     void SetResonance(float q);
     void UpdateCoefficients();
-    float TableGain() const;
 
     void RunStateVariable(ProcessBlock& block);
     void RampCoefficients(const ProcessBlock& block);

@@ -43,132 +43,230 @@ HWY_INLINE Floats Bend(Floats y, float factor) {
     return hn::Mul(Constant(factor), hn::Sub(hn::Mul(hn::Abs(y), y), y));
 }
 
+// The shapes: what belongs to the grain is worked out by the constructor, ahead of the samples.
+
+struct Triangle {
+    HWY_INLINE explicit Triangle(const GrainKernels::Envelope& e)
+        : peak(Constant(e.shapeB)), behind(Constant(e.shapeB - 1.0f)) {}
+
+    HWY_INLINE Floats operator()(Floats x) const {
+        const auto rising = hn::Le(x, peak);
+        const Floats above = hn::IfThenElse(rising, x, hn::Sub(x, Constant(1.0f)));
+        return hn::Div(above, hn::IfThenElse(rising, peak, behind));
+    }
+
+    Floats peak, behind;
+};
+
+struct Trapezoid {
+    HWY_INLINE explicit Trapezoid(const GrainKernels::Envelope& e) : edge(Constant(e.shapeB)) {}
+
+    HWY_INLINE Floats operator()(Floats x) const {
+        const Floats one = Constant(1.0f);
+        const Floats left = hn::Sub(one, x);
+        const auto flat = hn::And(hn::Ge(x, edge), hn::Ge(left, edge));
+        if (hn::AllTrue(FloatTag(), flat))
+            return one;
+        const Floats slope = hn::Div(hn::IfThenElse(hn::Lt(x, edge), x, left), edge);
+        return hn::IfThenElse(flat, one, slope);
+    }
+
+    Floats edge;
+};
+
 /// Raised-cosine rise at both ends of the grain, 1 between.
-HWY_INLINE Floats RaisedEdge(Floats x, float p, float q) {
-    const Floats one = Constant(1.0f);
-    const Floats left = hn::Sub(one, x);
-    const auto rising = hn::Lt(x, Constant(q));
-    const auto flat = hn::And(hn::Ge(x, Constant(q)), hn::Ge(left, Constant(q)));
-    if (hn::AllTrue(FloatTag(), flat))  // most of the grain, in most grains
-        return one;
-    const Floats along = hn::IfThenElse(rising, x, left);
-    const Floats y = SineOfTurn(hn::Add(hn::Div(along, Constant(p)), Constant(0.75f)));
-    const Floats edge =
-        hn::Add(hn::Add(hn::Mul(Constant(0.5f), y), Bend(y, 0.1125f)), Constant(0.5f));
-    return hn::IfThenElse(flat, one, edge);
-}
+struct RaisedEdge {
+    HWY_INLINE RaisedEdge(float turn, float edge) : p(Constant(turn)), q(Constant(edge)) {}
+    HWY_INLINE explicit RaisedEdge(const GrainKernels::Envelope& e)
+        : RaisedEdge(e.shapeA, e.shapeB) {}
 
-HWY_INLINE Floats Triangle(Floats x, float peak) {
-    const Floats one = Constant(1.0f);
-    const auto rising = hn::Le(x, Constant(peak));
-    const Floats above = hn::IfThenElse(rising, x, hn::Sub(x, one));
-    return hn::Div(above, hn::IfThenElse(rising, Constant(peak), Constant(peak - 1.0f)));
-}
+    HWY_INLINE Floats operator()(Floats x) const {
+        const Floats one = Constant(1.0f);
+        const Floats left = hn::Sub(one, x);
+        const auto rising = hn::Lt(x, q);
+        const auto flat = hn::And(hn::Ge(x, q), hn::Ge(left, q));
+        if (hn::AllTrue(FloatTag(), flat))  // most of the grain, in most grains
+            return one;
+        const Floats along = hn::IfThenElse(rising, x, left);
+        const Floats y = SineOfTurn(hn::Add(hn::Div(along, p), Constant(0.75f)));
+        const Floats edge =
+            hn::Add(hn::Add(hn::Mul(Constant(0.5f), y), Bend(y, 0.1125f)), Constant(0.5f));
+        return hn::IfThenElse(flat, one, edge);
+    }
 
-HWY_INLINE Floats Trapezoid(Floats x, float edge) {
-    const Floats one = Constant(1.0f);
-    const Floats left = hn::Sub(one, x);
-    const Floats slope =
-        hn::Div(hn::IfThenElse(hn::Lt(x, Constant(edge)), x, left), Constant(edge));
-    const auto flat = hn::And(hn::Ge(x, Constant(edge)), hn::Ge(left, Constant(edge)));
-    return hn::IfThenElse(flat, one, slope);
-}
+    Floats p, q;
+};
 
-HWY_INLINE Floats Gaussian(Floats x, float b) {
-    const Floats centred = hn::Sub(x, Constant(0.5f));
-    return Exp(hn::Mul(hn::Mul(centred, Constant(b)), hn::Mul(centred, Constant(-0.5f))));
-}
+struct Gaussian {
+    HWY_INLINE explicit Gaussian(const GrainKernels::Envelope& e) : b(Constant(e.shapeB)) {}
+
+    HWY_INLINE Floats operator()(Floats x) const {
+        const Floats centred = hn::Sub(x, Constant(0.5f));
+        return Exp(hn::Mul(hn::Mul(centred, b), hn::Mul(centred, Constant(-0.5f))));
+    }
+
+    Floats b;
+};
 
 /// Below this the quotient is taken for its limit. The turn is rounded to steps of 2^-21, that is y
 /// to 1.5e-6 either way: at 2^-13 the quotient is 1.2 % off, nearer it may be anything from 0 to
 /// 1.7. The sine's own slope, 0.987, keeps it 1.3 % from the limit anyway.
 constexpr float kSincCentre = 0x1p-13f;
 
-HWY_INLINE Floats WindowedSinc(Floats x, float b) {
-    const Floats y = hn::Mul(Constant(b * 31.415928f), hn::Sub(x, Constant(0.5f)));
-    const Floats z = SineOfTurn(hn::Add(hn::Mul(y, Constant(0.15915494f)), Constant(5.0f)));
-    const Floats sine = hn::Add(z, Bend(z, 0.225f));
-    const Floats window = RaisedEdge(x, 0.2f, 0.1f);
-    const auto centre = hn::Lt(hn::Abs(y), Constant(kSincCentre));
-    const Floats lobe = hn::Div(hn::Mul(window, sine), y);
-    return hn::IfThenElse(centre, Constant(1.0f), lobe);
-}
+struct WindowedSinc {
+    HWY_INLINE explicit WindowedSinc(const GrainKernels::Envelope& e)
+        : lobes(Constant(e.shapeB * 31.415928f)), window(0.2f, 0.1f) {}
 
-HWY_INLINE Floats Fall(Floats x, const GrainKernels::Envelope& e) {
-    const Floats one = Constant(1.0f);
-    const Floats exponent = hn::Mul(Constant(e.shapeA * 10.0f), hn::Sub(one, x));
-    return hn::Mul(hn::Sub(Exp(exponent), one), Constant(e.shapeB));
-}
+    HWY_INLINE Floats operator()(Floats x) const {
+        const Floats y = hn::Mul(lobes, hn::Sub(x, Constant(0.5f)));
+        const Floats z = SineOfTurn(hn::Add(hn::Mul(y, Constant(0.15915494f)), Constant(5.0f)));
+        const Floats sine = hn::Add(z, Bend(z, 0.225f));
+        const auto centre = hn::Lt(hn::Abs(y), Constant(kSincCentre));
+        const Floats lobe = hn::Div(hn::Mul(window(x), sine), y);
+        return hn::IfThenElse(centre, Constant(1.0f), lobe);
+    }
+
+    Floats lobes;
+    RaisedEdge window;
+};
+
+struct Fall {
+    HWY_INLINE explicit Fall(const GrainKernels::Envelope& e)
+        : steepness(Constant(e.shapeA * 10.0f)), scale(Constant(e.shapeB)) {}
+
+    HWY_INLINE Floats operator()(Floats x) const {
+        const Floats one = Constant(1.0f);
+        return hn::Mul(hn::Sub(Exp(hn::Mul(steepness, hn::Sub(one, x))), one), scale);
+    }
+
+    Floats steepness, scale;
+};
 
 /// The exponential of the percussive shapes: 1 where the attack meets it, 0 at phase 1.
-HWY_INLINE Floats Decay(Floats behindAttack, const GrainKernels::Envelope& e) {
-    const Floats one = Constant(1.0f);
-    const Floats steep =
-        hn::Mul(hn::Mul(behindAttack, Constant(e.shapeA)), Constant(e.length * -10.0f));
-    const Floats exponent = hn::Div(steep, Constant(e.length - e.attackSamples));
-    return hn::Sub(one, hn::Mul(hn::Sub(Exp(exponent), one), Constant(e.shapeB)));
-}
+struct Decay {
+    HWY_INLINE explicit Decay(const GrainKernels::Envelope& e)
+        : a(Constant(e.shapeA)),
+          down(Constant(e.length * -10.0f)),
+          way(Constant(e.length - e.attackSamples)),
+          scale(Constant(e.shapeB)) {}
+
+    HWY_INLINE Floats operator()(Floats behindAttack) const {
+        const Floats one = Constant(1.0f);
+        const Floats exponent = hn::Div(hn::Mul(hn::Mul(behindAttack, a), down), way);
+        return hn::Sub(one, hn::Mul(hn::Sub(Exp(exponent), one), scale));
+    }
+
+    Floats a, down, way, scale;
+};
 
 /// A fixed attack, then an exponential fall that reaches 0 at the end of the grain.
-HWY_INLINE Floats Percussive(Floats x, const GrainKernels::Envelope& e) {
-    const FloatTag d;
-    const Floats attack = Constant(e.attackSamples / e.length);
-    const Floats rise = hn::Mul(Constant(e.length / e.attackSamples), x);
-    const Floats fall = Decay(hn::Sub(x, attack), e);
-    const Floats behind = hn::IfThenElse(hn::Ge(x, Constant(1.0f)), hn::Zero(d), fall);
-    return hn::IfThenElse(hn::Lt(x, attack), rise, behind);
-}
+struct Percussive {
+    HWY_INLINE explicit Percussive(const GrainKernels::Envelope& e)
+        : attack(Constant(e.attackSamples / e.length)),
+          rise(Constant(e.length / e.attackSamples)),
+          decay(e) {}
+
+    HWY_INLINE Floats operator()(Floats x) const {
+        const Floats fall = decay(hn::Sub(x, attack));
+        const auto over = hn::Ge(x, Constant(1.0f));
+        const Floats behind = hn::IfThenElse(over, hn::Zero(FloatTag()), fall);
+        return hn::IfThenElse(hn::Lt(x, attack), hn::Mul(rise, x), behind);
+    }
+
+    Floats attack, rise;
+    Decay decay;
+};
 
 /// The percussive shape run backwards. Its edges belong to the other side than the forward one's.
-HWY_INLINE Floats MirroredPercussive(Floats x, const GrainKernels::Envelope& e) {
-    const FloatTag d;
-    const float attack = e.attackSamples / e.length;
-    const Floats left = hn::Sub(Constant(1.0f), x);
-    const Floats rise = hn::Mul(Constant(e.length / e.attackSamples), left);
-    const Floats fall = Decay(hn::Sub(left, Constant(attack)), e);
-    const Floats behind = hn::IfThenElse(hn::Le(x, hn::Zero(d)), hn::Zero(d), fall);
-    return hn::IfThenElse(hn::Ge(x, Constant(1.0f - attack)), rise, behind);
-}
+struct MirroredPercussive {
+    HWY_INLINE explicit MirroredPercussive(const GrainKernels::Envelope& e)
+        : attack(Constant(e.attackSamples / e.length)),
+          turn(Constant(1.0f - e.attackSamples / e.length)),
+          rise(Constant(e.length / e.attackSamples)),
+          decay(e) {}
 
-/// Calls shape on the phase of every sample: source samples read over the grain's length.
-template <class Shape>
-HWY_INLINE void ForEachPhase(float length, double elapsed, double step, uint32_t count, float* out,
-                             const Shape& shape) {
-    const Doubles whole = hn::Set(DoubleTag(), static_cast<double>(length));
-    Line read(elapsed, step);
-    for (uint32_t i = 0; i < count; i += LaneCount()) {
-        const auto first = hn::DemoteTo(HalfTag(), hn::Div(read.Next(), whole));
-#if HWY_TARGET == HWY_SCALAR
-        const Floats x = first;
-#else
-        const auto second = hn::DemoteTo(HalfTag(), hn::Div(read.Next(), whole));
-        const Floats x = hn::Combine(FloatTag(), second, first);
-#endif
-        hn::StoreU(shape(x), FloatTag(), out + i);
+    HWY_INLINE Floats operator()(Floats x) const {
+        const Floats zero = hn::Zero(FloatTag());
+        const Floats left = hn::Sub(Constant(1.0f), x);
+        const Floats fall = decay(hn::Sub(left, attack));
+        const Floats behind = hn::IfThenElse(hn::Le(x, zero), zero, fall);
+        return hn::IfThenElse(hn::Ge(x, turn), hn::Mul(rise, left), behind);
+    }
+
+    Floats attack, turn, rise;
+    Decay decay;
+};
+
+/// Calls use with the shape that the grain has.
+template <class Use>
+HWY_INLINE void WithShape(const GrainKernels::Envelope& e, const Use& use) {
+    switch (e.shape) {
+        case 0:
+            return use(Triangle(e));
+        case 1:
+            return use(Trapezoid(e));
+        case 2:
+            return use(RaisedEdge(e));
+        case 3:
+            return use(Gaussian(e));
+        case 4:
+            return use(WindowedSinc(e));
+        case 5:
+            return use(Fall(e));
+        case 6:
+            return use(Percussive(e));
+        default:
+            return use(MirroredPercussive(e));
     }
 }
 
-void FillEnvelope(const GrainKernels::Envelope& e, double elapsed, double step, uint32_t count,
-                  float* out) {
-    const auto fill = [&](const auto& shape)
-                          HWY_ATTR { ForEachPhase(e.length, elapsed, step, count, out, shape); };
-    switch (e.shape) {
-        case 0:
-            return fill([&e](Floats x) HWY_ATTR { return Triangle(x, e.shapeB); });
-        case 1:
-            return fill([&e](Floats x) HWY_ATTR { return Trapezoid(x, e.shapeB); });
-        case 2:
-            return fill([&e](Floats x) HWY_ATTR { return RaisedEdge(x, e.shapeA, e.shapeB); });
-        case 3:
-            return fill([&e](Floats x) HWY_ATTR { return Gaussian(x, e.shapeB); });
-        case 4:
-            return fill([&e](Floats x) HWY_ATTR { return WindowedSinc(x, e.shapeB); });
-        case 5:
-            return fill([&e](Floats x) HWY_ATTR { return Fall(x, e); });
-        case 6:
-            return fill([&e](Floats x) HWY_ATTR { return Percussive(x, e); });
-        default:
-            return fill([&e](Floats x) HWY_ATTR { return MirroredPercussive(x, e); });
+/// Whether vectors of products with an inverse have come to the same singles as the quotients
+/// would. Such a product is up to 2.5 steps of double precision off the quotient, which doesn't
+/// matter as long as it keeps further than that from the middle between two singles.
+class TieWatch {
+public:
+    HWY_INLINE TieWatch() : near(hn::Zero(IntTag())) {}
+
+    HWY_INLINE void Look([[maybe_unused]] Doubles first, [[maybe_unused]] Doubles second) {
+#if HWY_TARGET != HWY_SCALAR
+        const IntTag di;
+        const hn::RebindToUnsigned<DoubleTag> words;
+        // What singles leave off lies in the low half of each.
+        const Ints low = hn::OddEven(hn::BitCast(di, hn::ShiftLeft<32>(hn::BitCast(words, second))),
+                                     hn::BitCast(di, first));
+        const Ints beyond = hn::Sub(low, hn::Set(di, kMiddle - 4));
+        const Ints far = hn::And(beyond, hn::Set(di, 2 * kMiddle - 8));
+        near = hn::Or(near, hn::VecFromMask(di, hn::Eq(far, hn::Zero(di))));
+#endif
+    }
+    HWY_INLINE bool Clear() const {
+        return HWY_TARGET != HWY_SCALAR && hn::AllTrue(IntTag(), hn::Eq(near, hn::Zero(IntTag())));
+    }
+
+private:
+    static constexpr int32_t kMiddle = 1 << 28;
+    Ints near;
+};
+
+/// How far the grain is at every sample: source samples read over its length.
+HWY_INLINE void FillPhases(float length, double elapsed, double step, uint32_t count, float* out) {
+    const Doubles whole = hn::Set(DoubleTag(), static_cast<double>(length));
+    const Doubles inverse = hn::Set(DoubleTag(), 1.0 / static_cast<double>(length));
+    TieWatch ties;
+    Line read(elapsed, step);
+    for (uint32_t i = 0; i < count; i += LaneCount(), read.GoOn()) {
+        const Doubles x = hn::Mul(read.First(), inverse);
+        const Doubles y = hn::Mul(read.Second(), inverse);
+        ties.Look(x, y);
+        hn::StoreU(Narrow(x, y), FloatTag(), out + i);
+    }
+    if (HWY_LIKELY(ties.Clear()))
+        return;
+    Line again(elapsed, step);
+    for (uint32_t i = 0; i < count; i += LaneCount(), again.GoOn()) {
+        const Doubles x = hn::Div(again.First(), whole);
+        const Doubles y = hn::Div(again.Second(), whole);
+        hn::StoreU(Narrow(x, y), FloatTag(), out + i);
     }
 }
 

@@ -9,158 +9,67 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 #include "granular/GrainEnvelopes-inl.h"
+#include "granular/GrainReads-inl.h"
 #include "granular/GrainVectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Quorvan::dsp {
 namespace HWY_NAMESPACE {
 
-/// Runs of this many samples at most are laid out on the stack at one time.
-constexpr uint32_t kChunk = 64;
-
-/// Places on the tape: whole parts of positions, and their fractions.
-struct Places {
-    Ints whole;
-    Floats fraction;
-};
-
-/// The places of one vector of positions.
-HWY_INLINE Places NextPlaces(Line& positions) {
-    const Doubles first = positions.Next();
-    const auto firstWhole = hn::DemoteTo(HalfIntTag(), first);
-    const auto firstPart =
-        hn::DemoteTo(HalfTag(), hn::Sub(first, hn::PromoteTo(DoubleTag(), firstWhole)));
-#if HWY_TARGET == HWY_SCALAR
-    return {firstWhole, firstPart};
-#else
-    const Doubles second = positions.Next();
-    const auto secondWhole = hn::DemoteTo(HalfIntTag(), second);
-    const auto secondPart =
-        hn::DemoteTo(HalfTag(), hn::Sub(second, hn::PromoteTo(DoubleTag(), secondWhole)));
-    return {hn::Combine(IntTag(), secondWhole, firstWhole),
-            hn::Combine(FloatTag(), secondPart, firstPart)};
-#endif
+/// In two passes: the processor sees only so far ahead, and each has a long chain of its own.
+void FillEnvelope(const GrainKernels::Envelope& e, double elapsed, double step, uint32_t count,
+                  float* out) {
+    FillPhases(e.length, elapsed, step, count, out);
+    WithShape(e, [=](const auto shape) HWY_ATTR {
+        for (uint32_t i = 0; i < count; i += LaneCount())
+            hn::StoreU(shape(hn::LoadU(FloatTag(), out + i)), FloatTag(), out + i);
+    });
 }
 
-/// A read head whose positions count from the lowest place that it comes to, so that 32 bits hold
-/// them.
-struct LocalHead {
-    LocalHead(const GrainKernels::ReadHead& head, uint32_t count) : increment(head.increment) {
-        const double last = head.position + head.increment * (count - 1);
-        const double lowest = std::floor(std::min(head.position, last));
-        start = head.position - lowest;
-        low = head.low + static_cast<size_t>(lowest);
-        high = head.high + static_cast<size_t>(lowest);
-    }
-
-    const float* low;
-    const float* high;
-    double start;
-    double increment;
-};
-
-HWY_INLINE Floats Blend(Floats x, Floats next, Floats fraction) {
-    return hn::Add(x, hn::Mul(hn::Sub(next, x), fraction));
+void Interpolate(const GrainKernels::ReadHead& head, uint32_t count, float* out) {
+    const auto fill = [=](auto reader) HWY_ATTR {
+        for (uint32_t i = 0; i < count; i += LaneCount())
+            hn::StoreU(reader.Next(), FloatTag(), out + i);
+    };
+    if (head.increment != 1.0 && head.high != head.low + 1)
+        return fill(ApartReader(head, count));
+    WithReader(head, count, fill);
 }
 
-HWY_INLINE void InterpolateAtUnitSpeed(const GrainKernels::ReadHead& head, uint32_t count,
-                                       float* out) {
-    const FloatTag d;
-    const double whole = std::floor(head.position);
-    const Floats fraction = Constant(static_cast<float>(head.position - whole));
-    const float* low = head.low + static_cast<size_t>(whole);
-    const float* high = head.high + static_cast<size_t>(whole);
-    for (uint32_t i = 0; i < count; i += LaneCount())
-        hn::StoreU(Blend(hn::LoadU(d, low + i), hn::LoadU(d, high + i), fraction), d, out + i);
-}
-
-/// Lays the two neighbours of every place side by side.
-HWY_INLINE void Gather(const LocalHead& head, const int32_t* whole, uint32_t count, float* pairs) {
-    if (head.high == head.low + 1) {
-        for (uint32_t i = 0; i < count; ++i)
-            std::memcpy(pairs + 2 * i, head.low + whole[i], 2 * sizeof(float));
-    } else {
-        for (uint32_t i = 0; i < count; ++i) {
-            pairs[2 * i] = head.low[whole[i]];
-            pairs[2 * i + 1] = head.high[whole[i]];
-        }
-    }
-}
-
-HWY_INLINE void InterpolateByGather(const LocalHead& head, uint32_t count, float* out) {
-    const FloatTag d;
-    HWY_ALIGN int32_t whole[kChunk];
-    HWY_ALIGN float fraction[kChunk];
-    HWY_ALIGN float pairs[2 * kChunk];
-    const uint32_t lanes = LaneCount();
-    Line positions(head.start, head.increment);
-    for (uint32_t done = 0; done < count; done += kChunk) {
-        const uint32_t chunk = std::min(kChunk, count - done);
-        for (uint32_t i = 0; i < chunk; i += lanes) {
-            const Places places = NextPlaces(positions);
-            hn::Store(places.whole, IntTag(), whole + i);
-            hn::Store(places.fraction, d, fraction + i);
-        }
-        Gather(head, whole, chunk, pairs);
-        for (uint32_t i = 0; i < chunk; i += lanes) {
-#if HWY_TARGET == HWY_SCALAR
-            const Floats x = hn::Load(d, pairs + 2 * i);
-            const Floats next = hn::Load(d, pairs + 2 * i + 1);
-#else
-            const Floats first = hn::Load(d, pairs + 2 * i);
-            const Floats second = hn::Load(d, pairs + 2 * i + lanes);
-            const Floats x = hn::ConcatEven(d, second, first);
-            const Floats next = hn::ConcatOdd(d, second, first);
-#endif
-            hn::StoreU(Blend(x, next, hn::Load(d, fraction + i)), d, out + done + i);
-        }
-    }
-}
-
-#if HWY_TARGET <= HWY_AVX3
-/// Up to this speed the places of one vector lie within two vectors of the tape.
-constexpr double kWindowSpeed = 2.0;
-
-/// window[place] for places below two vectors.
-HWY_INLINE Floats LookUp(const float* window, Ints place) {
-    const FloatTag d;
-    const IntTag di;
-    const Ints lanes = hn::Set(di, static_cast<int32_t>(LaneCount()));
-    const auto indices = hn::IndicesFromVec(d, hn::And(place, hn::Sub(lanes, hn::Set(di, 1))));
-    const Floats first = hn::TableLookupLanes(hn::LoadU(d, window), indices);
-    const Floats second = hn::TableLookupLanes(hn::LoadU(d, window + LaneCount()), indices);
-    return hn::IfThenElse(hn::RebindMask(d, hn::Lt(place, lanes)), first, second);
-}
-
-/// For slow heads: permutes what lies around the places instead of loading each by itself.
-HWY_INLINE void InterpolateInWindows(const LocalHead& head, uint32_t count, float* out) {
+/// Adds gain * envelope * what next gives to out.
+template <class Next>
+HWY_INLINE void Add(const float* envelope, float gain, uint32_t count, float* out, Next next) {
     const FloatTag d;
     const uint32_t lanes = LaneCount();
-    Line positions(head.start, head.increment);
-    for (uint32_t i = 0; i < count; i += lanes) {
-        const Places places = NextPlaces(positions);
-        const uint32_t lowest = head.increment < 0.0 ? std::min(lanes, count - i) - 1 : 0;
-        const auto base = static_cast<int32_t>(head.start + (i + lowest) * head.increment);
-        const Ints place = hn::Sub(places.whole, hn::Set(IntTag(), base));
-        const Floats x = LookUp(head.low + base, place);
-        const Floats next = LookUp(head.high + base, place);
-        hn::StoreU(Blend(x, next, places.fraction), d, out + i);
+    const Floats level = Constant(gain);
+    const auto sum = [=, &next](uint32_t i) HWY_ATTR {
+        const Floats part = hn::Mul(hn::Mul(level, hn::LoadU(d, envelope + i)), next());
+        return hn::Add(hn::LoadU(d, out + i), part);
+    };
+    uint32_t i = 0;
+    for (; i + lanes <= count; i += lanes)
+        hn::StoreU(sum(i), d, out + i);
+    if (i < count) {
+        const auto inside = hn::FirstN(d, count - i);
+        hn::StoreU(hn::IfThenElse(inside, sum(i), hn::LoadU(d, out + i)), d, out + i);
     }
 }
-#endif
 
-void Interpolate(const GrainKernels::ReadHead& readHead, uint32_t count, float* out) {
-    if (readHead.increment == 1.0)
-        return InterpolateAtUnitSpeed(readHead, count, out);
-    const LocalHead head(readHead, count);
-#if HWY_TARGET <= HWY_AVX3
-    if (std::abs(head.increment) <= kWindowSpeed)
-        return InterpolateInWindows(head, count, out);
-#endif
-    InterpolateByGather(head, count, out);
+void Mix(const float* envelope, const float* x, float gain, uint32_t count, float* out) {
+    Add(envelope, gain, count, out, [&x]() HWY_ATTR {
+        const Floats now = hn::LoadU(FloatTag(), x);
+        x += LaneCount();
+        return now;
+    });
+}
+
+void Play(const GrainKernels::ReadHead& head, const float* envelope, float gain, uint32_t count,
+          float* out) {
+    WithReader(head, count, [=](auto reader) HWY_ATTR {
+        Add(envelope, gain, count, out, [&reader]() HWY_ATTR { return reader.Next(); });
+    });
 }
 
 /// One step of a read head. Its three roundings are the grain's own, so that no step may be left
@@ -235,26 +144,9 @@ void Crossfade(float* x, const float* y, float start, float slope, uint32_t coun
     }
 }
 
-void Mix(const float* envelope, const float* x, float gain, uint32_t count, float* out) {
-    const FloatTag d;
-    const uint32_t lanes = LaneCount();
-    const Floats level = Constant(gain);
-    const auto part = [&](uint32_t i) HWY_ATTR {
-        return hn::Mul(hn::Mul(level, hn::LoadU(d, envelope + i)), hn::LoadU(d, x + i));
-    };
-    uint32_t i = 0;
-    for (; i + lanes <= count; i += lanes)
-        hn::StoreU(hn::Add(hn::LoadU(d, out + i), part(i)), d, out + i);
-    if (i < count) {
-        const Floats kept = hn::LoadU(d, out + i);
-        const auto inside = hn::FirstN(d, count - i);
-        hn::StoreU(hn::IfThenElse(inside, hn::Add(kept, part(i)), kept), d, out + i);
-    }
-}
-
 const GrainKernels& Table() {
-    static const GrainKernels table{&FillEnvelope, &Interpolate, &Walk,
-                                    &Crossfade,    &Mix,         hwy::TargetName(HWY_TARGET)};
+    static const GrainKernels table{
+        &FillEnvelope, &Play, &Interpolate, &Walk, &Crossfade, &Mix, hwy::TargetName(HWY_TARGET)};
     return table;
 }
 

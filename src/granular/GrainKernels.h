@@ -39,6 +39,10 @@ struct GrainKernels {
     /// Envelope at count steps: the source samples read so far start at elapsed and grow by step.
     void (*envelope)(const Envelope& shape, double elapsed, double step, uint32_t count,
                      float* out);
+    /// out += gain * envelope * the tape at count places of the read head, with high = low + 1, by
+    /// linear interpolation; what lies behind count is left as it is.
+    void (*play)(const ReadHead& head, const float* envelope, float gain, uint32_t count,
+                 float* out);
     /// The tape at count places of the read head, by linear interpolation.
     void (*interpolate)(const ReadHead& head, uint32_t count, float* out);
     /// The heads' positions, looped into their wraps and rounded step by step, in steps + 1 rows of
@@ -46,7 +50,7 @@ struct GrainKernels {
     void (*walk)(const Heads& heads, uint32_t steps, double* out);
     /// x = x * c + (1 - c) * y, with c = start + i * slope held to 0..1.
     void (*crossfade)(float* x, const float* y, float start, float slope, uint32_t count);
-    /// out += gain * envelope * x; what lies behind count is left as it is.
+    /// out += gain * envelope * x, likewise.
     void (*mix)(const float* envelope, const float* x, float gain, uint32_t count, float* out);
     /// Name of the instruction set.
     const char* name;

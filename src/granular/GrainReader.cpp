@@ -9,9 +9,6 @@ namespace Quorvan::dsp {
 
 namespace {
 
-/// Runs shorter than this cost more to set up than single samples do.
-constexpr uint32_t kShortestRun = 4;
-
 /// Part of x above the whole number below it. The library's floor would be a call.
 double FractionOf(double x) {
     const double part = x - static_cast<double>(static_cast<int64_t>(x));
@@ -42,6 +39,17 @@ void GrainReader::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool cr
     interpolate = interpolation;
 }
 
+void GrainReader::Play(Grain& grain, bool rightSide, const float* envelope, float gain,
+                       uint32_t count, float* out) {
+    TrackCrossfade(grain, false);
+    const Channel channel = rightSide ? capture->right : capture->left;
+    const float* const tape = channel[runs.PassOfClear(grain)].data();
+    const double from = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
+    const GrainKernels::ReadHead head{tape, tape + 1, from, grain.increment};
+    kernels->play(head, envelope, gain, count, out);
+    Advance(grain, count);
+}
+
 void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
                        float* out) {
     const Channel channel = rightSide ? capture->right : capture->left;
@@ -66,15 +74,18 @@ void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, const Grain
 }
 
 void GrainReader::Prefetch(const Grain& grain, bool rightSide) const {
-    constexpr uint32_t kCacheLine = 16;  // floats
+    constexpr int32_t kCacheLine = 16;  // floats
+    constexpr int32_t kUsual = 8;  // lines, at most that most grains read; too few to loop over
     const bool ahead = grain.readPosition > static_cast<double>(capture->writePosition);
     const uint32_t pass = capture->activePass ^ (ahead ? 1u : 0u);
     const double way = grain.increment * numFrames;
     const double from = std::max(grain.readPosition + std::min(way, 0.0), 0.0);
     const float* at =
-        (rightSide ? capture->right : capture->left)[pass].data() + static_cast<size_t>(from);
-    const auto floats = static_cast<uint32_t>(std::abs(way));
-    for (uint32_t i = 0; i <= floats; i += kCacheLine)
+        (rightSide ? capture->right : capture->left)[pass].data() + static_cast<int64_t>(from);
+    const auto floats = static_cast<int32_t>(std::abs(way));
+    for (int32_t i = 0; i < kUsual; ++i)
+        hwy::Prefetch(at + std::min(i * kCacheLine, floats));
+    for (int32_t i = kUsual * kCacheLine; i <= floats; i += kCacheLine)
         hwy::Prefetch(at + i);
 }
 

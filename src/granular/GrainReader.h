@@ -29,6 +29,13 @@ public:
     const GrainWalk::Path* PathOf(const GrainPool& pool, uint16_t slot) {
         return runs.NeedsPath(pool[slot]) ? &walk.Next(pool, slot, runs) : nullptr;
     }
+    /// Whether Play may do what Read does in the next count samples.
+    bool IsClear(const Grain& grain, uint32_t count) const {
+        return count >= kShortestRun && runs.IsClear(grain, count);
+    }
+    /// Adds count samples of a grain that is clear to out, under its envelope.
+    void Play(Grain& grain, bool rightSide, const float* envelope, float gain, uint32_t count,
+              float* out);
     /// Reads count samples from the grain's start frame on. out has room for whole vectors.
     void Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
               float* out);
@@ -44,6 +51,8 @@ private:
     using Head = GrainRuns::Head;
     using Run = GrainRuns::Run;
     using Side = GrainRuns::Side;
+    /// Runs shorter than this cost more to set up than single samples do.
+    static constexpr uint32_t kShortestRun = 4;
     /// The two passes of one side.
     using Channel = const ZeroedArray*;
 

@@ -57,15 +57,17 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
 bool GrainRenderer::RenderGrain(Grain& grain, uint32_t numFrames, const GrainWalk::Path* path) {
     const uint32_t start = grain.startFrame;
     const uint32_t wanted = numFrames - start;
-    const uint32_t count = FillEnvelope(grain, wanted);
     const bool rightSide = IsRightSide(grain);
-    reader.Read(grain, rightSide, count, path, samples);
-    if (rightSide)
-        kernels->mix(envelope, samples, grain.outGainRight * grain.panGainRight, count,
-                     sumRight + start);
-    else
-        kernels->mix(envelope, samples, grain.outGainLeft * grain.panGainLeft, count,
-                     sumLeft + start);
+    const float gain =  // of which one part is 0
+        grain.outGainLeft * grain.panGainLeft + grain.outGainRight * grain.panGainRight;
+    float* const sum = (rightSide ? sumRight : sumLeft) + start;
+    const uint32_t count = FillEnvelope(grain, wanted);
+    if (path == nullptr && reader.IsClear(grain, count)) {
+        reader.Play(grain, rightSide, envelope, gain, count, sum);
+    } else {
+        reader.Read(grain, rightSide, count, path, samples);
+        kernels->mix(envelope, samples, gain, count, sum);
+    }
     grain.startFrame = 0;
     return grain.released || count < wanted || grain.elapsed >= static_cast<double>(grain.length);
 }

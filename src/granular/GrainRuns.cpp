@@ -39,6 +39,9 @@ void GrainRuns::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool cros
     interpolate = interpolation;
     loop = tape.EffectiveLength();
     headSpeed = tape.frozen ? 0.0 : 1.0;
+    straight = interpolation && loop > frames && UntilHeadWraps(0, frames) == frames;
+    headStart = static_cast<double>(HeadAt(0).position);
+    headPass = HeadAt(0).pass;
 }
 
 GrainRuns::Head GrainRuns::HeadAt(uint32_t frame) const {
@@ -51,6 +54,30 @@ GrainRuns::Head GrainRuns::HeadAt(uint32_t frame) const {
     }
     // Beyond its final place the head has wrapped since, and wrote the other pass.
     return {position, position > end ? capture->activePass ^ 1u : capture->activePass};
+}
+
+/// Without branches, as chance says which of them would be taken.
+bool GrainRuns::IsClear(const Grain& grain, uint32_t count) const {
+    const double r = grain.readPosition;
+    const double v = grain.wrappedPosition;
+    if (!straight || (r != v && grain.increment == 1.0))
+        return false;
+    const double steps = count - 1;
+    const double way = grain.increment * steps;
+    const double back = std::min(way, 0.0);
+    const double ahead = std::max(way, 0.0);
+    const double seam = static_cast<double>(std::min(loop, grain.wrapLength)) - 1.0;
+    const double lead = r - HeadAtStart(grain);
+    const double turn = (grain.increment - headSpeed) * steps;
+    const double nearest = lead + std::min(turn, 0.0);
+    const double farthest = lead + std::max(turn, 0.0);
+    const double zone = static_cast<double>(crossfadeSamples);
+    const bool inside =
+        bool(int(std::min(r, v) + back >= 0.0) & int(std::max(r, v) + ahead < seam));
+    const bool behind = farthest < -zone;
+    const bool before =
+        bool(int(nearest >= 1.0) & int(farthest < static_cast<double>(loop) - zone));
+    return bool(int(inside) & (int(behind) | int(before)));
 }
 
 GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most,
@@ -84,7 +111,9 @@ GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most
 /// sides.
 bool GrainRuns::MeetsHeadOnSample(const Grain& grain) const {
     constexpr double kWhole = 1.0e-4;  // rounding takes no grain that far off its sample
-    if (std::abs(grain.readPosition - std::nearbyint(grain.readPosition)) > kWhole)
+    // The library's rounding is a call; a half here is no matter. NOLINTNEXTLINE
+    const auto nearest = static_cast<int64_t>(grain.readPosition + 0.5);
+    if (std::abs(grain.readPosition - static_cast<double>(nearest)) > kWhole)
         return false;
     const double lead = grain.readPosition - static_cast<double>(HeadAt(grain.startFrame).position);
     const double turn = static_cast<double>(loop);

@@ -41,6 +41,13 @@ public:
                     bool interpolation);
 
     Head HeadAt(uint32_t frame) const;
+    /// Whether count samples from the grain's start frame on are one run away from the head's
+    /// crossfade zone, as in most blocks of most grains. May say no where they are.
+    bool IsClear(const Grain& grain, uint32_t count) const;
+    /// The pass that a clear grain reads.
+    uint32_t PassOfClear(const Grain& grain) const {
+        return headPass ^ (grain.readPosition > HeadAtStart(grain) ? 1u : 0u);
+    }
     /// The longest run from frame on, of at most most samples. One of a grain on a path keeps clear
     /// of every place where rounding could have a say in more than the sample read.
     Run Plan(const Grain& grain, uint32_t frame, uint32_t most, bool onPath) const;
@@ -71,6 +78,10 @@ private:
         uint32_t Steps(double x, double step, uint32_t most) const;
     };
 
+    /// The write head's place at the grain's start frame, while it doesn't wrap.
+    double HeadAtStart(const Grain& grain) const {
+        return headStart + headSpeed * grain.startFrame;
+    }
     bool MeetsHeadOnSample(const Grain& grain) const;
     uint32_t UntilHeadWraps(uint32_t frame, uint32_t most) const;
     uint32_t WithinLoops(const Grain& grain, uint32_t most, double margin) const;
@@ -84,6 +95,9 @@ private:
     bool crossfade = false;
     bool interpolate = true;
     uint32_t loop = 1;
+    bool straight = false;   ///< the write head doesn't wrap, and grains may be clear of it
+    double headStart = 0.0;  ///< where it stands at the first sample
+    uint32_t headPass = 0;   ///< that it writes there
     double headSpeed = 1.0;  ///< 0 while frozen
 };
 

@@ -34,25 +34,40 @@ using HalfIntTag = hn::Rebind<int32_t, DoubleTag>;
 HWY_INLINE uint32_t LaneCount() { return static_cast<uint32_t>(hn::Lanes(FloatTag())); }
 HWY_INLINE Floats Constant(float value) { return hn::Set(FloatTag(), value); }
 
-/// The points start + i * step for i = 0, 1, ..., half a vector at a time. They come from products,
-/// not from sums, so that every set rounds them alike.
+/// The points start + i * step of one vector after the other, half a vector at a time; the scalar
+/// set has no second half. Steps come from single precision, so that their multiples are exact
+/// whether they are products or sums, and every set rounds the points alike.
 class Line {
 public:
-    HWY_INLINE Line(double first, double increment)
-        : index(hn::Iota(DoubleTag(), 0.0)),
-          start(hn::Set(DoubleTag(), first)),
-          step(hn::Set(DoubleTag(), increment)),
-          lanes(hn::Set(DoubleTag(), static_cast<double>(hn::Lanes(DoubleTag())))) {}
+    HWY_INLINE Line(double from, double increment)
+        : start(hn::Set(DoubleTag(), from)),
+          ahead(hn::Set(DoubleTag(), increment * static_cast<double>(hn::Lanes(FloatTag())))) {
+        const DoubleTag d;
+        const Doubles step = hn::Set(d, increment);
+        const auto half = static_cast<double>(hn::Lanes(d));
+        wayOfFirst = hn::Mul(hn::Iota(d, 0.0), step);
+        wayOfSecond = hn::Mul(hn::Iota(d, half), step);
+    }
 
-    HWY_INLINE Doubles Next() {
-        const Doubles points = hn::Add(start, hn::Mul(index, step));
-        index = hn::Add(index, lanes);
-        return points;
+    HWY_INLINE Doubles First() const { return hn::Add(start, wayOfFirst); }
+    HWY_INLINE Doubles Second() const { return hn::Add(start, wayOfSecond); }
+    HWY_INLINE void GoOn() {
+        wayOfFirst = hn::Add(wayOfFirst, ahead);
+        wayOfSecond = hn::Add(wayOfSecond, ahead);
     }
 
 private:
-    Doubles index, start, step, lanes;
+    Doubles start, ahead, wayOfFirst, wayOfSecond;
 };
+
+/// Two halves of a vector, rounded to single precision.
+HWY_INLINE Floats Narrow(Doubles first, [[maybe_unused]] Doubles second) {
+#if HWY_TARGET == HWY_SCALAR
+    return hn::DemoteTo(FloatTag(), first);
+#else
+    return hn::Combine(FloatTag(), hn::DemoteTo(HalfTag(), second), hn::DemoteTo(HalfTag(), first));
+#endif
+}
 
 }  // namespace HWY_NAMESPACE
 }  // namespace Quorvan::dsp

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "primitives/BlockDelay.h"
+#include "primitives/Extremes.h"
 #include "primitives/FiniteSamples.h"
 #include "primitives/RingStretch.h"
 #include "primitives/UnpairedSine.h"
@@ -225,19 +226,18 @@ void MoteWeaverProcessor::RunGranular(const dsp::ProcessBlock& block, const Inpu
     display.Fill(Granular());
 }
 
-/// What the loop below adds to the input.
+/// What the loop below adds to the input: the clip keeps the order of levels, so that it can wait.
 void MoteWeaverProcessor::WatchFeedback(uint32_t frames) {
     for (uint32_t c = 0; c < 2; ++c) {
-        float peak = 0.0f;
         for (uint32_t i = 0; i < frames; ++i)
-            peak = std::max(peak, std::abs(SoftClip(feedbackReturn[c][i] * ramp[i])));
-        peaks.feedback[c] = peak;
+            slotOutA[c][i] = feedbackReturn[c][i] * ramp[i];
+        peaks.feedback[c] = SoftClip(dsp::Extremes::PeakOf(slotOutA[c], frames));
     }
 }
 
 void MoteWeaverProcessor::WatchWet(uint32_t frames) {
     for (uint32_t c = 0; c < 2; ++c)
-        peaks.wet[c] = StagePeaks::Of(limited[c], frames);
+        peaks.wet[c] = dsp::Extremes::PeakOf(limited[c], frames);
 }
 
 /// Both channels in one loop: each waits for its own last output.

@@ -65,6 +65,8 @@ public:
     /// direction beside it is folded around 0.5.
     float DestDisplayValue(uint32_t row);
     /// What a modulation source gave at the last block's first sample, -1..1.
+    float DestinationOffset(uint32_t row) { return Row(row)[0]; }
+    float FunctionPhase(uint32_t index) { return Function(index).PhaseBuffer()[0]; }
     float SourceValue(uint32_t source) { return Matrix().GetSourceRow(source)[0]; }
     /// Whether Peaks are kept, from the next block on.
     void WatchStages(bool watched) { stagesWatched = watched; }

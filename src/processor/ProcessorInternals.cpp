@@ -31,6 +31,14 @@ float DestinationValue(IProcessor& processor, uint32_t row) {
     return EffectOf(processor).DestDisplayValue(row);
 }
 
+float DestinationOffset(IProcessor& processor, uint32_t row) {
+    return EffectOf(processor).DestinationOffset(row);
+}
+
+float FunctionPhase(IProcessor& processor, uint32_t function) {
+    return EffectOf(processor).FunctionPhase(function);
+}
+
 void WatchStages(IProcessor& processor, bool watched) { EffectOf(processor).WatchStages(watched); }
 
 const StagePeaks& StagePeaksOf(IProcessor& processor) { return EffectOf(processor).Peaks(); }

@@ -25,6 +25,10 @@ uint32_t TargetOfRow(IProcessor& processor, uint32_t row);
 float SourceValue(IProcessor& processor, uint32_t source);
 /// Position 0..1 that a destination row (0 to 94) shows: its parameter's, moved by the modulation.
 float DestinationValue(IProcessor& processor, uint32_t row);
+/// What the modulation adds to the row's position; 0 where none reaches it.
+float DestinationOffset(IProcessor& processor, uint32_t row);
+/// Where a function (0 to 2) reads its curve, 0..1.
+float FunctionPhase(IProcessor& processor, uint32_t function);
 /// Whether StagePeaksOf are kept, from the next block on; a little work in each block.
 void WatchStages(IProcessor& processor, bool watched);
 const StagePeaks& StagePeaksOf(IProcessor& processor);

@@ -19,9 +19,8 @@ using Rig = EffectRig<C>;
 class Plain {
 public:
     Plain(C& source, float sampleRate, uint32_t block) : knobs(source), rate(sampleRate) {
-        for (SmootherLPF* s : {&inGain, &outGain, &ratio, &threshold})
-            SetUp(*s, rate, block);
-        SetUp(wet, rate, 1);
+        SetUp({&inGain, &outGain, &ratio, &threshold}, rate, block);
+        SetUp({&wet}, rate, 1);
         wet.rampSteps = block;
         Reset(true);
     }

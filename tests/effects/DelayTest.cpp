@@ -7,24 +7,7 @@ namespace {
 
 using D = Delay;
 
-struct Rig : EffectRig<D> {
-    using EffectRig::EffectRig;
-    /// Only the echo, filters as wide as they go.
-    void Open(float delayMs) {
-        Set(D::DelayTimeMs, delayMs);
-        Set(D::Wet, 1.0f);
-        Set(D::HPFreq, 20.0f);
-        Set(D::LPFreq, 20000.0f);
-    }
-    /// Tells the module its switches and its tempo, waits for the glides, and silences it.
-    void Rest() {
-        const auto seconds = static_cast<size_t>(rate) * 2;
-        for (int times = 0; times < 2; ++times) {
-            Run({Channel(seconds), Channel(seconds)});
-            module.Reset(false);
-        }
-    }
-};
+using Rig = EffectRig<D>;
 
 /// Delays short enough to be heard in the run, and high-passes from 200 Hz on, as lower ones make
 /// much of the last digit.
@@ -63,20 +46,18 @@ TEST(DelayTest, OnlyRowsThatMoveTheDelayMakeItReadBetweenSamples) {
             Rig rig;
             PlainDelay model(rig.module, rig.rate, BlockOf(rig.rate));
             SideBySide pair(rig, model, rig.rate);
-            rig.Open(17.777f);
-            rig.Set(D::HPFreq, 200.0f);
-            rig.Set(D::StereoMode, mode);
+            for (const auto& [id, value] : {std::pair{D::DelayTimeMs, 17.777f},
+                                            {D::Wet, 1.0f},
+                                            {D::HPFreq, 200.0f},
+                                            {D::LPFreq, 20000.0f},
+                                            {D::StereoMode, mode}})
+                rig.Set(id, value);
             pair.Modulate(channel, 0.0f);
             EXPECT_LT(pair.WorstError(1600, [](uint32_t) {}), 5.0e-5f) << channel << ", " << mode;
             const bool moves = channel == 3 || channel == 9 || (channel == 7 && mode == 0.0f);
             EXPECT_EQ(model.restingBlocks > 100, !moves) << channel << ", " << mode;
         }
     }
-}
-
-double LoudestAt(const Channel& signal) {
-    const auto louder = [](float a, float b) { return std::abs(a) < std::abs(b); };
-    return static_cast<double>(std::ranges::max_element(signal, louder) - signal.begin());
 }
 
 TEST(DelayTest, NotesLastAsTheTempoSaysAndStepDownToFourSeconds) {
@@ -91,19 +72,20 @@ TEST(DelayTest, NotesLastAsTheTempoSaysAndStepDownToFourSeconds) {
                                                      {0.0f, 0.0f, 0.0f, 4.0}}) {
         // The right line takes the longest delay and a fifth, and the longest fine part.
         for (const float width : {0.0f, 0.2f}) {
-            Rig rig(48000.0f);
+            Rig rig;
             rig.tempo = tempo;
-            rig.Open(2.0f);
-            rig.Set(D::MidiSync, 1.0f);
-            rig.Set(D::DelayTimeSynced, note);
-            rig.Set(D::RateSyncedType, type);
-            rig.Set(D::StereoWidth, width);
-            rig.Set(D::DelayFineMs, seconds == 4.0 ? 50.0f : 0.0f);
-            rig.Rest();
-            const Stereo output = rig.Run(Impulse(240000));
-            const double late = seconds * 48000.0;
-            EXPECT_NEAR(LoudestAt(output[0]), late, 1.5) << tempo;
-            EXPECT_NEAR(LoudestAt(output[1]), late * (1.0 + width), 1.5) << tempo;
+            for (const auto& [id, value] : {std::pair{D::Wet, 1.0f},
+                                            {D::MidiSync, 1.0f},
+                                            {D::DelayTimeSynced, note},
+                                            {D::RateSyncedType, type},
+                                            {D::StereoWidth, width},
+                                            {D::HPFreq, 20.0f},
+                                            {D::LPFreq, 20000.0f},
+                                            {D::DelayFineMs, seconds == 4.0 ? 50.0f : 0.0f}})
+                rig.Set(id, value);
+            const auto [left, right] = EchoSeconds(rig);
+            EXPECT_NEAR(left, seconds, 5.0e-5) << tempo;
+            EXPECT_NEAR(right, seconds * (1.0 + double{width}), 5.0e-5) << tempo;
         }
     }
 }

@@ -10,43 +10,20 @@ using Core = DattorroCore;
 
 using Rig = EffectRig<R>;
 
+/// Predelay, size and damping rest now and then, or stand at their bottoms.
 void Jump(Rig& rig, Dice& dice) {
-    struct Range {
-        uint32_t id;
-        float from, to;
-        float share = 1.0f;  ///< how often it is drawn anew
-    };
-    const Range ranges[] = {{Core::Predelay, 0.0f, 0.05f, 0.5f},
-                            {Core::Size, 0.1f, 1.9f, 0.3f},
-                            {Core::InputDiffusion1, 0.0f, 0.9f},
-                            {Core::InputDiffusion2, 0.0f, 0.9f},
-                            {Core::Decay, 0.0f, 0.8f},
-                            {Core::DecayDiffusion1, 0.0f, 0.9f},
-                            {Core::DecayDiffusion2, 0.0f, 0.9f},
-                            {Core::Damping, 0.0f, 1.0f},
-                            {Core::Excursion, 0.0f, 1.0f},
-                            {Core::OscillatorRate, 0.0f, 1.0f},
-                            {Core::OscillatorSpread, 0.0f, 1.0f},
-                            {R::LPBandWith, 100.0f, 20000.0f},
-                            {R::HPBandWith, 30.0f, 3000.0f},
-                            {R::Wet, 0.0f, 1.0f},
-                            {R::EarlySize, 0.0f, 1.0f},
-                            {R::EarlyMix, 0.0f, 1.0f},
-                            {R::OutputGain, -20.0f, 6.0f},
-                            {R::MSMix, 0.0f, 0.5f}};
-    for (const Range& range : ranges)
-        if (dice.Chance(range.share))
-            rig.Set(range.id, dice.Between(range.from, range.to));
-    for (const auto& [id, least] : {std::pair<uint32_t, float>{Core::Predelay, 0.0f},
-                                    {Core::Size, 0.1f},
-                                    {Core::Damping, 0.0f}})
-        if (dice.Chance(0.1f))
-            rig.Set(id, least);
+    for (uint32_t id = 0; id < R::kParameterCount; ++id) {
+        if (id == R::EarlyOn || id == R::InvertEarly || id == Core::Freeze)
+            continue;
+        const bool mayRest = id == Core::Predelay || id == Core::Size || id == Core::Damping;
+        const bool isGlide = id == Core::SmoothTimeDelay || id == R::SmoothTimeDelayCont;
+        const float low = mayRest && dice.Chance(0.1f) ? 0.0f : dice.Unit();
+        if (!mayRest || dice.Chance(0.4f))
+            rig.SetPosition(id, (isGlide ? 0.1f : 0.85f) * low);
+    }
     rig.Set(Core::Freeze, dice.Chance(0.15f) ? 1.0f : 0.0f);
     rig.Set(R::EarlyOn, dice.Chance(0.6f) ? 1.0f : 0.0f);
     rig.Set(R::InvertEarly, dice.Chance(0.5f) ? 1.0f : 0.0f);
-    for (const uint32_t id : {uint32_t{Core::SmoothTimeDelay}, uint32_t{R::SmoothTimeDelayCont}})
-        rig.Set(id, dice.Chance(0.2f) ? 0.0f : dice.Between(0.01f, 0.1f));
 }
 
 TEST(ReverbTest, MatchesAPlainModelWhileEverythingMoves) {

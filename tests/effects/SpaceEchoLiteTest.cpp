@@ -1,6 +1,6 @@
 #include "effects/SpaceEchoLite.h"
 
-#include "support/PlainTapeEcho.h"
+#include "support/SideBySide.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -8,37 +8,48 @@ namespace {
 using E = SpaceEchoLite;
 using Rig = EffectRig<E>;
 
-// A last digit that falls otherwise in the filters' design comes back as noise of up to 4e-4 on the
-// tape: the 100 Hz high-pass runs in single precision.
-TEST(SpaceEchoLiteTest, MatchesAPlainModelWhileEverythingMoves) {
+/// What a plain model gives that designs every filter anew for each sample and whose tapes have no
+/// end.
+const std::map<float, std::vector<double>> kPrint{
+    {44100.0f, {0.05004,  0.25128, -0.00760, -0.00137, 0.20531,  0.07016,  0.04080,  -0.02046,
+                -0.01335, 0.03462, -0.01526, 0.00551,  -0.02465, -0.05504, 0.07314,  -0.00120,
+                -0.31111, 0.00617, -0.02494, -0.01590, 0.01055,  -0.09698, 0.02597,  -0.00149,
+                -0.12365, 0.11332, 0.00591,  0.00852,  -0.26126, 0.03689,  -0.08914, 0.01380}},
+    {48000.0f, {-0.00666, 0.27722, 0.04352,  0.02858,  0.10979,  0.15048,  0.03856,  -0.03816,
+                0.02967,  0.09013, -0.00770, -0.01241, -0.20484, 0.06348,  -0.03237, -0.00511,
+                -0.05545, 0.01337, 0.00572,  -0.00568, -0.00700, -0.06844, 0.01342,  -0.00569,
+                -0.05248, 0.16038, 0.02453,  0.00087,  -0.24780, 0.03869,  -0.08198, -0.02673}},
+    {96000.0f, {-0.03994, 0.25039, 0.04186,  -0.01107, -0.00152, 0.07982,  0.10343, -0.01009,
+                -0.01126, 0.09932, -0.00201, -0.00188, 0.15703,  0.12519,  0.13902, -0.07742,
+                -0.50400, 0.20599, 0.03206,  -0.01194, 0.12089,  0.01781,  0.08722, -0.09342,
+                -0.14877, 0.06127, 0.03322,  0.00933,  -0.34354, -0.09836, 0.05915, 0.01718}}};
+
+TEST(SpaceEchoLiteTest, SoundsAsAPlainModelWhileEverythingMoves) {
     uint32_t lit = 0;
-    ExpectAlike<Rig, PlainTapeEcho>(1600, 5.0e-4f, [&lit](auto& pair, uint32_t number) {
-        Rig& rig = pair.rig;
+    ExpectPrint<Rig>(kPrint, [&lit](auto& solo, uint32_t number) {
+        Rig& rig = solo.rig;
         if (number == 0) {
             rig.Set(E::DelayTime, 70.0f);
             rig.Set(E::DelayTimeFine, 0.0f);
             rig.Set(E::DryWet, 0.8f);
+            rig.Set(E::ConfInGainCompensated, -18.0f);
         }
-        EXPECT_EQ(rig.module.GetParameterNormalized(E::PeakMeter), pair.model.meter) << number;
-        lit += pair.model.meter > 0.0f ? 1u : 0u;
+        lit += rig.module.GetParameterNormalized(E::PeakMeter) > 0.0f ? 1u : 0u;
         if (number % 20 == 0) {
-            const uint32_t id = pair.dice.Below(E::kParameterCount);
+            const uint32_t id = solo.dice.Below(E::kParameterCount);
             if (id == E::DelayTime)
-                rig.Set(id, pair.dice.Between(10.0f, 210.0f));
+                rig.Set(id, solo.dice.Between(10.0f, 210.0f));
             else if (id == E::DelayTimeSynced)
-                rig.Set(id, static_cast<float>(pair.dice.Below(3)));
-            else if (id != E::PeakMeter)
-                rig.SetPosition(id, pair.dice.Unit());
+                rig.Set(id, static_cast<float>(solo.dice.Below(3)));
+            else if (id != E::PeakMeter && id != E::ConfInGainCompensated)
+                rig.SetPosition(id, solo.dice.Unit());
         }
         if (number % 60 == 40)
-            pair.Modulate(2 + pair.dice.Below(8), pair.dice.Between(-0.04f, 0.06f));
+            solo.Modulate(2 + solo.dice.Below(8), solo.dice.Between(-0.04f, 0.06f));
         if (number == 900)
-            pair.Reset(false);
-        const float tapeDb = rig.module.Value(E::ConfInGainCompensated) + 20.0f;
-        pair.unit = std::pow(10.0f, -0.05f * tapeDb);
+            solo.Reset(false);
     });
-    EXPECT_GT(lit, 150u);
-    EXPECT_LT(lit, 4500u);
+    EXPECT_EQ(lit, 1138u);
 }
 
 TEST(SpaceEchoLiteTest, NoTwoResetsFlutterAlike) {

@@ -102,7 +102,9 @@ TEST(ParameterTest, OnlyAnotherNumberCountsAsAChange) {
     EXPECT_TRUE(p.WriteNormalized(0.5f, false));
     EXPECT_FALSE(p.WriteValue(5.0f, false));       // the same through the other face
     EXPECT_FALSE(p.WriteNormalized(0.5f, false));  // and back, with the value pending
-    EXPECT_TRUE(p.WriteNormalized(std::nextafter(0.5f, 1.0f), false));
+    EXPECT_TRUE(p.WriteValue(2.5f, false));
+    EXPECT_FALSE(p.WriteNormalized(0.25f, false));
+    EXPECT_TRUE(p.WriteNormalized(std::nextafter(0.25f, 1.0f), false));
     EXPECT_TRUE(p.WriteValue(7.0f, false));
     EXPECT_FALSE(p.WriteValue(7.0f, false));
     EXPECT_TRUE(p.WriteValue(7.0f, true));  // once changed, changed

@@ -1,6 +1,6 @@
 #include "granular/CaptureBuffer.h"
 
-#include "support/Test.h"
+#include "support/PlainParts.h"
 
 namespace Quorvan::dsp {
 namespace {
@@ -162,7 +162,7 @@ public:
                                                  240.0f / tempo, typeFactor};
         for (uint32_t n = 0; n < kFrames; ++n)
             Sample(n, transport);
-        if (!playing && !tape.frozen && !tape.retrigPlayHead && Chance(0.02f))
+        if (!playing && !plain.marking && !tape.frozen && !tape.retrigPlayHead && Chance(0.02f))
             Stretch(transport);
     }
     void ExpectSame(bool content) {
@@ -176,6 +176,10 @@ public:
         for (uint32_t i = 0; i < ring.Count(); ++i)
             markers.push_back(ring[i]);
         EXPECT_EQ(markers, plain.markers);
+        if (!markers.empty()) {
+            const int32_t near = markers[Below(ring.Count())] + static_cast<int32_t>(Below(3)) - 1;
+            EXPECT_EQ(ring.Neighbours(near), PlainNeighbours(markers, near));
+        }
         if (!content)
             return;
         EXPECT_TRUE(std::ranges::equal(tape.mono, plain.mono));
@@ -189,6 +193,7 @@ public:
     MarkerRing ring;
     PlainTape plain;
     uint32_t laps = 0, clears = 0;
+    size_t fullest = 0;  ///< most markers
 
 private:
     void Sample(uint32_t n, const CaptureBuffer::Transport& transport) {
@@ -198,7 +203,6 @@ private:
             tape.Write(l, r, persistence);
             plain.Write(l, r, persistence);
             const uint32_t before = tape.activePass;
-            const auto head = [this] { return static_cast<int32_t>(tape.writePosition); };
             if (playing) {
                 tape.AdvanceLocked(clock, transport, n == 0, ring);
                 plain.Locked(clock, transport, n == 0);
@@ -207,16 +211,28 @@ private:
                 plain.Free();
             }
             laps += tape.activePass != before ? 1u : 0u;
-            if (plain.marking && plain.markers.size() < 150 && Chance(0.02f) &&
-                (plain.markers.empty() || plain.markers.back() < head())) {
-                ring.Push(head());
-                plain.markers.push_back(head());
-            }
+            if (plain.marking)
+                Mark(static_cast<int32_t>(tape.writePosition));
         }
         EXPECT_EQ(tape.AdvancePlayHead(transport, n == 0), tape.writePosition == 0);
         plain.PlayHead(transport, n == 0);
         if (playing)
             song += static_cast<double>(tempo) / 60.0 / static_cast<double>(kRate);
+    }
+    /// The head drops the marker that it meets, and leaves one now and then.
+    void Mark(int32_t head) {
+        auto& markers = plain.markers;
+        if (!markers.empty() && markers.front() == head) {
+            ring.DropFront();
+            markers.erase(markers.begin());
+        }
+        if (!Chance(0.1f) || (!markers.empty() && markers.back() == head))
+            return;
+        fullest = std::max(fullest, markers.size());
+        if (markers.size() == 200)
+            markers.erase(markers.begin());
+        ring.Push(head);
+        markers.push_back(head);
     }
     /// Many samples at once, as the tape takes them where nothing else moves.
     void Stretch(const CaptureBuffer::Transport& transport) {
@@ -280,6 +296,8 @@ private:
                 plain.marking = Chance(0.5f);
                 tape.quantizationMode =
                     plain.marking ? CaptureBuffer::kTransients : CaptureBuffer::kFree;
+                ring.Clear();
+                plain.markers.clear();
             },
             [this] {
                 const float seconds = Between(0.0f, 2.0f);
@@ -305,6 +323,7 @@ private:
 
 TEST(CaptureBufferTest, FollowsThePlainRulesThroughWholeTakes) {
     uint32_t laps = 0, clears = 0;
+    size_t fullest = 0;
     for (uint32_t seed = 0; seed < 40; ++seed) {
         Take take(seed);
         for (uint32_t block = 0; block < 3000; ++block) {
@@ -316,9 +335,11 @@ TEST(CaptureBufferTest, FollowsThePlainRulesThroughWholeTakes) {
         }
         laps += take.laps;
         clears += take.clears;
+        fullest = std::max(fullest, take.fullest);
     }
     EXPECT_GT(laps, 200u);
     EXPECT_GT(clears, 100u);
+    EXPECT_EQ(fullest, 200u);
 }
 
 }  // namespace

@@ -23,11 +23,27 @@ struct Engine : GrainListener {
                   .sampleRate = 48000.0f};
     }
     void OnGrainStart(const Grain& grain) override { heard.push_back(grain.readPosition); }
-    std::vector<Grain> ByAge() const {
-        std::vector<Grain> grains;
+    /// By age; the pool's other lists must tell of the same.
+    std::vector<uint16_t> Slots() const {
+        std::vector<uint16_t> byAge, inOrder;
         for (uint16_t s = pool.Oldest(); s != GrainPool::kNone; s = pool.NextByAge(s))
-            grains.push_back(pool[s]);
-        return grains;
+            byAge.push_back(s);
+        for (uint16_t s = pool.First(); s < pool.Capacity(); s = pool.Next(s))
+            inOrder.push_back(s);
+        std::vector<uint16_t> sorted = byAge;
+        std::ranges::sort(sorted);
+        EXPECT_EQ(inOrder, sorted);
+        EXPECT_EQ(pool.Count(), sorted.size());
+        uint16_t lowest = 0, end = pool.Capacity();
+        while (lowest < sorted.size() && sorted[lowest] == lowest)
+            ++lowest;
+        while (!sorted.empty() && sorted.back() + 1 == end) {
+            sorted.pop_back();
+            --end;
+        }
+        EXPECT_TRUE(end == 0 || pool.FirstFree() == lowest);
+        EXPECT_TRUE(end == 0 || pool.LastFree() == (sorted.empty() ? 0 : sorted.back() + 1));
+        return byAge;
     }
 
     FixedClock clock;
@@ -176,14 +192,19 @@ TEST(GrainSchedulerTest, DrawsAndPlacesEveryGrainAsThePlainListSays) {
                 ASSERT_EQ(engine.capture.playPosition, twin.playPosition);
             }
             SCOPED_TRACE("seed " + std::to_string(seed) + " block " + std::to_string(block));
-            const std::vector<Grain> grains = engine.ByAge();
-            ASSERT_EQ(grains.size(), model.grains.size());
+            const std::vector<uint16_t> slots = engine.Slots();
+            ASSERT_EQ(slots.size(), model.grains.size());
             std::vector<double> starts;
-            for (size_t i = 0; i < grains.size(); ++i) {
-                EXPECT_EQ(Fields(grains[i]), Fields(model.grains[i]));
-                EXPECT_FLOAT_EQ(grains[i].length, model.grains[i].length);
+            for (size_t i = slots.size(); i-- > 0;) {
+                const Grain& grain = engine.pool[slots[i]];
+                EXPECT_EQ(Fields(grain), Fields(model.grains[i]));
+                EXPECT_FLOAT_EQ(grain.length, model.grains[i].length);
                 if (i >= before)
-                    starts.push_back(grains[i].readPosition);
+                    starts.insert(starts.begin(), grain.readPosition);
+                if (fuzz.Below(4) != 0)
+                    continue;
+                engine.pool.Erase(slots[i]);  // it ends
+                model.grains.erase(model.grains.begin() + static_cast<std::ptrdiff_t>(i));
             }
             EXPECT_EQ(engine.heard, starts);
             EXPECT_EQ(engine.scheduler.StartedCount(), model.started);
@@ -204,10 +225,8 @@ TEST(GrainSchedulerTest, ReleasesTheOldestInPairs) {
     engine.pool.Erase(0);
     engine.pool.Add(Grain{});  // slot 0 is the youngest now
     const auto released = [&engine] {
-        std::vector<uint16_t> slots;
-        for (uint16_t s = engine.pool.Oldest(); s != GrainPool::kNone; s = engine.pool.NextByAge(s))
-            if (engine.pool[s].releasing)
-                slots.push_back(s);
+        std::vector<uint16_t> slots = engine.Slots();
+        std::erase_if(slots, [&](uint16_t slot) { return !engine.pool[slot].releasing; });
         return slots;
     };
     engine.settings.grainLimit = 9;

@@ -37,6 +37,10 @@ TEST(PresetLibraryTest, PresetsAreSavedFoundRenamedAndThrownIntoTheTrash) {
     EXPECT_EQ(library.Save(mine), "");
     EXPECT_NE(library.Save(mine), "");
     EXPECT_EQ(library.Save(mine, true), "");
+    // Another name that would go into the same file.
+    Preset other = mine;
+    other.name = "My ? \"pad\"";
+    EXPECT_NE(library.Save(other, true), "");
     // A trash that can't be had: nothing is lost.
     fs::rename(folder.path / "trash", folder.path / "away");
     std::ofstream(folder.path / "trash") << "";

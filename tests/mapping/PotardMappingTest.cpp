@@ -1,4 +1,3 @@
-#include "basictools/math/mapping/BlockMath.h"
 #include "basictools/math/mapping/CException.h"
 #include "basictools/math/mapping/PotardKind.h"
 #include "basictools/math/mapping/PotardMappingUtils.h"
@@ -107,41 +106,6 @@ TEST(PotardMappingTest, EveryKindFollowsItsFormulaAndItsInverse) {
         EXPECT_EQ(held.Get()->Map(0.5f), kind == kHarmonic ? 1.0f : 0.5f);
         EXPECT_EQ(held.Get()->Unmap(held.Get()->Map(0.5f)), 0.5f);
     }
-}
-
-TEST(PotardMappingTest, BlocksAgreeWithSinglePositionsAtAnyLength) {
-    for (const Case& c : Cases()) {
-        const PotardMappingVariant held = Make(c.kind, c.x, c.y);
-        const std::vector<float> positions = Positions(c.kind + 50);
-        std::vector<float> block = positions;
-        held.Get()->MapBlock(block.data(), static_cast<uint32_t>(block.size()));
-        const bool isPower =
-            c.kind == kPolynomial || c.kind == kInvPolynomial || c.kind == kBipolarVariableCenter;
-        for (size_t i = 0; i < block.size(); ++i) {
-            const float single = held.Get()->Map(positions[i]);
-            const bool isEnd = positions[i] == 0.0f || positions[i] == 1.0f;
-            // Block forms have their own exponential and logarithm, good to a few roundings.
-            const float tolerance = 1e-6f * std::max(1.0f, std::fabs(single));
-            EXPECT_NEAR(block[i], single, isPower && isEnd ? 0.0f : tolerance)
-                << "kind " << c.kind << " at " << positions[i];
-        }
-    }
-}
-
-TEST(PotardMappingTest, BlockMathKeepsItsErrorBounds) {
-    Dice dice(7);
-    for (int i = 0; i < 20000; ++i) {
-        const float x = dice.Between(-87.0f, 88.0f);
-        EXPECT_NEAR(BlockExp(x) / std::exp(double{x}), 1.0, 2e-7) << x;
-        const float exponent = std::exp2(dice.Between(-4.0f, 10.0f));
-        const float base = std::pow(dice.Unit(), 2.0f);
-        const double exact = std::pow(double{base}, double{exponent});
-        const double bound = (2e-7 + 1e-7 * double{exponent}) * exact + 1.2e-38;
-        EXPECT_NEAR(BlockPower(exponent)(base), exact, bound) << base << "^" << exponent;
-    }
-    EXPECT_EQ(BlockExp(-1000.0f), 0.0f);
-    EXPECT_EQ(BlockExp(1000.0f), BlockExp(kBlockExpLimit));
-    EXPECT_TRUE(std::isfinite(BlockExp(1000.0f)));
 }
 
 TEST(PotardMappingTest, TimeTablesHitTheirKnotsAndHoldTheirEnds) {

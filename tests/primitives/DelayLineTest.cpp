@@ -1,7 +1,5 @@
 #include "primitives/DelayLine.h"
 
-#include "primitives/AllpassDelayLine.h"
-#include "primitives/BlockDelay.h"
 #include "support/Test.h"
 
 namespace Quorvan::dsp {
@@ -77,60 +75,6 @@ TEST(DelayLineTest, LongLinesAreZeroedBitByBitHoweverOftenTheyAreCleared) {
         }
         line.Clear();
         ASSERT_TRUE(std::ranges::equal(line.storage, std::vector<float>(20000))) << turn;
-    }
-}
-
-TEST(BlockDelayTest, IsTheSampleBySampleRing) {
-    constexpr int32_t kRing = 97;
-    for (const uint32_t delay : {0u, 1u, 5u, 48u, 49u, 96u, 97u}) {
-        DelayLine line, plain;
-        line.Resize(kRing);
-        plain.Resize(kRing);
-        for (const uint32_t count : {48u, 4u, 1u, 97u, 52u, 48u, 30u}) {
-            const std::vector<float> in = Noise(delay * 100 + count, count);
-            std::vector<float> out(count);
-            RunBlockDelay(line, delay, in.data(), out.data(), count);
-            for (uint32_t i = 0; i < count; ++i) {
-                const int32_t read = plain.writeIndex - static_cast<int32_t>(delay);
-                ASSERT_EQ(out[i], plain.data[(read + kRing) % kRing]) << delay << " " << i;
-                plain.Write(in[i]);
-            }
-            ASSERT_EQ(line.writeIndex, plain.writeIndex);
-        }
-    }
-}
-
-TEST(AllpassDelayLineTest, ImpulseResponseIsSchroedersAndKeepsTheEnergy) {
-    AllpassDelayLine allpass;
-    allpass.Resize(64);
-    allpass.gain = 0.6f;
-    allpass.baseDelay = 7;
-    double energy = 0.0;
-    for (int n = 0; n < 400; ++n) {
-        const float y = allpass.Process(n == 0 ? 1.0f : 0.0f, 0.0f);
-        const double echo = (1.0 - 0.36) * std::pow(-0.6, n / 7 - 1);
-        EXPECT_NEAR(y, n == 0 ? 0.6 : n % 7 == 0 ? echo : 0.0, 1e-6) << n;
-        energy += double{y} * double{y};
-    }
-    EXPECT_NEAR(energy, 1.0, 1e-5);
-}
-
-TEST(AllpassDelayLineTest, ModulationMovesTheTapAndStopsAtTheLastSample) {
-    const std::vector<float> in = Noise(9, 40);
-    for (const float modulation : {1.25f, 4.0f, -0.25f, -2.0f, -2.5f, -9.3f}) {
-        AllpassDelayLine allpass;  // gain 0: a plain delay
-        allpass.Resize(16);
-        allpass.baseDelay = 3;
-        const float delay = std::max(3.0f + modulation, 1.0f);
-        const auto whole = static_cast<size_t>(delay);
-        const float fraction = delay - static_cast<float>(whole);
-        for (size_t n = 0; n < in.size(); ++n) {
-            const float y = allpass.Process(in[n], modulation);
-            if (n >= 16) {
-                const float newer = in[n - whole], older = in[n - whole - 1];
-                EXPECT_NEAR(y, newer + fraction * (older - newer), 1e-6f) << modulation;
-            }
-        }
     }
 }
 

@@ -1,20 +1,14 @@
-#include "primitives/SmootherInterpLPF.h"
+#include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
 #include "support/PlainParts.h"
 
 namespace Quorvan::dsp {
 namespace {
 
-template <class S>
-S Make(double seconds, float rate = 48000.0f, uint32_t stepLength = 1) {
-    S smoother(seconds);
-    SetUp(smoother, rate, stepLength);
-    return smoother;
-}
-
 TEST(SmootherTest, LowPassFollowsItsExponentialAndArrives) {
     for (const uint32_t stepLength : {1u, 48u}) {
-        auto smoother = Make<SmootherLPF>(0.02, 48000.0f, stepLength);
+        SmootherLPF smoother(0.02);
+        test::SetUp({&smoother}, 48000.0f, stepLength);
         smoother.SetStartAndTarget(2.0f, -1.0f);
         const double ticksInTime = 0.02 * 48000.0 / stepLength;
         for (int n = 1; n <= 3 * static_cast<int>(ticksInTime); ++n)
@@ -28,9 +22,9 @@ TEST(SmootherTest, LowPassFollowsItsExponentialAndArrives) {
 }
 
 TEST(SmootherTest, SlewLimiterTakesEqualStepsAndLandsOnTheTarget) {
-    auto smoother = Make<SmootherSRL>(0.01, 1000.0f, 2);  // 5 ticks for a distance of 1
-    smoother.range = 2.0;                                 // and so 0.4 a tick
-    smoother.UpdateCoefficients();
+    SmootherSRL smoother(0.01);  // at 1 kHz 5 ticks of two samples for a distance of 1
+    smoother.range = 2.0;        // and so 0.4 a tick
+    test::SetUp({&smoother}, 1000.0f, 2);
     for (const float to : {1.0f, -0.9f}) {
         const float from = static_cast<float>(smoother.current);
         smoother.SetTarget(to);
@@ -43,30 +37,6 @@ TEST(SmootherTest, SlewLimiterTakesEqualStepsAndLandsOnTheTarget) {
     }
     smoother.SetTarget(0.1f);  // state is held in single precision
     EXPECT_EQ(static_cast<double>(smoother.Tick()), smoother.current);
-}
-
-TEST(SmootherTest, RampedLowPassFollowsAPlainModelFromWhereTheLastRampStands) {
-    Dice dice(4);
-    auto smoother = Make<SmootherInterpLPF>(0.002);
-    RampedPole plain{48000.0, 0.002};
-    for (uint32_t round = 0; round < 300; ++round) {
-        const auto steps = std::array{1u, 4u, 6u, 48u}[dice.Below(4)];
-        const uint32_t count = 1 + dice.Below(60);
-        const auto to = static_cast<float>(dice.Below(10000));
-        smoother.rampSteps = steps;
-        smoother.SetTarget(to);
-        std::vector<float> found(count);
-        if (round % 2 == 0)
-            smoother.FillBlock(found.data(), count);
-        else
-            std::generate(found.begin(), found.end(), [&] { return smoother.Tick(); });
-        const std::vector<double> wanted = plain.Run(to, count, steps);
-        for (uint32_t i = 0; i < count; ++i)
-            ASSERT_NEAR(found[i], wanted[i], 2e-3) << round << ", " << i;
-    }
-    for (int n = 0; n < 1000; ++n)
-        smoother.Tick();
-    EXPECT_TRUE(smoother.IsAtRest());
 }
 
 }  // namespace

@@ -189,9 +189,11 @@ TEST(ModulationTest, OneStepABlockIsHeldOverTheBlock) {
 
 TEST(ModulationTest, RateTypesSetTheSyncOfTheirGenerators) {
     ProcessorRig rig(24000.0f);
-    for (const std::string name : {"Function1", "Function2", "Function3", "StepSeq"})
+    for (const std::string name : {"Function1", "Function2", "Function3", "StepSeq", "FX1_Delay",
+                                   "FX2_Flanger_Chorus", "FX1_OctaverDelay"})
         for (int type : {3, 2, 1, 0}) {
-            rig.Set(name + "_RateType", (static_cast<float>(type) + 0.5f) / 4.0f);
+            rig.Set(name + (name.ends_with("rDelay") ? "_DelayTimeType" : "_RateType"),
+                    (static_cast<float>(type) + 0.5f) / 4.0f);
             rig.RunSilence(1);
             EXPECT_EQ(rig.Get(name + "_MidiSync"), type != 0 ? 1.0f : 0.0f) << name << type;
             EXPECT_EQ(rig.Get(name + "_RateSyncedType"),

@@ -66,8 +66,7 @@ TEST(RealtimeSafetyTest, NothingIsAllocatedAfterSetup) {
     const AllocationTrap trap;
     life.Run(4000);
     EXPECT_EQ(trap.caught, 0u);
-    int* const volatile taken =
-        new int(3);  // the trap is set; a pair at hand may be optimised away
+    int* const volatile taken = new int(3);  // the trap is set, and the pair not optimised away
     delete taken;
     EXPECT_EQ(trap.caught, 2u);
 }

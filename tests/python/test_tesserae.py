@@ -4,6 +4,7 @@ import os
 import pickle
 import subprocess
 import threading
+import wave
 
 import numpy as np
 import pytest
@@ -51,6 +52,21 @@ def test_streams_do_not_depend_on_their_cuts_and_give_the_same_bits():
     sliced = np.empty((2, 2, padded.shape[1]))[:, 0]  # doubles, rows apart
     sliced[:] = padded
     np.testing.assert_array_equal(stream.process(sliced)[:, stream.latency :], whole)
+
+
+def test_a_side_chain_is_that_of_the_program(tmp_path):
+    side = np.round(np.sin(np.arange(RATE // 2) ** 2 / 1e7) * 16000).astype("<i2")
+    with wave.open(str(tmp_path / "side.wav"), "wb") as file:
+        file.setparams((1, 2, RATE, 0, "NONE", ""))
+        file.writeframes(side.tobytes())
+    side = side.astype(np.float32) / 32768
+    sound = tesserae.render(SOUND, RATE, "borrowed-breath", 3, tail=0, sidechain=side).audio
+    options = ["--preset", "borrowed-breath", "--seed", "3", "--tail", "0", "--sidechain", tmp_path / "side.wav"]
+    np.testing.assert_array_equal(sound, run_program(tmp_path, SOUND, *options))
+    stream = pickle.loads(pickle.dumps(tesserae.Processor(RATE, 3, "borrowed-breath", sidechain=1)))
+    half = [stream.process(SOUND[:, : RATE // 2], side), stream.process(SOUND[:, RATE // 2 :])]
+    late = np.concatenate(half, axis=1)[:, stream.latency :]
+    np.testing.assert_array_equal(late, sound[:, : late.shape[1]])
 
 
 def test_parameters_are_texts_and_numbers_and_survive_pickling():

@@ -114,51 +114,6 @@ TEST_P(SlotStateTest, DryIsTheInput) {
     EXPECT_TRUE(rig.Run(input) == input);
 }
 
-/// The parameter that makes an effect feed itself; its own choice where there is none.
-uint32_t FeedbackOf(uint32_t effect) {
-    const std::map<uint32_t, uint32_t> ids{{Fx::kDelay, dsp::Delay::Feedback},
-                                           {Fx::kOctaverDelay, dsp::OctaverDelay::Feedback},
-                                           {Fx::kTapeEcho, dsp::SpaceEchoLite::Intensity},
-                                           {Fx::kChorus, dsp::Chorus::Feedback},
-                                           {Fx::kFlanger, dsp::Chorus::Feedback},
-                                           {Fx::kReverb, dsp::DattorroCore::Decay}};
-    const auto found = ids.find(effect);
-    return found == ids.end() ? uint32_t{Fx::ModuleType} : Fx::kOffsets[effect] + found->second;
-}
-
-TEST_P(SlotStateTest, StaysBoundedUnderJumpsFallsSilentAndIsSilencedByAReset) {
-    for (const float rate : kRates) {
-        Rig rig(GetParam(), rate, 1);
-        const Stereo noise = NoisePair(1, size_t{20} * BlockOf(rate));
-        const Stereo silence{Channel(BlockOf(rate) * 4000), Channel(BlockOf(rate) * 4000)};
-        const float bound = GetParam() == Fx::kCompressor ? 1000.0f : 50.0f;
-        const auto playNoise = [&] {
-            for (uint32_t jumps = 0; jumps < 100; ++jumps) {
-                rig.Jump(0.1f);
-                rig.Set(FeedbackOf(rig.effect), 1.0f);
-                rig.Choose(rig.effect);
-                for (const Channel& channel : rig.Run(noise))
-                    for (const float x : channel)
-                        ASSERT_LT(std::abs(x), bound) << rate;  // nor is it a NaN
-            }
-        };
-        playNoise();
-        if (GetParam() == Fx::kReverb)  // whose input low-pass keeps what it holds
-            rig.Run({Channel(9600), Channel(9600)});
-        rig.module.Reset(false);
-        EXPECT_EQ(PeakOf(rig.Run(silence)), 0.0f) << rate;
-
-        playNoise();
-        ModuleRig<Fx> fresh(rate, BlockOf(rate), "FX1");
-        for (uint32_t id = Fx::kOffsets[rig.effect]; id < Fx::kOffsets[rig.effect + 1]; ++id)
-            rig.Set(id, fresh.module.GetParameterNormalized(id));
-        rig.Set(FeedbackOf(rig.effect), 0.5f);
-        rig.Choose(rig.effect);
-        rig.Run(silence);
-        EXPECT_LT(PeakOf(rig.Run(silence)), 1.0e-7f) << rate;
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(Effects, SlotStateTest, ::testing::Range(0u, 10u));
 
 }  // namespace

@@ -22,10 +22,8 @@ public:
         dryWet.rampSteps = blockFrames;
         lowPass.range = Span(C::LPFfc);
         highPass.range = Span(C::HPFfc);
-        for (dsp::Smoother* s : std::array<dsp::Smoother*, 4>{&dryWet, &delay, &depth, &feedback})
-            SetUp(*s, rate, 1);
-        SetUp(lowPass, rate, blockFrames);
-        SetUp(highPass, rate, blockFrames);
+        SetUp({&dryWet, &delay, &depth, &feedback}, rate, 1);
+        SetUp({&lowPass, &highPass}, rate, blockFrames);
         const dsp::Parameter& freq = chorus.ParameterAt(C::Freq);
         for (size_t v = 0; v < 3; ++v) {
             lfo[v].SetParameterNormalized(dsp::LFO::GateIn, 1.0f);

@@ -21,10 +21,8 @@ public:
         wet.rampSteps = apart.rampSteps = blockSize;
         highCorner.range = 9980.0;
         lowCorner.range = 19750.0;
-        for (dsp::Smoother* s : std::array<dsp::Smoother*, 4>{&wet, &apart, &time, &offset})
-            SetUp(*s, rate, 1);
-        SetUp(highCorner, rate, blockSize);
-        SetUp(lowCorner, rate, blockSize);
+        SetUp({&wet, &apart, &time, &offset}, rate, 1);
+        SetUp({&highCorner, &lowCorner}, rate, blockSize);
         Reset(true);
     }
 
@@ -100,10 +98,9 @@ private:
     float Time(float ms, float note) const {
         if (!synced)
             return ms * Ms();
-        const float factor = type == 0 ? 1.0f : type == 1 ? 0.6666667f : 1.5f;
         for (int i = static_cast<int>(note);; --i) {
-            const float seconds =
-                std::max(240.0f / tempo * std::ldexp(1.0f, i - 5), 0.0001f) * factor;
+            const float straight = std::max(240.0f / tempo * std::ldexp(1.0f, i - 5), 0.0001f);
+            const float seconds = straight * std::array{1.0f, 0.6666667f, 1.5f}.at(size_t(type));
             if (i == 0 || seconds <= 4.0f)
                 return seconds * rate;
         }

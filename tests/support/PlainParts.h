@@ -1,5 +1,6 @@
 #pragma once
 
+#include "primitives/Smoother.h"
 #include "support/Test.h"
 
 // Building blocks of plain models: as the formulas have them, without rings and without anything
@@ -15,11 +16,6 @@ struct PlainLine {
     float At(int32_t delay) const {
         const auto index = static_cast<int64_t>(past.size()) - delay;
         return index < 0 ? 0.0f : past[static_cast<size_t>(index)];
-    }
-    float Linear(float delay) const {
-        const auto i = static_cast<int32_t>(delay);
-        const float f = delay - static_cast<float>(i);
-        return (At(i + 1) - At(i)) * f + At(i);
     }
     /// The curve of the fifth degree through the two samples around, which takes slope and
     /// curvature at both from their neighbours.
@@ -41,31 +37,23 @@ struct PlainLine {
 
 /// A second-order filter with the coefficients of a design.
 struct PlainBiquad {
-    float b0 = 0.0f, b1 = 0.0f, b2 = 0.0f, a1 = 0.0f, a2 = 0.0f;
+    float w = 0.0f, b0 = 0.0f, b1 = 0.0f, b2 = 0.0f, a1 = 0.0f, a2 = 0.0f;
     float x1 = 0.0f, x2 = 0.0f, y1 = 0.0f, y2 = 0.0f;
 
-    void LowPass(float w, float alpha) {
-        const float n = Denominator(w, alpha);
+    /// At a frequency in hertz, with a Q of the square root of a half.
+    void FlatLowPass(float hertz, float rate) {
+        const float n = Denominator(hertz, rate);
         b1 = (1.0f - std::cos(w)) * n;
-        b0 = 0.5f * b1;
-        b2 = (1.0f - std::cos(w)) * 0.5f * n;
+        b0 = b2 = 0.5f * b1;
     }
-    void HighPass(float w, float alpha) {
-        const float n = Denominator(w, alpha);
+    void FlatHighPass(float hertz, float rate) {
+        const float n = Denominator(hertz, rate);
         b1 = -(1.0f + std::cos(w)) * n;
         b0 = b2 = -0.5f * b1;
     }
-    /// At a frequency in hertz, with a Q of the square root of a half.
-    void FlatLowPass(float hertz, float rate) {
-        const float w = 6.2831855f * hertz * (1.0f / rate);
-        LowPass(w, std::sin(w) * 0.70710355f);
-    }
-    void FlatHighPass(float hertz, float rate) {
-        const float w = 6.2831855f * hertz * (1.0f / rate);
-        HighPass(w, std::sin(w) * 0.70710355f);
-    }
-    float Denominator(float w, float alpha) {
-        const float n = 1.0f / (1.0f + alpha);
+    float Denominator(float hertz, float rate) {
+        w = 6.2831855f * hertz * (1.0f / rate);
+        const float alpha = std::sin(w) * 0.70710355f, n = 1.0f / (1.0f + alpha);
         a1 = -2.0f * std::cos(w) * n;
         a2 = (1.0f - alpha) * n;
         return n;
@@ -77,14 +65,6 @@ struct PlainBiquad {
     }
     void Clear() { x1 = x2 = y1 = y2 = 0.0f; }
 };
-
-/// The sine of an angle 0..2 pi as the effects have it.
-inline float PlainSine(float a) {
-    if (a > 3.1415927f)
-        a -= 6.2831855f;
-    const float y = (1.2732395f - std::abs(a) * 0.40528473f) * a;
-    return (std::abs(y) * y - y) * 0.225f + y;
-}
 
 /// A value that a module smooths over its blocks: a one-pole, within 0.7 % of the way after time
 /// seconds, towards a straight line that reaches the target at the end of a full block.
@@ -107,11 +87,20 @@ struct RampedPole {
     }
 };
 
-template <class S>
-void SetUp(S& smoother, float rate, uint32_t stepLength) {
-    smoother.sampleRate = static_cast<double>(rate);
-    smoother.stepLength = stepLength;
-    smoother.UpdateCoefficients();
+inline void SetUp(std::initializer_list<dsp::Smoother*> all, float rate, uint32_t stepLength) {
+    for (dsp::Smoother* const smoother : all) {
+        smoother->sampleRate = static_cast<double>(rate);
+        smoother->stepLength = stepLength;
+        smoother->UpdateCoefficients();
+    }
+}
+
+/// The step of a clock's cycle in an order that has run since cycle 0. A turn takes one cycle
+/// without moving.
+inline int32_t PlainStep(int32_t loop, int32_t cycle, int32_t steps) {
+    const int32_t within = cycle % steps;
+    const bool down = loop == 1 || (loop == 2 && cycle / steps % 2 == 1);
+    return down ? steps - 1 - within : within;
 }
 
 /// Of markers by age: the lowest one at or above the position, or the lowest of all, behind the one

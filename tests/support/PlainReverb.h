@@ -14,8 +14,7 @@ public:
     using Values = std::array<float, Core::kParameterCount>;
 
     PlainPlate(float sampleRate, uint32_t blockFrames) : rate(sampleRate), frames(blockFrames) {
-        for (dsp::SmootherLPF* smoother : {&predelay, &decay, &size})
-            SetUp(*smoother, rate, 1);
+        SetUp({&predelay, &decay, &size}, rate, 1);
     }
 
     void Reset(const Values& own, bool hard) {
@@ -169,10 +168,8 @@ public:
     PlainReverb(R& reverb, float sampleRate, uint32_t blockFrames)
         : knobs(reverb), rate(sampleRate), frames(blockFrames), plate(sampleRate, blockFrames) {
         wet.rampSteps = frames;
-        SetUp(wet, rate, 1);
-        SetUp(earlySize, rate, 1);
-        for (dsp::SmootherLPF* smoother : {&earlyMix, &level, &sides})
-            SetUp(*smoother, rate, frames);
+        SetUp({&wet, &earlySize}, rate, 1);
+        SetUp({&earlyMix, &level, &sides}, rate, frames);
         Reset(true);
     }
 

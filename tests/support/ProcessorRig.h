@@ -136,17 +136,11 @@ public:
         processor->GetParameterBlob(136, reinterpret_cast<uint8_t*>(&display), &size);
         return display;
     }
-    std::vector<Processor::ParameterChange> TakeParameterChanges() {
-        const Processor::ParameterChange* list = nullptr;
-        int32_t count = 0;
-        processor->GetParameterChanges(&list, &count);
-        return {list, list + count};
+    auto TakeParameterChanges() {
+        return Taken<Processor::ParameterChange>(&Processor::IProcessor_V5::GetParameterChanges);
     }
-    std::vector<Processor::BlobChange> TakeBlobChanges() {
-        const Processor::BlobChange* list = nullptr;
-        int32_t count = 0;
-        processor->GetBlobChanges(&list, &count);
-        return {list, list + count};
+    auto TakeBlobChanges() {
+        return Taken<Processor::BlobChange>(&Processor::IProcessor_V5::GetBlobChanges);
     }
 
     float rate;
@@ -161,6 +155,13 @@ public:
     std::array<Channel, 4> scratch;
 
 private:
+    template <class Change, class Getter>
+    std::vector<Change> Taken(Getter get) {
+        const Change* list = nullptr;
+        int32_t count = 0;
+        (processor.get()->*get)(&list, &count);
+        return {list, list + count};
+    }
     static std::map<std::string, uint32_t> ReadNames() {
         std::map<std::string, uint32_t> indices;
         const std::unique_ptr<Processor::IProcessorFactory> maker(GetProcessorFactory());

@@ -45,6 +45,79 @@ struct EffectRig : ModuleRig<M> {
     float rate;
 };
 
+/// Seconds after which a rested echo gives an impulse back, left and right: the middles of the
+/// energy.
+template <class M>
+std::array<double, 2> EchoSeconds(EffectRig<M>& rig) {
+    const auto second = static_cast<size_t>(rig.rate);
+    for (int times = 0; times < 2; ++times) {  // switches and tempo are told, glides end
+        rig.Run({Channel(2 * second), Channel(2 * second)});
+        rig.module.Reset(true);
+    }
+    const Stereo echo = rig.Run(Impulse(5 * second));
+    std::array<double, 2> middles{};
+    for (size_t c = 0; c < 2; ++c) {
+        double energy = 0.0, moment = 0.0;
+        for (size_t i = 0; i < echo[c].size(); ++i) {
+            const double power = double{echo[c][i]} * double{echo[c][i]};
+            energy += power;
+            moment += power * static_cast<double>(i);
+        }
+        middles[c] = moment / energy / static_cast<double>(rig.rate);
+    }
+    return middles;
+}
+
+/// A block of a comparison. Every seventh is a short one, and of fifty some lack the right input.
+inline Stereo BlockInput(uint32_t number, float rate) {
+    return SignalOfBlock(number, BlockOf(rate) - (number % 7 == 3 ? 12 : 0), rate);
+}
+inline bool HasRight(uint32_t number) { return number % 50 > 5; }
+template <class Rig>
+Stereo RunBlock(Rig& rig, const Stereo& input, bool hasRight) {
+    return hasRight ? rig.Run(input, kStale) : rig.RunMono(input[0], kStale);
+}
+
+/// An effect alone, under settings that jump.
+template <class Rig>
+struct Solo {
+    explicit Solo(float rate) : dice(rate), rig(rate) {}
+    void Modulate(uint32_t channel, float amount) { rig.Modulate(channel, amount); }
+    void Reset(bool hard) { rig.module.Reset(hard); }
+
+    /// What comes out in two numbers for each turn of 100 blocks: left and right against noise.
+    template <class Change>
+    std::vector<double> Print(uint32_t blocks, Change change) {
+        std::vector<double> print;
+        for (uint32_t number = 0; number < blocks; ++number) {
+            change(*this, number);
+            const Stereo out = RunBlock(rig, BlockInput(number, rig.rate), HasRight(number));
+            if (number % 100 == 0)
+                print.insert(print.end(), 2, 0.0);
+            for (uint32_t c = 0; c < 2; ++c) {
+                const Channel noise = Noise(2 * number + c, out[c].size());
+                for (size_t i = 0; i < noise.size(); ++i)
+                    print[print.size() - 2 + c] += 0.01 * double{noise[i]} * double{out[c][i]};
+            }
+        }
+        return print;
+    }
+
+    Dice dice;
+    Rig rig;
+};
+
+/// Holds the print of an effect at each rate against that of a plain model.
+template <class Rig, class Change>
+void ExpectPrint(const std::map<float, std::vector<double>>& wanted, Change change) {
+    for (const auto& [rate, print] : wanted) {
+        const SeededClock clock(1);
+        const auto found = Solo<Rig>(rate).Print(50 * static_cast<uint32_t>(print.size()), change);
+        for (size_t k = 0; k < print.size(); ++k)
+            EXPECT_NEAR(found[k], print[k], 3.0e-5) << "number " << k << " at " << rate;
+    }
+}
+
 /// The settings of a plain model: read off the parameter records of the module that it is held
 /// against, and moved by modulation rows.
 template <class M>
@@ -84,22 +157,19 @@ public:
     }
 
     /// The largest difference, measured by the loudest sample around or by 1 where that is more.
-    /// change is called before each block with its number. Every seventh block is a short one, and
-    /// of fifty some lack the right input.
+    /// change is called before each block with its number.
     template <class Change>
     float WorstError(uint32_t blocks, Change change) {
         float worst = 0.0f, peak = 1.0f;
         for (uint32_t number = 0; number < blocks; ++number) {
             change(number);
-            const uint32_t block = BlockOf(rate);
-            const uint32_t length = number % 7 == 3 ? block - 12 : block;
-            const bool hasRight = !mayLackRight || number % 50 > 5;
-            const Stereo input = SignalOfBlock(number, length, rate);
-            const Stereo output = hasRight ? rig.Run(input, kStale) : rig.RunMono(input[0], kStale);
+            const bool hasRight = !mayLackRight || HasRight(number);
+            const Stereo input = BlockInput(number, rate);
+            const Stereo output = RunBlock(rig, input, hasRight);
             const Stereo wanted = model.Run(input, hasRight);
             peak = std::max({peak * 0.97f, PeakOf(wanted), 1.0f});
             for (size_t c = 0; c < 2; ++c) {
-                for (uint32_t i = 0; i < length; ++i) {
+                for (size_t i = 0; i < input[c].size(); ++i) {
                     const float error = std::abs(output[c][i] - wanted[c][i]) / (peak * unit);
                     if (!std::isfinite(error))
                         return std::numeric_limits<float>::infinity();

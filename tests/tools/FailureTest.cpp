@@ -56,7 +56,6 @@ TEST_F(FailureTest, TyposGiveTheNearestNames) {
     ExpectFailure(Render({"--presett", "dense-cloud"}), 2, {"\"--presett\"", "\"--preset\""});
     ExpectFailure({"params", "--jsn"}, 2, {"\"--jsn\"", "\"--json\""});
     ExpectFailure(Render({"--preset", "dense-clud"}), 2, {"\"dense-clud\"", "\"dense-cloud\""});
-    ExpectFailure(Render({"--set", "MoteWeaver_GranularMode=Textur3"}), 2, {"Classic", "Texture"});
 }
 
 TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
@@ -64,8 +63,6 @@ TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure(Render({"--set", "=3"}), 2, {"is missing"});
     ExpectFailure(Render({"--set", "Tempo=90"}), 2, {"--tempo 90"});
     ExpectFailure(Render({"--set", "Dry / Wet=1.5"}), 2, {"\"Dry / Wet\"", "0 to 1", "\"1.5 %\""});
-    ExpectFailure(Render({"--set", "MoteWeaver_GrainSizeAbsolute=9 parsec"}), 2,
-                  {"9 parsec", "ms"});
     ExpectFailure(Render({"--set", "Grid Size=9"}), 2, {"\"8\", \"16\" or \"32\""});
     ExpectFailure(Render({"--set", "PresetLoading=1"}), 2, {"PresetLoading", "can't be set"});
     for (const Arguments& option : std::vector<Arguments>{{"--tempo", "0"},

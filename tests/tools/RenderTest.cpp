@@ -62,13 +62,6 @@ TEST_F(RenderTest, PipesCarryWhatFilesHold) {
                 raw);
 }
 
-TEST_F(RenderTest, MonoGoesInAsMonoAndComesOutOnBothSides) {
-    const std::vector<float> noise = Noise(3, 4800, 0.4f);
-    Input({noise});
-    EXPECT_EQ(Render(Dry()), (Channels{noise, noise}));
-    EXPECT_EQ(Render(Dry({"--mono"})).size(), 1u);
-}
-
 TEST_F(RenderTest, IntegersComeThroughTheDryPathUnchanged) {
     const Outcome demo =
         RunTool({"demo-sound", folder / "in.wav", "--seconds", "0.5", "--format", "16"});

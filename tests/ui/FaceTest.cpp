@@ -7,6 +7,7 @@
 #include "plugins/ui/FaceCore.h"
 #include "plugins/ui/widgets/CurveEditor.h"
 #include "plugins/ui/widgets/Knob.h"
+#include "plugins/ui/widgets/RoadView.h"
 #include "plugins/ui/widgets/SourceTile.h"
 #include "plugins/ui/widgets/TapeView.h"
 #include "presets/FactoryPresets.h"
@@ -151,6 +152,75 @@ TEST_F(FaceTest, ACurveTakesNewPointsAndMovesThem) {
     EXPECT_NEAR(Position("Function1_PointY3"), 0.8f, 0.01f);
     Drag(fresh, 0.0, 0.4 * box.height);
     EXPECT_NEAR(Position("Function1_PointY3"), 0.4f, 0.01f);
+}
+
+/// Every kind of control takes a source, and a drag of its amount is one step.
+TEST_F(FaceTest, AnyControlTakesASourceAndItsAmountIsDragged) {
+    for (size_t page = 0; page < 2; ++page) {
+        face.OpenPage(page);
+        Picture();
+        for (Widget* const widget : face.Shown()) {
+            Control* const control = widget->ControlAt(widget->box.Centre());
+            if (control == nullptr || !control->Row() || control->Influences().count > 0)
+                continue;
+            const Point from = Find<SourceTile>("Function 3")->box.Centre();
+            Drag(from, widget->box.Centre().x - from.x, widget->box.Centre().y - from.y);
+            EXPECT_EQ(control->Influences().count, 1u) << control->Name();
+            if (dynamic_cast<ControlWidget*>(widget) != nullptr) {
+                PointerEvent event = At(widget->box.Centre());
+                event.modifiers.alt = true;
+                now += 1.0;
+                face.Press(event);
+                for (int i = 0; i < 4; ++i)
+                    face.Move(At({widget->box.Centre().x, widget->box.Centre().y - 10.0 * i}));
+                face.Release(At(widget->box.Centre()));
+                EXPECT_NEAR(control->Influences().routes[0].amount, 0.4f, 1e-3f) << control->Name();
+                instrument.Undo();
+                EXPECT_NEAR(control->Influences().routes[0].amount, 0.25f, 1e-3f);
+            }
+            instrument.Undo();
+            EXPECT_EQ(control->Influences().count, 0u) << control->Name();
+        }
+    }
+}
+
+TEST_F(FaceTest, ASlotIsDraggedAlongTheRoadAndBypassed) {
+    face.OpenPage(1);
+    Put("FX1 Effect", "Reverb");
+    const Rect road = Find<RoadView>("Road")->box;
+    Put("FX1 Position", "After Mix");
+    Drag(Point{road.x + 640.0, road.y + 9.0}, -580.0, 22.0);
+    EXPECT_EQ(face.Model().Text(*face.Model().Find("FX1 Position")), "Feedback Loop");
+    instrument.Undo();
+    EXPECT_EQ(face.Model().Text(*face.Model().Find("FX1 Position")), "After Mix");
+    Click(Find("FX1 Bypass")->box.Centre());
+    EXPECT_EQ(Position("FX1 Bypass"), 1.0f);
+}
+
+TEST_F(FaceTest, PresetsAreSavedFoundAgainRenamedAndTagged) {
+    const auto answer = [&](const char* button, const char* text) {
+        Click(Find(button)->box.Centre());
+        EXPECT_TRUE(face.IsTyping());
+        face.Text(text);
+        face.Key({Key::Enter, 0, {}});
+        EXPECT_FALSE(face.IsTyping()) << button;
+        Picture();
+    };
+    std::filesystem::remove_all(presets.Folder());
+    Click(Find("Presets")->box.Centre());
+    Picture();
+    Put("Density", "@0.3");
+    answer("Save as", "One of mine");
+    answer("Tags\u2026", "dark, of mine");
+    answer("Rename\u2026", "Mine");
+    EXPECT_EQ(instrument.PresetName(), "Mine");
+    const std::vector<std::string> tags{"dark", "of mine"};
+    EXPECT_EQ(presets.Entries()[presets.Find("Mine").value()].tags, tags);
+    Put("Density", "@0.9");
+    face.Model().LoadPreset(*presets.Find("Mine"));
+    EXPECT_NEAR(Position("Density"), 0.3f, 1e-3f);
+    Click(Find("Delete")->box.Centre());
+    EXPECT_FALSE(presets.Find("Mine").has_value());
 }
 
 TEST_F(FaceTest, TextsFitAndEveryControlIsExplained) {

@@ -17,6 +17,7 @@ namespace {
 // The length fields of WAV hold 32 bits; this leaves room for headers.
 constexpr uint64_t kLongestWav = 0xfff00000;
 constexpr uint64_t kWidestSample = 4;  // bytes
+constexpr double kDoublesOfOne = 0x1.8p52;
 
 AtomicOutput& Of(void* user) { return *static_cast<AtomicOutput*>(user); }
 
@@ -85,22 +86,33 @@ void AudioWriter::WriteFloats(const float* const* channels, size_t frames) {
 }
 
 void AudioWriter::WriteIntegers(const float* const* channels, size_t frames) {
+    integers.resize(frames * channelCount);
+    whole.resize(frames);
+    for (uint32_t c = 0; c < channelCount; ++c) {
+        Round(channels[c], frames);
+        for (size_t i = 0; i < frames; ++i)
+            integers[i * channelCount + c] = whole[i];
+    }
+    Check(sf_writef_int(file->handle, integers.data(), static_cast<sf_count_t>(frames)), frames);
+}
+
+/// One channel into whole, in a loop that compilers can turn into vectors.
+void AudioWriter::Round(const float* samples, size_t frames) {
     const double scale = std::ldexp(1.0, static_cast<int>(form.bits) - 1);
     const double shift = std::ldexp(1.0, 32 - static_cast<int>(form.bits));
-    integers.resize(frames * channelCount);
-    for (uint32_t c = 0; c < channelCount; ++c)
-        for (size_t i = 0; i < frames; ++i) {
-            // Within what a whole number holds; how far outside it was does not matter.
-            const double wanted =
-                std::clamp(static_cast<double>(channels[c][i]) * scale, -scale - 1.0, scale + 1.0);
-            const auto level = static_cast<double>(std::lrint(wanted));
-            const double held = std::clamp(level, -scale, scale - 1.0);
-            // A full-scale 1.0 lands half a step outside: no clipping that anybody hears.
-            if (level < -scale || level > scale)
-                ++clipped;
-            integers[i * channelCount + c] = static_cast<int32_t>(held * shift);
-        }
-    Check(sf_writef_int(file->handle, integers.data(), static_cast<sf_count_t>(frames)), frames);
+    int64_t outside = 0;
+    for (size_t i = 0; i < frames; ++i) {
+        // Within what a whole number holds; how far outside it was does not matter.
+        const double wanted =
+            std::min(std::max(static_cast<double>(samples[i]) * scale, -scale - 1.0), scale + 1.0);
+        // There, doubles lie one apart: the sum is rounded to the nearest, the even one of two.
+        const double level = wanted + kDoublesOfOne - kDoublesOfOne;
+        const double held = std::min(std::max(level, -scale), scale - 1.0);
+        // A full-scale 1.0 lands half a step outside: no clipping that anybody hears.
+        outside += std::abs(level) > scale ? 1 : 0;
+        whole[i] = static_cast<int32_t>(held * shift);
+    }
+    clipped += static_cast<uint64_t>(outside);
 }
 
 void AudioWriter::Check(int64_t written, size_t wanted) const {

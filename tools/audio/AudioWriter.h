@@ -32,6 +32,7 @@ private:
     void Open(double rate, uint64_t expectedFrames, const SoundTags& tags);
     void WriteFloats(const float* const* channels, size_t frames);
     void WriteIntegers(const float* const* channels, size_t frames);
+    void Round(const float* samples, size_t frames);
     void Check(int64_t written, size_t wanted) const;
 
     struct File;
@@ -41,6 +42,7 @@ private:
     std::unique_ptr<File> file;
     std::vector<float> floats;      ///< interleaved
     std::vector<int32_t> integers;  ///< interleaved, the bits at the top
+    std::vector<int32_t> whole;     ///< one channel of those
     uint64_t clipped = 0;
 };
 

@@ -109,6 +109,7 @@ constexpr HelpEntry kEntries[]{
     // Slots, without their number.
     {"Effect", "What this slot holds."},
     {"Position", "Behind the mix, on the grains alone, or inside the feedback loop."},
+    {"Bypass#", "Lets the sound pass this effect as it is."},
     {"Dry / Wet#", "From the sound ahead of the effect to the effect."},
     {"Filter Freq", "Where the filter works, or the pitch of the comb."},
     {"Filter Resonance", "Lifts the sound at the cutoff."},
@@ -203,8 +204,8 @@ std::string_view HelpOn(std::string_view name) {
     std::string key(name);
     if (key.starts_with("FX1 ") || key.starts_with("FX2 ")) {
         key.erase(0, 4);
-        // The mix of a slot is not that of the whole.
-        if (key == "Dry / Wet")
+        // Mix and bypass of a slot are not those of the whole.
+        if (key == "Dry / Wet" || key == "Bypass")
             key += '#';
     }
     if (key.starts_with("Function ") && key.size() > 10)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/parameters/ModulationNames.h"
 
@@ -116,10 +117,25 @@ float FaceModel::PresentPosition(uint32_t row, uint32_t index) const {
 
 void FaceModel::Route(uint32_t source, uint32_t row, float amount) {
     const uint32_t index = AmountIndex(source, row);
-    Begin(index);
+    const bool isHeld = heldRoute == index;
+    if (!isHeld)
+        Begin(index);
     Edit(index, Host::AmountPosition(std::clamp(amount, -1.0f, 1.0f)));
-    Edit(ActivatedIndex(source, row), 1.0f);
-    End(index);
+    if (Position(ActivatedIndex(source, row)) < 0.5f)
+        Edit(ActivatedIndex(source, row), 1.0f);
+    if (!isHeld)
+        End(index);
+}
+
+void FaceModel::BeginRoute(uint32_t source, uint32_t row) {
+    EndRoute();
+    heldRoute = AmountIndex(source, row);
+    Begin(*heldRoute);
+}
+
+void FaceModel::EndRoute() {
+    if (const auto index = std::exchange(heldRoute, std::nullopt))
+        End(*index);
 }
 
 void FaceModel::Unroute(uint32_t source, uint32_t row) {

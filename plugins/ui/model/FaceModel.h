@@ -53,7 +53,10 @@ public:
     /// -1..1, 0 where the cell is off.
     float Amount(uint32_t source, uint32_t row) const;
     bool IsRouted(uint32_t source, uint32_t row) const;
+    /// One step, but for those between BeginRoute and EndRoute, which are one together.
     void Route(uint32_t source, uint32_t row, float amount);
+    void BeginRoute(uint32_t source, uint32_t row);
+    void EndRoute();
     void Unroute(uint32_t source, uint32_t row);
     uint32_t RoutesFrom(uint32_t source) const;
 
@@ -79,6 +82,7 @@ private:
     double now = 0.0;
     double lastFrame = -1.0;  ///< when it came; negative: none yet
     double nextCheck = 0.0;
+    std::optional<uint32_t> heldRoute;  ///< index of the amount
     bool frameIsNew = false;
     bool modified = false;
 };

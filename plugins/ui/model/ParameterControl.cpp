@@ -62,6 +62,11 @@ void ParameterControl::Route(uint32_t source, float amount) {
         model.Route(source, *row, amount);
 }
 
+void ParameterControl::BeginRoute(uint32_t source) {
+    if (const auto row = Row())
+        model.BeginRoute(source, *row);
+}
+
 void ParameterControl::Unroute(uint32_t source) {
     if (const auto row = Row())
         model.Unroute(source, *row);

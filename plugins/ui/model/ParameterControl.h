@@ -26,6 +26,8 @@ public:
     std::optional<uint32_t> Row() const override { return Now().row; }
     Influence Influences() const override;
     void Route(uint32_t source, float amount) override;
+    void BeginRoute(uint32_t source) override;
+    void EndRoute() override { model.EndRoute(); }
     void Unroute(uint32_t source) override;
     std::optional<uint32_t> Index() const override { return Now().index; }
 

@@ -127,25 +127,46 @@ void BrowserPanel::AddDescription() {
     Add<DrawnView>(At(176.0, 512.0, 572.0, 44.0), "", "", std::move(actions));
 }
 
+bool BrowserPanel::IsOwn() const {
+    const Host::PresetEntry* const entry = Present();
+    return entry != nullptr && !entry->IsFactory();
+}
+
+void BrowserPanel::AddOwn(const Rect& place, const char* text, const char* help,
+                          std::function<void(const Rect&)> act) {
+    Add<ActionButton>(
+        place,
+        [this, text] {
+            return ActionButton::Look{text, IsOwn(), false};
+        },
+        std::move(act), text, help);
+}
+
 void BrowserPanel::AddButtons(const std::function<void()>& close) {
     const double y = box.height - 40.0;
     Add<ActionButton>(
-        At(176.0, y, 120.0, 28.0),
+        At(12.0, y, 152.0, 28.0),
+        [] {
+            return ActionButton::Look{"Set list", true, false};
+        },
+        [this](const Rect& anchor) { OfferSetList(anchor); }, "Set list",
+        "Presets that MIDI programs choose, in their order.");
+    Add<ActionButton>(
+        At(176.0, y, 104.0, 28.0),
         [] {
             return ActionButton::Look{"Save as\u2026", true, false};
         },
         [this](const Rect& anchor) { AskName(anchor); }, "Save as",
         "Writes the sound into your folder, under a name.");
+    AddOwn(At(288.0, y, 104.0, 28.0), "Rename\u2026", "Gives a preset of yours another name.",
+           [this](const Rect& anchor) { AskNewName(anchor); });
+    AddOwn(At(400.0, y, 96.0, 28.0), "Tags\u2026", "Words that a preset of yours is found by.",
+           [this](const Rect& anchor) { AskTags(anchor); });
+    AddOwn(At(504.0, y, 96.0, 28.0), "Delete",
+           "Moves a preset of yours to the trash folder beside the others.",
+           [this](const Rect&) { Delete(); });
     Add<ActionButton>(
-        At(304.0, y, 120.0, 28.0),
-        [this] {
-            const Host::PresetEntry* const entry = Present();
-            return ActionButton::Look{"Delete", entry != nullptr && !entry->IsFactory(), false};
-        },
-        [this](const Rect&) { Delete(); }, "Delete",
-        "Moves a preset of yours to the trash folder beside the others.");
-    Add<ActionButton>(
-        At(628.0, y, 120.0, 28.0),
+        At(644.0, y, 104.0, 28.0),
         [] {
             return ActionButton::Look{"Close", true, false};
         },
@@ -177,6 +198,99 @@ std::string BrowserPanel::Save(const std::string& name) {
     if (const auto saved = model.Presets().Find(name))
         return model.LoadPreset(*saved);
     return {};
+}
+
+void BrowserPanel::AskNewName(const Rect& anchor) {
+    if (IsOwn())
+        stage.OpenEntry({anchor.x, anchor.y, 280.0, anchor.height}, Present()->name,
+                        [this](const std::string& name) { return Rename(name); });
+}
+
+/// A sound that has been changed meanwhile stays as it is.
+std::string BrowserPanel::Rename(const std::string& name) {
+    const auto entry = model.Presets().Find(model.TheInstrument().PresetName());
+    if (!entry)
+        return "It is no preset any more.";
+    std::string problem = model.Presets().Rename(*entry, name);
+    if (!problem.empty())
+        return problem;
+    Opened();
+    const auto renamed = model.Presets().Find(name);
+    return renamed && !model.TheInstrument().IsModified() ? model.LoadPreset(*renamed) : "";
+}
+
+void BrowserPanel::AskTags(const Rect& anchor) {
+    if (!IsOwn())
+        return;
+    std::string all;
+    for (const std::string& tag : Present()->tags)
+        all += (all.empty() ? "" : ", ") + tag;
+    stage.OpenEntry({anchor.x, anchor.y, 280.0, anchor.height}, all,
+                    [this](const std::string& text) { return SaveTags(text); });
+}
+
+/// Commas between them.
+std::string BrowserPanel::SaveTags(const std::string& text) {
+    const auto entry = model.Presets().Find(model.TheInstrument().PresetName());
+    if (!entry)
+        return "It is no preset any more.";
+    auto kept = model.Presets().Load(*entry);
+    if (!kept.value)
+        return "It can't be read.";
+    kept.value->tags.clear();
+    for (size_t from = 0; from <= text.size();) {
+        const size_t end = std::min(text.find(',', from), text.size());
+        const size_t first = text.find_first_not_of(' ', from);
+        if (first < end)
+            kept.value->tags.push_back(
+                text.substr(first, text.find_last_not_of(' ', end - 1) + 1 - first));
+        from = end + 1;
+    }
+    std::string problem = model.Presets().Save(*kept.value, true);
+    Opened();
+    return problem;
+}
+
+/// Moves what stands at a place by way, or takes it out with 0; beyond the end: adds the present.
+void BrowserPanel::PutInSetList(size_t place, int way) {
+    std::vector<std::string> names = model.Presets().SetList();
+    const size_t other = place + static_cast<size_t>(way);
+    if (place >= names.size())
+        names.push_back(model.TheInstrument().PresetName());
+    else if (way == 0)
+        names.erase(names.begin() + static_cast<std::ptrdiff_t>(place));
+    else if (other < names.size())
+        std::swap(names[place], names[other]);
+    const std::string problem = model.Presets().SetSetList(std::move(names));
+    if (!problem.empty())
+        stage.Say(problem);
+}
+
+void BrowserPanel::OfferSetList(const Rect& anchor) {
+    std::vector<MenuItem> items;
+    const std::vector<std::string> names = model.Presets().SetList();
+    for (size_t i = 0; i < names.size(); ++i) {
+        MenuItem item;
+        item.text = std::to_string(i) + "   " + names[i];
+        item.action = [this, i, anchor] {
+            std::vector<MenuItem> ways;
+            for (const auto& [text, way] :
+                 {std::pair("Earlier", -1), std::pair("Later", 1), std::pair("Take out", 0)}) {
+                MenuItem step;
+                step.text = text;
+                step.action = [this, i, by = way] { PutInSetList(i, by); };
+                ways.push_back(std::move(step));
+            }
+            stage.OpenMenu(anchor, std::move(ways));
+        };
+        items.push_back(std::move(item));
+    }
+    MenuItem add;
+    add.text = std::string("Add ") + model.TheInstrument().PresetName();
+    add.startsGroup = !names.empty();
+    add.action = [this, last = names.size()] { PutInSetList(last, 0); };
+    items.push_back(std::move(add));
+    stage.OpenMenu(anchor, std::move(items));
 }
 
 void BrowserPanel::Delete() {

@@ -24,9 +24,19 @@ private:
     void AddLists();
     void AddDescription();
     void AddButtons(const std::function<void()>& close);
+    /// A button that works while a preset of the user's is heard.
+    void AddOwn(const Rect& place, const char* text, const char* help,
+                std::function<void(const Rect&)> act);
     void Search();
     void AskName(const Rect& anchor);
     std::string Save(const std::string& name);
+    void AskNewName(const Rect& anchor);
+    std::string Rename(const std::string& name);
+    void AskTags(const Rect& anchor);
+    std::string SaveTags(const std::string& text);
+    void OfferSetList(const Rect& anchor);
+    void PutInSetList(size_t place, int way);
+    bool IsOwn() const;
     void Delete();
     const Host::PresetEntry* Present() const;
 

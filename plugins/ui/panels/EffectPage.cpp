@@ -1,11 +1,10 @@
-#include <cmath>
-
-#include "effects/DistortionCurves.h"
 #include "plugins/ui/model/ParameterControl.h"
+#include "plugins/ui/panels/EffectViews.h"
 #include "plugins/ui/panels/GrainViews.h"
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
-#include "plugins/ui/widgets/Segments.h"
+#include "plugins/ui/widgets/RoadView.h"
+#include "plugins/ui/widgets/Toggle.h"
 
 namespace Quorvan::Ui {
 
@@ -13,14 +12,14 @@ namespace {
 
 using Kind = PlacedControl::Kind;
 
-// Knobs in columns of 77 and rows of 88, fields below them.
+// Knobs in columns of 76 and two rows, fields below them; what is free belongs to the picture.
 constexpr double kX0 = 8.0, kX1 = 84.0, kX2 = 160.0, kX3 = 236.0, kX4 = 312.0;
-constexpr double kRow1 = 68.0, kRow2 = 158.0, kFoot = 254.0;
+constexpr double kRow1 = 32.0, kRow2 = 116.0, kFoot = 208.0;
 constexpr double kWide = 84.0;
 
 constexpr PlacedControl kHead[]{
-    {Kind::Field, "Effect", "Effect", 12.0, 32.0, 116.0, 26.0},
-    {Kind::Slider, "Dry / Wet", "Mix", 264.0, 32.0, 128.0, 26.0},
+    {Kind::Field, "Effect", "Effect", 52.0, 5.0, 116.0, 24.0},
+    {Kind::Slider, "Dry / Wet", "Mix", 264.0, 5.0, 128.0, 24.0},
 };
 constexpr PlacedControl kFilter[]{
     {Kind::Knob, "Filter Freq", "Cutoff", kX0, kRow1},
@@ -88,8 +87,8 @@ constexpr PlacedControl kChorus[]{
     {Kind::Knob, "Chorus Feedback", "Feedback", kX3, kRow1},
     {Kind::Knob, "Chorus Low Cut", "Low Cut", kX0, kRow2},
     {Kind::Knob, "Chorus High Cut", "High Cut", kX1, kRow2},
-    {Kind::Toggle, "Chorus Low Cut On", "Cut lows", 240.0, 186.0, kWide, 24.0},
-    {Kind::Toggle, "Chorus High Cut On", "Cut highs", 240.0, 216.0, kWide, 24.0},
+    {Kind::Toggle, "Chorus Low Cut On", "Cut lows", 312.0, 48.0, 80.0, 24.0},
+    {Kind::Toggle, "Chorus High Cut On", "Cut highs", 312.0, 80.0, 80.0, 24.0},
     {Kind::Field, "Chorus Voices", "Voices", 12.0, kFoot, 52.0, 24.0},
     {Kind::Field, "Chorus Waveform", "Wave", 72.0, kFoot, kWide, 24.0},
     {Kind::Field, "Chorus Channels", "Channels", 164.0, kFoot, kWide, 24.0},
@@ -102,8 +101,8 @@ constexpr PlacedControl kFlanger[]{
     {Kind::Knob, "Flanger Feedback", "Feedback", kX3, kRow1},
     {Kind::Knob, "Flanger Low Cut", "Low Cut", kX0, kRow2},
     {Kind::Knob, "Flanger High Cut", "High Cut", kX1, kRow2},
-    {Kind::Toggle, "Flanger Low Cut On", "Cut lows", 240.0, 186.0, kWide, 24.0},
-    {Kind::Toggle, "Flanger High Cut On", "Cut highs", 240.0, 216.0, kWide, 24.0},
+    {Kind::Toggle, "Flanger Low Cut On", "Cut lows", 312.0, 48.0, 80.0, 24.0},
+    {Kind::Toggle, "Flanger High Cut On", "Cut highs", 312.0, 80.0, 80.0, 24.0},
     {Kind::Field, "Flanger Voices", "Voices", 12.0, kFoot, 52.0, 24.0},
     {Kind::Field, "Flanger Rate Sync", "Rate in", 72.0, kFoot, kWide, 24.0},
     {Kind::Field, "Flanger Channels", "Channels", 164.0, kFoot, kWide, 24.0},
@@ -127,67 +126,35 @@ constexpr PlacedControl kReverb[]{
 constexpr std::span<const PlacedControl> kEffects[]{
     {}, kFilter, kDistortion, kCompressor, kDelay, kOctaver, kTapeEcho, kChorus, kFlanger, kReverb};
 
-constexpr uint32_t kDistortionChoice = 2;
-
 class SlotPanel final : public TablePanel {
 public:
     SlotPanel(const Rect& place, const std::string& slot, FaceModel& faceModel, Stage& face)
         : TablePanel(place, slot, faceModel, face, kHead, {}, slot + " "),
           selector(slot + " Effect") {
-        Add<Segments>(At(place.width - 260.0, 6.0, 248.0, 22.0), face,
-                      std::make_unique<ParameterControl>(faceModel, slot + " Position"),
-                      std::vector<std::string>{"After mix", "Grains", "Loop"});
+        bypass = &Add<Toggle>(At(176.0, 5.0, 80.0, 24.0), face,
+                              std::make_unique<ParameterControl>(faceModel, slot + " Bypass"),
+                              "Bypass", Theme::kAlarm);
         DrawnView::Actions hint;
         hint.tick = [](double) { return false; };
         hint.draw = [](Painter& painter, const Rect& all) {
             painter.Text(all, "An empty slot lets everything pass. Choose an effect above.",
                          {Theme::kBody, Theme::kDim}, Align::Centre);
         };
-        empty = &Add<DrawnView>(At(12.0, 140.0, place.width - 24.0, 24.0), "", "", std::move(hint));
+        empty = &Add<DrawnView>(At(12.0, 108.0, place.width - 24.0, 24.0), "", "", std::move(hint));
     }
-    void Update() override { empty->Show(model.ChoiceOf(selector) == 0); }
+    void Update() override {
+        const bool isEmpty = model.ChoiceOf(selector) == 0;
+        empty->Show(isEmpty);
+        bypass->Show(!isEmpty);
+    }
 
 private:
     std::string selector;
-    DrawnView* empty = nullptr;
+    Widget* empty = nullptr;
+    Widget* bypass = nullptr;
 };
 
-/// What a distortion makes of each level at its present drive, before its output gain.
-DrawnView::Actions TransferCurve(FaceModel& model, const std::string& slot) {
-    const auto drive = std::make_shared<ParameterControl>(model, slot + " Distortion Drive");
-    const auto curve = std::make_shared<ParameterControl>(model, slot + " Distortion Curve");
-    const auto seen = std::make_shared<std::pair<float, uint32_t>>(-1.0f, 0u);
-    DrawnView::Actions actions;
-    actions.tick = [drive, curve, seen](double) {
-        const std::pair now{drive->Influences().present, curve->Choice()};
-        return std::exchange(*seen, now) != now;
-    };
-    actions.draw = [&model, drive, curve](Painter& painter, const Rect& box) {
-        constexpr size_t kPoints = 200;
-        painter.Round(box, 4.0, Theme::kWell);
-        const Rect inner = box.Inset(8.0);
-        const double decibels = model.Catalog().Value(*drive->Index(), drive->Influences().present);
-        const auto gain = static_cast<float>(std::pow(10.0, decibels / 20.0));
-        std::array<float, kPoints> samples{};
-        for (size_t i = 0; i < kPoints; ++i)
-            samples[i] = gain * (2.0f * static_cast<float>(i) / (kPoints - 1) - 1.0f);
-        dsp::DistortionCurves::Instance().Apply(static_cast<int32_t>(curve->Choice()),
-                                                samples.data(), kPoints);
-        const Point middle = inner.Centre();
-        painter.Fill({painter.Snap(middle.x), inner.y, 1.0, inner.height}, Theme::kLine);
-        painter.Fill({inner.x, painter.Snap(middle.y), inner.width, 1.0}, Theme::kLine);
-        std::vector<Point> line;
-        for (size_t i = 0; i < kPoints; ++i) {
-            const double y = std::clamp(static_cast<double>(samples[i]), -1.0, 1.0);
-            line.push_back({inner.x + inner.width * static_cast<double>(i) / (kPoints - 1),
-                            middle.y - 0.5 * inner.height * y});
-        }
-        painter.Path(line, Theme::kOn, 2.0);
-    };
-    return actions;
-}
-
-/// The controls of one effect in one slot, shown while the slot holds it.
+/// The controls of one effect in one slot and its picture, shown while the slot holds it.
 class EffectPanel final : public TablePanel {
 public:
     EffectPanel(const Rect& place, const std::string& slot, uint32_t itsChoice,
@@ -195,16 +162,55 @@ public:
         : TablePanel(place, "", faceModel, face, kEffects[itsChoice], {}, slot + " "),
           selector(slot + " Effect"),
           choice(itsChoice) {
-        if (choice == kDistortionChoice)
-            Add<DrawnView>(At(176.0, 72.0, 216.0, 168.0), "Transfer curve",
-                           "What comes out, upward, for what goes in, from left to right.",
-                           TransferCurve(faceModel, slot));
+        if (const EffectView* const view = ViewOfEffect(choice))
+            Add<DrawnView>(At(view->place.x, view->place.y, view->place.width, view->place.height),
+                           view->title, view->help, EffectPicture(faceModel, slot, *view));
     }
     bool IsShown() const override { return model.ChoiceOf(selector) == choice; }
 
 private:
     std::string selector;
     uint32_t choice;
+};
+
+/// Where the slots stand on the road of the sound.
+class RoadPanel final : public Panel {
+public:
+    RoadPanel(const Rect& place, FaceModel& faceModel, Stage& face)
+        : Panel(place), model(faceModel), stage(face) {
+        for (uint32_t slot = 0; slot < RoadView::kSlots; ++slot)
+            controls[slot] = std::make_unique<ParameterControl>(model, Name(slot) + "Position");
+        RoadView::Actions actions;
+        actions.place = [this](uint32_t slot) { return PlaceOf(slot); };
+        actions.name = [this](uint32_t slot) {
+            const std::string name = model.Text(*model.Find(Name(slot) + "Effect"));
+            return name == "Octaver Delay" ? std::string("Octaver") : name;
+        };
+        actions.works = [this](uint32_t slot) {
+            return model.ChoiceOf(Name(slot) + "Effect") != 0 &&
+                   model.PositionOf(Name(slot) + "Bypass") < 0.5f;
+        };
+        actions.move = [this](uint32_t slot, uint32_t to) { Move(slot, to); };
+        actions.control = [this](uint32_t slot) { return controls[slot].get(); };
+        Add<RoadView>(At(0.0, 0.0, place.width, place.height), std::move(actions));
+    }
+
+private:
+    static std::string Name(uint32_t slot) { return slot == 0 ? "FX1 " : "FX2 "; }
+    /// The choices run against the road. FX2 is never ahead of FX1.
+    uint32_t PlaceOf(uint32_t slot) const {
+        const uint32_t own = 2 - std::min(2u, controls[slot]->Choice());
+        return slot == 0 ? own : std::max(own, PlaceOf(0));
+    }
+    void Move(uint32_t slot, uint32_t to) {
+        if (slot == 1 && to < PlaceOf(0))
+            return stage.Say("FX2 is never ahead of FX1: move FX1 there first.");
+        controls[slot]->MoveOnce(controls[slot]->PositionOfChoice(2 - to));
+    }
+
+    FaceModel& model;
+    Stage& stage;
+    std::array<std::unique_ptr<ParameterControl>, RoadView::kSlots> controls;
 };
 
 constexpr PlacedControl kSpace[]{
@@ -233,9 +239,12 @@ public:
 Panels MakeEffectPage(FaceModel& model, Stage& stage) {
     Panels panels;
     const Rect& page = Layout::kPage;
+    constexpr double kRoad = 40.0, kGap = 8.0;
+    panels.push_back(std::make_unique<RoadPanel>(Rect{page.x, page.y, 816.0, kRoad}, model, stage));
     for (const uint32_t slot : {0u, 1u}) {
         const std::string name = slot == 0 ? "FX1" : "FX2";
-        const Rect place{page.x + 412.0 * slot, page.y, 404.0, page.height};
+        const Rect place{page.x + 412.0 * slot, page.y + kRoad + kGap, 404.0,
+                         page.height - kRoad - kGap};
         panels.push_back(std::make_unique<SlotPanel>(place, name, model, stage));
         for (uint32_t choice = 1; choice < std::size(kEffects); ++choice)
             panels.push_back(std::make_unique<EffectPanel>(place, name, choice, model, stage));

@@ -146,6 +146,42 @@ void HeaderPanel::AskSeed(const Rect& anchor) {
                     });
 }
 
+void HeaderPanel::OfferAssignments(const Rect& anchor) {
+    MenuItem heading;
+    heading.text = "Free controls for hosts";
+    std::vector<MenuItem> items{std::move(heading)};
+    for (uint32_t number = 0; number < Host::kAssignments; ++number) {
+        const uint32_t present = model.TheInstrument().Assignment(number);
+        MenuItem item;
+        item.text = std::string("Assign ") + std::to_string(number + 1) + ": " +
+                    (present == Host::kUnassigned ? "free" : model.Catalog()[present].title);
+        item.ticked = present != Host::kUnassigned;
+        item.action = [this, anchor, number] { OfferAssignment(anchor, number); };
+        items.push_back(std::move(item));
+    }
+    stage.OpenMenu(anchor, std::move(items));
+}
+
+void HeaderPanel::OfferAssignment(const Rect& anchor, uint32_t number) {
+    MenuItem clear, point;
+    clear.text = "Clear";
+    clear.action = [this, number] { model.TheInstrument().Assign(number, Host::kUnassigned); };
+    point.text = "Point at\u2026";
+    point.action = [this, anchor, number] {
+        stage.OpenEntry({anchor.x - 100.0, anchor.y, 240.0, anchor.height}, "",
+                        [this, number](const std::string& name) -> std::string {
+                            const auto index = model.Find(name);
+                            if (!index)
+                                return model.Catalog().UnknownName(name);
+                            model.TheInstrument().Assign(number, *index);
+                            return model.TheInstrument().Assignment(number) == *index
+                                       ? ""
+                                       : "That can't be moved by a control.";
+                        });
+    };
+    stage.OpenMenu(anchor, {point, clear});
+}
+
 void HeaderPanel::AddMachine() {
     Add<Toggle>(At(1040.0, kTop, 64.0, kHeight), stage,
                 std::make_unique<ParameterControl>(model, "Bypass"), "Bypass", Theme::kAlarm);
@@ -163,8 +199,9 @@ void HeaderPanel::AddMachine() {
                                           "   CPU " + std::to_string(load) + " %",
                                       true, false};
         },
-        [this](const Rect&) { stage.Say("The load is the share of one core's time."); }, "Song",
-        "Tempo, whether the song runs, and how much of one core the sound takes.");
+        [this](const Rect& anchor) { OfferAssignments(anchor); }, "Song",
+        "Tempo, whether the song runs, and how much of one core the sound takes. A click lists the "
+        "free controls that hosts see.");
 }
 
 }  // namespace Quorvan::Ui

@@ -22,6 +22,8 @@ private:
     void AddChance();
     void AddMachine();
     void OfferRandomise(const Rect& anchor);
+    void OfferAssignments(const Rect& anchor);
+    void OfferAssignment(const Rect& anchor, uint32_t number);
     void AskSeed(const Rect& anchor);
 
     FaceModel& model;

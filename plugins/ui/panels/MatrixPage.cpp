@@ -26,6 +26,8 @@ public:
         actions.amount = [&model](uint32_t source, uint32_t row) {
             return model.Amount(source, row);
         };
+        actions.begin = [&model](uint32_t source, uint32_t row) { model.BeginRoute(source, row); };
+        actions.end = [&model] { model.EndRoute(); };
         actions.set = [&model](uint32_t source, uint32_t row, float amount) {
             model.Route(source, row, amount);
         };

@@ -98,6 +98,11 @@ public:
         actions.bend = [this](size_t segment, double by) { Curve().Bend(segment, by); };
         actions.menu = [this](Point at) { OfferShapes(at); };
         actions.level = [this] { return ShownLevel(); };
+        actions.place = [this] {
+            return model.IsAlive() && model.Frame().moments > 0
+                       ? static_cast<double>(model.Frame().functionPhases[own])
+                       : -1.0;
+        };
         Add<CurveEditor>(kDrawing, Theme::Source(source), std::move(actions));
     }
 
@@ -188,6 +193,8 @@ public:
                                       static_cast<double>(model.Amount(*chosen, row))});
             return routes;
         };
+        actions.begin = [&model, chosen](uint32_t row) { model.BeginRoute(*chosen, row); };
+        actions.end = [&model] { model.EndRoute(); };
         actions.set = [&model, chosen](uint32_t row, double amount) {
             model.Route(*chosen, row, static_cast<float>(amount));
         };

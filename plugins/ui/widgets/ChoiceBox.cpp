@@ -29,6 +29,7 @@ void ChoiceBox::Draw(Painter& painter) {
                  {Theme::kSmall, Theme::kText});
     painter.Arrow({field.Right() - 10.0, field.y + 0.5 * field.height - 0.5}, 3.5, 0.5,
                   Theme::kDim);
+    DrawRouteBars(painter, field.Inset(4.0, 0.0));
     DrawFocus(painter, field);
 }
 
@@ -45,7 +46,10 @@ void ChoiceBox::Open() {
     stage.OpenMenu(Field(), std::move(items));
 }
 
-void ChoiceBox::Press(const PointerEvent&) { Open(); }
+void ChoiceBox::Press(const PointerEvent& event) {
+    if (!TakeRoute(event))
+        Open();
+}
 
 bool ChoiceBox::Key(const KeyEvent& event) {
     if (event.key != Key::Enter)

@@ -57,6 +57,9 @@ public:
     virtual std::optional<uint32_t> Row() const { return {}; }
     virtual Influence Influences() const { return {}; }
     virtual void Route(uint32_t /*source*/, float /*amount*/) {}
+    /// Around the moves of an amount that are one step.
+    virtual void BeginRoute(uint32_t /*source*/) {}
+    virtual void EndRoute() {}
     virtual void Unroute(uint32_t /*source*/) {}
     /// Index of the parameter behind it, for MIDI and free controls.
     virtual std::optional<uint32_t> Index() const { return {}; }

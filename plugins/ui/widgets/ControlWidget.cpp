@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Quorvan::Ui {
 
@@ -30,8 +31,50 @@ float ControlWidget::Held(double position) const {
     return static_cast<float>(std::round(position * highest) / highest);
 }
 
+bool ControlWidget::TakeRoute(const PointerEvent& event) {
+    const Influence influence = control->Influences();
+    const int which = influence.count == 0 ? -1 : RouteAt(event, influence);
+    if (which < 0)
+        return false;
+    const Influence::Route& route = influence.routes[static_cast<size_t>(which)];
+    draggingRoute = true;
+    draggedSource = route.source;
+    draggedAmount = static_cast<double>(route.amount);
+    last = event.at;
+    control->BeginRoute(draggedSource);
+    return true;
+}
+
+void ControlWidget::DragRoute(const PointerEvent& event) {
+    const double way = (last.y - event.at.y + event.at.x - last.x) / 200.0;
+    last = event.at;
+    draggedAmount =
+        std::clamp(draggedAmount + way * (event.modifiers.shift ? 0.1 : 1.0), -1.0, 1.0);
+    control->Route(draggedSource, static_cast<float>(draggedAmount));
+}
+
+void ControlWidget::DrawRouteBars(Painter& painter, const Rect& along) const {
+    const Influence influence = control->Influences();
+    if (influence.count == 0)
+        return;
+    const double position = static_cast<double>(control->Position());
+    const double height = std::min(2.0, 6.0 / influence.count);
+    for (uint32_t i = 0; i < influence.count; ++i) {
+        const double end =
+            std::clamp(position + static_cast<double>(influence.routes[i].amount), 0.0, 1.0);
+        const double low = std::min(position, end), high = std::max(position, end);
+        painter.Fill({along.x + along.width * low, along.Bottom() - height * (i + 1.0),
+                      std::max(2.0, along.width * (high - low)), height},
+                     Theme::Source(influence.routes[i].source));
+    }
+    const Point dot{along.x + along.width * static_cast<double>(influence.present),
+                    along.Bottom() - 1.5};
+    painter.Disc(dot, 4.0, Theme::kWindow);
+    painter.Disc(dot, 3.0, Theme::Source(influence.routes[0].source));
+}
+
 void ControlWidget::Press(const PointerEvent& event) {
-    if (DragTravel() <= 0.0)
+    if (TakeRoute(event) || DragTravel() <= 0.0)
         return;
     dragging = true;
     last = event.at;
@@ -40,6 +83,8 @@ void ControlWidget::Press(const PointerEvent& event) {
 }
 
 void ControlWidget::Drag(const PointerEvent& event) {
+    if (draggingRoute)
+        return DragRoute(event);
     if (!dragging)
         return;
     const double way = DragsAcross() ? event.at.x - last.x : last.y - event.at.y;
@@ -52,6 +97,8 @@ void ControlWidget::Drag(const PointerEvent& event) {
 }
 
 void ControlWidget::Release(const PointerEvent&) {
+    if (std::exchange(draggingRoute, false))
+        control->EndRoute();
     if (dragging)
         control->End();
     dragging = false;

@@ -9,7 +9,7 @@
 namespace Quorvan::Ui {
 
 /// What all widgets of one control have in common: dragging, fine with shift, wheel, arrow keys,
-/// double click to the default, typing.
+/// double click to the default, typing; with Alt, the amount of the first source that moves it.
 class ControlWidget : public Widget {
 public:
     ControlWidget(const Rect& place, Stage& face, std::unique_ptr<Control> moved,
@@ -32,6 +32,15 @@ protected:
     virtual double DragTravel() const { return 200.0; }
     virtual bool DragsAcross() const { return false; }
     void Nudge(double share, bool fine);
+    /// Number of the route that is taken hold of there; -1: none.
+    virtual int RouteAt(const PointerEvent& event, const Influence&) const {
+        return event.modifiers.alt ? 0 : -1;
+    }
+    /// Answers whether a press takes hold of a route's amount.
+    bool TakeRoute(const PointerEvent& event);
+    /// A bar for each route along the lower edge, as far as it reaches, and a dot where the control
+    /// stands now.
+    void DrawRouteBars(Painter& painter, const Rect& along) const;
     /// Position held to a step where there are steps.
     float Held(double position) const;
     void DrawFocus(Painter& painter, const Rect& around, double radius = 4.0) const;
@@ -42,6 +51,13 @@ protected:
     bool dragging = false;
 
 private:
+    void DragRoute(const PointerEvent& event);
+
+    // The route whose amount is being dragged.
+    bool draggingRoute = false;
+    uint32_t draggedSource = 0;
+    double draggedAmount = 0.0;
+
     Point last;
     double dragged = 0.0;  ///< position without steps
     // What was drawn.

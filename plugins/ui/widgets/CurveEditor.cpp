@@ -41,16 +41,18 @@ bool CurveEditor::Tick(double) {
     std::vector<double> heights(kSteps + 1);
     for (size_t i = 0; i <= kSteps; ++i)
         heights[i] = actions.height(static_cast<double>(i) / kSteps);
-    const double level = actions.level();
+    const double level = actions.level(), place = actions.place();
     const auto same = [](const Point& a, const Point& b) { return a.x == b.x && a.y == b.y; };
     const bool rests =
         heights == shownHeights && std::abs(level - shownLevel) < 0.002 &&
+        std::abs(place - shownPlace) < 0.001 &&
         std::equal(points.begin(), points.end(), shownPoints.begin(), shownPoints.end(), same);
     if (rests)
         return false;
     shownPoints = std::move(points);
     shownHeights = std::move(heights);
     shownLevel = level;
+    shownPlace = place;
     return true;
 }
 
@@ -72,6 +74,12 @@ void CurveEditor::Draw(Painter& painter) {
         const double y = ToScreen({0.0, shownLevel}).y;
         painter.Fill({inner.x, y - 0.5, inner.width, 1.0}, colour.Faded(0.5));
         painter.Disc({inner.x, y}, 4.0, colour);
+    }
+    if (shownPlace >= 0.0) {
+        const Point now = ToScreen({shownPlace, actions.height(shownPlace)});
+        painter.Fill({now.x - 0.5, inner.y, 1.0, inner.height}, Theme::kText.Faded(0.35));
+        painter.Disc(now, 7.0, Theme::kWell);
+        painter.Disc(now, 5.0, Theme::kText);
     }
     for (size_t i = 0; i < shownPoints.size(); ++i) {
         const Point p = ToScreen(shownPoints[i]);

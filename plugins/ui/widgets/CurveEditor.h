@@ -21,6 +21,7 @@ public:
         std::function<void(size_t segment, double by)> bend;  ///< by: shares of the height
         std::function<void(Point at)> menu;
         std::function<double()> level;  ///< present output, 0..1; negative: none
+        std::function<double()> place;  ///< where the curve is read now, 0..1; negative: nowhere
     };
 
     CurveEditor(const Rect& place, const Colour& ink, Actions itsActions);
@@ -49,7 +50,7 @@ private:
     Actions actions;
     std::vector<Point> shownPoints;
     std::vector<double> shownHeights;
-    double shownLevel = -1.0;
+    double shownLevel = -1.0, shownPlace = -1.0;
     int heldPoint = kNone, heldSegment = kNone;
     bool open = false;  ///< a gesture
     Point last;

@@ -8,8 +8,12 @@ namespace Quorvan::Ui {
 namespace {
 
 constexpr double kStart = -0.375, kSweep = 0.75;  ///< turns from the top
-constexpr double kRadius = 19.0, kFirstRing = 24.0, kRingStep = 3.5;
-constexpr uint32_t kMostRings = 2;
+constexpr double kRadius = 19.0, kFirstRing = 24.0, kRingRoom = 8.0, kRingStep = 3.5;
+
+/// Many rings stand closer.
+double RingStep(uint32_t rings) {
+    return rings < 3 ? kRingStep : std::min(kRingStep, kRingRoom / (rings - 1));
+}
 
 double AngleOf(double position) { return kStart + kSweep * std::clamp(position, 0.0, 1.0); }
 
@@ -82,11 +86,12 @@ void Knob::DrawChance(Painter& painter) const {
 void Knob::DrawRoutes(Painter& painter, const Influence& influence) const {
     const Point centre = Middle();
     const double position = static_cast<double>(control->Position());
-    for (uint32_t i = 0; i < std::min(influence.count, kMostRings); ++i) {
+    const double step = RingStep(influence.count);
+    for (uint32_t i = 0; i < influence.count; ++i) {
         const Influence::Route& route = influence.routes[i];
-        painter.Arc(centre, kFirstRing + kRingStep * i, AngleOf(position),
+        painter.Arc(centre, kFirstRing + step * i, AngleOf(position),
                     AngleOf(position + static_cast<double>(route.amount)),
-                    Theme::Source(route.source), 2.0);
+                    Theme::Source(route.source), std::min(2.0, 0.8 * step));
     }
     if (influence.count == 0)
         return;
@@ -96,37 +101,13 @@ void Knob::DrawRoutes(Painter& painter, const Influence& influence) const {
     painter.Disc(dot, 3.0, colour);
 }
 
-void Knob::Press(const PointerEvent& event) {
-    const Influence influence = control->Influences();
+int Knob::RouteAt(const PointerEvent& event, const Influence& influence) const {
     const Point centre = Middle();
     const double distance = std::hypot(event.at.x - centre.x, event.at.y - centre.y);
-    const bool onRing = distance >= kFirstRing - 1.5 && event.at.y < box.y + 56.0;
-    if (influence.count == 0 || !(onRing || event.modifiers.alt))
-        return ControlWidget::Press(event);
-    const double ring = std::floor((distance - kFirstRing + 1.5) / kRingStep);
-    const auto which =
-        onRing
-            ? static_cast<uint32_t>(std::clamp(ring, 0.0, static_cast<double>(influence.count - 1)))
-            : 0u;
-    draggingRoute = true;
-    draggedSource = influence.routes[which].source;
-    draggedAmount = static_cast<double>(influence.routes[which].amount);
-    lastPoint = event.at;
-}
-
-void Knob::Drag(const PointerEvent& event) {
-    if (!draggingRoute)
-        return ControlWidget::Drag(event);
-    const double way = (lastPoint.y - event.at.y) / DragTravel();
-    lastPoint = event.at;
-    draggedAmount =
-        std::clamp(draggedAmount + way * (event.modifiers.shift ? 0.1 : 1.0), -1.0, 1.0);
-    control->Route(draggedSource, static_cast<float>(draggedAmount));
-}
-
-void Knob::Release(const PointerEvent& event) {
-    draggingRoute = false;
-    ControlWidget::Release(event);
+    if (distance < kFirstRing - 1.5 || event.at.y >= box.y + 56.0)
+        return ControlWidget::RouteAt(event, influence);
+    const double ring = std::round((distance - kFirstRing) / RingStep(influence.count));
+    return static_cast<int>(std::clamp(ring, 0.0, static_cast<double>(influence.count - 1)));
 }
 
 }  // namespace Quorvan::Ui

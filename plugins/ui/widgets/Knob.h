@@ -5,8 +5,8 @@
 namespace Quorvan::Ui {
 
 /// A dial with its name and value below. Around it: a ring for each source of modulation that moves
-/// it, with a dot where it stands now; inside, the reach of chance where it has some. Another
-/// source's amount is dragged with Alt on the dial, or on the source's own ring.
+/// it, with a dot where it stands now; inside, the reach of chance where it has some. A source's
+/// amount is dragged on its ring, that of the first one with Alt on the dial too.
 class Knob final : public ControlWidget {
 public:
     static constexpr double kWidth = 72.0, kHeight = 88.0;
@@ -21,9 +21,9 @@ public:
 
     void Draw(Painter& painter) override;
     bool Tick(double seconds) override;
-    void Press(const PointerEvent& event) override;
-    void Drag(const PointerEvent& event) override;
-    void Release(const PointerEvent& event) override;
+
+protected:
+    int RouteAt(const PointerEvent& event, const Influence& influence) const override;
 
 private:
     Point Middle() const { return {box.x + 0.5 * box.width, box.y + 32.0}; }
@@ -35,11 +35,6 @@ private:
     double chanceShare = 0.0;
     float shownChance = -1.0f, shownDirection = -1.0f;
     bool bipolar = false;
-    // The route whose amount is being dragged.
-    bool draggingRoute = false;
-    uint32_t draggedSource = 0;
-    double draggedAmount = 0.0;
-    Point lastPoint;
 };
 
 }  // namespace Quorvan::Ui

@@ -68,6 +68,8 @@ void MatrixView::Press(const PointerEvent& event) {
     isHeld = held.isOne;
     last = event.at;
     amount = isHeld ? static_cast<double>(actions.amount(held.source, held.row)) : 0.0;
+    if (isHeld)
+        actions.begin(held.source, held.row);
 }
 
 void MatrixView::Drag(const PointerEvent& event) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "plugins/ui/widgets/Widget.h"
@@ -14,7 +15,9 @@ class MatrixView final : public Widget {
 public:
     struct Actions {
         std::function<float(uint32_t source, uint32_t row)> amount;
+        std::function<void(uint32_t source, uint32_t row)> begin;
         std::function<void(uint32_t source, uint32_t row, float amount)> set;
+        std::function<void()> end;
         std::function<void(uint32_t source, uint32_t row)> clear;
         std::function<std::string(uint32_t row)> rowName;
         std::function<std::string(uint32_t source)> sourceName;
@@ -27,7 +30,10 @@ public:
     bool Tick(double seconds) override;
     void Press(const PointerEvent& event) override;
     void Drag(const PointerEvent& event) override;
-    void Release(const PointerEvent&) override { isHeld = false; }
+    void Release(const PointerEvent&) override {
+        if (std::exchange(isHeld, false))
+            actions.end();
+    }
     void DoubleClick(const PointerEvent& event) override;
     std::string TipTitle(Point at) override;
     std::string TipText(Point) override {

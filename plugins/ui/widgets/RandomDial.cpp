@@ -51,7 +51,8 @@ void RandomDial::Draw(Painter& painter) {
 }
 
 void RandomDial::Press(const PointerEvent& event) {
-    pressed = event.at;
+    // What takes hold of a source's amount turns no direction.
+    pressed = event.modifiers.alt ? Point{-1e3, -1e3} : event.at;
     pressedPosition = control->Position();
     ControlWidget::Press(event);
 }

@@ -61,6 +61,7 @@ void RouteList::Press(const PointerEvent& event) {
     held = static_cast<int>(shown[static_cast<size_t>(row)].row);
     amount = shown[static_cast<size_t>(row)].amount;
     last = event.at;
+    actions.begin(static_cast<uint32_t>(held));
 }
 
 void RouteList::Drag(const PointerEvent& event) {

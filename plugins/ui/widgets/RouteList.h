@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "plugins/ui/widgets/Widget.h"
@@ -19,7 +20,9 @@ public:
     };
     struct Actions {
         std::function<std::vector<Route>()> routes;
+        std::function<void(uint32_t row)> begin;
         std::function<void(uint32_t row, double amount)> set;
+        std::function<void()> end;
         std::function<void(uint32_t row)> remove;
         std::function<Colour()> colour;
     };
@@ -30,7 +33,10 @@ public:
     bool Tick(double seconds) override;
     void Press(const PointerEvent& event) override;
     void Drag(const PointerEvent& event) override;
-    void Release(const PointerEvent&) override { held = -1; }
+    void Release(const PointerEvent&) override {
+        if (std::exchange(held, -1) >= 0)
+            actions.end();
+    }
     bool Wheel(const WheelEvent& event) override;
     std::string TipTitle(Point) override { return "Routes"; }
     std::string TipText(Point) override {

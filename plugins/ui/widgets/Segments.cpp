@@ -22,10 +22,13 @@ void Segments::Draw(Painter& painter) {
         painter.Text(cell.Inset(4.0, 0.0), names[i],
                      {Theme::kSmall, on ? Theme::kWindow : Theme::kDim, on}, Align::Centre);
     }
+    DrawRouteBars(painter, box.Inset(4.0, 0.0));
     DrawFocus(painter, box);
 }
 
 void Segments::Press(const PointerEvent& event) {
+    if (TakeRoute(event))
+        return;
     const double share = (event.at.x - box.x) / box.width * static_cast<double>(names.size());
     const double highest = static_cast<double>(names.size() - 1);
     const auto choice = static_cast<uint32_t>(std::clamp(share, 0.0, highest));

@@ -12,15 +12,16 @@ void Toggle::Draw(Painter& painter) {
     painter.Round(box, 4.0, on ? colour : hovered ? Theme::kRaisedHover : Theme::kRaised);
     painter.Text(box.Inset(6.0, 0.0), label,
                  {Theme::kSmall, on ? Theme::kWindow : Theme::kText, on}, Align::Centre);
-    if (influence.count > 0)
-        painter.Fill({box.x + 4.0, box.Bottom() - 2.0, box.width - 8.0, 2.0},
-                     Theme::Source(influence.routes[0].source));
+    DrawRouteBars(painter, box.Inset(4.0, 0.0));
     DrawFocus(painter, box);
 }
 
 void Toggle::Turn() { control->MoveOnce(control->Position() > 0.5f ? 0.0f : 1.0f); }
 
-void Toggle::Press(const PointerEvent&) { Turn(); }
+void Toggle::Press(const PointerEvent& event) {
+    if (!TakeRoute(event))
+        Turn();
+}
 
 bool Toggle::Key(const KeyEvent& event) {
     if (event.key != Key::Enter)

@@ -88,7 +88,11 @@ FaceWindow::FaceWindow(Host::Instrument& instrument, uintptr_t parent, double sc
         parts->shell.setTitle("Tesserae");
 }
 
-FaceWindow::~FaceWindow() = default;
+/// The toolkit complains about windows that are still shown when it ends.
+FaceWindow::~FaceWindow() {
+    if (parts->shell.isVisible())
+        parts->shell.hide();
+}
 
 bool FaceWindow::Idle() {
     parts->widget.Look();

@@ -1,6 +1,7 @@
 #include <sstream>
 
 #include "plugins/claphost/Check.h"
+#include "plugins/claphost/ClapLibrary.h"
 
 /// Tries what hosts do with a CLAP plug-in, and what they should not.
 int main(int count, char** arguments) {
@@ -9,6 +10,11 @@ int main(int count, char** arguments) {
     if (count < 2)
         return std::puts("Usage: claphost PLUGIN.clap [PRESETS [LIVES [SECONDS [SEED]]]]"), 2;
     options.plugin = arguments[1];
+    try {
+        Quorvan::ClapHost::ClapLibrary(options.plugin);
+    } catch (const std::exception& error) {
+        return std::puts(error.what()), 2;
+    }
     std::istringstream presets(count > 2 ? arguments[2] : "");
     for (std::string key; std::getline(presets, key, ',');)
         options.presets.push_back(key);

@@ -1,0 +1,87 @@
+// Runs inside the page, and hands its engine to the tests.
+import { Catalog } from "../../web/src/engine/Catalog.js";
+import { EngineModule } from "../../web/src/engine/EngineModule.js";
+import { LiveEngine } from "../../web/src/engine/LiveEngine.js";
+import { loadEngine } from "../../web/src/engine/loadEngine.js";
+import { OfflineRenderer } from "../../web/src/engine/OfflineRenderer.js";
+
+const module = await loadEngine("tesserae.wasm");
+const catalog = new Catalog(new EngineModule(module));
+
+/** Left and right of a file of bare floats. */
+async function readRaw(url: string): Promise<Float32Array<ArrayBuffer>[]> {
+    const floats = new Float32Array(await (await fetch(url)).arrayBuffer());
+    return [0, 1].map((side) => floats.filter((_, i) => i % 2 === side));
+}
+
+function largestDifference(one: Float32Array[], other: Float32Array[]): number {
+    let largest = one[0]?.length === other[0]?.length ? 0 : Infinity;
+    one.forEach((channel, side) =>
+        channel.forEach((sample, i) => {
+            const difference = Math.abs(sample - (other[side]?.[i] ?? NaN));
+            largest = difference <= largest ? largest : difference;
+        }),
+    );
+    return largest;
+}
+
+const settings = (preset: string) => {
+    const sound = catalog.factorySound(preset);
+    return { sound, seed: 7, transport: { tempo: sound.tempo ?? 120, beat: 0, playing: true } };
+};
+
+async function renderLive(
+    input: Float32Array<ArrayBuffer>[],
+    rate: number,
+    preset: string,
+    frames: number,
+    onEngine: (engine: LiveEngine) => void = () => undefined,
+): Promise<Float32Array[]> {
+    const context = new OfflineAudioContext(2, frames + rate, rate);
+    const workletUrl = "audio.js";
+    const engine = await LiveEngine.make(context, { module, workletUrl, ...settings(preset) });
+    onEngine(engine);
+    const buffer = context.createBuffer(2, input[0]?.length ?? 0, rate);
+    input.forEach((channel, side) => buffer.copyToChannel(channel, side));
+    const source = new AudioBufferSourceNode(context, { buffer });
+    source.connect(engine.node).connect(context.destination);
+    source.start();
+    const made = await context.startRendering();
+    const late = engine.latencyFrames;
+    return [0, 1].map((side) => made.getChannelData(side).slice(late, late + frames));
+}
+
+const harness = {
+    presets: catalog.presets.map((preset) => preset.id),
+
+    /** Largest difference of the audio thread's render, and of the worker's, from a file. */
+    async compare(input: string, rate: number, preset: string, wanted: string) {
+        const [dry, native] = await Promise.all([readRaw(input), readRaw(wanted)]);
+        const frames = native[0]?.length ?? 0;
+        const live = await renderLive(dry, rate, preset, frames);
+        const tailSeconds = (frames - (dry[0]?.length ?? 0)) / rate;
+        const renderer = new OfflineRenderer(module, "render.js");
+        const offline = await renderer.render(dry, rate, { ...settings(preset), tailSeconds });
+        return [live, offline].map((render) => largestDifference(render, native));
+    },
+
+    /** What pictures show while a preset plays. */
+    async watch(input: string, rate: number, preset: string) {
+        const seen = { pictures: 0, grains: 0, output: 0, tape: 0, writePlace: 0, sources: 0 };
+        const dry = await readRaw(input);
+        await renderLive(dry, rate, preset, rate, (engine) => {
+            engine.watch(true);
+            engine.onPicture = (picture) => {
+                seen.pictures = picture.number;
+                seen.grains = Math.max(seen.grains, picture.grainCount);
+                seen.output = Math.max(seen.output, ...picture.output);
+                seen.tape = Math.max(seen.tape, ...picture.tapeHighest);
+                seen.writePlace = Math.max(seen.writePlace, picture.writePlace);
+                seen.sources = Math.max(seen.sources, ...picture.source(1));
+            };
+        });
+        return seen;
+    },
+};
+export type Harness = typeof harness;
+Object.assign(globalThis, { harness });

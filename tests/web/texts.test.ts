@@ -1,0 +1,65 @@
+import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
+import { test } from "node:test";
+import { Catalog } from "../../web/src/engine/Catalog.js";
+import { EngineModule } from "../../web/src/engine/EngineModule.js";
+
+const module = new WebAssembly.Module(readFileSync("web/dist/tesserae.wasm"));
+const catalog = new Catalog(new EngineModule(module));
+
+test("sounds come back from presets and states as they were", () => {
+    for (const { id, name } of catalog.presets) {
+        const { positions } = catalog.factorySound(id);
+        for (const text of [catalog.writePreset(positions, { name }), catalog.writeState(positions)]) {
+            const reading = catalog.readSound(text);
+            assert.ok(reading.sound, id);
+            assert.deepEqual(reading.warnings, []);
+            assert.deepEqual(reading.sound.positions, positions);
+        }
+    }
+});
+
+test("texts and positions", () => {
+    const mode = catalog.parameter("MoteWeaver_GranularMode");
+    assert.equal(catalog.text(mode.index, 0), mode.choices[0]);
+    const tempo = catalog.position(catalog.parameter("Dry / Wet").index, "50 %");
+    assert.equal(tempo.position, 0.5);
+    const wrong = catalog.position(mode.index, "Nonsense");
+    assert.ok(wrong.position === null && wrong.problem.includes("Nonsense"));
+    assert.throws(() => catalog.parameter("Reverb Dekay"), /Decay/);
+});
+
+/** Numbers that repeat from run to run. */
+function chance(seed: number): (below: number) => number {
+    let state = seed;
+    return (below) => {
+        state = (Math.imul(state, 1664525) + 1013904223) >>> 0;
+        return Math.floor((state / 2 ** 32) * below);
+    };
+}
+
+test("a broken text changes nothing and says why", () => {
+    const { positions } = catalog.factorySound("shimmer");
+    const good = [catalog.writePreset(positions, { name: "A" }), catalog.writeState(positions)];
+    const pieces = ["", "\0", "\ud800", '"', "{", "]", "1e999", "-1e-400", "NaN", "\\ud800", "é", "[".repeat(500)];
+    const next = chance(1);
+    let refused = 0;
+    for (let round = 0; round < 3000; ++round) {
+        let text = good[round % 2] ?? "";
+        for (let change = next(4); change >= 0; --change) {
+            const at = next(text.length);
+            text = text.slice(0, at) + pieces[next(pieces.length)] + text.slice(at + next(9));
+        }
+        const reading = catalog.readSound(text);
+        if (reading.sound) {
+            assert.ok(reading.sound.positions.every((position) => position >= 0 && position <= 1));
+        } else {
+            ++refused;
+            assert.match(reading.problem, /\.$/);
+        }
+    }
+    assert.ok(refused > 1000 && refused < 3000);
+    for (const text of ["", "null", "[]", '{"format":"tesserae-preset"}', "x".repeat(1 << 20)])
+        assert.equal(catalog.readSound(text).sound, null);
+    assert.deepEqual(catalog.factorySound("shimmer").positions, positions);
+});
