@@ -4,7 +4,7 @@ import { readFile } from "node:fs/promises";
 import { type Browser, type BrowserContext, chromium } from "playwright-core";
 
 // @ts-expect-error: plain JavaScript
-import { serve } from "../../web/tools/serve.js";
+import { serve } from "../../web/tools/server.js";
 
 /** The built page on a server of its own, in a browser without a window. */
 export class Served {
@@ -15,7 +15,9 @@ export class Served {
     ) {}
 
     static async start(): Promise<Served> {
-        const server = (await serve(0)) as Server;
+        // Bundled, this lies in web/build/tests.
+        const dist = new URL("../../dist/", import.meta.url).pathname;
+        const server = (await serve(dist, 0)) as Server;
         const executablePath = "/usr/bin/chromium";
         const args = ["--no-sandbox", "--autoplay-policy=no-user-gesture-required"];
         const browser = await chromium.launch({ executablePath, args });
