@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <sstream>
 
 #include "host/parameters/NumberText.h"
 #include "host/parameters/Sentence.h"
@@ -18,14 +17,16 @@ std::string_view LastPart(std::string_view name) {
 
 /// "pan random" and "random pan" are the same so.
 std::string WithWordsInOrder(std::string_view name) {
-    std::vector<std::string> words;
-    std::istringstream text{std::string(name)};
-    for (std::string word; text >> word;)
-        words.push_back(word);
+    std::vector<std::string_view> words;
+    while (!name.empty()) {
+        const size_t end = std::min(name.find(' '), name.size());
+        words.push_back(name.substr(0, end));
+        name.remove_prefix(std::min(end + 1, name.size()));
+    }
     std::sort(words.begin(), words.end());
     std::string ordered;
-    for (const std::string& word : words)
-        ordered += word + ' ';
+    for (const std::string_view word : words)
+        ordered.append(word).append(1, ' ');
     return ordered;
 }
 
