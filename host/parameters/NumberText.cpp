@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
 #include <cmath>
-#include <iomanip>
 #include <limits>
-#include <locale>
-#include <sstream>
+
+#include "host/parameters/ReadNumber.h"
 
 namespace Quorvan::Host {
 
@@ -54,10 +54,10 @@ constexpr std::array kAliases{
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::string Fixed(double number, int decimals) {
-    std::ostringstream out;
-    out.imbue(std::locale::classic());
-    out << std::fixed << std::setprecision(decimals) << number;
-    return out.str();
+    std::array<char, 400> text;  // the largest number has 309 digits
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), number,
+                                   std::chars_format::fixed, decimals);
+    return {text.data(), end.ptr};
 }
 
 /// The number rounded to decimals places, never a negative zero.
@@ -197,10 +197,10 @@ std::optional<double> ParseNumber(std::string_view text, Unit unit) {
         const size_t length = NumberLength(rest);
         if (length == 0)
             return std::nullopt;
-        std::istringstream in{std::string(rest.substr(0, length))};
-        in.imbue(std::locale::classic());
-        if (!(in >> number))
+        const std::optional<double> read = ReadNumber(rest.substr(0, length));
+        if (!read)
             return std::nullopt;
+        number = *read;
         rest.remove_prefix(length);
     }
     const std::optional<double> factor = FactorOf(Trim(rest), unit);

@@ -1,9 +1,9 @@
 #include "host/state/ParameterWriter.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <string>
 
+#include "host/parameters/ReadNumber.h"
 #include "host/parameters/ShellIndex.h"
 
 namespace Quorvan::Host {
@@ -34,15 +34,8 @@ OrderedJson TextOrNumber(const ParameterValue& value, const ParameterCatalog& ca
 
 double Shortest(float number) {
     char text[32];
-    char* const end = std::to_chars(text, text + sizeof text - 1, number).ptr;
-#ifdef __cpp_lib_to_chars
-    double shortest = static_cast<double>(number);
-    std::from_chars(text, end, shortest);
-    return shortest;
-#else  // the other way of numbers is missing in some libraries
-    *end = '\0';
-    return std::strtod(text, nullptr);
-#endif
+    char* const end = std::to_chars(text, text + sizeof text, number).ptr;
+    return ReadNumber({text, end}).value_or(static_cast<double>(number));
 }
 
 OrderedJson ParametersJson(const std::vector<ParameterValue>& values,

@@ -35,12 +35,10 @@ async function renderLive(
     rate: number,
     preset: string,
     frames: number,
-    onEngine: (engine: LiveEngine) => void = () => undefined,
 ): Promise<Float32Array[]> {
     const context = new OfflineAudioContext(2, frames + rate, rate);
     const workletUrl = "audio.js";
     const engine = await LiveEngine.make(context, { module, workletUrl, ...settings(preset) });
-    onEngine(engine);
     const buffer = context.createBuffer(2, input[0]?.length ?? 0, rate);
     input.forEach((channel, side) => buffer.copyToChannel(channel, side));
     const source = new AudioBufferSourceNode(context, { buffer });
@@ -65,21 +63,29 @@ const harness = {
         return [live, offline].map((render) => largestDifference(render, native));
     },
 
-    /** What pictures show while a preset plays. */
+    /** What pictures show while a preset plays, for two seconds. */
     async watch(input: string, rate: number, preset: string) {
-        const seen = { pictures: 0, grains: 0, output: 0, tape: 0, writePlace: 0, sources: 0 };
+        const seen = { pictures: 0, grains: 0, output: 0, tape: 0, writePlace: 0 };
         const dry = await readRaw(input);
-        await renderLive(dry, rate, preset, rate, (engine) => {
-            engine.watch(true);
-            engine.onPicture = (picture) => {
-                seen.pictures = picture.number;
-                seen.grains = Math.max(seen.grains, picture.grainCount);
-                seen.output = Math.max(seen.output, ...picture.output);
-                seen.tape = Math.max(seen.tape, ...picture.tapeHighest);
-                seen.writePlace = Math.max(seen.writePlace, picture.writePlace);
-                seen.sources = Math.max(seen.sources, ...picture.source(1));
-            };
-        });
+        const context = new AudioContext({ sampleRate: rate });
+        const workletUrl = "audio.js";
+        const engine = await LiveEngine.make(context, { module, workletUrl, ...settings(preset) });
+        engine.onPicture = (picture) => {
+            seen.pictures = picture.number;
+            seen.grains = Math.max(seen.grains, picture.grainCount);
+            seen.output = Math.max(seen.output, ...picture.output);
+            seen.tape = Math.max(seen.tape, ...picture.tapeHighest);
+            seen.writePlace = Math.max(seen.writePlace, picture.writePlace);
+        };
+        engine.watch(true);
+        const buffer = context.createBuffer(2, dry[0]?.length ?? 0, rate);
+        dry.forEach((channel, side) => buffer.copyToChannel(channel, side));
+        const source = new AudioBufferSourceNode(context, { buffer, loop: true });
+        source.connect(engine.node).connect(context.destination);
+        source.start();
+        await new Promise((resolve) => setTimeout(resolve, 2000));
+        engine.close();
+        await context.close();
         return seen;
     },
 };

@@ -26,8 +26,9 @@ export class EngineModule {
     }
     /** The text that the last call left. */
     takeText(): string {
-        const { memory, tesserae_text_at: at, tesserae_text_bytes: count } = this.exports;
-        const bytes = new Uint8Array(memory.buffer, at(), count());
+        const { memory, tesserae_text_at, tesserae_text_bytes } = this.exports;
+        const [at, count] = [tesserae_text_at(), tesserae_text_bytes()];
+        const bytes = new Uint8Array(memory.buffer, at, count);
         // Not every browser has the decoder on its audio thread, where texts are plain ones.
         return typeof TextDecoder === "undefined"
             ? String.fromCharCode(...bytes)
@@ -35,7 +36,9 @@ export class EngineModule {
     }
     /** Positions in the module's memory, until it grows. */
     get positions(): Float32Array {
-        const { memory, tesserae_positions_at: at, tesserae_parameter_count: count } = this.exports;
-        return new Float32Array(memory.buffer, at(), count());
+        const { memory, tesserae_positions_at, tesserae_parameter_count } = this.exports;
+        // The first call may make memory grow, and memory that has grown is another buffer.
+        const [at, count] = [tesserae_positions_at(), tesserae_parameter_count()];
+        return new Float32Array(memory.buffer, at, count);
     }
 }
