@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "basictools/Raise.h"
 #include "framework/EventQueue.h"
 #include "framework/ParameterNameSink.h"
 #include "framework/ProcessBlock.h"
