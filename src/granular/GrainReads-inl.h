@@ -150,7 +150,8 @@ public:
         HWY_ALIGN int32_t whole[GrainKernels::kMaxLanes];
         HWY_ALIGN float x[GrainKernels::kMaxLanes];
         HWY_ALIGN float next[GrainKernels::kMaxLanes];
-        hn::Store(places.whole, IntTag(), whole);
+        // As above: behind the last sample a reversed head may leave the tape.
+        hn::Store(hn::Max(places.whole, hn::Zero(IntTag())), IntTag(), whole);
         for (uint32_t lane = 0; lane < LaneCount(); ++lane) {
             x[lane] = head.low[whole[lane]];
             next[lane] = head.high[whole[lane]];
