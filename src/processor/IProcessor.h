@@ -88,7 +88,7 @@ static_assert(sizeof(MidiOutRecord) == 16);
 /// What Process works on. The library touches only the named fields; start from ProcessData{}.
 ///
 /// Channels. Two inputs are stereo, one is mono into stereo; no input gives silence. One
-/// output is mono, two are stereo. Of more, the third on is not read, and silent. Buffers hold
+/// output is mono, two are stereo. With more of either, all outputs are silent. Buffers hold
 /// frameCount floats each, full scale is 1; outputs and inputs are different memory. A null input
 /// or a block that is too long or not a multiple of 4 answers false, with silence; a null output,
 /// a main or an auxiliary one, answers false and leaves all of them as they are. In a block of no
@@ -114,7 +114,7 @@ struct ProcessData {
     float** auxOutputs;        ///< four auxiliary outputs, written
     uint32_t auxOutputCount;   ///< auxiliary output channels
     uint8_t wrapperData3[4];
-    uint32_t processingMode;  ///< 1: the lists stay empty, as for an export; the sound is the same
+    uint32_t processingMode;  ///< 1: an export, no values for a window; the sound is the same
     uint8_t wrapperData4[4];
     float tempo;               ///< beats per minute
     uint8_t transportPlaying;  ///< non-zero while the host's transport runs
@@ -158,8 +158,8 @@ static_assert(offsetof(ParameterDescription, blobSize) == 280);
 
 /// A parameter that the processor has moved by itself, for a user interface to follow: the values
 /// 3049 to 3054 that modulation gives to the main knobs, and 3055 to 3149, which destinations a
-/// source reaches. The lists fill only after a first end of "PresetLoading", while "GUI Visible"
-/// (3018) is up and processingMode is not 1.
+/// source reaches. These come only after a first end of "PresetLoading", while "GUI Visible" (3018)
+/// is up and processingMode is not 1. The place of FX2 (3028) comes at any time: FX1 pushes it.
 struct ParameterChange {
     uint32_t index;
     uint32_t zero;
@@ -197,7 +197,7 @@ public:
     virtual bool OptionalOperationB() { return true; }
     virtual bool OptionalOperationC() { return true; }
     /// The position, 0..1. *value should not hold -1 before: where it still does, the index has no
-    /// position and the answer is false.
+    /// position and the answer is false, but for 3150, which answers true and leaves *value.
     virtual bool GetParameter(uint32_t index, float* value) = 0;
     /// Stores a position, which the next Process takes up; held to 0..1. False for an index out of
     /// range and for a value that is no number. A write is also passed to parameters linked with
