@@ -3,6 +3,7 @@ import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { Catalog } from "../../web/src/engine/Catalog.js";
 import { EngineModule } from "../../web/src/engine/EngineModule.js";
+import { chance } from "./fakes.js";
 
 const module = new WebAssembly.Module(readFileSync("web/dist/tesserae.wasm"));
 const catalog = new Catalog(new EngineModule(module));
@@ -28,15 +29,6 @@ test("texts and positions", () => {
     assert.ok(wrong.position === null && wrong.problem.includes("Nonsense"));
     assert.throws(() => catalog.parameter("Reverb Dekay"), /Decay/);
 });
-
-/** Numbers that repeat from run to run. */
-function chance(seed: number): (below: number) => number {
-    let state = seed;
-    return (below) => {
-        state = (Math.imul(state, 1664525) + 1013904223) >>> 0;
-        return Math.floor((state / 2 ** 32) * below);
-    };
-}
 
 test("a broken text changes nothing and says why", () => {
     const { positions } = catalog.factorySound("shimmer");

@@ -1,0 +1,28 @@
+/** Decibels a second. */
+const fall = 30;
+const holdMs = 1500;
+
+/** One bar of a meter: up at once, down slowly, its highest held for a while. In decibels. */
+export class Ballistics {
+    shown: number;
+    held: number;
+    private heldSince = 0;
+    private last = 0;
+
+    constructor(private readonly floor: number) {
+        this.shown = this.held = floor;
+    }
+
+    /** now: milliseconds. Answers whether it is still moving. */
+    follow(value: number, now: number): boolean {
+        const passed = Math.min(1, Math.max(0, (now - this.last) / 1000));
+        this.last = now;
+        const [shown, held] = [this.shown, this.held];
+        this.shown = Math.max(this.floor, value, this.shown - fall * passed);
+        if (this.shown >= this.held || now - this.heldSince > holdMs) {
+            this.held = this.shown;
+            this.heldSince = now;
+        }
+        return this.shown > this.floor || this.held > this.floor || shown !== this.shown || held !== this.held;
+    }
+}
