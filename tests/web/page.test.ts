@@ -131,8 +131,8 @@ test("controls follow mouse, keyboard and typed texts; undo takes each back", as
     assert.notEqual(await reads(slider(page, "Grain Size")), "120 ms");
     await button(page, "Redo").click();
     assert.equal(await reads(slider(page, "Grain Size")), "120 ms");
-    await page.getByLabel("Granular Mode").selectOption("Texture");
-    assert.ok(await page.getByLabel("Random Layers").first().isVisible());
+    await page.getByLabel("Granular Mode", { exact: true }).selectOption("Texture");
+    assert.ok(await slider(page, "Random Layers").isVisible());
     assert.equal(await slider(page, "Random Density").isVisible(), false);
     await page.getByRole("searchbox", { name: "Search by name" }).fill("fx2 reverb decay");
     assert.ok((await page.locator(".rows .control").count()) > 0);
