@@ -31,10 +31,10 @@ public:
     std::vector<Point> Line(const Rect& box) const {
         std::vector<Point> line;
         for (size_t i = 0; i < kept.size(); ++i)
-            line.push_back({box.Right() - box.width * static_cast<double>(kept.size() - 1 - i) /
-                                              static_cast<double>(kKept - 1),
-                            box.Bottom() - box.height * std::clamp(static_cast<double>(kept[i]),
-                                                                   0.0, 1.0)});
+            line.push_back(
+                {box.Right() - box.width * static_cast<double>(kept.size() - 1 - i) /
+                                   static_cast<double>(kKept - 1),
+                 box.Bottom() - box.height * std::clamp(static_cast<double>(kept[i]), 0.0, 1.0)});
         return line;
     }
 
@@ -75,9 +75,11 @@ DrawnView::Actions FollowerScope(FaceModel& model) {
         if (made.size() > 1)
             painter.Path(made, Theme::Source(0), 1.5);
         painter.Round({box.x + 2.0, box.y + 5.0, 10.0, 6.0}, 2.0, Theme::kWave);
-        painter.Text({box.x + 18.0, box.y, 72.0, 16.0}, "what it hears", {Theme::kSmall, Theme::kDim});
+        painter.Text({box.x + 18.0, box.y, 72.0, 16.0}, "what it hears",
+                     {Theme::kSmall, Theme::kDim});
         painter.Round({box.x + 102.0, box.y + 7.0, 10.0, 2.0}, 1.0, Theme::Source(0));
-        painter.Text({box.x + 118.0, box.y, 96.0, 16.0}, "what it gives", {Theme::kSmall, Theme::kDim});
+        painter.Text({box.x + 118.0, box.y, 96.0, 16.0}, "what it gives",
+                     {Theme::kSmall, Theme::kDim});
     };
     return actions;
 }

@@ -32,7 +32,7 @@ void BarEditor::Draw(Painter& painter) {
         painter.Fill(cell, isPlayed ? Theme::kRaisedHover : Theme::kPanel);
         const double height = shown[i] * cell.height;
         painter.Fill({cell.x, cell.Bottom() - height, cell.width, height},
-                     Theme::kTrack.Towards(Theme::kOn, isPlayed ? 0.5 : 0.25));
+                     Theme::kTrack.Towards(Theme::kOn, 0.25));
         painter.Fill({cell.x, cell.Bottom() - std::max(height, 2.0), cell.width, 2.0},
                      shown[i] > 0.0 ? Theme::kOn : Theme::kTrack);
         if (isPlayed)
