@@ -32,7 +32,8 @@ void BM_FaceOpening(benchmark::State& state) {
         times.push_back(std::chrono::duration<double>(Clock::now() - began).count());
         state.SetIterationTime(times.back());
     }
-    state.counters["mean_ms"] = 1e3 * std::accumulate(times.begin(), times.end(), 0.0) / static_cast<double>(times.size());
+    state.counters["mean_ms"] =
+        1e3 * std::accumulate(times.begin(), times.end(), 0.0) / static_cast<double>(times.size());
     state.counters["first_ms"] = 1e3 * times.front();
     state.counters["longest_ms"] = 1e3 * *std::max_element(times.begin(), times.end());
     XCloseDisplay(display);
