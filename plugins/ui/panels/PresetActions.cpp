@@ -46,13 +46,12 @@ bool PresetActions::IsOwn() const {
 
 void PresetActions::AskSave(const Rect& anchor) {
     const Host::PresetEntry* const entry = Present();
-    stage.OpenForm(Wide(anchor),
-                   {{"Name", model.TheInstrument().PresetName()},
-                    {"Tags, with commas between them",
-                     entry != nullptr ? Joined(entry->tags) : std::string()}},
-                   [this](const std::vector<std::string>& lines) {
-                       return Save(lines[0], lines[1]);
-                   });
+    stage.OpenForm(
+        Wide(anchor),
+        {{"Name", model.TheInstrument().PresetName()},
+         {"Tags, with commas between them",
+          entry != nullptr ? Joined(entry->tags) : std::string()}},
+        [this](const std::vector<std::string>& lines) { return Save(lines[0], lines[1]); });
 }
 
 /// One's own present preset is written over; any other name that is taken is refused.

@@ -19,16 +19,14 @@ EntryForm::EntryForm(const Rect& anchor, const Rect& room, const std::vector<Ent
     const bool isPlain = lines.size() == 1 && lines[0].label.empty();
     const double margin = isPlain ? 0.0 : kMargin;
     const double width = std::max(136.0, anchor.width) + 2.0 * margin;
-    const double height = isPlain
-                              ? TextField::kHeight
-                              : 2.0 * margin + kStep * static_cast<double>(lines.size()) - 8.0;
+    const double height = isPlain ? TextField::kHeight
+                                  : 2.0 * margin + kStep * static_cast<double>(lines.size()) - 8.0;
     box = {std::clamp(anchor.Centre().x - 0.5 * width, room.x, room.Right() - width),
            std::clamp(anchor.Centre().y - 0.5 * height, room.y, room.Bottom() - height - 54.0),
            width, height};
     for (const EntryLine& line : lines) {
-        const double y = isPlain ? box.y
-                                 : box.y + margin + kLabel +
-                                       kStep * static_cast<double>(fields.size());
+        const double y =
+            isPlain ? box.y : box.y + margin + kLabel + kStep * static_cast<double>(fields.size());
         labels.push_back(line.label);
         fields.push_back(std::make_unique<TextField>(
             Rect{box.x + margin, y, width - 2.0 * margin, TextField::kHeight}, line.begun,
