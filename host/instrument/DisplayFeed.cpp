@@ -110,6 +110,7 @@ void DisplayFeed::Publish(const BlockReport& report) {
     NoteDestinations(*report.processor);
     for (uint32_t i = 0; i < draft.functionPhases.size(); ++i)
         draft.functionPhases[i] = Processor::FunctionPhase(*report.processor, i);
+    draft.sequencerStep = Processor::SequencerStep(*report.processor);
     ++draft.number;
     DisplayFrame& frame = pictures.Writing();
     ShowTape(granular, frame);

@@ -68,6 +68,7 @@ public:
     /// Rows that a modulation source reaches.
     dsp::IndexSet<95> ReachedRows() { return Matrix().ReachedDestinations(); }
     /// What a modulation source gave at the last block's first sample, -1..1.
+    uint32_t SequencerStep() { return static_cast<uint32_t>(Sequencer().PlayedStep()); }
     float FunctionPhase(uint32_t index) { return Function(index).PhaseBuffer()[0]; }
     float SourceValue(uint32_t source) { return Matrix().GetSourceRow(source)[0]; }
     /// Whether peaks are kept, from the next block on.

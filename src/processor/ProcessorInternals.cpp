@@ -43,6 +43,8 @@ float FunctionPhase(IProcessor& processor, uint32_t function) {
     return EffectOf(processor).FunctionPhase(function);
 }
 
+uint32_t SequencerStep(IProcessor& processor) { return EffectOf(processor).SequencerStep(); }
+
 void WatchStages(IProcessor& processor, bool watched) { EffectOf(processor).WatchStages(watched); }
 
 StagePeaks TakeStagePeaks(IProcessor& processor) { return EffectOf(processor).TakePeaks(); }

@@ -31,6 +31,8 @@ float DestinationValue(IProcessor& processor, uint32_t row);
 dsp::IndexSet<95> ReachedDestinations(IProcessor& processor);
 /// Where a function (0 to 2) reads its curve, 0..1.
 float FunctionPhase(IProcessor& processor, uint32_t function);
+/// The step that the step sequencer plays, from 0.
+uint32_t SequencerStep(IProcessor& processor);
 /// Whether stage peaks are kept, from the next block on; a little work in each block.
 void WatchStages(IProcessor& processor, bool watched);
 /// Those since the last call.

@@ -2,6 +2,7 @@
 
 #include "host/parameters/ModulationNames.h"
 #include "plugins/ui/model/FunctionCurve.h"
+#include "plugins/ui/panels/FollowerScope.h"
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
 #include "plugins/ui/widgets/BarEditor.h"
@@ -42,10 +43,10 @@ constexpr PlacedControl kStepControls[]{
     {Kind::Toggle, "Bipolar", "Bipolar", 676.0, 230.0, 64.0, 26.0},
 };
 constexpr PlacedControl kFollowerControls[]{
-    {Kind::Choice, "Source", "Listens to", 16.0, 96.0, 128.0, 40.0},
-    {Kind::Bipolar, "Gain", "Gain", 176.0, 72.0},
-    {Kind::Knob, "Attack", "Attack", 264.0, 72.0},
-    {Kind::Knob, "Release", "Release", 352.0, 72.0},
+    {Kind::Choice, "Source", "Listens to", 16.0, 60.0, 128.0, 40.0},
+    {Kind::Bipolar, "Gain", "Gain", 176.0, 36.0},
+    {Kind::Knob, "Attack", "Attack", 264.0, 36.0},
+    {Kind::Knob, "Release", "Release", 352.0, 36.0},
 };
 constexpr PlacedControl kMacroControls[]{
     {Kind::Knob, "Macro 1", "Macro 1", 16.0, 72.0},
@@ -167,6 +168,9 @@ public:
             return static_cast<double>(model.Position(first + i));
         };
         actions.text = [](uint32_t i) { return std::to_string(i + 1); };
+        actions.played = [this] {
+            return model.IsAlive() ? static_cast<int>(model.Frame().sequencerStep) : -1;
+        };
         actions.begin = [this](uint32_t i) { model.Begin(first + i); };
         actions.set = [this](uint32_t i, double value) {
             model.Edit(first + i, static_cast<float>(value));
@@ -178,6 +182,17 @@ public:
 
 private:
     uint32_t first;
+};
+
+class FollowerEditor final : public SourceEditor {
+public:
+    FollowerEditor(const ChosenSource& chosenSource, FaceModel& faceModel, Stage& face)
+        : SourceEditor(kFollower, kFollowerControls, "Envelope Follower ", chosenSource, faceModel,
+                       face) {
+        Add<DrawnView>(At(12.0, 128.0, box.width - 24.0, box.height - 140.0), "Follower",
+                       "The last three seconds: what it hears, and what it gives.",
+                       FollowerScope(faceModel));
+    }
 };
 
 /// What the chosen source moves.
@@ -208,8 +223,7 @@ public:
 
 Panels MakeModulationPage(FaceModel& model, Stage& stage, const ChosenSource& chosen) {
     Panels panels;
-    panels.push_back(std::make_unique<SourceEditor>(kFollower, kFollowerControls,
-                                                    "Envelope Follower ", chosen, model, stage));
+    panels.push_back(std::make_unique<FollowerEditor>(chosen, model, stage));
     for (uint32_t number = 1; number <= 3; ++number)
         panels.push_back(std::make_unique<FunctionEditor>(number, chosen, model, stage));
     panels.push_back(std::make_unique<StepEditor>(chosen, model, stage));
