@@ -123,6 +123,8 @@ export const controlGroups: readonly ControlGroup[] = [
             grain("RandomDistance"),
             named("Spatializer Enable", "Spatializer"),
             named("Spatializer Trajectory", "Path", spatializer),
+            named("Spatializer Rate UnSynced", "Path rate", spatializer),
+            named("Spatializer Rate Synced", "Path rate", spatializer),
             named("Spatializer Amount", "Path size", spatializer),
             named("Spatializer Distance", "Path distance", spatializer),
         ],
