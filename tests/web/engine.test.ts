@@ -82,3 +82,21 @@ test("pictures show grains, tape, levels and scopes", async () => {
     assert.ok(seen.output > 0.01 && seen.output <= 1.01, JSON.stringify(seen));
     assert.ok(seen.tape > 0.1 && seen.writePlace > 0.01 && seen.writePlace <= 1);
 });
+
+test("the display moves, and tells in words what it shows", async () => {
+    const seen = await page.evaluate(() => harness.draw("test/48000.raw", 48000, "dense-cloud"));
+    assert.equal(new Set(seen.looks).size, 3);
+    assert.match(seen.label ?? "", /^\d+ grains, tape \d+\.\d s, output (silent|-\d+ dB)$/);
+});
+
+for (const most of [1800, 0.5])
+    test(`a recording has every frame, ${most} seconds at most`, async () => {
+        const { isFull, bytes } = await page.evaluate((s) => harness.record(48000, s), most);
+        const file = Buffer.from(bytes);
+        const samples = new Float32Array(Uint8Array.from(file.subarray(58)).buffer);
+        assert.equal(file.readUInt32LE(54), 4 * samples.length);
+        assert.equal(isFull, most < 1);
+        assert.ok(isFull ? samples.length === 48000 : samples.length > 72000);
+        for (let at = samples.findIndex((one) => one > 0); at + 2 < samples.length; ++at)
+            if (samples[at + 2] !== (samples[at] ?? 0) + 1) assert.fail(`a gap at ${at}`);
+    });

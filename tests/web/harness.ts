@@ -1,9 +1,11 @@
 // Runs inside the page, and hands its engine to the tests.
+import { Display } from "../../web/src/display/Display.js";
 import { Catalog } from "../../web/src/engine/Catalog.js";
 import { EngineModule } from "../../web/src/engine/EngineModule.js";
 import { LiveEngine } from "../../web/src/engine/LiveEngine.js";
 import { loadEngine } from "../../web/src/engine/loadEngine.js";
 import { OfflineRenderer } from "../../web/src/engine/OfflineRenderer.js";
+import { Recorder } from "../../web/src/record/Recorder.js";
 
 const module = await loadEngine("tesserae.wasm");
 const catalog = new Catalog(new EngineModule(module));
@@ -64,13 +66,14 @@ const harness = {
     },
 
     /** What pictures show while a preset plays, for two seconds. */
-    async watch(input: string, rate: number, preset: string) {
+    async watch(input: string, rate: number, preset: string, display?: Display) {
         const seen = { pictures: 0, grains: 0, output: 0, tape: 0, writePlace: 0 };
         const dry = await readRaw(input);
         const context = new AudioContext({ sampleRate: rate });
         const workletUrl = "audio.js";
         const engine = await LiveEngine.make(context, { module, workletUrl, ...settings(preset) });
         engine.onPicture = (picture) => {
+            display?.show(picture);
             seen.pictures = picture.number;
             seen.grains = Math.max(seen.grains, picture.grainCount);
             seen.output = Math.max(seen.output, ...picture.output);
@@ -87,6 +90,40 @@ const harness = {
         engine.close();
         await context.close();
         return seen;
+    },
+
+    /** What a display draws while a preset plays: pictures before and at two moments of it. */
+    async draw(input: string, rate: number, preset: string) {
+        const display = new Display(document.body, catalog);
+        const look = () => [...document.querySelectorAll("canvas")].at(-1)?.toDataURL();
+        const looks = [look()];
+        const watched = harness.watch(input, rate, preset, display);
+        for (const wait of [800, 200]) {
+            await new Promise((resolve) => setTimeout(resolve, wait));
+            looks.push(look());
+        }
+        await watched;
+        const label = document.querySelector("[role=img]")?.getAttribute("aria-label");
+        display.close();
+        return { looks, label };
+    },
+
+    /** A recording of a ramp that rises by one with each frame, for a second or up to `most`. */
+    async record(rate: number, most?: number) {
+        const context = new AudioContext({ sampleRate: rate });
+        await context.audioWorklet.addModule("audio.js");
+        const buffer = new AudioBuffer({ length: 4 * rate, sampleRate: rate });
+        buffer.copyToChannel(Float32Array.from({ length: 4 * rate }, (_, i) => i), 0);
+        const source = new AudioBufferSourceNode(context, { buffer });
+        source.start();
+        const recorder = new Recorder(context, source, most);
+        let isFull = false;
+        recorder.onFull = () => (isFull = true);
+        recorder.start();
+        await new Promise((resolve) => setTimeout(resolve, 1000));
+        const file = await recorder.stop();
+        await context.close();
+        return { isFull, bytes: [...new Uint8Array(await file.arrayBuffer())] };
     },
 };
 export type Harness = typeof harness;

@@ -17,17 +17,13 @@ test("a sound comes back from a link to the bit", async () => {
     const anywhere = Float32Array.from(sounds[0]?.positions ?? [], (position, index) =>
         catalog.parameters[index]?.role === "setting" ? next(2 ** 30) / 2 ** 30 : position,
     );
-    const texts = { name: "Ä \ud83c\udfb5", description: "\n", tags: ["a"], tempo: 93.3 };
-    let longest = 0;
-    for (const sound of [...sounds, { ...texts, positions: anywhere }])
+    sounds.push({ name: "Ä \ud83c\udfb5", description: "\n", tags: ["a"], tempo: 93.3, positions: anywhere });
+    for (const sound of sounds)
         for (const seed of [null, 0, 2 ** 53 - 1]) {
-            const fragment = await writeFragment({ sound, seed, tempo: 120.5 }, catalog);
-            const reading = await readFragment(fragment, catalog);
-            assert.ok("shared" in reading, JSON.stringify(reading));
-            assert.deepEqual(reading.shared, { sound, seed, tempo: 120.5 });
-            longest = Math.max(longest, fragment.length);
+            const shared = { sound, seed, tempo: 120.5 };
+            const reading = await readFragment(await writeFragment(shared, catalog), catalog);
+            assert.deepEqual(reading, { shared });
         }
-    console.log(`The longest link has ${longest} letters.`);
 });
 
 test("a hostile link is refused with a sentence", async () => {
@@ -36,20 +32,17 @@ test("a hostile link is refused with a sentence", async () => {
     const pack = (text: string) => `#s1=${deflateSync(text, { level: 9 }).toString("base64url")}`;
     const bad = ["", "#", "#s1=", "#s2=AAAA", `${good}A`, pack("A".repeat(2 ** 26)), "#s1=".padEnd(1e6, "A")];
     const body = '"tempo":120,"positions":{"Dry / Wet":';
-    for (const text of ["null", "[]", `{${body}2}}`, `{${body}"1"}}`, `{"seed":-1,${body}1}}`])
+    for (const text of ["null", "[]", `{${body}2}}`, `{${body}"1"}}`, `{"seed":-1,${body}1}}`, `{${body}1,"No":0}}`])
         bad.push(pack(text));
-    bad.push(pack('{"tempo":120,"positions":{"Nobody":0}}'), pack('{"tempo":1e9,"positions":{}}'));
     for (let end = 0; end < good.length; end += 7) bad.push(good.slice(0, end));
     const next = chance(4);
     for (let round = 0; round < 500; ++round) {
         const at = 4 + next(good.length - 4);
-        const letter = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdef-_=%\0é"[next(38)] ?? "";
-        if (letter !== good[at]) bad.push(good.slice(0, at) + letter + good.slice(at + 1));
+        bad.push(good.slice(0, at) + ("abcdABCD12-_=%\0é"[next(16)] ?? "") + good.slice(at + 1));
     }
     for (const fragment of bad) {
         const reading = await readFragment(fragment, catalog);
         if ("problem" in reading) assert.match(reading.problem, /^The .+\.$/);
-        // The few bits that fill the last byte say nothing.
         else assert.deepEqual(reading.shared, { sound, seed: 1, tempo: 90 }, fragment);
     }
 });
@@ -63,15 +56,9 @@ test("saved sounds are kept, and a storage that refuses is told of", () => {
     sounds.rename("Mine", "Ours");
     assert.equal(sounds.read("Ours"), text);
     assert.throws(() => sounds.rename("Ours", "Broken"), /already\.$/);
-    assert.throws(() => sounds.save(" ", text), /needs a name/);
-    assert.deepEqual(sounds.list(), [
-        { name: "Broken", isBroken: true },
-        { name: "Ours", isBroken: false },
-    ]);
+    const listed = sounds.list().map(({ name, isBroken }) => [name, isBroken]);
+    assert.deepEqual(listed, [["Broken", true], ["Ours", false]]);
     sounds.remove("Ours");
     assert.throws(() => sounds.read("Ours"), /no saved sound "Ours"\.$/);
-    const closed = new SavedSounds(catalog, () => {
-        throw new DOMException("", "SecurityError");
-    });
-    assert.throws(() => closed.list(), /closed to this page\.$/);
+    assert.throws(() => new SavedSounds(catalog, () => assert.fail()).list(), /closed to this page\.$/);
 });

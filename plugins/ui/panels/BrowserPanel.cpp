@@ -29,6 +29,7 @@ void BrowserPanel::DrawGround(Painter& painter) const {
                   {0.0, 0.0, 0.0, 0.6});
     painter.Round(box, 8.0, Theme::kPanel);
     painter.RoundLine(box, 8.0, Theme::kTrack);
+    painter.Text(At(24.0, 12.0, 128.0, 26.0), title, {Theme::kHeading, Theme::kText, true});
 }
 
 void BrowserPanel::Opened() {

@@ -2,9 +2,9 @@
 
 #include "host/parameters/ModulationNames.h"
 #include "plugins/ui/model/FunctionCurve.h"
-#include "plugins/ui/panels/FollowerScope.h"
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
+#include "plugins/ui/panels/Scopes.h"
 #include "plugins/ui/widgets/BarEditor.h"
 #include "plugins/ui/widgets/CurveEditor.h"
 #include "plugins/ui/widgets/RouteList.h"
@@ -18,7 +18,7 @@ using Kind = PlacedControl::Kind;
 constexpr Rect kEditor{Layout::kPage.x, Layout::kPage.y, 752.0, Layout::kPage.height};
 constexpr Rect kRoutes{Layout::kPage.x + 760.0, Layout::kPage.y, 320.0, Layout::kPage.height};
 constexpr Rect kDrawing{kEditor.x + 12.0, kEditor.y + 30.0, kEditor.width - 24.0, 154.0};
-constexpr uint32_t kFollower = 0, kSteps = 4;
+constexpr uint32_t kFollower = 0, kSteps = 4, kMacros = 5;
 
 constexpr PlacedControl kFunctionControls[]{
     {Kind::Knob, "Rate", "Rate", 12.0, 196.0},
@@ -49,8 +49,8 @@ constexpr PlacedControl kFollowerControls[]{
     {Kind::Knob, "Release", "Release", 352.0, 36.0},
 };
 constexpr PlacedControl kMacroControls[]{
-    {Kind::Knob, "Macro 1", "Macro 1", 16.0, 72.0},
-    {Kind::Knob, "Macro 2", "Macro 2", 104.0, 72.0},
+    {Kind::Knob, "Macro 1", "Macro 1", 16.0, 48.0},
+    {Kind::Knob, "Macro 2", "Macro 2", 16.0, 168.0},
 };
 
 /// One source's editor; shown while that source is chosen.
@@ -62,7 +62,9 @@ public:
                      std::move(names)),
           source(itsSource),
           chosen(chosenSource) {}
-    bool IsShown() const override { return source == *chosen || (source == 5 && *chosen == 6); }
+    bool IsShown() const override {
+        return source == *chosen || (source == kMacros && *chosen == kMacros + 1);
+    }
 
 protected:
     double Level() const {
@@ -195,6 +197,18 @@ public:
     }
 };
 
+class MacroEditor final : public SourceEditor {
+public:
+    MacroEditor(const ChosenSource& chosenSource, FaceModel& faceModel, Stage& face)
+        : SourceEditor(kMacros, kMacroControls, "", chosenSource, faceModel, face) {
+        title = "Macros";
+        for (uint32_t i = 0; i < 2; ++i)
+            Add<DrawnView>(At(104.0, 40.0 + 120.0 * i, box.width - 116.0, 112.0),
+                           Host::SourceName(kMacros + i), "The last three seconds of it.",
+                           SourceScope(faceModel, kMacros + i));
+    }
+};
+
 /// What the chosen source moves.
 class RoutesPanel final : public Panel {
 public:
@@ -227,7 +241,7 @@ Panels MakeModulationPage(FaceModel& model, Stage& stage, const ChosenSource& ch
     for (uint32_t number = 1; number <= 3; ++number)
         panels.push_back(std::make_unique<FunctionEditor>(number, chosen, model, stage));
     panels.push_back(std::make_unique<StepEditor>(chosen, model, stage));
-    panels.push_back(std::make_unique<SourceEditor>(5, kMacroControls, "", chosen, model, stage));
+    panels.push_back(std::make_unique<MacroEditor>(chosen, model, stage));
     panels.push_back(std::make_unique<RoutesPanel>(model, chosen));
     return panels;
 }

@@ -26,7 +26,7 @@ SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, const std::function<ui
         if (source >= 5)
             Add<Slider>(Rect{place.x + 10.0, place.Bottom() - 32.0, place.width - 20.0, 24.0}, face,
                         std::make_unique<ParameterControl>(model, Host::SourceName(source)), "",
-                        Theme::Source(source).Faded(0.45));
+                        Theme::Source(source).Faded(0.35));
     }
 }
 

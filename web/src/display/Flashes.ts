@@ -5,6 +5,8 @@ import type { Picture } from "./Picture.js";
 
 const milliseconds = 350;
 const most = 64;
+/** So many are shown at full light; where there are more, each has less. */
+const few = 16;
 
 interface Flash {
     readonly place: number;
@@ -43,13 +45,15 @@ export class Flashes {
     draw(pen: CanvasRenderingContext2D, box: Box, colours: Colours, now: number): boolean {
         this.flashes = this.flashes.filter(({ since }) => now - since < milliseconds);
         pen.lineWidth = 1.5;
+        const light = 0.8 * Math.min(1, few / this.flashes.length);
+        const reach = Math.min(11, 0.035 * box.height);
         for (const { place, y, step, since } of this.flashes) {
             const age = Math.min(1, Math.max(0, (now - since) / milliseconds));
-            pen.globalAlpha = 0.8 * (1 - age);
+            pen.globalAlpha = light * (1 - age);
             pen.strokeStyle = colours.brightPitch(step);
             pen.beginPath();
             const x = box.x + (place - Math.floor(place)) * box.width;
-            pen.arc(x, y, 3 + 11 * age, 0, 2 * Math.PI);
+            pen.arc(x, y, 3 + reach * age, 0, 2 * Math.PI);
             pen.stroke();
         }
         pen.globalAlpha = 1;

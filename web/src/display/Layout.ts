@@ -26,14 +26,15 @@ function clamp(value: number, least: number, most: number): number {
     return Math.min(most, Math.max(least, value));
 }
 
+/** Rows of boxes; the last row is as wide as the others, however few are in it. */
 function grid(count: number, columns: number, top: number, width: number, height: number): Box[] {
-    const each = (width - gap * (columns - 1)) / columns;
-    return Array.from({ length: count }, (_, i) => ({
-        x: (i % columns) * (each + gap),
-        y: top + Math.floor(i / columns) * (height + gap),
-        width: each,
-        height,
-    }));
+    return Array.from({ length: count }, (_, i) => {
+        const row = Math.floor(i / columns);
+        const inRow = Math.min(columns, count - row * columns);
+        const each = (width - gap * (inRow - 1)) / inRow;
+        const x = (i % columns) * (each + gap);
+        return { x, y: top + row * (height + gap), width: each, height };
+    });
 }
 
 /** The tape is the largest thing there is; meters stand beside it, or below where it is narrow. */
@@ -47,7 +48,7 @@ export function layoutFor(width: number): Layout {
     const rows = Math.ceil(meterCount / meterColumns);
     const meters = isWide
         ? { x: tapeWidth + gap, y: 0, width: metersWidth, height: tapeHeight }
-        : { x: 0, y: tapeHeight + gap, width, height: rows * meterHeight + 2 * gap };
+        : { x: 0, y: tapeHeight + gap, width, height: rows * meterHeight + 14 };
     const top = meters.y + meters.height + gap;
     const columns = width >= 1000 ? 7 : width >= 560 ? 4 : 2;
     const scopeHeight = clamp(Math.round(0.05 * width), 56, 96);

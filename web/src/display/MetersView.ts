@@ -7,6 +7,8 @@ import type { Surface } from "./Surface.js";
 
 const margin = 12;
 const columnGap = 16;
+/** What a row keeps free below its bars, which the last one needs not. */
+const rowGap = 10;
 
 /** The levels of the sound on its way, and what the limiter takes off at its end. */
 export class MetersView {
@@ -46,7 +48,7 @@ export class MetersView {
         const width = (inside - columnGap * (meterColumns - 1)) / meterColumns;
         const rows = Math.ceil(meterCount / meterColumns);
         const row = Math.floor(number / meterColumns);
-        const height = (meters.height - 2 * margin) / rows;
+        const height = (meters.height - 2 * margin + rowGap) / rows;
         const x = meters.x + margin + (number % meterColumns) * (width + columnGap);
         return { x, y: meters.y + margin + row * height, width, height };
     }

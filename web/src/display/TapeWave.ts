@@ -6,8 +6,8 @@ import { Surface } from "./Surface.js";
 
 /** Of half the tape's height. */
 const reach = 0.84;
-/** How much is left of the round before, which lies ahead of the write head. */
-const faint = 0.45;
+/** Grains have to be seen on it; the round before, ahead of the write head, is fainter still. */
+const [clear, faint] = [0.8, 0.4];
 
 /** The sound on the tape. Kept as drawn; only columns that the tape has changed are drawn again. */
 export class TapeWave {
@@ -36,7 +36,7 @@ export class TapeWave {
             pen.globalAlpha = light;
             pen.drawImage(this.surface.canvas, from, 0, to - from, height, box.x + x, box.y, wide, box.height);
         };
-        part(0, border, 1);
+        part(0, border, clear);
         part(border, width, faint);
         pen.globalAlpha = 1;
     }

@@ -1,4 +1,4 @@
-#include "plugins/ui/panels/FollowerScope.h"
+#include "plugins/ui/panels/Scopes.h"
 
 #include <algorithm>
 #include <memory>
@@ -80,6 +80,27 @@ DrawnView::Actions FollowerScope(FaceModel& model) {
         painter.Round({box.x + 102.0, box.y + 7.0, 10.0, 2.0}, 1.0, Theme::Source(0));
         painter.Text({box.x + 118.0, box.y, 96.0, 16.0}, "what it gives",
                      {Theme::kSmall, Theme::kDim});
+    };
+    return actions;
+}
+
+DrawnView::Actions SourceScope(FaceModel& model, uint32_t source) {
+    DrawnView::Actions actions;
+    const auto trace = std::make_shared<Trace>();
+    actions.tick = [&model, trace, source, heard = uint64_t{0},
+                    fresh = std::vector<float>()](double) mutable {
+        fresh.clear();
+        model.Listen(model.Frame().sources[source], heard, fresh);
+        return trace->Take(fresh);
+    };
+    actions.draw = [trace, source](Painter& painter, const Rect& box) {
+        painter.Round(box, 4.0, Theme::kWell);
+        const Rect inner = box.Inset(8.0);
+        const std::vector<Point> line = trace->Line(inner);
+        if (line.size() < 2)
+            return;
+        painter.Area(line, inner.Bottom(), Theme::Source(source).Faded(0.15));
+        painter.Path(line, Theme::Source(source), 1.5);
     };
     return actions;
 }
