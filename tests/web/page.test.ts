@@ -221,6 +221,7 @@ test("sounds are saved in the browser, and imported from files", async () => {
     writeFileSync(`${folder}/own.json`, text);
     await button(page, "Remove").click();
     await button(page, "Undo").click();
+    assert.equal(await page.locator("[role=option][aria-selected=true]").count(), 0);
     await drop(page, `${folder}/own.json`);
     await page.locator(".news").filter({ hasText: "imported" }).waitFor();
     assert.equal(await name(page), "My own <b>sound</b>");
