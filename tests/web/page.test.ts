@@ -106,6 +106,11 @@ test("controls follow mouse, keyboard and typed texts; undo takes each back", as
     assert.notEqual(await reads(feedback), step);
     await page.keyboard.press("Delete");
     assert.equal(await reads(feedback), "-inf dB");
+    await slider(page, "Pitch").focus();
+    await page.keyboard.press("End");
+    await page.keyboard.press("Delete");
+    assert.equal(await reads(slider(page, "Pitch")), "0.00 st");
+    assert.match((await slider(page, "Pitch").getAttribute("title")) ?? "", /^Moves every grain/);
     const typed = page.getByRole("textbox", { name: "Grain Size, typed" });
     await typed.fill("120 ms");
     await typed.press("Enter");
@@ -216,6 +221,7 @@ test("sounds are saved in the browser, and imported from files", async () => {
     writeFileSync(`${folder}/own.json`, text);
     await button(page, "Remove").click();
     await button(page, "Undo").click();
+    assert.equal(await page.locator("[role=option][aria-selected=true]").count(), 0);
     await drop(page, `${folder}/own.json`);
     await page.locator(".news").filter({ hasText: "imported" }).waitFor();
     assert.equal(await name(page), "My own <b>sound</b>");

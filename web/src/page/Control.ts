@@ -1,5 +1,6 @@
 import type { Parameter } from "../engine/Parameter.js";
 import type { Session } from "./Session.js";
+import { dragFinely } from "./fineDrag.js";
 import { button, make } from "./element.js";
 
 /** What the page does for a control, beside moving its parameter. */
@@ -73,6 +74,13 @@ export class Control {
         this.element.classList.toggle("has-midi", source !== null);
     }
 
+    /** What it does; read out as its description. */
+    private get tip(): string {
+        const { help, kind, title } = this.parameter;
+        const back = kind === "continuous" ? "Double click or Delete: as in a fresh sound." : "";
+        return [help || `${title}.`, back].filter(Boolean).join(" ");
+    }
+
     private slider(): HTMLInputElement {
         const { parameter, session } = this;
         const slider = make("input", {
@@ -81,7 +89,7 @@ export class Control {
             min: 0,
             max: 1,
             step: 0.001,
-            title: `${parameter.title}. Double click: default`,
+            title: this.tip,
         });
         slider.addEventListener("input", () => {
             session.beginGesture();
@@ -90,13 +98,19 @@ export class Control {
         slider.addEventListener("change", () => session.endGesture());
         slider.addEventListener("dblclick", () => this.reset());
         slider.addEventListener("keydown", (event) => this.key(event));
+        dragFinely(slider, {
+            position: () => session.position(parameter.index),
+            begin: () => session.beginGesture(),
+            move: (position) => session.set(parameter.index, position),
+            end: () => session.endGesture(),
+        });
         slider.addEventListener("wheel", (event) => this.wheel(event), { passive: false });
         return slider;
     }
     private list(): HTMLSelectElement {
         const { parameter, session } = this;
         const options = parameter.choices.map((choice) => new Option(choice));
-        const list = make("select", { id: this.id, title: parameter.title }, ...options);
+        const list = make("select", { id: this.id, title: this.tip }, ...options);
         const last = Math.max(1, parameter.choices.length - 1);
         list.addEventListener("change", () => session.set(parameter.index, list.selectedIndex / last));
         return list;
@@ -107,7 +121,7 @@ export class Control {
             type: "checkbox",
             role: "switch",
             id: this.id,
-            title: parameter.title,
+            title: this.tip,
         });
         toggle.addEventListener("change", () => session.set(parameter.index, toggle.checked ? 1 : 0));
         return toggle;
@@ -155,7 +169,7 @@ export class Control {
     }
 
     private reset(): void {
-        this.session.set(this.parameter.index, this.parameter.defaultPosition);
+        this.session.reset(this.parameter.index);
     }
     private key(event: KeyboardEvent): void {
         const isArrow = event.key.startsWith("Arrow");

@@ -95,6 +95,21 @@ export const controlGroups: readonly ControlGroup[] = [
         ],
     },
     {
+        heading: "Space",
+        controls: [
+            grain("RandomPan"),
+            grain("Width"),
+            grain("Distance"),
+            grain("RandomDistance"),
+            named("Spatializer Enable", "Spatializer"),
+            named("Spatializer Trajectory", "Path", spatializer),
+            named("Spatializer Rate UnSynced", "Path rate", spatializer),
+            named("Spatializer Rate Synced", "Path rate", spatializer),
+            named("Spatializer Amount", "Path size", spatializer),
+            named("Spatializer Distance", "Path distance", spatializer),
+        ],
+    },
+    {
         heading: "Tape and play head",
         controls: [
             grain("BufferFreeze"),
@@ -115,20 +130,7 @@ export const controlGroups: readonly ControlGroup[] = [
         ],
     },
     {
-        heading: "Space",
-        controls: [
-            grain("RandomPan"),
-            grain("Width"),
-            grain("Distance"),
-            grain("RandomDistance"),
-            named("Spatializer Enable", "Spatializer"),
-            named("Spatializer Trajectory", "Path", spatializer),
-            named("Spatializer Amount", "Path size", spatializer),
-            named("Spatializer Distance", "Path distance", spatializer),
-        ],
-    },
-    {
-        heading: "Mix and effects",
+        heading: "Mix",
         controls: [
             { name: "Feedback" },
             { name: "Dry / Wet" },
@@ -136,8 +138,7 @@ export const controlGroups: readonly ControlGroup[] = [
             { name: "Master Volume" },
             { name: "Macro 1" },
             { name: "Macro 2" },
-            ...slot(1),
-            ...slot(2),
         ],
     },
+    { heading: "Effects", controls: [...slot(1), ...slot(2)] },
 ];

@@ -57,6 +57,8 @@ export class Player {
         window.clearTimeout(this.resting);
         const { context } = this;
         await context.resume();
+        // With a seed each start sounds as the first one did.
+        if (this.session.seed !== null) this.engine?.setSeed(this.session.seed);
         const engine = (this.engine ??= await this.makeEngine());
         this.connectSource();
         engine.setTransport({ tempo: this.session.tempo, beat: 0, playing: true });

@@ -1,7 +1,7 @@
 import type { FactoryPreset } from "../engine/Sound.js";
 import type { SavedSounds } from "../share/SavedSounds.js";
 import type { Session } from "./Session.js";
-import { button, field, make, section } from "./element.js";
+import { field, make, section, sentenceOf } from "./element.js";
 
 /** A line of the list: a preset of the library, or a sound that was saved here. */
 interface Entry {
@@ -30,24 +30,17 @@ export class PresetPanel {
         private readonly saved: SavedSounds,
         private readonly say: (sentence: string) => void,
     ) {
-        const step = make(
-            "div",
-            { class: "row" },
-            button("Previous", () => this.step(-1)),
-            button("Next", () => this.step(1)),
-        );
         this.element = section(
             "Presets",
             "presets",
             make("div", { class: "row" }, field("Search", this.words), field("Tag", this.tags)),
             this.list,
-            step,
             this.about,
         );
         this.words.addEventListener("input", () => this.show());
         this.tags.addEventListener("change", () => this.show());
         this.list.addEventListener("keydown", (event) => this.key(event));
-        session.onState.listen(() => this.mark());
+        session.onState.listen(() => this.follow());
         this.refresh();
     }
 
@@ -127,6 +120,14 @@ export class PresetPanel {
 
     private choose(entry: Entry | undefined): void {
         if (!entry) return;
+        try {
+            this.load(entry);
+        } catch (problem) {
+            // Another window may have removed what was saved.
+            this.say(sentenceOf(problem));
+        }
+    }
+    private load(entry: Entry): void {
         const { catalog } = this.session;
         if (entry.isSaved) {
             const reading = catalog.readSound(this.saved.read(entry.name));
@@ -137,6 +138,14 @@ export class PresetPanel {
             this.current = entry.id;
             this.session.load(catalog.factorySound(entry.id));
         }
+    }
+
+    /** Undo and links bring sounds of other names. */
+    private follow(): void {
+        const { name } = this.session;
+        const isStill = this.entries.some((one) => one.id === this.current && one.name === name);
+        if (!isStill) this.current = this.entries.find((one) => one.name === name)?.id ?? "";
+        this.mark();
     }
 
     private mark(): void {

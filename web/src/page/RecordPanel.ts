@@ -14,6 +14,8 @@ export class RecordPanel {
     private readonly cancelButton: HTMLButtonElement;
     private readonly progress = make("progress", { max: 1, "aria-label": "Render", hidden: true });
     private readonly now = make("p", { class: "hint", role: "status" });
+    /** Apart, because what changes all the time is not to be read out. */
+    private readonly time = make("span", { class: "time" });
     private readonly renderer: OfflineRenderer;
     private abort: AbortController | null = null;
     private tick = 0;
@@ -39,6 +41,7 @@ export class RecordPanel {
                 this.renderButton,
                 this.cancelButton,
                 this.progress,
+                this.time,
             ),
             this.now,
         );
@@ -56,8 +59,9 @@ export class RecordPanel {
             record.start();
             this.recordButton.textContent = "Stop and download";
             this.recordButton.classList.add("is-on");
+            this.now.textContent = "Recording";
             this.tick = window.setInterval(() => {
-                this.now.textContent = `Recording, ${record.seconds.toFixed(0)} s`;
+                this.time.textContent = `${record.seconds.toFixed(0)} s`;
             }, tickMs);
         } catch (problem) {
             this.say(sentenceOf(problem));
@@ -66,6 +70,7 @@ export class RecordPanel {
 
     private async finish(): Promise<void> {
         window.clearInterval(this.tick);
+        this.time.textContent = "";
         const { record } = this.player;
         if (!record) return;
         const { seconds } = record;

@@ -27,6 +27,8 @@ export class Session {
     readonly onTempo = new Signal<number>();
     readonly onSeed = new Signal<number | null>();
     engine: Listener | null = null;
+    /** Where everything stands in a fresh sound, the preset "init". */
+    private readonly fresh: Float32Array;
     private current: Sound;
     private modified = false;
     private ownTempo: number;
@@ -38,6 +40,7 @@ export class Session {
     constructor(readonly catalog: Catalog) {
         this.current = catalog.factorySound("init");
         this.ownTempo = this.current.tempo ?? 120;
+        this.fresh = this.current.positions.slice();
     }
 
     get sound(): Sound {
@@ -90,6 +93,10 @@ export class Session {
         if (alone) this.beginGesture();
         this.move(index, Math.min(1, Math.max(0, position)));
         if (alone) this.endGesture();
+    }
+    /** Puts it where a fresh sound has it. */
+    reset(index: number): void {
+        this.set(index, this.fresh[index] ?? 0);
     }
     /** Moves it to what a text asks for; answers a sentence where that is nothing. */
     setText(index: number, text: string): string | null {

@@ -57,12 +57,12 @@ export class Shortcuts {
 
 function isTyping(target: EventTarget | null): boolean {
     if (target instanceof HTMLInputElement) return !["range", "checkbox"].includes(target.type);
-    return target instanceof HTMLTextAreaElement;
+    // A list takes letters for the choice that begins with them.
+    return target instanceof HTMLSelectElement;
 }
 function isPressedBySpace(target: EventTarget | null): boolean {
     return (
         target instanceof HTMLButtonElement ||
-        target instanceof HTMLSelectElement ||
         (target instanceof HTMLInputElement && target.type === "checkbox")
     );
 }

@@ -12,6 +12,14 @@ const mostBytes = 4 << 20;
 export class SoundPanel {
     readonly element: HTMLElement;
     private readonly name = make("input", { type: "text", autocomplete: "off", maxlength: 100 });
+    private readonly seed = make("input", {
+        type: "number",
+        min: 0,
+        max: Number.MAX_SAFE_INTEGER,
+        step: 1,
+        placeholder: "by chance",
+        title: "With a seed all chance is the same from each start; without one the clock decides.",
+    });
     private readonly link = make("input", { type: "text", readonly: true, class: "link" });
     private readonly linkField: HTMLElement;
     private readonly remove: HTMLButtonElement;
@@ -48,6 +56,7 @@ export class SoundPanel {
                 button("Save here", () => this.attempt(() => this.save())),
                 this.remove,
             ),
+            field("Seed", this.seed),
             make(
                 "div",
                 { class: "row" },
@@ -58,7 +67,9 @@ export class SoundPanel {
             this.linkField,
             this.files,
         );
+        this.seed.addEventListener("change", () => this.takeSeed());
         session.onState.listen(() => this.show());
+        session.onSeed.listen(() => this.show());
         this.show();
     }
 
@@ -121,6 +132,15 @@ export class SoundPanel {
         }
     }
 
+    private takeSeed(): void {
+        const { value } = this.seed;
+        const wanted = Number(value);
+        const isSeed = value !== "" && Number.isSafeInteger(wanted) && wanted >= 0;
+        this.session.setSeed(isSeed ? wanted : null);
+        const isMeant = value !== "" || this.seed.validity.badInput;
+        if (isMeant && !isSeed) this.say("A seed is a whole number from 0 on.");
+    }
+
     private attempt(action: () => void): void {
         try {
             action();
@@ -129,6 +149,7 @@ export class SoundPanel {
         }
     }
     private show(): void {
+        this.seed.value = this.session.seed === null ? "" : String(this.session.seed);
         if (document.activeElement !== this.name) this.name.value = this.session.name;
         try {
             this.remove.hidden = !this.saved.has(this.name.value.trim());

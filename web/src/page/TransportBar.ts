@@ -6,7 +6,7 @@ import { button, field, make, sentenceOf } from "./element.js";
 const longestPauseMs = 2500;
 const mostTaps = 8;
 
-/** Play, tempo, seed, the way back, and what sound this is. */
+/** Play, tempo, the way back, and what sound this is. */
 export class TransportBar {
     readonly element: HTMLElement;
     private readonly play: HTMLButtonElement;
@@ -19,15 +19,6 @@ export class TransportBar {
         max: 300,
         step: 0.1,
         class: "short",
-    });
-    private readonly seed = make("input", {
-        type: "number",
-        min: 0,
-        max: 9007199254740991,
-        step: 1,
-        placeholder: "free",
-        class: "short",
-        title: "With a seed chance is the same each time; empty leaves it to the clock",
     });
     private taps: number[] = [];
 
@@ -53,24 +44,22 @@ export class TransportBar {
             ),
             field("Tempo", this.tempo, "inline"),
             button("Tap", () => this.tap()),
-            field("Seed", this.seed, "inline"),
-            make("div", { class: "row" }, this.undo, this.redo),
-            button("Panic", () => player.panic()),
+            make("div", { class: "row" }, this.undo, this.redo, this.panic()),
         );
         this.tempo.addEventListener("change", () => {
             const wanted = Number(this.tempo.value);
             if (wanted > 0) session.setTempo(wanted);
             this.show();
         });
-        this.seed.addEventListener("change", () => {
-            const wanted = Math.round(Number(this.seed.value));
-            const isSeed = this.seed.value !== "" && Number.isSafeInteger(wanted) && wanted >= 0;
-            session.setSeed(isSeed ? wanted : null);
-        });
         for (const signal of [session.onState, player.onState]) signal.listen(() => this.show());
         session.onTempo.listen(() => this.show());
-        session.onSeed.listen(() => this.show());
         this.show();
+    }
+
+    private panic(): HTMLButtonElement {
+        const panic = button("Panic", () => this.player.panic());
+        panic.title = "Silences everything that sounds, and wipes the tape.";
+        return panic;
     }
 
     async toggle(): Promise<void> {
@@ -101,7 +90,6 @@ export class TransportBar {
         this.redo.disabled = !session.canRedo;
         this.name.textContent = session.isModified ? `${session.name} (changed)` : session.name;
         this.tempo.value = String(session.tempo);
-        this.seed.value = session.seed === null ? "" : String(session.seed);
     }
 }
 
