@@ -1,6 +1,6 @@
 # Functions of single precision as the renderer's C library rounds them. That of the WebAssembly system
-# is as exact, but rounds every tenth value the other way, which loops of feedback make audible as
-# differences of 1e-5. Newlib's, which Debian packages as sources, are the same to the bit.
+# is as exact, but rounds some values the other way, which loops of feedback turn into differences of
+# 1e-5. Newlib's, which Debian packages as sources, are the same to the bit.
 enable_language(C)
 file(GLOB archive /usr/src/newlib/newlib-*.tar.xz)
 if(NOT archive)
