@@ -8,6 +8,8 @@ export interface ControlCares {
     say(sentence: string): void;
     /** Asks for its MIDI menu. */
     learn(index: number): void;
+    /** Whether instruments are connected, so that learning makes sense. */
+    readonly canLearn: boolean;
     /** What moves it, or null. */
     assigned(index: number): string | null;
 }
@@ -69,6 +71,8 @@ export class Control {
             if (value && document.activeElement !== value) value.value = text;
         }
         const source = this.cares.assigned(parameter.index);
+        // Two stops of the Tab key for each control would be too many without need.
+        this.midi.tabIndex = this.cares.canLearn ? 0 : -1;
         this.midi.textContent = source === null ? "" : "M";
         this.midi.title = source === null ? "Learn from MIDI" : `Moved by ${source}`;
         this.element.classList.toggle("has-midi", source !== null);
@@ -141,6 +145,8 @@ export class Control {
             class: "control-value",
             "aria-label": `${label}, typed`,
             spellcheck: "false",
+            // The slider's Enter leads here.
+            tabindex: -1,
             autocomplete: "off",
         });
         const take = () => {
@@ -158,11 +164,11 @@ export class Control {
         value.addEventListener("keydown", ({ key }) => {
             if (key === "Enter") {
                 take();
-                value.select();
+                this.handle.focus();
             }
             if (key === "Escape") {
                 value.value = this.session.text(this.parameter.index);
-                value.blur();
+                this.handle.focus();
             }
         });
         return value;
@@ -178,8 +184,16 @@ export class Control {
             this.move(["ArrowUp", "ArrowRight"].includes(event.key) ? 1 : -1, fineWheelSteps);
         else if (isArrow)
             this.move(["ArrowUp", "ArrowRight"].includes(event.key) ? 1 : -1, wheelSteps);
+        else if (event.key === "Enter") this.value?.focus();
+        else if (/^[0-9.-]$/.test(event.key)) this.typeFrom(event.key);
         else return;
         event.preventDefault();
+    }
+    private typeFrom(first: string): void {
+        if (!this.value) return;
+        this.value.focus();
+        this.value.value = first;
+        this.value.setSelectionRange(1, 1);
     }
     /** Only where it has the focus, so that a page that is scrolled moves nothing. */
     private wheel(event: WheelEvent): void {
