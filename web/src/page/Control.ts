@@ -71,8 +71,8 @@ export class Control {
             if (value && document.activeElement !== value) value.value = text;
         }
         const source = this.cares.assigned(parameter.index);
-        // Two stops of the Tab key for each control would be too many without need.
-        this.midi.tabIndex = this.cares.canLearn ? 0 : -1;
+        // Without an instrument it would only take room, and a stop of the Tab key.
+        this.midi.hidden = source === null && !this.cares.canLearn;
         this.midi.textContent = source === null ? "" : "M";
         this.midi.title = source === null ? "Learn from MIDI" : `Moved by ${source}`;
         this.element.classList.toggle("has-midi", source !== null);
