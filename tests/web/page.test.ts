@@ -92,6 +92,13 @@ test("presets are found by word and tag, and chosen by mouse and keyboard", asyn
     assert.notEqual(await name(page), "Dense Cloud");
     await page.keyboard.press("Control+z");
     assert.equal(await name(page), "Dense Cloud");
+    const tempo = page.getByRole("spinbutton", { name: "Tempo" });
+    assert.equal(await tempo.inputValue(), "100");
+    await tempo.fill("150");
+    await tempo.press("Enter");
+    await button(page, "Undo").click();
+    await button(page, "Undo").click();
+    assert.deepEqual([await name(page), await tempo.inputValue()], ["Init", "120"]);
     await page.context().close();
 });
 
@@ -104,6 +111,9 @@ test("controls follow mouse, keyboard and typed texts; undo takes each back", as
     assert.notEqual(step, "-inf dB");
     await page.keyboard.press("Shift+ArrowRight");
     assert.notEqual(await reads(feedback), step);
+    await page.keyboard.press("Control+z");
+    assert.equal(await reads(feedback), "-inf dB");
+    await page.keyboard.press("ArrowRight");
     await page.keyboard.press("Delete");
     assert.equal(await reads(feedback), "-inf dB");
     await slider(page, "Pitch").focus();

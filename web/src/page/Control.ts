@@ -117,6 +117,9 @@ export class Control {
         const list = make("select", { id: this.id, title: this.tip }, ...options);
         const last = Math.max(1, parameter.choices.length - 1);
         list.addEventListener("change", () => session.set(parameter.index, list.selectedIndex / last));
+        list.addEventListener("keydown", ({ key }) => {
+            if (key === "Delete") this.reset();
+        });
         return list;
     }
     private toggle(): HTMLInputElement {
@@ -203,7 +206,6 @@ export class Control {
         this.move(up ? 1 : -1, event.shiftKey ? fineWheelSteps : wheelSteps);
     }
     private move(direction: number, steps: number): void {
-        const { index } = this.parameter;
-        this.session.set(index, this.session.position(index) + direction / steps);
+        this.session.nudge(this.parameter.index, direction / steps);
     }
 }
