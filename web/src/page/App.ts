@@ -63,9 +63,13 @@ export class App {
 
     private build(page: HTMLElement): void {
         const { session, messages } = this;
+        let midi: MidiPanel | null = null;
         const cares: ControlCares = {
+            get canLearn() {
+                return midi?.isConnected ?? false;
+            },
             say: (sentence) => messages.say(sentence),
-            learn: (index) => void midi.learn(index),
+            learn: (index) => void midi?.learn(index),
             assigned: (index) => {
                 const source = this.midi.assignments.get(index);
                 return source ? sourceText(source) : null;
@@ -73,7 +77,7 @@ export class App {
         };
         const controls = new ControlsPanel(session, cares);
         const all = new SearchPanel(session, cares);
-        const midi = new MidiPanel(session, this.midi, cares.say, () => {
+        midi = new MidiPanel(session, this.midi, cares.say, () => {
             controls.refresh();
             all.refresh();
         });

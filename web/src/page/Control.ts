@@ -8,6 +8,8 @@ export interface ControlCares {
     say(sentence: string): void;
     /** Asks for its MIDI menu. */
     learn(index: number): void;
+    /** Whether instruments are connected, so that learning makes sense. */
+    readonly canLearn: boolean;
     /** What moves it, or null. */
     assigned(index: number): string | null;
 }
@@ -69,6 +71,8 @@ export class Control {
             if (value && document.activeElement !== value) value.value = text;
         }
         const source = this.cares.assigned(parameter.index);
+        // Without an instrument it would only take room, and a stop of the Tab key.
+        this.midi.hidden = source === null && !this.cares.canLearn;
         this.midi.textContent = source === null ? "" : "M";
         this.midi.title = source === null ? "Learn from MIDI" : `Moved by ${source}`;
         this.element.classList.toggle("has-midi", source !== null);
@@ -113,6 +117,9 @@ export class Control {
         const list = make("select", { id: this.id, title: this.tip }, ...options);
         const last = Math.max(1, parameter.choices.length - 1);
         list.addEventListener("change", () => session.set(parameter.index, list.selectedIndex / last));
+        list.addEventListener("keydown", ({ key }) => {
+            if (key === "Delete") this.reset();
+        });
         return list;
     }
     private toggle(): HTMLInputElement {
@@ -141,6 +148,8 @@ export class Control {
             class: "control-value",
             "aria-label": `${label}, typed`,
             spellcheck: "false",
+            // The slider's Enter leads here.
+            tabindex: -1,
             autocomplete: "off",
         });
         const take = () => {
@@ -158,11 +167,11 @@ export class Control {
         value.addEventListener("keydown", ({ key }) => {
             if (key === "Enter") {
                 take();
-                value.select();
+                this.handle.focus();
             }
             if (key === "Escape") {
                 value.value = this.session.text(this.parameter.index);
-                value.blur();
+                this.handle.focus();
             }
         });
         return value;
@@ -178,8 +187,16 @@ export class Control {
             this.move(["ArrowUp", "ArrowRight"].includes(event.key) ? 1 : -1, fineWheelSteps);
         else if (isArrow)
             this.move(["ArrowUp", "ArrowRight"].includes(event.key) ? 1 : -1, wheelSteps);
+        else if (event.key === "Enter") this.value?.focus();
+        else if (/^[0-9.-]$/.test(event.key)) this.typeFrom(event.key);
         else return;
         event.preventDefault();
+    }
+    private typeFrom(first: string): void {
+        if (!this.value) return;
+        this.value.focus();
+        this.value.value = first;
+        this.value.setSelectionRange(1, 1);
     }
     /** Only where it has the focus, so that a page that is scrolled moves nothing. */
     private wheel(event: WheelEvent): void {
@@ -189,7 +206,6 @@ export class Control {
         this.move(up ? 1 : -1, event.shiftKey ? fineWheelSteps : wheelSteps);
     }
     private move(direction: number, steps: number): void {
-        const { index } = this.parameter;
-        this.session.set(index, this.session.position(index) + direction / steps);
+        this.session.nudge(this.parameter.index, direction / steps);
     }
 }

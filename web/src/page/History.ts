@@ -2,10 +2,12 @@ import type { Sound } from "../engine/Sound.js";
 
 const mostSteps = 200;
 
-/** A sound as it was, with the name of the preset that it came from. */
+/** A sound as it was, with the name of the preset that it came from, and what it was played with. */
 export interface Step {
     readonly sound: Sound;
     readonly isModified: boolean;
+    readonly tempo: number;
+    readonly seed: number | null;
 }
 
 /** Two hundred steps back, and forward again until something else is done. */

@@ -12,6 +12,7 @@ export class MidiPanel {
     private readonly now = make("p", { class: "hint", role: "status" });
     private readonly connectButton: HTMLButtonElement;
     private pause = 0;
+    private connected = false;
 
     constructor(
         private readonly session: Session,
@@ -34,6 +35,10 @@ export class MidiPanel {
         };
         this.now.textContent = "Connect, then press the M beside a control and move something.";
         this.show();
+    }
+
+    get isConnected(): boolean {
+        return this.connected;
     }
 
     /** The next thing that moves on an instrument is what moves this parameter. */
@@ -67,6 +72,10 @@ export class MidiPanel {
         }
         const names = this.midi.instruments;
         this.connectButton.textContent = "Connected";
+        if (!this.connected) {
+            this.connected = true;
+            this.changed();
+        }
         this.now.textContent =
             names.length > 0 ? `Listening to ${names.join(", ")}.` : "Connected; nothing is plugged in yet.";
         return true;

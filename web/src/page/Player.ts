@@ -25,6 +25,7 @@ export class Player {
     private level: GainNode | null = null;
     private recorder: Recorder | null = null;
     private current: Source = { kind: "piece", piece: firstPiece };
+    private making: Promise<LiveEngine> | null = null;
     private playing = false;
     private loops = true;
     private gain = 1;
@@ -59,7 +60,7 @@ export class Player {
         await context.resume();
         // With a seed each start sounds as the first one did.
         if (this.session.seed !== null) this.engine?.setSeed(this.session.seed);
-        const engine = (this.engine ??= await this.makeEngine());
+        const engine = (this.engine ??= await this.onlyEngine());
         this.connectSource();
         engine.setTransport({ tempo: this.session.tempo, beat: 0, playing: true });
         this.playing = true;
@@ -138,6 +139,10 @@ export class Player {
         this.onState.tell();
     }
 
+    /** One, however often it is asked for while it is being made. */
+    private onlyEngine(): Promise<LiveEngine> {
+        return (this.making ??= this.makeEngine().finally(() => (this.making = null)));
+    }
     private async makeEngine(): Promise<LiveEngine> {
         const { context, module, session } = this;
         const engine = await LiveEngine.make(context, {

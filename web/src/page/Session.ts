@@ -12,6 +12,8 @@ export interface Listener {
 
 const slowest = 20;
 const fastest = 300;
+/** What is done to the same thing with shorter pauses is one step to undo. */
+const pauseMs = 1200;
 /** The longest whole number that people still like to type. */
 const mostSeed = 999_999;
 
@@ -37,7 +39,15 @@ export class Session {
     /** What stood before the gesture that is going on. */
     private before: Step | null = null;
 
-    constructor(readonly catalog: Catalog) {
+    /** What was moved in a small step last, and when. */
+    private nudged: number | "tempo" | null = null;
+    private nudgedAt = 0;
+
+    constructor(
+        readonly catalog: Catalog,
+        /** In milliseconds. */
+        private readonly clock: () => number = () => performance.now(),
+    ) {
         this.current = catalog.factorySound("init");
         this.ownTempo = this.current.tempo ?? 120;
         this.fresh = this.current.positions.slice();
@@ -83,6 +93,7 @@ export class Session {
     endGesture(): void {
         const { before } = this;
         this.before = null;
+        this.nudged = null;
         if (!before || before.sound.positions.every((one, i) => one === this.positions[i])) return;
         this.history.push(before);
         this.onState.tell();
@@ -93,6 +104,11 @@ export class Session {
         if (alone) this.beginGesture();
         this.move(index, Math.min(1, Math.max(0, position)));
         if (alone) this.endGesture();
+    }
+    /** A small step, as of a key or the wheel: those that follow each other closely are one. */
+    nudge(index: number, by: number): void {
+        const wanted = Math.fround(Math.min(1, Math.max(0, this.position(index) + by)));
+        if (wanted !== this.position(index)) this.together(index, () => this.move(index, wanted));
     }
     /** Puts it where a fresh sound has it. */
     reset(index: number): void {
@@ -110,9 +126,7 @@ export class Session {
     /** Puts another sound in the place of this one. */
     load(sound: Sound): void {
         this.endGesture();
-        this.history.push(this.step());
-        this.put({ sound: { ...sound, positions: sound.positions.slice() }, isModified: false });
-        if (sound.tempo !== null) this.setTempo(sound.tempo);
+        this.replace({ ...this.shared(), sound, tempo: sound.tempo ?? this.ownTempo });
     }
     /** It is kept under this name now. */
     rename(name: string): void {
@@ -132,26 +146,28 @@ export class Session {
     }
 
     setTempo(tempo: number): void {
-        this.ownTempo = Math.min(fastest, Math.max(slowest, tempo));
-        this.onTempo.tell(this.ownTempo);
+        const wanted = Math.min(fastest, Math.max(slowest, tempo));
+        if (wanted !== this.ownTempo) this.together("tempo", () => this.takeTempo(wanted));
     }
     setSeed(seed: number | null): void {
-        this.ownSeed = seed;
-        this.onSeed.tell(seed);
+        if (seed === this.ownSeed) return;
+        this.endGesture();
+        this.history.push(this.step());
+        this.takeSeed(seed);
+        this.onState.tell();
     }
     /** A seed in any case; the one that is in force from now on. */
     fixSeed(): number {
-        if (this.ownSeed === null) this.setSeed(Math.floor(Math.random() * (mostSeed + 1)));
+        if (this.ownSeed === null) this.takeSeed(Math.floor(Math.random() * (mostSeed + 1)));
         return this.ownSeed ?? 0;
     }
 
     shared(): SharedSound {
         return { sound: this.current, seed: this.ownSeed, tempo: this.ownTempo };
     }
-    open({ sound, seed, tempo }: SharedSound): void {
-        this.load(sound);
-        this.setTempo(tempo);
-        this.setSeed(seed);
+    open(shared: SharedSound): void {
+        this.endGesture();
+        this.replace(shared);
     }
     /** The text of a preset file, for the renderer and the plug-ins too. */
     presetText(name = this.name): string {
@@ -167,7 +183,31 @@ export class Session {
     private step(): Step {
         const { current, modified } = this;
         const positions = current.positions.slice();
-        return { sound: { ...current, positions }, isModified: modified };
+        return { ...this.shared(), sound: { ...current, positions }, isModified: modified };
+    }
+    private together(what: number | "tempo", action: () => void): void {
+        const now = this.clock();
+        if (what !== this.nudged || now - this.nudgedAt > pauseMs) {
+            this.endGesture();
+            this.history.push(this.step());
+        }
+        action();
+        this.nudged = what;
+        this.nudgedAt = now;
+        this.onState.tell();
+    }
+    private replace({ sound, seed, tempo }: SharedSound): void {
+        this.history.push(this.step());
+        const copy = { ...sound, positions: sound.positions.slice() };
+        this.put({ sound: copy, isModified: false, tempo, seed });
+    }
+    private takeTempo(tempo: number): void {
+        this.ownTempo = Math.min(fastest, Math.max(slowest, tempo));
+        this.onTempo.tell(this.ownTempo);
+    }
+    private takeSeed(seed: number | null): void {
+        this.ownSeed = seed;
+        this.onSeed.tell(seed);
     }
     private move(index: number, position: number): void {
         this.positions[index] = position;
@@ -178,10 +218,12 @@ export class Session {
         }
         this.onMove.tell(index);
     }
-    private put({ sound, isModified }: Step): void {
+    private put({ sound, isModified, tempo, seed }: Step): void {
         this.current = sound;
         this.modified = isModified;
         this.engine?.load(sound);
+        if (tempo !== this.ownTempo) this.takeTempo(tempo);
+        if (seed !== this.ownSeed) this.takeSeed(seed);
         this.onMove.tell(-1);
         this.onState.tell();
     }

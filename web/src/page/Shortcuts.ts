@@ -23,7 +23,8 @@ export class Shortcuts {
         );
         const hints = [
             ["Arrows", "move the control in focus; with Shift finely"],
-            ["Delete", "puts it back to its default"],
+            ["Digits, Enter", "type its value, such as 120 ms"],
+            ["Delete", "puts it back to where a fresh sound has it"],
             ["?", "shows this list"],
         ].map(([label = "", does = ""]) =>
             make("div", {}, make("dt", {}, make("kbd", {}, label)), make("dd", {}, does)),
