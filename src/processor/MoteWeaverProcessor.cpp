@@ -231,18 +231,21 @@ void MoteWeaverProcessor::RunGranular(const dsp::ProcessBlock& block, const Inpu
 void MoteWeaverProcessor::WatchFeedback(uint32_t frames) {
     const float gain = frames > 0 ? ramp[0] : 0.0f;
     const bool isMoving = frames > 0 && gain != ramp[frames - 1];
-    if (gain == 0.0f && !isMoving)
+    if (isMoving || gain != restingGain)
+        FoldFeedback();
+    restingGain = isMoving ? 1.0f : gain;
+    if (restingGain == 0.0f)
         return;
     for (uint32_t c = 0; c < 2; ++c) {
-        dsp::PeakHold level;
-        if (isMoving) {
-            for (uint32_t i = 0; i < frames; ++i)
-                slotOutA[c][i] = feedbackReturn[c][i] * ramp[i];
-            level.Take(slotOutA[c], frames);
-        } else
-            level.Take(feedbackReturn[c], frames);
-        feedbackPeaks[c] = std::max(feedbackPeaks[c], (isMoving ? 1.0f : gain) * level.Value());
+        for (uint32_t i = 0; isMoving && i < frames; ++i)
+            slotOutA[c][i] = feedbackReturn[c][i] * ramp[i];
+        restingPeaks[c].Take(isMoving ? slotOutA[c] : feedbackReturn[c], frames);
     }
+}
+
+void MoteWeaverProcessor::FoldFeedback() {
+    for (uint32_t c = 0; c < 2; ++c)
+        feedbackPeaks[c] = std::max(feedbackPeaks[c], restingGain * restingPeaks[c].Release());
 }
 
 void MoteWeaverProcessor::WatchWet(uint32_t frames) {
@@ -252,6 +255,7 @@ void MoteWeaverProcessor::WatchWet(uint32_t frames) {
 
 StagePeaks MoteWeaverProcessor::TakePeaks() {
     StagePeaks peaks;
+    FoldFeedback();
     for (uint32_t c = 0; c < 2; ++c) {
         peaks.wet[c] = wetPeaks[c].Release();
         peaks.feedback[c] = SoftClip(std::exchange(feedbackPeaks[c], 0.0f));

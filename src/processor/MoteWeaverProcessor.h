@@ -128,6 +128,7 @@ private:
     void RunSpatializer(const dsp::ProcessBlock& block);
     void RunGranular(const dsp::ProcessBlock& block, const Inputs& in);
     void WatchFeedback(uint32_t frames);
+    void FoldFeedback();
     void WatchWet(uint32_t frames);
     void HighPass(uint32_t frames);
     void ConnectSlots();
@@ -183,7 +184,9 @@ private:
     LoopDisplay display;
     bool stagesWatched = false;
     std::array<dsp::PeakHold, 2> wetPeaks;
-    std::array<float, 2> feedbackPeaks{};  ///< ahead of the clip
+    std::array<float, 2> feedbackPeaks{};       ///< ahead of the clip
+    std::array<dsp::PeakHold, 2> restingPeaks;  ///< what is not in those yet, without its gain
+    float restingGain = 0.0f;
 
     // Control state.
     bool lastTransportPlaying = false;

@@ -71,13 +71,14 @@ inline const v3_param_value_queue_cpp Moves::kQueue{
          return V3_OK;
      },
      nullptr}};
-inline const v3_param_changes_cpp Moves::kList{{No, One, One},
-                                        {[](void*) { return 1; },
-                                         [](void* self, int32_t) {
-                                             void* const queue = static_cast<List*>(self)->owner;
-                                             return static_cast<v3_param_value_queue**>(queue);
-                                         },
-                                         nullptr}};
+inline const v3_param_changes_cpp Moves::kList{
+    {No, One, One},
+    {[](void*) { return 1; },
+     [](void* self, int32_t) {
+         void* const queue = static_cast<List*>(self)->owner;
+         return static_cast<v3_param_value_queue**>(queue);
+     },
+     nullptr}};
 
 template <class Face>
 Face** As(void* object) {
@@ -108,9 +109,7 @@ inline const v3_message_cpp Message::kMessage{
      }},
     {[](void* self) { return static_cast<Message*>(self)->id.c_str(); },
      [](void* self, const char* name) { static_cast<Message*>(self)->id = name; },
-     [](void* self) {
-         return As<v3_attribute_list>(&static_cast<Message*>(self)->attributes);
-     }}};
+     [](void* self) { return As<v3_attribute_list>(&static_cast<Message*>(self)->attributes); }}};
 template <class Number>
 v3_result Find(const std::map<std::string, Number>& known, const char* name, Number* value) {
     const auto found = known.find(name);
@@ -124,9 +123,7 @@ inline const v3_attribute_list_cpp Message::kAttributes{
          Of(self).whole[name] = value;
          return V3_OK;
      },
-     [](void* self, const char* name, int64_t* value) {
-         return Find(Of(self).whole, name, value);
-     },
+     [](void* self, const char* name, int64_t* value) { return Find(Of(self).whole, name, value); },
      [](void* self, const char* name, double value) -> v3_result {
          Of(self).real[name] = value;
          return V3_OK;

@@ -16,18 +16,17 @@ namespace {
 v3_timer_handler** timer = nullptr;
 
 /// The host's run loop and the frame around a view, which hands it out.
-const v3_run_loop_cpp kLoop{
-    {No, One, One},
-    {[](void*, v3_event_handler**, int) -> v3_result { return V3_OK; },
-     [](void*, v3_event_handler**) -> v3_result { return V3_OK; },
-     [](void*, v3_timer_handler** handler, uint64_t) -> v3_result {
-         timer = handler;
-         return V3_OK;
-     },
-     [](void*, v3_timer_handler**) -> v3_result {
-         timer = nullptr;
-         return V3_OK;
-     }}};
+const v3_run_loop_cpp kLoop{{No, One, One},
+                            {[](void*, v3_event_handler**, int) -> v3_result { return V3_OK; },
+                             [](void*, v3_event_handler**) -> v3_result { return V3_OK; },
+                             [](void*, v3_timer_handler** handler, uint64_t) -> v3_result {
+                                 timer = handler;
+                                 return V3_OK;
+                             },
+                             [](void*, v3_timer_handler**) -> v3_result {
+                                 timer = nullptr;
+                                 return V3_OK;
+                             }}};
 const void* const loop = &kLoop;
 const v3_plugin_frame_cpp kFrame{
     {[](void*, const v3_tuid iid, void** object) -> v3_result {
@@ -50,8 +49,8 @@ TEST(Vst3ViewTest, OpensInAHostsWindowMovesTakesSizesAndCloses) {
         v3_view_rect size{};
         v3_cpp_obj(view)->get_size(view, &size);
         EXPECT_EQ(size.right, 1280);
-        const Window window = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 1920,
-                                                  1200, 0, 0, 0);
+        const Window window =
+            XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 1920, 1200, 0, 0, 0);
         XMapWindow(display, window);
         XSync(display, False);
         v3_cpp_obj(view)->set_frame(view, As<v3_plugin_frame>(&frame));
