@@ -4,7 +4,6 @@
 
 #include "plugins/ui/widgets/ActionButton.h"
 #include "plugins/ui/widgets/DrawnView.h"
-#include "plugins/ui/widgets/ListView.h"
 
 namespace Quorvan::Ui {
 
@@ -35,6 +34,7 @@ void BrowserPanel::DrawGround(Painter& painter) const {
 void BrowserPanel::Opened() {
     model.Presets().Scan();
     Search();
+    presets->Reveal();
 }
 
 void BrowserPanel::Search() {
@@ -107,8 +107,9 @@ void BrowserPanel::AddLists() {
             stage.Say(problem);
         Search();
     };
-    Add<ListView>(At(176.0, 48.0, 572.0, 456.0), "Presets",
-                  "A click loads a preset; the star makes it a favourite.", std::move(list));
+    presets =
+        &Add<ListView>(At(176.0, 48.0, 572.0, 456.0), "Presets",
+                       "A click loads a preset; the star makes it a favourite.", std::move(list));
 }
 
 /// What the preset that is heard says of itself.

@@ -6,6 +6,7 @@
 #include "plugins/ui/model/FaceModel.h"
 #include "plugins/ui/panels/Panel.h"
 #include "plugins/ui/panels/PresetActions.h"
+#include "plugins/ui/widgets/ListView.h"
 #include "plugins/ui/widgets/Stage.h"
 #include "plugins/ui/widgets/TextField.h"
 
@@ -33,6 +34,7 @@ private:
     FaceModel& model;
     Stage& stage;
     PresetActions actions;
+    ListView* presets = nullptr;
     std::string words;
     std::set<std::string> tags;
     bool onlyFavourites = false;

@@ -13,12 +13,24 @@ ListView::ListView(const Rect& place, std::string tip, std::string sentence, Act
 
 bool ListView::Tick(double) {
     std::vector<Line> lines = actions.lines();
-    if (lines == shown)
-        return false;
+    const bool isOther = lines != shown;
     if (lines.size() != shown.size())
         top = 0;
     shown = std::move(lines);
-    return true;
+    const size_t before = top;
+    if (std::exchange(isToReveal, false))
+        ShowChosen();
+    return isOther || top != before;
+}
+
+void ListView::ShowChosen() {
+    const auto chosen =
+        std::find_if(shown.begin(), shown.end(), [](const Line& line) { return line.chosen; });
+    const auto line = static_cast<size_t>(chosen - shown.begin());
+    if (chosen == shown.end() || (line >= top && line < top + RowsShown()))
+        return;
+    const size_t most = shown.size() > RowsShown() ? shown.size() - RowsShown() : 0;
+    top = std::min(line > RowsShown() / 2 ? line - RowsShown() / 2 : 0, most);
 }
 
 void ListView::Draw(Painter& painter) {

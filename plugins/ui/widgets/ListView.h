@@ -25,6 +25,8 @@ public:
 
     ListView(const Rect& place, std::string tip, std::string sentence, Actions itsActions);
 
+    /// Brings the chosen line into sight with the next picture.
+    void Reveal() { isToReveal = true; }
     void Draw(Painter& painter) override;
     bool Tick(double seconds) override;
     void Press(const PointerEvent& event) override;
@@ -40,11 +42,13 @@ private:
     size_t RowsShown() const { return static_cast<size_t>(box.height / kRow); }
     int LineAt(Point at) const;
     void Step(int way);
+    void ShowChosen();
 
     std::string title, help;
     Actions actions;
     std::vector<Line> shown;
     size_t top = 0;
+    bool isToReveal = false;
 };
 
 }  // namespace Quorvan::Ui
