@@ -1,20 +1,25 @@
 #include "host/engine/ChannelBlock.h"
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
 
 namespace Quorvan::Host {
 
 namespace {
 
+/// NaN or infinite: all bits of the exponent are set.
+uint32_t IsBad(float sample) {
+    constexpr uint32_t kExponent = 0x7f800000;
+    return (std::bit_cast<uint32_t>(sample) & kExponent) == kExponent ? 1 : 0;
+}
+
+/// Counts first, without a branch, because there is hardly ever one.
 uint64_t CleanSamples(float* samples, uint32_t count) {
-    uint64_t bad = 0;
-    for (uint32_t i = 0; i < count; ++i) {
-        if (!std::isfinite(samples[i])) {
-            samples[i] = 0.0f;
-            ++bad;
-        }
-    }
+    uint32_t bad = 0;
+    for (uint32_t i = 0; i < count; ++i)
+        bad += IsBad(samples[i]);
+    if (bad != 0)
+        std::replace_if(samples, samples + count, IsBad, 0.0f);
     return bad;
 }
 

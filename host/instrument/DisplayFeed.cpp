@@ -4,9 +4,9 @@
 #include <cmath>
 #include <utility>
 
+#include "framework/Parameter.h"
 #include "granular/MoteWeaver.h"
 #include "host/parameters/ShellIndex.h"
-#include "primitives/Extremes.h"
 #include "processor/IProcessor.h"
 #include "processor/ProcessorInternals.h"
 
@@ -17,8 +17,6 @@ namespace {
 constexpr double kPicturesPerSecond = 60.0;
 constexpr uint32_t kLimiterMeter = Processor::ModuleIndex::kLimiter + 12;
 
-void Raise(float& peak, float level) { peak = std::max(peak, level); }
-
 }  // namespace
 
 void DisplayFeed::Prepare(double rate) {
@@ -26,7 +24,9 @@ void DisplayFeed::Prepare(double rate) {
     watched = nullptr;
     draft = {};
     draft.sampleRate = rate;
-    numbers = {};
+    heard = {};
+    outline.Clear();
+    known = {};
     framesSince = 0;
 }
 
@@ -50,60 +50,74 @@ void DisplayFeed::WatchStages(Processor::IProcessor_V5& processor, bool on) {
         return;
     Processor::WatchStages(processor, on);
     watched = wanted;
+    limiterMeter = on ? Processor::ParameterRecordOf(processor, kLimiterMeter) : nullptr;
+    outline.LookAgain();
 }
 
 void DisplayFeed::NoteMoment(const BlockReport& report) {
     const size_t at = draft.moments++ % DisplayFrame::kMoments;
+    const auto values = Processor::SourceValues(*report.processor);
     for (uint32_t s = 0; s < kModulationSources; ++s)
-        draft.sources[s][at] = Processor::SourceValue(*report.processor, s);
-    draft.follower[at] = dsp::Extremes::PeakOf(report.aux[0], report.frames);
-    draft.space[0][at] = report.aux[2][0];
-    draft.space[1][at] = report.aux[3][0];
+        heard.sources[s][at] = values[s];
+    dsp::PeakHold level;
+    level.Take(report.aux[0], report.frames);
+    heard.follower[at] = level.Value();
+    heard.space[0][at] = report.aux[2][0];
+    heard.space[1][at] = report.aux[3][0];
 }
 
 void DisplayFeed::NoteLevels(const BlockReport& report) {
-    const Processor::StagePeaks& inside = Processor::StagePeaksOf(*report.processor);
-    const auto peakOf = [&](const auto& channels, uint32_t count, uint32_t side) {
-        return count == 0
-                   ? 0.0f
-                   : dsp::Extremes::PeakOf(channels[std::min(side, count - 1)], report.frames);
-    };
     for (uint32_t side = 0; side < 2; ++side) {
-        Raise(draft.input[side], peakOf(report.inputs, report.inputCount, side));
-        Raise(draft.output[side], peakOf(report.outputs, report.outputCount, side));
-        Raise(draft.wet[side], inside.wet[side]);
-        Raise(draft.feedback[side], inside.feedback[side]);
+        if (report.inputCount > 0)
+            inputPeaks[side].Take(report.inputs[std::min(side, report.inputCount - 1)],
+                                  report.frames);
+        if (report.outputCount > 0)
+            outputPeaks[side].Take(report.outputs[std::min(side, report.outputCount - 1)],
+                                   report.frames);
     }
-    float reduction = 0.0f;
-    if (report.processor->GetParameter(kLimiterMeter, &reduction))
-        Raise(draft.limiter, reduction);
+    if (limiterMeter != nullptr)
+        draft.limiter = std::max(draft.limiter, limiterMeter->GetNormalized());
 }
 
-/// Rows that the modulation moves are read for each picture, the others in turn.
-void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
-    constexpr uint64_t kTurn = 4;
-    for (uint32_t row = 0; row < kModulationDestinations; ++row) {
-        const bool isMoved = Processor::DestinationOffset(processor, row) != 0.0f;
-        const bool wasMoved = std::exchange(movedRows[row], isMoved);
-        if (isMoved || wasMoved || draft.number == 0 || row % kTurn == draft.number % kTurn)
-            draft.destinations[row] = Processor::DestinationValue(processor, row);
+void DisplayFeed::ShowLevels(Processor::IProcessor_V5& processor) {
+    const Processor::StagePeaks inside = Processor::TakeStagePeaks(processor);
+    draft.wet = inside.wet;
+    draft.feedback = inside.feedback;
+    for (uint32_t side = 0; side < 2; ++side) {
+        draft.input[side] = inputPeaks[side].Release();
+        draft.output[side] = outputPeaks[side].Release();
     }
+}
+
+/// Rows that the modulation reaches are read for each picture, the others in turn.
+void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
+    constexpr uint32_t kTurn = 16;
+    const auto read = [&](uint32_t row) {
+        draft.destinations[row] = Processor::DestinationValue(processor, row);
+    };
+    Processor::ReachedDestinations(processor).ForEach(read);
+    const uint32_t step = draft.number == 0 ? 1 : kTurn;
+    for (auto row = static_cast<uint32_t>(draft.number % step); row < kModulationDestinations;
+         row += step)
+        read(row);
 }
 
 void DisplayFeed::Publish(const BlockReport& report) {
     const dsp::MoteWeaver& granular = Processor::GranularModuleOf(*report.processor);
     draft.time = report.firstFrame + report.frames;
     draft.transport = report.transport;
+    ShowLevels(*report.processor);
     NoteDestinations(*report.processor);
     for (uint32_t i = 0; i < draft.functionPhases.size(); ++i)
         draft.functionPhases[i] = Processor::FunctionPhase(*report.processor, i);
+    draft.sequencerStep = Processor::SequencerStep(*report.processor);
     ++draft.number;
     DisplayFrame& frame = pictures.Writing();
     ShowTape(granular, frame);
     ShowGrains(granular, frame);
     static_cast<DisplayState&>(frame) = draft;
+    static_cast<DisplayMoments&>(frame) = heard;
     pictures.Publish();
-    draft.input = draft.wet = draft.feedback = draft.output = {};
     draft.limiter = 0.0f;
     framesSince = 0;
 }
@@ -111,7 +125,10 @@ void DisplayFeed::Publish(const BlockReport& report) {
 void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame) {
     const dsp::CaptureBuffer& tape = granular.Capture();
     const double length = std::max(1u, tape.length);
+    if (std::exchange(clears, tape.clears) != tape.clears)
+        outline.Clear();
     outline.Follow(tape.mono.data(), tape.length, tape.writePosition, framesSince);
+    outline.CopyTo(frame.tape);
     draft.tapeSeconds = static_cast<float>(length / sampleRate);
     draft.writePlace = static_cast<float>(tape.writePosition / length);
     draft.playPlace = static_cast<float>(std::max(tape.playPosition, 0.0) / length);
@@ -137,16 +154,16 @@ void DisplayFeed::ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& fram
         if (frame.grainCount == DisplayFrame::kGrainRoom)
             break;
         const dsp::Grain& grain = pool[slot];
-        const double speed = std::abs(grain.increment);
+        const Known& seen = Recognise(slot, grain);
         ShownGrain& shown = frame.grains[frame.grainCount++];
-        shown.number = NumberOf(slot, grain);
+        shown.number = seen.number;
         shown.place =
             static_cast<float>((grain.swapped ? grain.wrappedPosition : grain.readPosition) / tape);
         shown.length = static_cast<float>(static_cast<double>(grain.length) / tape);
         shown.progress = std::clamp(
             static_cast<float>(grain.elapsed / std::max(1.0, static_cast<double>(grain.length))),
             0.0f, 1.0f);
-        shown.semitones = speed > 0.0 ? static_cast<float>(12.0 * std::log2(speed)) : 0.0f;
+        shown.semitones = seen.semitones;
         shown.pan = 0.5f * grain.panGainRight;
         shown.gain = 0.5f * (grain.outGainLeft + grain.outGainRight);
         shown.envelope = grain.envelope;
@@ -155,28 +172,35 @@ void DisplayFeed::ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& fram
 }
 
 /// A slot holds another grain than before where that starts elsewhere, or is younger.
-uint64_t DisplayFeed::NumberOf(uint32_t slot, const dsp::Grain& grain) {
-    Numbered& known = numbers[slot];
-    if (known.number == 0 || grain.startPosition != known.start || grain.elapsed < known.elapsed)
-        known.number = ++given;
-    known.start = grain.startPosition;
-    known.elapsed = grain.elapsed;
-    return known.number;
+const DisplayFeed::Known& DisplayFeed::Recognise(uint32_t slot, const dsp::Grain& grain) {
+    Known& seen = known[slot];
+    if (seen.number == 0 || grain.startPosition != seen.start || grain.elapsed < seen.elapsed)
+        seen.number = ++given;
+    seen.start = grain.startPosition;
+    seen.elapsed = grain.elapsed;
+    const double speed = std::abs(grain.increment);
+    if (std::exchange(seen.increment, speed) != speed)
+        seen.semitones = speed > 0.0 ? static_cast<float>(12.0 * std::log2(speed)) : 0.0f;
+    return seen;
 }
 
+/// One buffer each hundredth of a second is measured: a clock costs as much as many a block's
+/// levels.
 void DisplayFeed::BeginWork() {
-    working = IsWatched();
-    if (working)
+    constexpr double kBetween = 0.01;
+    isMeasuring = IsWatched() && unmeasured >= kBetween;
+    if (isMeasuring)
         workBegan = Clock::now();
 }
 
 /// Smoothed over some tenth of a second.
 void DisplayFeed::EndWork(uint32_t frames) {
-    if (!working || frames == 0)
-        return;
     const double lasts = frames / sampleRate;
+    unmeasured += lasts;
+    if (!isMeasuring || frames == 0)
+        return;
     const double took = std::chrono::duration<double>(Clock::now() - workBegan).count();
-    const double share = 1.0 - std::exp(-lasts / 0.1);
+    const double share = 1.0 - std::exp(-std::exchange(unmeasured, 0.0) / 0.1);
     draft.load += static_cast<float>(share * (took / lasts - static_cast<double>(draft.load)));
 }
 

@@ -9,9 +9,11 @@
 #include "host/instrument/DisplayFrame.h"
 #include "host/instrument/TapeOutline.h"
 #include "host/instrument/TripleBuffer.h"
+#include "primitives/PeakHold.h"
 
 namespace Quorvan::dsp {
 class MoteWeaver;
+class Parameter;
 struct Grain;
 }  // namespace Quorvan::dsp
 
@@ -39,36 +41,44 @@ public:
     void EndWork(uint32_t frames);
 
 private:
-    /// Room for the number that each slot's grain was given, and for the grain that it was.
-    struct Numbered {
+    /// The grain that a slot held last, by what tells it from the next one, and what was worked out
+    /// for it.
+    struct Known {
         uint64_t number = 0;
         double elapsed = 0.0;
+        double increment = 0.0;
         float start = 0.0f;
+        float semitones = 0.0f;
     };
 
     void WatchStages(Processor::IProcessor_V5& processor, bool on);
     void NoteMoment(const BlockReport& report);
     void NoteLevels(const BlockReport& report);
+    void ShowLevels(Processor::IProcessor_V5& processor);
     void NoteDestinations(Processor::IProcessor_V5& processor);
     void Publish(const BlockReport& report);
     void ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame);
     void ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& frame);
-    uint64_t NumberOf(uint32_t slot, const dsp::Grain& grain);
+    const Known& Recognise(uint32_t slot, const dsp::Grain& grain);
 
     using Clock = std::chrono::steady_clock;
 
     std::atomic<bool> isWatched{false};
     TripleBuffer<DisplayFrame> pictures;
     DisplayState draft;  ///< gathers what the next picture shows
-    TapeOutline outline{draft.tape};
-    std::array<bool, kModulationDestinations> movedRows{};  ///< as the last picture saw them
-    std::array<Numbered, DisplayFrame::kGrainRoom> numbers{};
+    DisplayMoments heard;
+    TapeOutline outline;
+    uint32_t clears = 0;  ///< of the tape, that the outline knows of
+    std::array<Known, DisplayFrame::kGrainRoom> known{};
     uint64_t given = 0;  ///< numbers of grains so far
     double sampleRate = 48000.0;
-    uint32_t framesSince = 0;                     ///< the last picture
-    Processor::IProcessor_V5* watched = nullptr;  ///< whose stages are watched
+    std::array<dsp::PeakHold, 2> inputPeaks, outputPeaks;  ///< since the last picture
+    uint32_t framesSince = 0;                              ///< that
+    Processor::IProcessor_V5* watched = nullptr;           ///< whose stages are watched
+    dsp::Parameter* limiterMeter = nullptr;                ///< its own
     Clock::time_point workBegan;
-    bool working = false;
+    double unmeasured = 0.0;  ///< seconds of sound since the load was measured last
+    bool isMeasuring = false;
 };
 
 }  // namespace Quorvan::Host

@@ -22,10 +22,17 @@ struct ShownGrain {
     bool reversed = false;
 };
 
-/// What a picture shows beside grains and markers.
-struct DisplayState {
+/// One moment a block, round and round: moment m is at m % kMoments.
+struct DisplayMoments {
     static constexpr uint32_t kMoments = 64;
 
+    std::array<std::array<float, kMoments>, kModulationSources> sources{};  ///< -1..1
+    std::array<float, kMoments> follower{};              ///< level that the follower hears
+    std::array<std::array<float, kMoments>, 2> space{};  ///< X and Y, 0..1
+};
+
+/// Single numbers of a picture.
+struct DisplayState {
     uint64_t number = 0;  ///< of frames; 0: none has come yet
     uint64_t time = 0;    ///< in audio frames, since the instrument was activated
     double sampleRate = 0.0;
@@ -34,15 +41,11 @@ struct DisplayState {
 
     float tapeSeconds = 0.0f;
     float writePlace = 0.0f, playPlace = 0.0f;
-    TapeOutline::Columns tape{};
     uint64_t pairsStarted = 0;  ///< since somebody watches
 
-    /// One moment a block, round and round: moment m is at m % kMoments; moments of them so far.
-    uint64_t moments = 0;
-    std::array<std::array<float, kMoments>, kModulationSources> sources{};  ///< -1..1
-    std::array<float, kMoments> follower{};              ///< level that the follower hears
-    std::array<std::array<float, kMoments>, 2> space{};  ///< X and Y, 0..1
-    std::array<float, 3> functionPhases{};               ///< places on the drawn curves, 0..1
+    uint64_t moments = 0;                   ///< so far
+    std::array<float, 3> functionPhases{};  ///< places on the drawn curves, 0..1
+    uint32_t sequencerStep = 0;             ///< that the step sequencer plays, from 0
     std::array<float, kModulationDestinations> destinations{};  ///< positions, modulation included
 
     /// Highest levels since the frame before, linear, by side.
@@ -51,10 +54,11 @@ struct DisplayState {
 };
 
 /// All that moves in a picture of an instrument, at one moment.
-struct DisplayFrame : DisplayState {
+struct DisplayFrame : DisplayState, DisplayMoments {
     static constexpr uint32_t kGrainRoom = 258;
     static constexpr uint32_t kMarkerRoom = 200;
 
+    TapeOutline::Columns tape;
     uint32_t grainCount = 0;
     std::array<ShownGrain, kGrainRoom> grains{};  ///< grainCount of them
     uint32_t markerCount = 0;

@@ -17,6 +17,7 @@ void TapeOutline::Follow(const float* tape, uint32_t length, uint32_t written, u
     samples = tape;
     if (size != length) {
         size = length;
+        LookAgain();
         head = ColumnOf(written);
     }
     // The head is no further than what has come, unless it has jumped.
@@ -29,9 +30,28 @@ void TapeOutline::Follow(const float* tape, uint32_t length, uint32_t written, u
     head = now;
     Measure(head);
     constexpr uint32_t kInTurn = 6;
-    for (uint32_t i = 0; i < kInTurn; ++i) {
+    const uint32_t turns = unseen > 0 ? kInTurn : 1;
+    for (uint32_t i = 0; i < turns; ++i) {
         Measure(next);
         next = (next + 1) % kColumns;
+    }
+    unseen -= std::min(unseen, turns);
+}
+
+void TapeOutline::Clear() {
+    columns.lowest = columns.highest = {};
+    columns.measured += kRecent + 1;  // so that copies are made whole
+}
+
+void TapeOutline::CopyTo(Columns& copy) const {
+    if (columns.measured - copy.measured > kRecent) {
+        copy = columns;
+        return;
+    }
+    for (; copy.measured < columns.measured; ++copy.measured) {
+        const uint32_t column = recent[copy.measured % kRecent];
+        copy.lowest[column] = columns.lowest[column];
+        copy.highest[column] = columns.highest[column];
     }
 }
 
@@ -41,6 +61,7 @@ void TapeOutline::Measure(uint32_t column) {
     const dsp::Extremes found = dsp::Extremes::Of(samples + begin, end - begin);
     columns.lowest[column] = found.lowest;
     columns.highest[column] = found.highest;
+    recent[columns.measured++ % kRecent] = static_cast<uint16_t>(column);
 }
 
 }  // namespace Quorvan::Host

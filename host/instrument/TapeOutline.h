@@ -7,23 +7,29 @@ namespace Quorvan::Host {
 
 /// Highest and lowest sample of each of 1024 stretches of the tape, kept up to date as it is
 /// written. Each call reads what is new under the write head and a little of the rest in turn,
-/// however long the tape, so that one that was not looked at for a while, or was emptied, is seen
-/// whole after some seconds.
+/// however long the tape, so that one that was not looked at for a while is seen whole after three
+/// seconds.
 class TapeOutline {
 public:
     static constexpr uint32_t kColumns = 1024;
     struct Columns {
         std::array<float, kColumns> lowest{}, highest{};
+        uint64_t measured = 0;  ///< columns measured for it, for CopyTo
     };
 
-    /// Columns that outlive it, to be kept up to date.
-    explicit TapeOutline(Columns& kept) : columns(kept) {}
-
+    /// The tape is empty.
+    void Clear();
+    /// What stands on the tape is not known any more.
+    void LookAgain() { unseen = kColumns; }
     /// tape: length samples, of which those up to written (not counted) are the newest; frames: how
     /// many have come since the last call.
     void Follow(const float* tape, uint32_t length, uint32_t written, uint32_t frames);
+    /// Brings a former copy up to date, or one that is new.
+    void CopyTo(Columns& copy) const;
 
 private:
+    static constexpr uint32_t kRecent = 128;
+
     void Measure(uint32_t column);
     uint32_t Begin(uint32_t column) const {
         return static_cast<uint32_t>(static_cast<uint64_t>(column) * size / kColumns);
@@ -34,7 +40,9 @@ private:
     uint32_t size = 0;
     uint32_t head = 0;  ///< column of the write head
     uint32_t next = 0;  ///< the one whose turn it is
-    Columns& columns;
+    uint32_t unseen = kColumns;
+    std::array<uint16_t, kRecent> recent{};  ///< columns measured last, round and round
+    Columns columns;
 };
 
 }  // namespace Quorvan::Host

@@ -120,7 +120,7 @@ std::vector<Rect> FaceCore::Idle(double seconds) {
     if (menu && menu->TakeStale())
         Invalidate(menu->box.Inset(-4.0));
     if (entry && entry->TakeStale())
-        Invalidate({entry->box.x - 4.0, entry->box.y - 4.0, entry->box.width + 8.0, 112.0});
+        Invalidate(entry->Reach());
     UpdateTip();
     if (!saying.empty() && now > sayingUntil) {
         saying.clear();

@@ -12,9 +12,9 @@
 #include "plugins/ui/model/FaceModel.h"
 #include "plugins/ui/panels/BrowserPanel.h"
 #include "plugins/ui/panels/Pages.h"
+#include "plugins/ui/widgets/EntryForm.h"
 #include "plugins/ui/widgets/Menu.h"
 #include "plugins/ui/widgets/Stage.h"
-#include "plugins/ui/widgets/TextField.h"
 
 namespace Quorvan::Ui {
 
@@ -43,6 +43,8 @@ public:
     void OpenMenu(const Rect& anchor, std::vector<MenuItem> items) override;
     void OpenEntry(const Rect& anchor, const std::string& text,
                    std::function<std::string(const std::string&)> accept) override;
+    void OpenForm(const Rect& anchor, const std::vector<EntryLine>& lines,
+                  AcceptLines accept) override;
     void CarrySource(uint32_t source, Point at) override;
     void DropSource(uint32_t source, Point at) override;
     void Say(const std::string& sentence) override;
@@ -102,7 +104,7 @@ private:
     bool browserIsOpen = false;
     ChosenSource edited = std::make_shared<uint32_t>(1);
     std::unique_ptr<Menu> menu, retired;  ///< retired: deleted once its action is over
-    std::unique_ptr<TextField> entry;
+    std::unique_ptr<EntryForm> entry;
     Widget* hovered = nullptr;
     Widget* held = nullptr;  ///< has the pointer
     Widget* focused = nullptr;

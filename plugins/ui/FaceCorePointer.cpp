@@ -140,14 +140,18 @@ void FaceCore::OpenMenu(const Rect& anchor, std::vector<MenuItem> items) {
 
 void FaceCore::OpenEntry(const Rect& anchor, const std::string& text,
                          std::function<std::string(const std::string&)> accept) {
-    const double width = std::max(136.0, anchor.width);
-    const Rect room = Layout::kWhole.Inset(8.0);
-    entry = std::make_unique<TextField>(
-        Rect{std::clamp(anchor.Centre().x - 0.5 * width, room.x, room.Right() - width),
-             std::clamp(anchor.y + 0.5 * (anchor.height - TextField::kHeight), room.y,
-                        room.Bottom() - 80.0),
-             width, TextField::kHeight},
-        text, std::move(accept));
+    OpenForm(anchor, {{"", text}},
+             [take = std::move(accept)](const std::vector<std::string>& lines) {
+                 return take(lines[0]);
+             });
+}
+
+void FaceCore::OpenForm(const Rect& anchor, const std::vector<EntryLine>& lines,
+                        AcceptLines accept) {
+    if (entry)
+        Invalidate(entry->Reach());
+    entry =
+        std::make_unique<EntryForm>(anchor, Layout::kWhole.Inset(8.0), lines, std::move(accept));
     held = nullptr;
 }
 
@@ -159,7 +163,7 @@ void FaceCore::TidyOverlays() {
     }
     retired.reset();
     if (entry && entry->IsDone()) {
-        Invalidate({entry->box.x - 4.0, entry->box.y - 4.0, entry->box.width + 8.0, 112.0});
+        Invalidate(entry->Reach());
         entry.reset();
     }
 }

@@ -42,6 +42,7 @@ void CaptureBuffer::Reset() {
 void CaptureBuffer::Clear() {
     if (written.Length() == 0)
         return;
+    ++clears;
     // Before the spare set is clean again, there is little on the tape.
     const bool isSpareClean = dirty.Length() == 0;
     for (size_t i = 0; i < kBuffers; ++i) {

@@ -107,6 +107,7 @@ struct CaptureBuffer {
     double lastWrapped = 0.0;       ///< the same, wrapped to lengthUnits
     bool freeWrap = false;  ///< not yet aligned with the clock: the head wraps by itself at length
     bool resync = false;    ///< the next sample counts as a clock jump
+    uint32_t clears = 0;    ///< so far, for whoever follows what is on the tape
     uint32_t writePosition = 0;
     bool frozen = false;
     double playPosition = 0.0;   ///< samples

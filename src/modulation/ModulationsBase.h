@@ -77,10 +77,6 @@ public:
     void AddListener(ModulationListener* listener) { listeners.insert(listener); }
     void RemoveListener(ModulationListener* listener) { listeners.erase(listener); }
 
-protected:
-    float EffectiveAmount(uint32_t source, uint32_t destination) const {
-        return effectiveAmounts[destination * NumSources + source];
-    }
     /// Rows that at least one source reaches.
     DestinationSet ReachedDestinations() const {
         DestinationSet reached;
@@ -89,6 +85,10 @@ protected:
         return reached;
     }
 
+protected:
+    float EffectiveAmount(uint32_t source, uint32_t destination) const {
+        return effectiveAmounts[destination * NumSources + source];
+    }
     uint32_t lastFrames = 0;             ///< numFrames of the last block
     SourceSet dirtySources;              ///< not taken in yet in this block
     SourceSet alwaysDirty;               ///< what dirtySources goes back to behind a block

@@ -44,6 +44,8 @@ public:
     bool UpdateParameters(ProcessBlock& block) override;
     void Restart() override;
     bool Generate(ProcessBlock& block) override;
+    /// From 0.
+    int32_t PlayedStep() const { return currentStep; }
 
 private:
     void UpdateSmoothing();

@@ -7,8 +7,8 @@
 #include <tuple>
 
 #include "primitives/BlockDelay.h"
-#include "primitives/Extremes.h"
 #include "primitives/FiniteSamples.h"
+#include "primitives/PeakHold.h"
 #include "primitives/RingStretch.h"
 #include "primitives/UnpairedSine.h"
 
@@ -226,18 +226,41 @@ void MoteWeaverProcessor::RunGranular(const dsp::ProcessBlock& block, const Inpu
     display.Fill(Granular());
 }
 
-/// What the loop below adds to the input: the clip keeps the order of levels, so that it can wait.
+/// The clip keeps the order of levels, so that it can wait until they are asked for; so can a gain
+/// that rests. One that moves goes one way for a whole block.
 void MoteWeaverProcessor::WatchFeedback(uint32_t frames) {
+    const float gain = frames > 0 ? ramp[0] : 0.0f;
+    const bool isMoving = frames > 0 && gain != ramp[frames - 1];
+    if (isMoving || gain != restingGain)
+        FoldFeedback();
+    restingGain = isMoving ? 1.0f : gain;
+    if (restingGain == 0.0f)
+        return;
     for (uint32_t c = 0; c < 2; ++c) {
-        for (uint32_t i = 0; i < frames; ++i)
+        for (uint32_t i = 0; isMoving && i < frames; ++i)
             slotOutA[c][i] = feedbackReturn[c][i] * ramp[i];
-        peaks.feedback[c] = SoftClip(dsp::Extremes::PeakOf(slotOutA[c], frames));
+        restingPeaks[c].Take(isMoving ? slotOutA[c] : feedbackReturn[c], frames);
     }
+}
+
+void MoteWeaverProcessor::FoldFeedback() {
+    for (uint32_t c = 0; c < 2; ++c)
+        feedbackPeaks[c] = std::max(feedbackPeaks[c], restingGain * restingPeaks[c].Release());
 }
 
 void MoteWeaverProcessor::WatchWet(uint32_t frames) {
     for (uint32_t c = 0; c < 2; ++c)
-        peaks.wet[c] = dsp::Extremes::PeakOf(limited[c], frames);
+        wetPeaks[c].Take(limited[c], frames);
+}
+
+StagePeaks MoteWeaverProcessor::TakePeaks() {
+    StagePeaks peaks;
+    FoldFeedback();
+    for (uint32_t c = 0; c < 2; ++c) {
+        peaks.wet[c] = wetPeaks[c].Release();
+        peaks.feedback[c] = SoftClip(std::exchange(feedbackPeaks[c], 0.0f));
+    }
+    return peaks;
 }
 
 /// Both channels in one loop: each waits for its own last output.

@@ -14,6 +14,7 @@
 #include "modulation/StepSequencer.h"
 #include "primitives/AlignedVector.h"
 #include "primitives/DelayLine.h"
+#include "primitives/PeakHold.h"
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
 #include "processor/EffectProcessor.h"
@@ -64,13 +65,15 @@ public:
     /// Position that a destination row shows: its parameter's, moved by the row; a depth with a
     /// direction beside it is folded around 0.5.
     float DestDisplayValue(uint32_t row);
+    /// Rows that a modulation source reaches.
+    dsp::IndexSet<95> ReachedRows() { return Matrix().ReachedDestinations(); }
     /// What a modulation source gave at the last block's first sample, -1..1.
-    float DestinationOffset(uint32_t row) { return Row(row)[0]; }
+    uint32_t SequencerStep() { return static_cast<uint32_t>(Sequencer().PlayedStep()); }
     float FunctionPhase(uint32_t index) { return Function(index).PhaseBuffer()[0]; }
     float SourceValue(uint32_t source) { return Matrix().GetSourceRow(source)[0]; }
-    /// Whether Peaks are kept, from the next block on.
+    /// Whether peaks are kept, from the next block on.
     void WatchStages(bool watched) { stagesWatched = watched; }
-    const StagePeaks& Peaks() const { return peaks; }
+    StagePeaks TakePeaks();
 
 private:
     static constexpr uint32_t kSlotChannels = 50;
@@ -125,6 +128,7 @@ private:
     void RunSpatializer(const dsp::ProcessBlock& block);
     void RunGranular(const dsp::ProcessBlock& block, const Inputs& in);
     void WatchFeedback(uint32_t frames);
+    void FoldFeedback();
     void WatchWet(uint32_t frames);
     void HighPass(uint32_t frames);
     void ConnectSlots();
@@ -179,7 +183,10 @@ private:
 
     LoopDisplay display;
     bool stagesWatched = false;
-    StagePeaks peaks;
+    std::array<dsp::PeakHold, 2> wetPeaks;
+    std::array<float, 2> feedbackPeaks{};       ///< ahead of the clip
+    std::array<dsp::PeakHold, 2> restingPeaks;  ///< what is not in those yet, without its gain
+    float restingGain = 0.0f;
 
     // Control state.
     bool lastTransportPlaying = false;

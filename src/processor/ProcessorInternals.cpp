@@ -23,25 +23,31 @@ uint32_t TargetOfRow(IProcessor& processor, uint32_t row) {
     return EffectOf(processor).TargetOfRow(row);
 }
 
-float SourceValue(IProcessor& processor, uint32_t source) {
-    return EffectOf(processor).SourceValue(source);
+std::array<float, 7> SourceValues(IProcessor& processor) {
+    MoteWeaverProcessor& effect = EffectOf(processor);
+    std::array<float, 7> values{};
+    for (uint32_t source = 0; source < values.size(); ++source)
+        values[source] = effect.SourceValue(source);
+    return values;
 }
 
 float DestinationValue(IProcessor& processor, uint32_t row) {
     return EffectOf(processor).DestDisplayValue(row);
 }
 
-float DestinationOffset(IProcessor& processor, uint32_t row) {
-    return EffectOf(processor).DestinationOffset(row);
+dsp::IndexSet<95> ReachedDestinations(IProcessor& processor) {
+    return EffectOf(processor).ReachedRows();
 }
 
 float FunctionPhase(IProcessor& processor, uint32_t function) {
     return EffectOf(processor).FunctionPhase(function);
 }
 
+uint32_t SequencerStep(IProcessor& processor) { return EffectOf(processor).SequencerStep(); }
+
 void WatchStages(IProcessor& processor, bool watched) { EffectOf(processor).WatchStages(watched); }
 
-const StagePeaks& StagePeaksOf(IProcessor& processor) { return EffectOf(processor).Peaks(); }
+StagePeaks TakeStagePeaks(IProcessor& processor) { return EffectOf(processor).TakePeaks(); }
 
 uint64_t ProcessorObjectBytes() { return sizeof(DsplibProcessor<MoteWeaverProcessor>); }
 

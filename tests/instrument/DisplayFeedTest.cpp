@@ -48,6 +48,26 @@ TEST(DisplayFeedTest, ShowsWhatSoundsAndChangesNothingOfIt) {
     EXPECT_NEAR(frame.tape.highest[column], highest, 0.1f);
 }
 
+TEST(DisplayFeedTest, AClearedTapeIsSeenEmptyAtOnceAndTheStepFollowsTheSequencer) {
+    ReadyInstrument instrument("StepSeq_NbSteps=4;StepSeq_RateUnSynced=20 Hz;");
+    instrument.Display().Watch(true);
+    const auto highest = [&] {
+        instrument.Display().Take();
+        const auto& columns = instrument.Display().Latest().tape.highest;
+        return std::count_if(columns.begin(), columns.end(), [](float x) { return x > 0.0f; });
+    };
+    std::set<uint32_t> steps;
+    for (int i = 0; i < 40; ++i) {
+        instrument.Run(NoiseInput(1024));
+        instrument.Display().Take();
+        steps.insert(instrument.Display().Latest().sequencerStep);
+    }
+    EXPECT_EQ(steps, (std::set<uint32_t>{0, 1, 2, 3}));
+    EXPECT_GT(highest(), 200);
+    instrument.Run(NoiseInput(2048), {ControlAt(0, 25, 1.0)});
+    EXPECT_LT(highest(), 60);
+}
+
 TEST(DisplayFeedTest, AnotherThreadSeesWholePicturesInOrder) {
     ReadyInstrument instrument;
     instrument.Display().Watch(true);

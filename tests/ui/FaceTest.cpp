@@ -75,6 +75,24 @@ protected:
             face.Release(At(at));
         }
     }
+    /// Clicks on what begins so in the menu that is open, with the right button on a control
+    /// before.
+    void Choose(const std::string& begins, const char* control = nullptr) {
+        if (control != nullptr) {
+            PointerEvent event = At(Find(control)->box.Centre());
+            event.button = Button::Right;
+            face.Press(event);
+        }
+        std::vector<PlacedText> texts;
+        face.NoteTexts(&texts);
+        Picture();
+        face.NoteTexts(nullptr);
+        const auto found = std::find_if(texts.rbegin(), texts.rend(), [&](const PlacedText& text) {
+            return text.text.starts_with(begins);
+        });
+        ASSERT_NE(found, texts.rend()) << begins;
+        Click(found->box.Centre());
+    }
     float Position(const char* name) { return instrument.Position(*face.Model().Find(name)); }
     void Put(const char* name, const char* text) {
         EXPECT_EQ(face.Model().Type(*face.Model().Find(name), text), "");
@@ -152,6 +170,9 @@ TEST_F(FaceTest, ACurveTakesNewPointsAndMovesThem) {
     EXPECT_NEAR(Position("Function1_PointY3"), 0.8f, 0.01f);
     Drag(fresh, 0.0, 0.4 * box.height);
     EXPECT_NEAR(Position("Function1_PointY3"), 0.4f, 0.01f);
+    instrument.Undo();
+    instrument.Undo();
+    EXPECT_EQ(face.Model().ValueOf("Function 1 Last Point"), points);
 }
 
 /// Every kind of control takes a source, and a drag of its amount is one step.
@@ -210,7 +231,13 @@ TEST_F(FaceTest, PresetsAreSavedFoundAgainRenamedAndTagged) {
     Click(Find("Presets")->box.Centre());
     Picture();
     Put("Density", "@0.3");
-    answer("Save as", "One of mine");
+    Click(Find("Save as")->box.Centre());
+    face.Text("One of mine");
+    face.Key({Key::Tab, 0, {}});
+    face.Text("first , second");
+    face.Key({Key::Enter, 0, {}});
+    Picture();
+    EXPECT_EQ(presets.Entries()[presets.Find("One of mine").value()].tags.back(), "second");
     answer("Tags\u2026", "dark, of mine");
     answer("Rename\u2026", "Mine");
     EXPECT_EQ(instrument.PresetName(), "Mine");
@@ -221,6 +248,45 @@ TEST_F(FaceTest, PresetsAreSavedFoundAgainRenamedAndTagged) {
     EXPECT_NEAR(Position("Density"), 0.3f, 1e-3f);
     Click(Find("Delete")->box.Centre());
     EXPECT_FALSE(presets.Find("Mine").has_value());
+}
+
+TEST_F(FaceTest, MidiIsLearntAndForgottenAndAFreeControlAssignedFromTheMenu) {
+    const auto turn = [&](uint8_t value) {
+        instrument.Flush({{.kind = test::InstrumentEvent::Kind::Midi, .midi = {0xb0, 74, value}}});
+        instrument.Poll();
+    };
+    const uint32_t index = *face.Model().Find("Persistence");
+    Choose("Learn MIDI", "Persistence");
+    EXPECT_EQ(instrument.LearningMidi(), index);
+    turn(3);
+    turn(127);
+    EXPECT_FLOAT_EQ(instrument.Position(index), 1.0f);
+    Choose("Forget MIDI", "Persistence");
+    turn(0);
+    EXPECT_FLOAT_EQ(instrument.Position(index), 1.0f);
+    Choose("Assign to a free", "Persistence");
+    Choose("Assign 3");
+    EXPECT_EQ(instrument.Assignment(2), index);
+}
+
+TEST_F(FaceTest, TheSetListIsPutInOrderByClicks) {
+    std::filesystem::remove_all(presets.Folder());
+    Click(Find("Presets")->box.Centre());
+    Picture();
+    const std::vector<std::string> names{presets.Entries()[0].name, presets.Entries()[1].name};
+    const auto open = [&] { Click(Find("Set list")->box.Centre()); };
+    for (size_t entry = 0; entry < 2; ++entry) {
+        face.Model().LoadPreset(entry);
+        open();
+        Choose("Add " + names[entry]);
+    }
+    EXPECT_EQ(presets.SetList(), names);
+    for (const char* const step : {"Later", "Take out"}) {
+        open();
+        Choose("0   ");
+        Choose(step);
+    }
+    EXPECT_EQ(presets.SetList(), std::vector<std::string>{names[0]});
 }
 
 TEST_F(FaceTest, TextsFitAndEveryControlIsExplained) {

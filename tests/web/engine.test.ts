@@ -12,17 +12,6 @@ const folder = mkdtempSync(`${tmpdir()}/tesserae-web-`);
 const rates = [44100, 48000];
 declare const harness: Harness;
 
-/**
- * How far a preset may be from the renderer, where it is more than 1e-6: loops and tapes that go on
- * sounding make larger what the browser's C library rounds otherwise than the system's.
- */
-const limits: Readonly<Record<string, number>> = {
-    "feedback-wash": 3e-6,
-    "frozen-pad": 3e-6,
-    "tape-garden": 5e-6,
-    "worn-tape": 4e-5,
-};
-
 let served: Served;
 let page: Page;
 
@@ -69,7 +58,7 @@ for (const rate of rates)
                     harness.compare(`test/${hz}.raw`, hz, name, `test/${name}-${hz}.raw`),
                 [rate, preset] as const,
             );
-            if (!differences.every((difference) => difference <= (limits[preset] ?? 1e-6)))
+            if (!differences.every((difference) => difference <= 1e-6))
                 bad.push(`${preset}: ${differences.join(", ")}`);
         }
         assert.deepEqual(bad, []);

@@ -100,7 +100,7 @@ const harness = {
         setTimeout(() => looks.push(look()), 1000);
         await harness.watch(input, rate, preset, display);
         looks.push(look());
-        const label = document.querySelector("[role=img]")?.getAttribute("aria-label");
+        const label = [...document.querySelectorAll("[role=img]")].at(-1)?.getAttribute("aria-label");
         display.close();
         return { looks, label };
     },

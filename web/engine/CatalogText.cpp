@@ -6,6 +6,7 @@
 #include "host/parameters/SharedCatalog.h"
 #include "host/parameters/Unit.h"
 #include "host/state/PresetFormat.h"
+#include "plugins/ui/help/HelpTable.h"
 #include "presets/FactoryPresets.h"
 #include "web/engine/SoundTexts.h"
 
@@ -14,6 +15,12 @@ namespace Quorvan::Web {
 namespace {
 
 using Json = nlohmann::json;
+
+/// What the window says on the parameter; "(Free)" and "(Synced)" share one sentence.
+std::string_view HelpOn(std::string_view title) {
+    const std::string_view exact = Ui::HelpOn(title);
+    return exact.empty() ? Ui::HelpOn(title.substr(0, title.find(" ("))) : exact;
+}
 
 Json Parameters() {
     Json list = Json::array();
@@ -28,7 +35,8 @@ Json Parameters() {
                         {"minimum", info.minimum},
                         {"maximum", info.maximum},
                         {"position", info.defaultPosition},
-                        {"choices", info.choices}});
+                        {"choices", info.choices},
+                        {"help", HelpOn(info.title)}});
     }
     return list;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -27,6 +28,10 @@ public:
     bool IsFrameNew() const { return frameIsNew; }
     /// Whether sound comes at all; a picture that stands still tells nothing of the present.
     bool IsAlive() const { return lastFrame >= 0.0 && now - lastFrame < 0.5; }
+    /// Appends what has come in one of the picture's rows of moments. heard: those that have been
+    /// taken so far, kept by the caller.
+    void Listen(const std::array<float, Host::DisplayFrame::kMoments>& row, uint64_t& heard,
+                std::vector<float>& out) const;
     /// Counts up when names may mean other parameters, or texts read otherwise.
     uint64_t Revision() const { return revision; }
 

@@ -5,6 +5,7 @@
 
 #include "plugins/ui/model/FaceModel.h"
 #include "plugins/ui/panels/Panel.h"
+#include "plugins/ui/panels/PresetActions.h"
 #include "plugins/ui/widgets/Stage.h"
 #include "plugins/ui/widgets/TextField.h"
 
@@ -28,20 +29,10 @@ private:
     void AddOwn(const Rect& place, const char* text, const char* help,
                 std::function<void(const Rect&)> act);
     void Search();
-    void AskName(const Rect& anchor);
-    std::string Save(const std::string& name);
-    void AskNewName(const Rect& anchor);
-    std::string Rename(const std::string& name);
-    void AskTags(const Rect& anchor);
-    std::string SaveTags(const std::string& text);
-    void OfferSetList(const Rect& anchor);
-    void PutInSetList(size_t place, int way);
-    bool IsOwn() const;
-    void Delete();
-    const Host::PresetEntry* Present() const;
 
     FaceModel& model;
     Stage& stage;
+    PresetActions actions;
     std::string words;
     std::set<std::string> tags;
     bool onlyFavourites = false;

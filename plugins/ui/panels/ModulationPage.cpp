@@ -4,6 +4,7 @@
 #include "plugins/ui/model/FunctionCurve.h"
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
+#include "plugins/ui/panels/Scopes.h"
 #include "plugins/ui/widgets/BarEditor.h"
 #include "plugins/ui/widgets/CurveEditor.h"
 #include "plugins/ui/widgets/RouteList.h"
@@ -17,7 +18,7 @@ using Kind = PlacedControl::Kind;
 constexpr Rect kEditor{Layout::kPage.x, Layout::kPage.y, 752.0, Layout::kPage.height};
 constexpr Rect kRoutes{Layout::kPage.x + 760.0, Layout::kPage.y, 320.0, Layout::kPage.height};
 constexpr Rect kDrawing{kEditor.x + 12.0, kEditor.y + 30.0, kEditor.width - 24.0, 154.0};
-constexpr uint32_t kFollower = 0, kSteps = 4;
+constexpr uint32_t kFollower = 0, kSteps = 4, kMacros = 5;
 
 constexpr PlacedControl kFunctionControls[]{
     {Kind::Knob, "Rate", "Rate", 12.0, 196.0},
@@ -42,14 +43,14 @@ constexpr PlacedControl kStepControls[]{
     {Kind::Toggle, "Bipolar", "Bipolar", 676.0, 230.0, 64.0, 26.0},
 };
 constexpr PlacedControl kFollowerControls[]{
-    {Kind::Choice, "Source", "Listens to", 16.0, 96.0, 128.0, 40.0},
-    {Kind::Bipolar, "Gain", "Gain", 176.0, 72.0},
-    {Kind::Knob, "Attack", "Attack", 264.0, 72.0},
-    {Kind::Knob, "Release", "Release", 352.0, 72.0},
+    {Kind::Choice, "Source", "Listens to", 16.0, 60.0, 128.0, 40.0},
+    {Kind::Bipolar, "Gain", "Gain", 176.0, 36.0},
+    {Kind::Knob, "Attack", "Attack", 264.0, 36.0},
+    {Kind::Knob, "Release", "Release", 352.0, 36.0},
 };
 constexpr PlacedControl kMacroControls[]{
-    {Kind::Knob, "Macro 1", "Macro 1", 16.0, 72.0},
-    {Kind::Knob, "Macro 2", "Macro 2", 104.0, 72.0},
+    {Kind::Knob, "Macro 1", "Macro 1", 16.0, 48.0},
+    {Kind::Knob, "Macro 2", "Macro 2", 16.0, 168.0},
 };
 
 /// One source's editor; shown while that source is chosen.
@@ -61,7 +62,9 @@ public:
                      std::move(names)),
           source(itsSource),
           chosen(chosenSource) {}
-    bool IsShown() const override { return source == *chosen || (source == 5 && *chosen == 6); }
+    bool IsShown() const override {
+        return source == *chosen || (source == kMacros && *chosen == kMacros + 1);
+    }
 
 protected:
     double Level() const {
@@ -167,6 +170,9 @@ public:
             return static_cast<double>(model.Position(first + i));
         };
         actions.text = [](uint32_t i) { return std::to_string(i + 1); };
+        actions.played = [this] {
+            return model.IsAlive() ? static_cast<int>(model.Frame().sequencerStep) : -1;
+        };
         actions.begin = [this](uint32_t i) { model.Begin(first + i); };
         actions.set = [this](uint32_t i, double value) {
             model.Edit(first + i, static_cast<float>(value));
@@ -178,6 +184,29 @@ public:
 
 private:
     uint32_t first;
+};
+
+class FollowerEditor final : public SourceEditor {
+public:
+    FollowerEditor(const ChosenSource& chosenSource, FaceModel& faceModel, Stage& face)
+        : SourceEditor(kFollower, kFollowerControls, "Envelope Follower ", chosenSource, faceModel,
+                       face) {
+        Add<DrawnView>(At(12.0, 128.0, box.width - 24.0, box.height - 140.0), "Follower",
+                       "The last three seconds: what it hears, and what it gives.",
+                       FollowerScope(faceModel));
+    }
+};
+
+class MacroEditor final : public SourceEditor {
+public:
+    MacroEditor(const ChosenSource& chosenSource, FaceModel& faceModel, Stage& face)
+        : SourceEditor(kMacros, kMacroControls, "", chosenSource, faceModel, face) {
+        title = "Macros";
+        for (uint32_t i = 0; i < 2; ++i)
+            Add<DrawnView>(At(104.0, 40.0 + 120.0 * i, box.width - 116.0, 112.0),
+                           Host::SourceName(kMacros + i), "The last three seconds of it.",
+                           SourceScope(faceModel, kMacros + i));
+    }
 };
 
 /// What the chosen source moves.
@@ -208,12 +237,11 @@ public:
 
 Panels MakeModulationPage(FaceModel& model, Stage& stage, const ChosenSource& chosen) {
     Panels panels;
-    panels.push_back(std::make_unique<SourceEditor>(kFollower, kFollowerControls,
-                                                    "Envelope Follower ", chosen, model, stage));
+    panels.push_back(std::make_unique<FollowerEditor>(chosen, model, stage));
     for (uint32_t number = 1; number <= 3; ++number)
         panels.push_back(std::make_unique<FunctionEditor>(number, chosen, model, stage));
     panels.push_back(std::make_unique<StepEditor>(chosen, model, stage));
-    panels.push_back(std::make_unique<SourceEditor>(5, kMacroControls, "", chosen, model, stage));
+    panels.push_back(std::make_unique<MacroEditor>(chosen, model, stage));
     panels.push_back(std::make_unique<RoutesPanel>(model, chosen));
     return panels;
 }

@@ -16,15 +16,7 @@ SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, const std::function<ui
     for (uint32_t source = 0; source < Host::kModulationSources; ++source) {
         SourceTile::Actions actions;
         actions.listen = [&model, source, heard = uint64_t{0}](std::vector<float>& out) mutable {
-            const Host::DisplayFrame& frame = model.Frame();
-            constexpr uint64_t kRoom = Host::DisplayFrame::kMoments;
-            if (!model.IsFrameNew())
-                return;
-            heard = std::max(heard, frame.moments > kRoom ? frame.moments - kRoom : 0);
-            if (heard > frame.moments)
-                heard = 0;
-            for (; heard < frame.moments; ++heard)
-                out.push_back(frame.sources[source][heard % kRoom]);
+            model.Listen(model.Frame().sources[source], heard, out);
         };
         actions.routes = [&model, source] { return model.RoutesFrom(source); };
         actions.chosen = [chosen, source] { return chosen() == source; };
@@ -34,7 +26,7 @@ SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, const std::function<ui
         if (source >= 5)
             Add<Slider>(Rect{place.x + 10.0, place.Bottom() - 32.0, place.width - 20.0, 24.0}, face,
                         std::make_unique<ParameterControl>(model, Host::SourceName(source)), "",
-                        Theme::Source(source).Faded(0.45));
+                        Theme::Source(source).Faded(0.35));
     }
 }
 

@@ -25,7 +25,7 @@ struct Options {
     size_t page = 0;
     bool time = false;
     std::vector<std::string> settings;  ///< NAME=TEXT
-    std::vector<double> point;          ///< where the pointer rests
+    std::vector<double> points;         ///< where it clicks, and rests at last
     bool press = false, rightPress = false;
 };
 
@@ -66,7 +66,7 @@ public:
             Play();
             playing += Since(before);
             if (!pointed && now > options.seconds - 1.5)
-                pointed = Point(face);
+                pointed = Point(face, context, now);
             double spent = 0.0, area = 0.0;
             for (const Rect& rect : face.Idle(now)) {
                 face.Draw(context, rect);
@@ -117,16 +117,20 @@ private:
         instrument.Process(buffer, sink);
         done += kFrames;
     }
-    bool Point(FaceCore& face) const {
-        if (options.point.size() != 2)
-            return true;
-        PointerEvent event;
-        event.at = {options.point[0] * options.scale, options.point[1] * options.scale};
-        face.Move(event);
-        if (options.press || options.rightPress) {
-            event.button = options.press ? Button::Left : Button::Right;
+    bool Point(FaceCore& face, cairo_t* context, double now) const {
+        for (size_t i = 0; i + 1 < options.points.size(); i += 2) {
+            PointerEvent event;
+            event.at = {options.points[i] * options.scale, options.points[i + 1] * options.scale};
+            event.time = now + static_cast<double>(i);
+            face.Move(event);
+            const bool isLast = i + 2 == options.points.size();
+            if (isLast && !options.press && !options.rightPress)
+                break;
+            event.button = isLast && options.rightPress ? Button::Right : Button::Left;
             face.Press(event);
             face.Release(event);
+            for (const Rect& rect : face.Idle(now))
+                face.Draw(context, rect);
         }
         return true;
     }
@@ -168,8 +172,9 @@ int main(int count, char** arguments) {
         app.add_option("--seconds", options.seconds, "Music before the picture");
         app.add_option("--page", options.page, "Number of the page below the tape, from 0");
         app.add_option("--set", options.settings, "NAME=TEXT of a parameter");
-        app.add_option("--point", options.point, "Where the pointer rests")->expected(2);
-        app.add_flag("--press", options.press, "Click there");
+        app.add_option("--point", options.points,
+                       "X Y of clicks, and of where the pointer rests at last");
+        app.add_flag("--press", options.press, "Click there too");
         app.add_flag("--right-press", options.rightPress, "Click there with the right button");
         app.add_flag("--time", options.time, "Print how long drawing took");
         CLI11_PARSE(app, count, arguments);

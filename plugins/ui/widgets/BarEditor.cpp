@@ -15,9 +15,11 @@ bool BarEditor::Tick(double) {
     std::vector<double> values(actions.count());
     for (uint32_t i = 0; i < values.size(); ++i)
         values[i] = actions.value(i);
-    if (values == shown)
+    const int played = actions.played();
+    if (values == shown && played == shownPlayed)
         return false;
     shown = std::move(values);
+    shownPlayed = played;
     return true;
 }
 
@@ -26,12 +28,15 @@ void BarEditor::Draw(Painter& painter) {
     const double width = box.width / static_cast<double>(std::max<size_t>(shown.size(), 1));
     for (uint32_t i = 0; i < shown.size(); ++i) {
         const Rect cell{box.x + width * i + 1.0, box.y + 2.0, width - 2.0, box.height - 4.0};
-        painter.Fill(cell, Theme::kPanel);
+        const bool isPlayed = static_cast<int>(i) == shownPlayed;
+        painter.Fill(cell, isPlayed ? Theme::kRaisedHover : Theme::kPanel);
         const double height = shown[i] * cell.height;
         painter.Fill({cell.x, cell.Bottom() - height, cell.width, height},
                      Theme::kTrack.Towards(Theme::kOn, 0.25));
         painter.Fill({cell.x, cell.Bottom() - std::max(height, 2.0), cell.width, 2.0},
                      shown[i] > 0.0 ? Theme::kOn : Theme::kTrack);
+        if (isPlayed)
+            painter.Fill({cell.x, cell.y, cell.width, 3.0}, Theme::kPlayHead);
         painter.Text({cell.x, cell.Bottom() - 15.0, cell.width, 14.0}, actions.text(i),
                      {Theme::kSmall, Theme::kText}, Align::Centre);
     }

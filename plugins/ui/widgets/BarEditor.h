@@ -13,6 +13,7 @@ public:
         std::function<uint32_t()> count;            ///< bars in use
         std::function<double(uint32_t)> value;      ///< 0..1
         std::function<std::string(uint32_t)> text;  ///< shown in a bar
+        std::function<int()> played;                ///< the bar at work; negative: none
         std::function<void(uint32_t)> begin;
         std::function<void(uint32_t, double)> set;
         std::function<void(uint32_t)> end;
@@ -32,6 +33,7 @@ private:
     std::string title, help;
     Actions actions;
     std::vector<double> shown;
+    int shownPlayed = -1;
     uint32_t first = 0;  ///< that the gesture began on
 };
 

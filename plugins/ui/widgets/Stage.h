@@ -20,6 +20,11 @@ struct MenuItem {
     Colour mark{0.0, 0.0, 0.0, 0.0};
 };
 
+/// A line of a form: what it is for, and what stands in it at first.
+struct EntryLine {
+    std::string label, begun;
+};
+
 /// What a widget asks of the face that it is on.
 class Stage {
 public:
@@ -30,6 +35,10 @@ public:
     /// A line to write in; accept takes what was written and answers a sentence where it is wrong.
     virtual void OpenEntry(const Rect& anchor, const std::string& text,
                            std::function<std::string(const std::string&)> accept) = 0;
+    /// The same with several lines.
+    using AcceptLines = std::function<std::string(const std::vector<std::string>&)>;
+    virtual void OpenForm(const Rect& anchor, const std::vector<EntryLine>& lines,
+                          AcceptLines accept) = 0;
     /// A source of modulation is being dragged, to be dropped on a control.
     virtual void CarrySource(uint32_t source, Point at) = 0;
     virtual void DropSource(uint32_t source, Point at) = 0;

@@ -70,6 +70,7 @@ void TapeView::Draw(Painter& painter) {
     for (const TapeGrain& grain : picture.grains)
         DrawGrain(painter, grain);
     DrawFlashes(painter);
+    DrawPitches(painter);
     DrawHeads(painter);
     painter.Unclip();
     painter.RoundLine(box, 8.0, picture.frozen ? Theme::kFreeze : Theme::kLine,
@@ -99,15 +100,21 @@ void TapeView::DrawRuler(Painter& painter) const {
     for (const int octave : {-24, -12, 0, 12, 24}) {
         const double y = painter.Snap(YOf(octave));
         painter.Fill({box.x, y, box.width, 1.0}, Theme::kLine.Faded(octave == 0 ? 0.9 : 0.35));
-        const std::string name =
-            std::string(octave > 0 ? "+" : "") + std::to_string(octave) + " st";
-        painter.Text({box.Right() - 52.0, y - 15.0, 44.0, 14.0}, name,
-                     {Theme::kSmall, Theme::Pitch(octave).Towards(Theme::kText, 0.35)},
-                     Align::Right);
     }
     for (const double mark : picture.marks)
         painter.Fill({painter.Snap(XOf(mark)), box.y + 0.5 * box.height - 24.0, 1.0, 48.0},
                      Theme::kText.Faded(0.45));
+}
+
+/// On plates, since waves and grains run under them.
+void TapeView::DrawPitches(Painter& painter) const {
+    for (const int octave : {-24, -12, 0, 12, 24}) {
+        const Rect place{box.Right() - 52.0, painter.Snap(YOf(octave)) - 15.0, 44.0, 14.0};
+        painter.Round(place.Inset(-3.0, 0.0), 3.0, Theme::kWell.Faded(0.85));
+        painter.Text(place, std::string(octave > 0 ? "+" : "") + std::to_string(octave) + " st",
+                     {Theme::kSmall, Theme::Pitch(octave).Towards(Theme::kText, 0.35)},
+                     Align::Right);
+    }
 }
 
 /// Ahead of the write head lies the round before, which is fainter.

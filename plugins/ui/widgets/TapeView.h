@@ -70,6 +70,7 @@ private:
     void NoteStarts(double seconds);
 
     void DrawRuler(Painter& painter) const;
+    void DrawPitches(Painter& painter) const;
     void DrawWave(Painter& painter) const;
     void DrawSpray(Painter& painter) const;
     void DrawGrain(Painter& painter, const TapeGrain& grain) const;

@@ -22,6 +22,11 @@ void TextField::MakeLasting(std::string itsHint) {
     hint = std::move(itsHint);
 }
 
+void TextField::Complain(std::string sentence) {
+    problem = std::move(sentence);
+    Invalidate();
+}
+
 size_t TextField::Before(size_t at) const {
     while (at > 0 && Follows(text[--at])) {
     }

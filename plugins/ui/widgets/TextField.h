@@ -26,6 +26,8 @@ public:
     const std::string& Written() const { return text; }
     /// Stays when Enter is pressed or the pointer goes elsewhere; shows hint while it is empty.
     void MakeLasting(std::string itsHint);
+    /// Shows what is wrong with it, until it changes.
+    void Complain(std::string sentence);
     static constexpr double kHeight = 26.0;
 
 private:

@@ -88,11 +88,8 @@ FaceWindow::FaceWindow(Host::Instrument& instrument, uintptr_t parent, double sc
         parts->shell.setTitle("Tesserae");
 }
 
-/// The toolkit complains about windows that are still shown when it ends.
-FaceWindow::~FaceWindow() {
-    if (parts->shell.isVisible())
-        parts->shell.hide();
-}
+/// The toolkit complains about windows that are still open when it ends.
+FaceWindow::~FaceWindow() { parts->shell.close(); }
 
 bool FaceWindow::Idle() {
     parts->widget.Look();

@@ -89,6 +89,7 @@ export interface CatalogText {
         readonly maximum: number;
         readonly position: number;
         readonly choices: readonly string[];
+        readonly help: string;
     }[];
     readonly sources: readonly string[];
     readonly destinations: readonly string[];

@@ -35,4 +35,6 @@ export interface Parameter {
     readonly defaultPosition: number;
     /** Names of the choices, of a switch too; choice k of n stands at position k / (n - 1). */
     readonly choices: readonly string[];
+    /** A sentence on what it does; empty where there is none. */
+    readonly help: string;
 }
