@@ -97,13 +97,10 @@ const harness = {
         const display = new Display(document.body, catalog);
         const look = () => [...document.querySelectorAll("canvas")].at(-1)?.toDataURL();
         const looks = [look()];
-        const watched = harness.watch(input, rate, preset, display);
-        for (const wait of [800, 200]) {
-            await new Promise((resolve) => setTimeout(resolve, wait));
-            looks.push(look());
-        }
-        await watched;
-        const label = document.querySelector("[role=img]")?.getAttribute("aria-label");
+        setTimeout(() => looks.push(look()), 1000);
+        await harness.watch(input, rate, preset, display);
+        looks.push(look());
+        const label = [...document.querySelectorAll("[role=img]")].at(-1)?.getAttribute("aria-label");
         display.close();
         return { looks, label };
     },
@@ -117,10 +114,9 @@ const harness = {
         const source = new AudioBufferSourceNode(context, { buffer });
         source.start();
         const recorder = new Recorder(context, source, most);
-        let isFull = false;
-        recorder.onFull = () => (isFull = true);
         recorder.start();
         await new Promise((resolve) => setTimeout(resolve, 1000));
+        const isFull = !recorder.isRecording;
         const file = await recorder.stop();
         await context.close();
         return { isFull, bytes: [...new Uint8Array(await file.arrayBuffer())] };

@@ -11,11 +11,11 @@ test("MIDI moves what it was learnt for, on whatever instrument and after a relo
     const play = (port: string, ...data: number[]) =>
         inputs.get(port)?.onmidimessage?.({ data: Uint8Array.from(data) });
     const moves: number[][] = [];
+    const request = async () => access as unknown as MIDIAccess;
     const make = async () => {
-        const midi = new MidiInput(() => Promise.resolve(access as unknown as MIDIAccess), () => kept);
-        await midi.connect();
+        const midi = new MidiInput(request, () => kept);
         midi.onMove = (...move) => moves.push(move);
-        return midi;
+        return midi.connect().then(() => midi);
     };
     const midi = await make();
     midi.learn(5);
