@@ -53,7 +53,8 @@ GrainScheduler::GrainScheduler(GrainPool& pool, CaptureBuffer& tape, MarkerRing&
       gate(pulse),
       randomA(prims::SeedFromClock()) {}
 
-bool GrainScheduler::Decide(uint32_t n) {
+/// Of a sample that may start a grain.
+bool GrainScheduler::Decide(uint32_t n, uint32_t draw) const {
     const bool beat = settings.granularMode == GranularSettings::kBeat;
     float skipChance = 0.0f;
     if (settings.randomDensityArrow == 1) {
@@ -62,7 +63,7 @@ bool GrainScheduler::Decide(uint32_t n) {
         if (settings.granularMode == GranularSettings::kTexture)
             skipChance *= 0.5f;
     }
-    bool skip = Uniform() < skipChance;
+    bool skip = static_cast<float>(draw) * prims::kXorshiftScale < skipChance;
     if (beat && clocks.sequence[n] == 0.0f)
         skip = true;
     const bool tick = clocks.tick[n] > 0.5f;
@@ -70,9 +71,7 @@ bool GrainScheduler::Decide(uint32_t n) {
         beat ? (tick || pendingTrigger) && !skip : (tick && !skip) || pendingTrigger;
     if (!wanted)
         return false;
-    if (capture.quantizationMode == CaptureBuffer::kTransients && markers.Count() == 0)
-        return false;
-    return settings.triggerMode != 1 || curves.At(Curve::GrainTrigger, n) > 0.5f;
+    return capture.quantizationMode != CaptureBuffer::kTransients || markers.Count() != 0;
 }
 
 void GrainScheduler::Start(uint32_t n) {

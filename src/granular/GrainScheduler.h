@@ -48,7 +48,9 @@ public:
     /// first: from then on the heads have to stand where they are at n.
     template <class CatchUp>
     void Step(uint32_t n, CatchUp&& catchUp) {
-        if (!Decide(n))
+        // Every sample draws, and hardly any can start a grain.
+        const uint32_t draw = prims::XorshiftStep(randomA);
+        if (!MayStart(n) || !Decide(n, draw))
             return;
         catchUp();
         Start(n);
@@ -93,7 +95,11 @@ private:
         GrainShape shape;
     };
 
-    bool Decide(uint32_t n);
+    bool MayStart(uint32_t n) const {
+        return (pendingTrigger || clocks.tick[n] > 0.5f) &&
+               (settings.triggerMode != 1 || curves.At(Curve::GrainTrigger, n) > 0.5f);
+    }
+    bool Decide(uint32_t n, uint32_t draw) const;
     void Start(uint32_t n);
     void DrawJitter(uint32_t n);
     void DrawLayerOffset(uint32_t n);
@@ -106,9 +112,7 @@ private:
     void PlaceStarts(Side& leftSide, Side& rightSide, const Pair& pair) const;
     void AddGrain(const Side& side, const Pair& pair, uint32_t n, bool rightSide);
 
-    float Uniform() {
-        return static_cast<float>(prims::XorshiftStep(randomA)) * prims::kXorshiftScale;
-    }
+    float Uniform() { return prims::XorshiftUniform(randomA); }
     float Triangular() {
         const float a = Uniform();
         return a - Uniform();

@@ -1,6 +1,7 @@
 #include "granular/MoteWeaver.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <tuple>
 #include <utility>
@@ -117,6 +118,10 @@ void MoteWeaver::Fill(const ProcessBlock& block, uint32_t id, uint32_t row, Curv
         return;
     std::fill_n(curves[curve], blockSize, value);
     resting = value;
+}
+
+bool MoteWeaver::Rests(Curve curve, uint32_t frames) const {
+    return !std::isnan(restingAt[static_cast<size_t>(curve)]) || IsConstant(curves[curve], frames);
 }
 
 float MoteWeaver::WholeNote() const { return kWholeNoteBeats / tempo; }
@@ -441,7 +446,7 @@ void MoteWeaver::FillTextureRate(uint32_t frames) {
         return knob.PositionOf(kTextureLayers[layer] * 1000.0f / size[n]) - now;
     };
     // The curve's inverse is a logarithm: it is taken where something has moved.
-    if (IsConstant(size, frames) && IsConstant(density, frames)) {
+    if (Rests(Curve::TextureSizeAbsolute, frames) && Rests(Curve::TextureDensity, frames)) {
         std::fill_n(textureRateInput, frames, rateAt(0));
         return;
     }

@@ -74,6 +74,7 @@ private:
         return ParameterAt(id).GetBlockValue(block, row);
     }
     void Fill(const ProcessBlock& block, uint32_t id, uint32_t row, Curve curve);
+    bool Rests(Curve curve, uint32_t frames) const;
     float WholeNote() const;
 
     // The control step, in its order.

@@ -128,6 +128,17 @@ float FunctionGenerator<Points>::Slewed(float from, float towards) const {
     return distance <= -slew.maxStep ? static_cast<float>(start - slew.maxStep) : towards;
 }
 
+/// Of phases that climb, the first and the last one tell.
+template <uint32_t Points>
+bool FunctionGenerator<Points>::HoldsAll(const CurveSegment& segment, uint32_t steps) const {
+    if (phasesClimb)
+        return segment.Holds(phaseBuffer[0]) && segment.Holds(phaseBuffer[steps - 1]);
+    uint32_t outside = 0;
+    for (uint32_t i = 0; i < steps; ++i)
+        outside += segment.Holds(phaseBuffer[i]) ? 0 : 1;
+    return outside == 0;
+}
+
 /// The block in which the phase stays on one straight segment and the slew has nothing to hold
 /// back; false for any other.
 template <uint32_t Points>
@@ -138,10 +149,7 @@ bool FunctionGenerator<Points>::FillLine(float* out, uint32_t steps) {
     if (HasObservers() || slew.maxStep < kWidest || end > this->lastPoint)
         return false;
     const CurveSegment segment = this->SegmentTo(end);
-    uint32_t outside = segment.IsLine() ? 0 : 1;
-    for (uint32_t i = 0; i < steps; ++i)
-        outside += segment.Holds(phaseBuffer[i]) ? 0 : 1;
-    if (outside > 0)
+    if (!segment.IsLine() || !HoldsAll(segment, steps))
         return false;
     const float bipolar = Value(Helper::Bipolar);
     for (uint32_t i = 0; i < steps; ++i)

@@ -61,6 +61,7 @@ private:
     void UpdateSlew(uint32_t stepLength);
     float Slewed(float from, float towards) const;
     void FillCurve(float* out, uint32_t steps);
+    bool HoldsAll(const CurveSegment& segment, uint32_t steps) const;
     bool FillLine(float* out, uint32_t steps);
     void FillResting(float* out, uint32_t steps);
     bool CycleStarts(uint32_t steps) const;

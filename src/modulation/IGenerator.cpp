@@ -151,6 +151,7 @@ bool IGenerator::OnProcess(ProcessBlock& block) {
     run.samplesPerStep = controlRate ? static_cast<float>(frames) : 1.0f;
     run.playing = block.transportPlaying != 0;
     run.wasPlaying = wasPlaying;
+    phasesClimb = false;
     std::fill_n(tickBuffer, frames, 0.0f);
     for (uint32_t c = 0; c < block.numOutputs; ++c)
         std::fill_n(block.outputs[c], run.steps, 0.0f);
@@ -194,18 +195,21 @@ void IGenerator::FillRates(const ProcessBlock& block) {
     const uint32_t frames = block.numFrames;
     if (rateInputMode == kNoRateInput || !IsRowActive(block, rateInputIndex)) {
         std::fill_n(rateBuffer, frames, rate);
+        ratesRest = true;
         return;
     }
     Parameter& knob = parameters[synced ? RateSynced : RateUnSynced];
     if (rateInputMode == kPerBlock) {
         const float value = knob.GetModulatedValue(block.inputs[rateInputIndex][0]);
         std::fill_n(rateBuffer, frames, synced ? TableEntry(value) : value);
+        ratesRest = true;
         return;
     }
     knob.FillBlockValues(block, rateInputIndex, rateBuffer);
     if (synced)
         for (uint32_t i = 0; i < frames; ++i)
             rateBuffer[i] = TableEntry(rateBuffer[i]);
+    ratesRest = IsConstant(rateBuffer, controlRate ? 1 : frames);
 }
 
 /// Takes a backward jump of the song position out of the clocks, so that the phase goes on.
@@ -332,7 +336,7 @@ void IGenerator::RunOneShotSynced(const Run& run) {
 
 /// The block of a synced run that follows the song and lies inside one cycle; false for any other.
 bool IGenerator::RunSyncedStraight(const Run& run) {
-    if (!hardFollow || mode != kFree || swingOn || !IsConstant(rateBuffer, run.steps))
+    if (!hardFollow || mode != kFree || swingOn || !ratesRest)
         return false;
     const double perBeat =
         0.25 / static_cast<double>(rateBuffer[0]) * static_cast<double>(run.keyFactor);
@@ -352,6 +356,7 @@ bool IGenerator::RunSyncedStraight(const Run& run) {
     }
     syncedPhase = start + (previousClock - clockOrigin) * perBeat - turn;
     std::fill_n(cycleBuffer, run.steps, static_cast<float>(cycle));
+    phasesClimb = perBeat >= 0.0 && beatsPerSample >= 0.0;
     return true;
 }
 
@@ -394,7 +399,7 @@ void IGenerator::RunSynced(const Run& run) {
 /// number between 1 and 2, and so is each step: the product gives the very sums that adding step by
 /// step would.
 bool IGenerator::RunFreeStraight(const Run& run) {
-    if (swingOn || rateBuffer[0] != previousRate || !IsConstant(rateBuffer, run.steps))
+    if (swingOn || rateBuffer[0] != previousRate || !ratesRest)
         return false;
     const auto start = static_cast<double>(phaseInit);
     const double step = FreeStep(previousRate, run);
@@ -408,6 +413,7 @@ bool IGenerator::RunFreeStraight(const Run& run) {
         phaseBuffer[i] =
             static_cast<float>(first + static_cast<double>(static_cast<int32_t>(i)) * advance);
     std::fill_n(cycleBuffer, run.steps, cycleCount);
+    phasesClimb = advance >= 0.0;
     freePhase = last;
     previousClock = run.clock + static_cast<double>(run.steps - 1) * beatsPerSample;
     return true;

@@ -131,6 +131,7 @@ protected:
     bool wasPlaying = false;
     bool controlRate = false;
     bool hardFollow = false;
+    bool phasesClimb = false;  ///< no phase of this block is below the one ahead of it
 
 private:
     /// What one block fixes for its steps.
@@ -162,6 +163,8 @@ private:
     static uint32_t IsOdd(float cycles);
     double CyclesAt(double clock, double perBeat) const;
     double Warp(double cycles) const;
+
+    bool ratesRest = false;  ///< all rates of this block are equal
 };
 
 }  // namespace Quorvan::dsp
