@@ -21,7 +21,7 @@ function beats(): Float32Array<ArrayBuffer> {
 }
 
 /**
- * Percent of the quantum's time behind three seconds to settle: the least of ten runs of two seconds,
+ * Percent of the quantum's time behind three seconds to settle: the least of thirty runs of a second,
  * because whatever else the machine does meanwhile comes on top.
  */
 async function cost(settings: Settings): Promise<number> {
@@ -40,10 +40,10 @@ async function cost(settings: Settings): Promise<number> {
         }
     };
     play(3);
-    const percents = Array.from({ length: 10 }, () => {
+    const percents = Array.from({ length: 30 }, () => {
         const start = performance.now();
-        play(2);
-        return (performance.now() - start) / 20;
+        play(1);
+        return (performance.now() - start) / 10;
     });
     return Math.min(...percents);
 }
