@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstdint>
 
 namespace Quorvan::dsp {
 
@@ -12,6 +13,14 @@ public:
     /// slope is the rise of the output above the threshold, 1 / ratio; threshold and knee in dB.
     CompressionCurve(float thresholdDb, float slope, float kneeDb);
 
+    /// Whether the gain is 0 dB at all of count levels. Without a jump in the loop, so that it runs
+    /// in vectors.
+    bool LeavesAll(const float* levels, uint32_t count) const {
+        uint32_t reached = 0;
+        for (uint32_t i = 0; i < count; ++i)
+            reached += levels[i] < quietLevel ? 0 : 1;
+        return reached == 0;
+    }
     /// Gain in dB, at or below 0 for slopes below 1; level is linear.
     float GainDb(float level) const {
         if (level < quietLevel)

@@ -224,6 +224,10 @@ void Compressor::FillGains(uint32_t pass, uint32_t count) {
     const float attack = attackCoefficient;
     const float release = releaseCoefficient;
     float smoothed = gainReduction[pass];
+    if (smoothed == 0.0f && law.LeavesAll(gains, count)) {
+        std::fill_n(gains, count, 1.0f);
+        return;
+    }
     for (uint32_t i = 0; i < count; ++i) {
         const float wanted = law.GainDb(gains[i]);
         const float coefficient = std::abs(wanted) > std::abs(smoothed) ? attack : release;
