@@ -120,6 +120,10 @@ TEST_F(FaceTest, GesturesMoveWhatTheyHoldByTheRightAmount) {
     const auto index = *face.Model().Find("Persistence");
     Click(Find("Persistence")->box.Centre(), 2);
     EXPECT_EQ(instrument.Position(index), test::Catalog()[index].defaultPosition);
+    // The default is a new plug-in's, not a new processor's.
+    Put("Pitch", "5 st");
+    Click(Find("Pitch")->box.Centre(), 2);
+    EXPECT_NEAR(face.Model().ValueOf("Pitch"), 0.0, 1e-3);
 }
 
 TEST_F(FaceTest, ADragIsOneStepAndOneGestureForTheHost) {

@@ -5,14 +5,35 @@
 #include <utility>
 
 #include "host/parameters/ModulationNames.h"
+#include "host/state/PresetFormat.h"
+#include "presets/FactoryPresets.h"
 
 namespace Quorvan::Ui {
 
 using Host::ActivatedIndex;
 using Host::AmountIndex;
 
+namespace {
+
+/// A new plug-in stands where the first preset puts it.
+std::vector<float> FreshPositions(const Host::ParameterCatalog& catalog) {
+    std::vector<float> positions;
+    for (const Host::ParameterInfo& info : catalog.All())
+        positions.push_back(info.defaultPosition);
+    const auto first = Host::ReadPreset(Host::FactoryPresets().front().json, catalog);
+    if (first.value)
+        for (const Host::ParameterValue& value : first.value->parameters)
+            positions[value.index] = value.position;
+    return positions;
+}
+
+}  // namespace
+
 FaceModel::FaceModel(Host::Instrument& anInstrument, Host::PresetLibrary& library)
-    : instrument(anInstrument), presets(library), settings(anInstrument.Catalog()) {
+    : instrument(anInstrument),
+      fresh(FreshPositions(anInstrument.Catalog())),
+      presets(library),
+      settings(anInstrument.Catalog()) {
     for (const Host::ParameterInfo& info : Catalog().All())
         if (info.index < Host::kProcessorParameters && Catalog().Decides(info.index))
             deciders.push_back(info.index);

@@ -40,6 +40,8 @@ public:
     std::optional<uint32_t> Find(std::string_view name) const;
     float Position(uint32_t index) const { return instrument.Position(index); }
     float PositionOf(std::string_view name) const;
+    /// Where a new plug-in has it.
+    float Default(uint32_t index) const { return fresh[index]; }
     uint32_t ChoiceOf(std::string_view name) const;
     /// The number behind a parameter's text.
     double ValueOf(std::string_view name) const;
@@ -78,6 +80,7 @@ private:
     float PresentPosition(uint32_t row, uint32_t index) const;
 
     Host::Instrument& instrument;
+    std::vector<float> fresh;  ///< a position for each parameter
     Host::PresetLibrary& presets;
     Host::PresentSettings settings;
     std::vector<uint32_t> deciders;       ///< indices that names and texts depend on

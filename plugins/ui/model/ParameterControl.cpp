@@ -27,7 +27,7 @@ const ParameterControl::Meaning& ParameterControl::Now() const {
     return meaning;
 }
 
-float ParameterControl::Default() const { return model.Catalog()[Now().index].defaultPosition; }
+float ParameterControl::Default() const { return model.Default(Now().index); }
 
 uint32_t ParameterControl::Steps() const { return model.Catalog()[Now().index].StepCount(); }
 
