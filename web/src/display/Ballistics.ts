@@ -13,16 +13,15 @@ export class Ballistics {
         this.shown = this.held = floor;
     }
 
-    /** now: milliseconds. Answers whether it is still moving. */
+    /** now: milliseconds. Answers whether it goes on moving where the value stays. */
     follow(value: number, now: number): boolean {
         const passed = Math.min(1, Math.max(0, (now - this.last) / 1000));
         this.last = now;
-        const [shown, held] = [this.shown, this.held];
         this.shown = Math.max(this.floor, value, this.shown - fall * passed);
         if (this.shown >= this.held || now - this.heldSince > holdMs) {
             this.held = this.shown;
             this.heldSince = now;
         }
-        return this.shown > this.floor || this.held > this.floor || shown !== this.shown || held !== this.held;
+        return this.shown > Math.max(this.floor, value) || this.held > this.shown;
     }
 }
