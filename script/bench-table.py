@@ -1,4 +1,8 @@
-"""Prints Google Benchmark reports as one table: bench-table.py REPORT.json..."""
+"""Prints Google Benchmark reports as one table: bench-table.py [--peers RESULTS.json] REPORT.json...
+
+With --peers the fastest other program that does the same work, linear interpolation and pan, stands
+beside each row of the grain loop, for the nearest count of grains that it was measured with.
+"""
 import json
 import re
 import sys
@@ -39,15 +43,32 @@ def against_plain(run, runs):
     return [f"{plain['cpu_time'] / run['cpu_time']:.1f} x the plain form"]
 
 
+def against_peers(run, peers):
+    """How many times as fast the grain loop is as the fastest peer."""
+    grains = re.search(r"BM_Grains_.*grains:(\d+)", run["name"])
+    if not grains or not peers:
+        return []
+    nearest = min(peers, key=lambda peer: abs(peer["n"] - int(grains[1])))["n"]
+    fastest = min((peer for peer in peers if peer["n"] == nearest), key=lambda peer: peer["ns"])
+    times = fastest["ns"] * 1e-9 / run["grain_sample"]
+    return [f"{times:.1f} x {fastest['engine']} ({fastest['ns']:.3g} ns)"]
+
+
+paths, peers = sys.argv[1:], []
+if paths[:1] == ["--peers"]:
+    with open(paths[1], encoding="utf-8") as results:
+        peers = [peer for peer in json.load(results)["grains"]
+                 if re.search(r"\blinear\b.*\bpan\b", peer["engine"])]
+    paths = paths[2:]
 rows = []
-for path in sys.argv[1:]:
+for path in paths:
     with open(path, encoding="utf-8") as report:
         text = report.read()
     if not text.strip():
         continue
     runs = {run["name"]: run for run in json.loads(text)["benchmarks"]}
     for run in runs.values():
-        figures = list(counters(run)) + against_plain(run, runs) or [f"{run['cpu_time']:.4g} {run['time_unit']}"]
+        figures = list(counters(run)) + against_plain(run, runs) + against_peers(run, peers) or [f"{run['cpu_time']:.4g} {run['time_unit']}"]
         rows.append((run["name"].removeprefix("BM_"), ", ".join(figures), run.get("label", "")))
 
 width = max((len(row[0]) for row in rows), default=0)
