@@ -14,6 +14,8 @@ namespace {
 constexpr uint32_t kPiece = 1024;
 /// Writes that may wait in the engine's queue, with room left for all settings at once.
 constexpr uint32_t kWaitingWrites = 4096;
+/// Seconds that the second half of a 14-bit value has to come in: a cable takes 1 ms for it.
+constexpr double kHalfWaits = 0.003;
 
 template <class Sample>
 std::array<Sample*, 2> Shifted(Sample* const* channels, uint32_t count, uint32_t frames) {
@@ -44,6 +46,7 @@ void InstrumentPlayer::SetEngine(std::unique_ptr<Engine> engine) {
     offsets.Clear();
     display.Prepare(current.Format().sampleRate);
     midiClock.Prepare(current.Format().sampleRate);
+    heldSince = 0;
     bypass.Aim(positions.Position(kBypassIndex) >= 0.5f);
     bypass.Prepare(current.Format(), current.LatencyFrames(), kPiece);
 }
@@ -65,15 +68,18 @@ void InstrumentPlayer::Process(const InstrumentBuffer& buffer, ControlSink& sink
         FollowHost(*buffer.transport);
     else
         RunOwnSong();
-    uint32_t frame = 0;
     for (const InstrumentEvent& event : buffer.events) {
-        frame = std::max(done, std::min(event.frame, audio.frames));
+        const uint32_t frame = std::max(done, std::min(event.frame, audio.frames));
+        ReleaseHeldMidi(frame);
         if (GetEngine() != nullptr && GetEngine()->WaitingWrites() >= kWaitingWrites)
             RunTo(frame);
         if (!IsOvertaken(&event, buffer.events))
             Handle(event, frame);
     }
-    HearMidi(midi.Release(), frame);
+    if (audio.frames > 0)
+        ReleaseHeldMidi(audio.frames - 1);
+    else
+        ReleaseFlushedMidi();
     RunTo(audio.frames);
     if (GetEngine() != nullptr)
         tempo.store(GetEngine()->GetTransport().tempo, std::memory_order_relaxed);
@@ -90,9 +96,8 @@ bool InstrumentPlayer::IsOvertaken(const InstrumentEvent* event,
     if (GetEngine() == nullptr || !isMorph(*event) || next == events.data() + events.size() ||
         !isMorph(*next))
         return false;
-    const uint64_t base = GetEngine()->FramesIn() - done;
     const uint32_t block = GetEngine()->BlockFrames();
-    return (base + event->frame) / block == (base + next->frame) / block;
+    return StreamFrame(event->frame) / block == StreamFrame(next->frame) / block;
 }
 
 void InstrumentPlayer::TakeUp(const InstrumentBuffer& buffer, ControlSink& sink) {
@@ -177,6 +182,29 @@ void InstrumentPlayer::HandleMidi(const std::array<uint8_t, 3>& message, uint32_
         return;
     }
     HearMidi(midi.Decode(message), frame);
+    if (midi.IsHolding() && GetEngine() != nullptr)
+        heldSince = StreamFrame(frame);
+}
+
+/// The first half of a 14-bit value counts alone where the second has not come up to a frame. It
+/// waits for a time of its own, so that the buffers' ends are not heard.
+void InstrumentPlayer::ReleaseHeldMidi(uint32_t frame) {
+    if (!midi.IsHolding())
+        return;
+    const Engine* const engine = GetEngine();
+    if (engine == nullptr)
+        return HearMidi(midi.Release(), 0);
+    const auto wait = static_cast<uint64_t>(kHalfWaits * engine->Format().sampleRate);
+    if (heldSince + wait > StreamFrame(frame))
+        return;
+    const uint64_t due = heldSince + wait - std::min(heldSince + wait, StreamFrame(0));
+    HearMidi(midi.Release(), std::max(std::min(done, frame), static_cast<uint32_t>(due)));
+}
+
+/// In a buffer without frames no time passes: what has come in it has come whole.
+void InstrumentPlayer::ReleaseFlushedMidi() {
+    if (midi.IsHolding() && (GetEngine() == nullptr || heldSince >= StreamFrame(0)))
+        HearMidi(midi.Release(), 0);
 }
 
 void InstrumentPlayer::HearMidi(const MidiDecoder::Values& values, uint32_t frame) {

@@ -105,6 +105,10 @@ private:
     void Handle(const InstrumentEvent& event, uint32_t frame);
     void HandleMidi(const std::array<uint8_t, 3>& message, uint32_t frame);
     void HearMidi(const MidiDecoder::Values& values, uint32_t frame);
+    void ReleaseHeldMidi(uint32_t frame);
+    void ReleaseFlushedMidi();
+    /// Of a frame of the buffer, counted from the engine's start.
+    uint64_t StreamFrame(uint32_t frame) const { return GetEngine()->FramesIn() - done + frame; }
     void FollowClock(const std::array<uint8_t, 3>& message, uint32_t frame);
     void LearnFrom(const MidiDecoder::Values& values);
     void RunOwnSong();
@@ -130,6 +134,7 @@ private:
     HandOver<MorphPlan> plans;
     HandOver<MidiRoutes> midiRoutes;
     MidiDecoder midi;
+    uint64_t heldSince = 0;  ///< frame of the stream at which a held MSB came
     MidiClock midiClock;
     MidiLearner learner;
     uint32_t learnt = kUnassigned;  ///< parameter that the learner listens for

@@ -43,6 +43,9 @@ std::optional<Transport> MidiClock::Hear(const std::array<uint8_t, 3>& message, 
 /// The first tick behind a start is the place where the song begins.
 std::optional<Transport> MidiClock::Tick(uint64_t frame) {
     const double before = tempo;
+    // Ticks ahead of a pause tell nothing of those behind it.
+    if (!Runs(frame))
+        ticks = 0;
     MeasureTempo(frame);
     if (!playing)
         return before != tempo

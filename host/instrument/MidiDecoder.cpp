@@ -8,7 +8,7 @@ namespace {
 constexpr uint8_t kNoteOff = 0x80, kNoteOn = 0x90, kControlChange = 0xb0, kChannelPressure = 0xd0,
                   kBend = 0xe0;
 constexpr uint8_t kDataCoarse = 6, kDataFine = 38, kNrpnFine = 98, kNrpnCoarse = 99, kRpnFine = 100,
-                  kRpnCoarse = 101;
+                  kRpnCoarse = 101, kFirstMode = 120;
 constexpr uint8_t kFineOffset = 32;
 
 float Of7(uint8_t value) { return static_cast<float>(value) / 127.0f; }
@@ -84,6 +84,9 @@ void MidiDecoder::Hold(const MidiSource& source, Wide& wide, uint8_t coarse) {
 
 void MidiDecoder::Controller(uint8_t channel, uint8_t number, uint8_t value, Values& values) {
     using Kind = MidiSource::Kind;
+    // From there on they are orders to the device, such as "All Notes Off".
+    if (number >= kFirstMode)
+        return;
     Channel& state = channels[channel];
     if (Select(state, number, value) || DataEntry(channel, number, value, values))
         return;

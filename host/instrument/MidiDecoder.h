@@ -47,6 +47,8 @@ public:
 
     /// message: up to three bytes, a whole message.
     Values Decode(const std::array<uint8_t, 3>& message);
+    /// Whether an MSB waits for its LSB.
+    bool IsHolding() const { return held.has_value(); }
     /// What still waits for its LSB.
     Values Release();
 

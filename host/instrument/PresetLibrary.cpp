@@ -330,6 +330,8 @@ std::string PresetLibrary::WriteList(const char* file, const char* format,
 std::string PresetLibrary::SetFavourite(size_t number, bool favourite) {
     if (number >= entries.size())
         return "There is no such preset any more.";
+    // Another instance may have changed the list since it was read.
+    ReadLists();
     std::erase(favourites, entries[number].name);
     if (favourite)
         favourites.push_back(entries[number].name);

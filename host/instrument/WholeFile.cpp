@@ -59,8 +59,14 @@ std::optional<std::string> ReadWholeFile(const std::filesystem::path& file, size
     return std::move(content).str();
 }
 
-std::string WriteWholeFile(const std::filesystem::path& file, std::string_view content) {
+std::string WriteWholeFile(const std::filesystem::path& wanted, std::string_view content) {
     std::error_code error;
+    // What a link points to is written, and the link stays.
+    std::filesystem::path file = std::filesystem::weakly_canonical(wanted, error);
+    if (error)
+        file = wanted;
+    if (std::filesystem::exists(file, error) && !std::filesystem::is_regular_file(file, error))
+        return Quoted(file.string()) + " is no file that could be written anew.";
     if (file.has_parent_path())
         std::filesystem::create_directories(file.parent_path(), error);
     if (error)

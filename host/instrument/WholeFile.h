@@ -14,6 +14,6 @@ std::optional<std::string> ReadWholeFile(const std::filesystem::path& file, size
                                          std::string& problem);
 /// Writes beside the place, under a hidden name, and renames: a reader sees the old content or the
 /// new one. Makes the folder where it is missing. Empty where it worked.
-std::string WriteWholeFile(const std::filesystem::path& file, std::string_view content);
+std::string WriteWholeFile(const std::filesystem::path& wanted, std::string_view content);
 
 }  // namespace Quorvan::Host

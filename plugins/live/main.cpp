@@ -83,8 +83,17 @@ void KeepSetList(const std::vector<std::string>& names) {
                                 Host::PresetLibrary::UsualFolder());
     std::vector<std::string> found;
     found.reserve(names.size());
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
+        const auto entry = library.Find(name);
+        const Host::FactoryPreset* const preset = Host::FindFactoryPreset(name);
+        if (!entry && preset == nullptr)
+            throw Trouble{kUsage, std::filesystem::exists(name)
+                                      ? Host::Quoted(name) +
+                                            " is a file. The set list holds presets by their "
+                                            "names: put it into the folder of your presets first."
+                                      : Host::UnknownFactoryPreset(name)};
         found.push_back(FindPreset(name).name);
+    }
     if (const std::string problem = library.SetSetList(found); !problem.empty())
         throw Trouble{kCannotWrite, problem};
 }

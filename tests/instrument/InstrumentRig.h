@@ -7,6 +7,13 @@ namespace Quorvan::test {
 
 using Host::InstrumentEvent;
 
+inline InstrumentEvent Midi(uint32_t frame, int status, int first = 0, int second = 0) {
+    return {.frame = frame,
+            .kind = InstrumentEvent::Kind::Midi,
+            .midi = {static_cast<uint8_t>(status), static_cast<uint8_t>(first),
+                     static_cast<uint8_t>(second)}};
+}
+
 inline InstrumentEvent ControlAt(uint32_t frame, uint32_t id, double position) {
     return {.frame = frame, .kind = InstrumentEvent::Kind::Control, .id = id, .value = position};
 }

@@ -20,7 +20,12 @@ std::vector<InstrumentEvent> LivelyEvents() {
     for (uint32_t frame = 0; frame < 22000; frame += Below(random, 400)) {
         constexpr uint32_t kMoved[]{kMode, kDensity, kSize, kPitch, kSpray, kFreeze, kAssign1, 0};
         events.push_back(ControlAt(frame, kMoved[Below(random, 8)], Below(random, 101) / 100.0));
+        // Halves of a 14-bit value, together or far apart.
+        events.push_back(Midi(frame, 0xb0, 7, static_cast<uint8_t>(Below(random, 128))));
+        events.push_back(Midi(frame + Below(random, 400), 0xb0, 39, 9));
     }
+    std::stable_sort(events.begin(), events.end(),
+                     [](const auto& one, const auto& other) { return one.frame < other.frame; });
     return events;
 }
 
@@ -30,6 +35,8 @@ TEST(InstrumentTest, TheSameEventsGiveTheSameBitsHoweverBuffersAreCut) {
     const auto run = [&](const std::function<size_t()>& cut) {
         ReadyInstrument instrument;
         instrument.Assign(0, IndexOf("Feedback"));
+        instrument.SetMidiMap(
+            {{{MidiSource::Kind::FineController, 0, 7}, IndexOf("Master Volume")}});
         return instrument.Run(input, events, cut);
     };
     const StereoSignal whole = run([] { return size_t{24000}; });

@@ -5,13 +5,6 @@ namespace {
 
 using Kind = MidiSource::Kind;
 
-InstrumentEvent Midi(uint32_t frame, int status, int first = 0, int second = 0) {
-    return {.frame = frame,
-            .kind = InstrumentEvent::Kind::Midi,
-            .midi = {static_cast<uint8_t>(status), static_cast<uint8_t>(first),
-                     static_cast<uint8_t>(second)}};
-}
-
 TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter) {
     struct Case {
         std::vector<InstrumentEvent> learns, moves;
@@ -45,6 +38,7 @@ TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter)
         instrument.LearnMidi(kDisplayIndex);
         EXPECT_EQ(instrument.LearningMidi(), kUnassigned);
         instrument.LearnMidi(feedback);
+        instrument.Flush({Midi(0, 0xb0, 123, 0)});  // all notes off is no knob
         instrument.Flush(one.learns);
         EXPECT_EQ(instrument.Position(feedback), 0.3f);
         instrument.Poll();
@@ -122,6 +116,10 @@ TEST(MidiTest, ClockAndStartDriveTheSongWhereTheHostHasNone) {
     instrument.Run(Silence(44100));
     EXPECT_DOUBLE_EQ(instrument.Place().tempo, 90.0);
     EXPECT_NEAR(instrument.Place().beat, 1.5, 0.001);
+    // It is back, and the pause is no part of its tempo.
+    instrument.Run(Silence(1500),
+                   {Midi(0, 0xfa), Midi(0, 0xf8), Midi(735, 0xf8), Midi(1470, 0xf8)});
+    EXPECT_DOUBLE_EQ(instrument.Place().tempo, 150.0);
     TapTempo tap;
     EXPECT_EQ(tap.Tap(1.0), std::nullopt);
     tap.Tap(1.5);
