@@ -5,10 +5,16 @@
 
 namespace Quorvan::Host {
 
+namespace {
+
+bool ChangesNothing(const EditHistory::Change& change) {
+    return change.before == change.after && change.ownBefore == change.ownAfter;
+}
+
+}  // namespace
+
 void EditHistory::Add(Step step) {
-    std::erase_if(step.changes, [](const Change& change) {
-        return change.before == change.after && change.ownBefore == change.ownAfter;
-    });
+    std::erase_if(step.changes, ChangesNothing);
     if (step.changes.empty() && step.before == step.after)
         return;
     steps.resize(present);
@@ -22,7 +28,7 @@ void EditHistory::Add(Step step) {
 void EditHistory::AddMove(uint64_t gesture, const std::string& name, const Change& change) {
     if (gesture == 0 || gesture != lastGesture || !CanUndo() || CanRedo()) {
         // A gesture that has not moved anything yet must not join the step before it.
-        if (change.before == change.after && change.ownBefore == change.ownAfter)
+        if (ChangesNothing(change))
             return;
         const size_t before = steps.size();
         Add({name, {change}, {}, {}});
@@ -38,6 +44,18 @@ void EditHistory::AddMove(uint64_t gesture, const std::string& name, const Chang
         changes.push_back(change);
     else
         known->after = change.after, known->ownAfter = change.ownAfter;
+}
+
+void EditHistory::EndGesture(uint64_t gesture) {
+    if (gesture == 0 || gesture != lastGesture || !CanUndo() || CanRedo())
+        return;
+    lastGesture = 0;
+    std::vector<Change>& changes = steps.back().changes;
+    std::erase_if(changes, ChangesNothing);
+    if (!changes.empty() || steps.back().before != steps.back().after)
+        return;
+    steps.pop_back();
+    present = steps.size();
 }
 
 const EditHistory::Step* EditHistory::Undo() {

@@ -35,6 +35,8 @@ public:
     /// A further move of a gesture that has not ended: joins the last step where that is of the
     /// same gesture.
     void AddMove(uint64_t gesture, const std::string& name, const Change& change);
+    /// The gesture has ended: where all of it has come back to its start, it was no step.
+    void EndGesture(uint64_t gesture);
 
     bool CanUndo() const { return present > 0; }
     bool CanRedo() const { return present < steps.size(); }

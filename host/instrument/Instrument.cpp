@@ -136,6 +136,7 @@ void Instrument::BeginGesture(uint32_t index) {
 
 void Instrument::EndGesture(uint32_t index) {
     const Lock lock(mutex);
+    history.EndGesture(gesture);
     gesture = 0;
     TellHost(FaceKind::End, index);
 }

@@ -130,6 +130,8 @@ Parsed<InstrumentState> StateReader::Read(std::string_view text) {
     state.modified = root.value("modified", Json(false)) == true;
     if (root.contains("seed") && root["seed"].is_number_unsigned())
         state.seed = root["seed"].get<uint64_t>();
+    else if (root.contains("seed") && !root["seed"].is_null())
+        Warn(root["seed"].dump() + " is left out as a seed: it is a whole number from 0 on.");
     if (root.contains("morph") && root["morph"].is_number())
         state.morph = std::clamp(root["morph"].get<float>(), 0.0f, 1.0f);
     if (const Json* const assignments = Member(root, "assignments", Json::value_t::object))
@@ -239,7 +241,9 @@ void StateReader::ReadOther(const Json& json, Json& unknown) {
 void StateReader::ReadAssignments(const Json& json) {
     for (const auto& [number, name] : json.items()) {
         uint32_t which = 0;
-        std::from_chars(number.data(), number.data() + number.size(), which);
+        const char* const end = number.data() + number.size();
+        if (std::from_chars(number.data(), end, which).ptr != end)
+            which = 0;
         const auto index = name.is_string() ? catalog.Find(name.get<std::string>()) : std::nullopt;
         if (which >= 1 && which <= kAssignments && index && IsMovable(catalog[*index])) {
             state.assignments[which - 1] = *index;
@@ -256,7 +260,7 @@ void StateReader::ReadWindow(const Json& json) {
     for (auto [name, edge] :
          {std::pair{"width", &state.window.width}, std::pair{"height", &state.window.height}})
         if (json.contains(name) && json[name].is_number_unsigned())
-            *edge = std::min(json[name].get<uint32_t>(), 16384u);
+            *edge = static_cast<uint32_t>(std::min(json[name].get<uint64_t>(), uint64_t{16384}));
 }
 
 }  // namespace

@@ -50,7 +50,8 @@ std::optional<MidiBinding> BindingFrom(const Json& json, const ParameterCatalog&
     const auto take = json.contains("take") ? Find(kTakes, json, "take") : std::optional<size_t>(0);
     if (!kind || index == kUnassigned || !take || !IsMovable(catalog[index]) ||
         !(channel >= 1.0 && channel <= 16.0) ||
-        !(number >= 0.0 && number <= kHighestNumbers[*kind]))
+        !(number >= 0.0 && number <= kHighestNumbers[*kind]) || channel != std::floor(channel) ||
+        number != std::floor(number))
         return std::nullopt;
     MidiBinding binding;
     binding.source = {static_cast<MidiSource::Kind>(*kind), static_cast<uint8_t>(channel - 1.0),

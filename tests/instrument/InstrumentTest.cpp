@@ -231,6 +231,14 @@ TEST(InstrumentTest, EditsAreTakenBackByGestureAndSoundsCompared) {
     EXPECT_FALSE(instrument.IsModified());
     instrument.Redo();
     EXPECT_EQ(instrument.Position(feedback), 0.6f);
+    // There and back again is no step.
+    instrument.BeginGesture(feedback);
+    for (const float position : {0.2f, 0.6f})
+        instrument.Edit(feedback, position);
+    instrument.EndGesture(feedback);
+    instrument.Undo();
+    EXPECT_EQ(instrument.Position(feedback), start);
+    instrument.Redo();
     for (int i = 0; i < 300; ++i)
         instrument.Edit(feedback, static_cast<float>(i % 2));
     int steps = 0;
