@@ -4,6 +4,7 @@ import { test } from "node:test";
 import { Catalog } from "../../web/src/engine/Catalog.js";
 import { EngineModule } from "../../web/src/engine/EngineModule.js";
 import { chance } from "./fakes.js";
+import { Session } from "../../web/src/page/Session.js";
 
 const module = new WebAssembly.Module(readFileSync("web/dist/tesserae.wasm"));
 const catalog = new Catalog(new EngineModule(module));
@@ -54,4 +55,18 @@ test("a broken text changes nothing and says why", () => {
     for (const text of ["", "null", "[]", '{"format":"tesserae-preset"}', "x".repeat(1 << 20)])
         assert.equal(catalog.readSound(text).sound, null);
     assert.deepEqual(catalog.factorySound("shimmer").positions, positions);
+});
+
+test("the way back leaves sounding what sounds; another sound clears it", () => {
+    const session = new Session(catalog);
+    const told: string[] = [];
+    session.engine = { set: () => told.push("set"), load: () => told.push("load") };
+    session.nudge(catalog.parameter("Feedback").index, 0.1);
+    session.setTempo(90);
+    session.fixSeed();
+    for (let step = 0; step < 3; ++step) session.undo();
+    assert.deepEqual(told, ["set", "set"]);
+    assert.deepEqual([session.tempo, session.seed, session.canUndo], [120, null, false]);
+    session.load(catalog.factorySound("shimmer"));
+    assert.equal(told.at(-1), "load");
 });

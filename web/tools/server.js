@@ -14,9 +14,9 @@ const types = {
 
 export function serve(root, port) {
     const server = createServer(async (request, response) => {
-        const { pathname } = new URL(request.url, "http://localhost");
-        const path = normalize(decodeURIComponent(pathname)).replace(/\/$/, "/index.html");
         try {
+            const { pathname } = new URL(request.url, "http://localhost");
+            const path = normalize(decodeURIComponent(pathname)).replace(/\/$/, "/index.html");
             const content = await readFile(join(root, path));
             const type = types[extname(path)] ?? "application/octet-stream";
             response.writeHead(200, { "Content-Type": type, "Cache-Control": "no-cache" });

@@ -46,7 +46,7 @@ export class OfflineRenderer {
         return new Promise<Float32Array[]>((resolve, reject) => {
             options.signal?.throwIfAborted();
             options.signal?.addEventListener("abort", () => reject(options.signal?.reason));
-            worker.onerror = (event) => reject(new Error(event.message));
+            worker.onerror = (event) => reject(new Error(event.message || "The renderer could not be loaded."));
             worker.onmessage = ({ data }: MessageEvent<RenderAnswer>) => {
                 if (data.kind === "progress") options.onProgress?.(data.share);
                 else if (data.kind === "done") resolve([...data.channels]);

@@ -15,7 +15,9 @@ interface FetchEvent extends LifeEvent {
     respondWith(answer: Promise<Response>): void;
 }
 
-const store = `tesserae-${VERSION}`;
+/** Of this page: another copy of it on the same server keeps its own. */
+const prefix = `tesserae ${new URL("./", self.location.href).pathname} `;
+const store = prefix + VERSION;
 
 async function keepAll(): Promise<void> {
     const cache = await caches.open(store);
@@ -25,7 +27,7 @@ async function keepAll(): Promise<void> {
 
 async function dropOthers(): Promise<void> {
     const names = await caches.keys();
-    const others = names.filter((name) => name.startsWith("tesserae-") && name !== store);
+    const others = names.filter((name) => name.startsWith(prefix) && name !== store);
     await Promise.all(others.map((name) => caches.delete(name)));
 }
 

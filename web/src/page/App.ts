@@ -58,7 +58,10 @@ export class App {
             (file) => void this.sound.take(file),
         );
         if (location.hash !== "") void this.sound.open(location.hash);
-        addEventListener("hashchange", () => void this.sound.open(location.hash));
+        addEventListener("hashchange", () => {
+            // Back at the bare address there is nothing to open.
+            if (location.hash !== "") void this.sound.open(location.hash);
+        });
     }
 
     private build(page: HTMLElement): void {

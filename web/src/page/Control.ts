@@ -100,6 +100,13 @@ export class Control {
             session.set(parameter.index, Number(slider.value));
         });
         slider.addEventListener("change", () => session.endGesture());
+        // A thumb that lands here and scrolls the page has not meant to move it.
+        let landed = 0;
+        slider.addEventListener("pointerdown", () => (landed = session.position(parameter.index)));
+        slider.addEventListener("pointercancel", () => {
+            session.set(parameter.index, landed);
+            session.endGesture();
+        });
         slider.addEventListener("dblclick", () => this.reset());
         slider.addEventListener("keydown", (event) => this.key(event));
         dragFinely(slider, {

@@ -15,9 +15,16 @@ export class Messages {
             "div",
             { class: "problem", hidden: true },
             this.problem,
-            button("Put away", () => this.say(""), "quiet"),
+            button("Put away", () => this.putAway(), "quiet"),
         );
         this.element = make("div", { class: "messages" }, this.box, this.news);
+    }
+
+    /** The focus goes on to what follows. */
+    private putAway(): void {
+        this.say("");
+        this.element.tabIndex = -1;
+        this.element.focus();
     }
 
     /** A problem; an empty sentence puts the last one away. */

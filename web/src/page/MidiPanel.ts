@@ -87,6 +87,7 @@ export class MidiPanel {
             const forget = button("Forget", () => {
                 this.midi.forget(index);
                 this.show();
+                this.connectButton.focus();
             });
             forget.setAttribute("aria-label", `Forget what moves ${title}`);
             return make("li", {}, make("span", {}, `${title}: ${sourceText(source)}`), forget);

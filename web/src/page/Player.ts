@@ -30,6 +30,7 @@ export class Player {
     private loops = true;
     private gain = 1;
     private resting = 0;
+    private filesTaken = 0;
 
     constructor(
         private readonly module: WebAssembly.Module,
@@ -37,7 +38,6 @@ export class Player {
         private readonly session: Session,
     ) {
         session.onTempo.listen((tempo) => this.engine?.setTempo(tempo));
-        session.onSeed.listen((seed) => this.engine?.setSeed(seed));
     }
 
     get source(): Source {
@@ -84,9 +84,11 @@ export class Player {
     }
     /** Rejects with a sentence where the browser cannot read it. */
     async useFile(file: File): Promise<void> {
+        const number = ++this.filesTaken;
         try {
             const buffer = await this.context.decodeAudioData(await file.arrayBuffer());
-            this.use({ kind: "file", name: file.name, buffer });
+            // One that takes long to decode does not come after the one that was chosen later.
+            if (number === this.filesTaken) this.use({ kind: "file", name: file.name, buffer });
         } catch {
             throw new Error(
                 `"${file.name}" is no sound that this browser can read. WAV, FLAC, MP3 and Ogg are.`,
@@ -101,7 +103,14 @@ export class Player {
             autoGainControl: false,
             channelCount: { ideal: 2 },
         };
-        this.use({ kind: "microphone", stream: await openMicrophone(untouched) });
+        const stream = await openMicrophone(untouched);
+        for (const track of stream.getTracks())
+            track.onended = () => {
+                this.usePiece(firstPiece);
+                this.stop();
+                this.onProblem.tell("The microphone is gone: it was unplugged, or closed by the browser.");
+            };
+        this.use({ kind: "microphone", stream });
     }
     setLoop(on: boolean): void {
         this.loops = on;
@@ -133,7 +142,10 @@ export class Player {
     private use(source: Source): void {
         this.disconnectSource();
         if (this.current.kind === "microphone")
-            for (const track of this.current.stream.getTracks()) track.stop();
+            for (const track of this.current.stream.getTracks()) {
+                track.onended = null;
+                track.stop();
+            }
         this.current = source;
         if (this.playing) this.connectSource();
         this.onState.tell();

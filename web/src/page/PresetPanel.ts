@@ -61,6 +61,11 @@ export class PresetPanel {
         this.mark();
     }
 
+    /** Whether what is being played is the saved sound of that name. */
+    isSaved(name: string): boolean {
+        return this.current === `saved ${name}`;
+    }
+
     step(direction: number): void {
         const shown = this.shown();
         if (shown.length === 0) return;

@@ -2,7 +2,7 @@ import { OfflineRenderer } from "../engine/OfflineRenderer.js";
 import { writeWav } from "../record/writeWav.js";
 import type { Player } from "./Player.js";
 import type { Session } from "./Session.js";
-import { button, download, fileName, make, section, sentenceOf } from "./element.js";
+import { button, download, enable, fileName, make, section, sentenceOf } from "./element.js";
 
 const tickMs = 250;
 
@@ -60,6 +60,7 @@ export class RecordPanel {
             this.recordButton.textContent = "Stop and download";
             this.recordButton.classList.add("is-on");
             this.now.textContent = "Recording";
+            window.clearInterval(this.tick);
             this.tick = window.setInterval(() => {
                 this.time.textContent = `${record.seconds.toFixed(0)} s`;
             }, tickMs);
@@ -82,6 +83,7 @@ export class RecordPanel {
     }
 
     private async render(): Promise<void> {
+        if (this.abort) return;
         const { session } = this;
         const source = this.player.wholeSource();
         if (!source) return this.say("The microphone has no end to render to. Record it instead.");
@@ -110,11 +112,13 @@ export class RecordPanel {
             if (!isGivenUp) this.say(sentenceOf(problem));
         } finally {
             this.work(false);
+            this.abort = null;
         }
     }
 
     private work(isOn: boolean): void {
-        this.renderButton.disabled = isOn;
+        enable(this.renderButton, !isOn);
+        if (!isOn && document.activeElement === this.cancelButton) this.renderButton.focus();
         this.cancelButton.hidden = this.progress.hidden = !isOn;
         this.progress.value = 0;
         if (isOn) this.now.textContent = "Rendering";

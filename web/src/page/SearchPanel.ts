@@ -5,12 +5,16 @@ import { field, make, section } from "./element.js";
 
 const mostRows = 40;
 
+function named({ title }: Parameter, whole: string): number {
+    return title.toLowerCase() === whole ? 1 : 0;
+}
+
 /** All parameters, found by words of their names. */
 export class SearchPanel {
     readonly element: HTMLElement;
     private readonly words = make("input", {
         type: "search",
-        placeholder: "reverb decay, lfo rate, step 3 …",
+        placeholder: "reverb decay, macro 1, step 3 …",
         autocomplete: "off",
     });
     private readonly rows = make("div", { class: "rows" });
@@ -49,6 +53,9 @@ export class SearchPanel {
         const hits = words.length === 0
             ? []
             : this.settings.filter(([text]) => words.every((word) => text.includes(word)));
+        // One that is called just so comes ahead of those whose names hold it.
+        const whole = this.words.value.trim().toLowerCase();
+        hits.sort(([, one], [, other]) => named(other, whole) - named(one, whole));
         this.controls = hits
             .slice(0, mostRows)
             .map(([, one]) => new Control(one, this.session, this.cares, one.title));

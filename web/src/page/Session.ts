@@ -10,10 +10,12 @@ export interface Listener {
     load(sound: Sound): void;
 }
 
-const slowest = 20;
-const fastest = 300;
+const slowest = 1;
+const fastest = 999;
 /** What is done to the same thing with shorter pauses is one step to undo. */
 const pauseMs = 1200;
+/** More than these at once are another sound. */
+const mostMoves = 32;
 /** The longest whole number that people still like to type. */
 const mostSeed = 999_999;
 
@@ -127,6 +129,7 @@ export class Session {
     load(sound: Sound): void {
         this.endGesture();
         this.replace({ ...this.shared(), sound, tempo: sound.tempo ?? this.ownTempo });
+        this.engine?.load(this.current);
     }
     /** It is kept under this name now. */
     rename(name: string): void {
@@ -158,7 +161,7 @@ export class Session {
     }
     /** A seed in any case; the one that is in force from now on. */
     fixSeed(): number {
-        if (this.ownSeed === null) this.takeSeed(Math.floor(Math.random() * (mostSeed + 1)));
+        if (this.ownSeed === null) this.setSeed(Math.floor(Math.random() * (mostSeed + 1)));
         return this.ownSeed ?? 0;
     }
 
@@ -168,6 +171,7 @@ export class Session {
     open(shared: SharedSound): void {
         this.endGesture();
         this.replace(shared);
+        this.engine?.load(this.current);
     }
     /** The text of a preset file, for the renderer and the plug-ins too. */
     presetText(name = this.name): string {
@@ -218,10 +222,19 @@ export class Session {
         }
         this.onMove.tell(index);
     }
+    /** A few moves leave sounding what sounds; another sound clears it. */
+    private tellEngine(before: Float32Array): void {
+        const { engine, positions } = this;
+        if (!engine) return;
+        const moved = [...positions.keys()].filter((index) => before[index] !== positions[index]);
+        if (moved.length > mostMoves) engine.load(this.current);
+        else for (const index of moved) engine.set(index, this.position(index));
+    }
     private put({ sound, isModified, tempo, seed }: Step): void {
+        const before = this.current;
         this.current = sound;
         this.modified = isModified;
-        this.engine?.load(sound);
+        this.tellEngine(before.positions);
         if (tempo !== this.ownTempo) this.takeTempo(tempo);
         if (seed !== this.ownSeed) this.takeSeed(seed);
         this.onMove.tell(-1);

@@ -41,9 +41,11 @@ export class Shortcuts {
     }
 
     private take(event: KeyboardEvent): void {
-        if (this.dialog.open || isTyping(event.target)) return;
-        if (event.key === "?") return this.dialog.showModal();
         const control = event.ctrlKey || event.metaKey;
+        if (this.dialog.open || isTyping(event.target, control)) return;
+        // What is held down is meant once, but for the way back.
+        if (event.altKey || (event.repeat && !control)) return;
+        if (event.key === "?") return this.dialog.showModal();
         const found = this.shortcuts.find(
             ({ key, withControl = false, withShift = false }) =>
                 key === event.key.toLowerCase() &&
@@ -56,10 +58,10 @@ export class Shortcuts {
     }
 }
 
-function isTyping(target: EventTarget | null): boolean {
+function isTyping(target: EventTarget | null, withControl: boolean): boolean {
     if (target instanceof HTMLInputElement) return !["range", "checkbox"].includes(target.type);
     // A list takes letters for the choice that begins with them.
-    return target instanceof HTMLSelectElement;
+    return target instanceof HTMLSelectElement && !withControl;
 }
 function isPressedBySpace(target: EventTarget | null): boolean {
     return (

@@ -95,15 +95,18 @@ export class SoundPanel {
 
     private save(): void {
         const name = this.name.value.trim();
+        const isThere = this.saved.has(name);
         this.saved.save(name, this.session.presetText(name));
         this.session.rename(name);
         this.presets.setCurrent(`saved ${name}`);
         this.presets.refresh();
-        this.tell(`"${name}" is saved in this browser.`);
+        const instead = isThere ? ", in place of the one that was there" : "";
+        this.tell(`"${name}" is saved in this browser${instead}.`);
     }
     private removeSaved(): void {
         const name = this.name.value.trim();
         this.saved.remove(name);
+        this.name.focus();
         this.presets.refresh();
         this.show();
         this.tell(`"${name}" is no longer saved here.`);
@@ -152,7 +155,8 @@ export class SoundPanel {
         this.seed.value = this.session.seed === null ? "" : String(this.session.seed);
         if (document.activeElement !== this.name) this.name.value = this.session.name;
         try {
-            this.remove.hidden = !this.saved.has(this.name.value.trim());
+            const name = this.name.value.trim();
+            this.remove.hidden = !this.presets.isSaved(name) || !this.saved.has(name);
         } catch {
             this.remove.hidden = true;
         }

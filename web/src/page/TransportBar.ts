@@ -1,7 +1,7 @@
 import type { Player } from "./Player.js";
 import type { PresetPanel } from "./PresetPanel.js";
 import type { Session } from "./Session.js";
-import { button, field, make, sentenceOf } from "./element.js";
+import { button, enable, field, make, sentenceOf } from "./element.js";
 
 const longestPauseMs = 2500;
 const mostTaps = 8;
@@ -15,8 +15,8 @@ export class TransportBar {
     private readonly name = make("p", { class: "sound-name" });
     private readonly tempo = make("input", {
         type: "number",
-        min: 20,
-        max: 300,
+        min: 1,
+        max: 999,
         step: 0.1,
         class: "short",
     });
@@ -50,6 +50,8 @@ export class TransportBar {
             const wanted = Number(this.tempo.value);
             if (wanted > 0) session.setTempo(wanted);
             this.show();
+            // Keys such as Space go to the page again.
+            this.tempo.blur();
         });
         for (const signal of [session.onState, player.onState]) signal.listen(() => this.show());
         session.onTempo.listen(() => this.show());
@@ -86,8 +88,8 @@ export class TransportBar {
         const { session, player } = this;
         this.play.textContent = player.isPlaying ? "Stop" : "Play";
         this.play.setAttribute("aria-pressed", String(player.isPlaying));
-        this.undo.disabled = !session.canUndo;
-        this.redo.disabled = !session.canRedo;
+        enable(this.undo, session.canUndo);
+        enable(this.redo, session.canRedo);
         this.name.textContent = session.isModified ? `${session.name} (changed)` : session.name;
         this.tempo.value = String(session.tempo);
     }

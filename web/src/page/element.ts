@@ -23,6 +23,11 @@ export function button(label: string, onClick: () => void, kind = ""): HTMLButto
     return element;
 }
 
+/** A button that does nothing at present keeps the focus that it has. */
+export function enable(element: HTMLButtonElement, isOn: boolean): void {
+    element.setAttribute("aria-disabled", String(!isOn));
+}
+
 /** A label with its field beside or above it. */
 export function field(label: string, input: HTMLElement, kind = ""): HTMLLabelElement {
     return make("label", { class: `field ${kind}`.trim() }, make("span", {}, label), input);

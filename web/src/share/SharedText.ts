@@ -22,6 +22,8 @@ const longestText = 4000;
 const mostTags = 32;
 const damaged = "The link is damaged: it may have been cut off where it was copied.";
 
+const shortTag = (tag: string): string => tag.slice(0, longestTitle);
+
 /** Settings and "Bypass"; reports of the engine are nobody's to share. */
 const isShared = ({ role, kind, name }: Parameter): boolean =>
     (role === "setting" && kind !== "binary") || name === "Bypass";
@@ -43,9 +45,9 @@ export function writeShared({ sound, seed, tempo }: SharedSound, catalog: Catalo
             positions[parameter.name] = shortest(position);
     }
     const content: Content = {
-        ...(sound.name && { name: sound.name }),
-        ...(sound.description && { description: sound.description }),
-        ...(sound.tags.length > 0 && { tags: sound.tags }),
+        ...(sound.name && { name: sound.name.slice(0, longestTitle) }),
+        ...(sound.description && { description: sound.description.slice(0, longestText) }),
+        ...(sound.tags.length > 0 && { tags: sound.tags.slice(0, mostTags).map(shortTag) }),
         ...(sound.tempo !== null && { made: sound.tempo }),
         ...(seed !== null && { seed }),
         tempo,
