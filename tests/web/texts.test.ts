@@ -37,7 +37,7 @@ test("a broken text changes nothing and says why", () => {
     const pieces = ["", "\0", "\ud800", '"', "{", "]", "1e999", "-1e-400", "NaN", "\\ud800", "é", "[".repeat(500)];
     const next = chance(1);
     let refused = 0;
-    for (let round = 0; round < 3000; ++round) {
+    for (let round = 0; round < 800; ++round) {
         let text = good[round % 2] ?? "";
         for (let change = next(4); change >= 0; --change) {
             const at = next(text.length);
@@ -51,7 +51,7 @@ test("a broken text changes nothing and says why", () => {
             assert.match(reading.problem, /\.$/);
         }
     }
-    assert.ok(refused > 1000 && refused < 3000);
+    assert.ok(refused > 250 && refused < 800);
     for (const text of ["", "null", "[]", '{"format":"tesserae-preset"}', "x".repeat(1 << 20)])
         assert.equal(catalog.readSound(text).sound, null);
     assert.deepEqual(catalog.factorySound("shimmer").positions, positions);
