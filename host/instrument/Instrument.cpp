@@ -149,6 +149,7 @@ void Instrument::Assign(uint32_t number, uint32_t index) {
     if (number >= kAssignments)
         return;
     controls.Assign(number, MovableOrNone(index));
+    ++changes;
 }
 
 // ---- Whole sounds
@@ -256,6 +257,7 @@ void Instrument::CopySound() {
     const Lock lock(mutex);
     const SoundDesk::Scene before = desk.PresentPair();
     desk.Copy();
+    ++changes;
     history.Add({desk.Played() == 0 ? "Copy to B" : "Copy to A", {}, before, desk.PresentPair()});
     OfferMorph();
 }
@@ -292,10 +294,31 @@ MidiMap Instrument::GetMidiMap() const {
 void Instrument::SetMidiMap(MidiMap map) {
     const Lock lock(mutex);
     kept.midi = std::move(map);
+    ++changes;
     OfferMidi();
 }
 
-/// A parameter has one source, and so has a source one parameter that was learnt.
+/// A parameter has one source, and so has a source one parameter that was learnt. Range, curve and
+/// what else was set by hand go over to the new source.
+void Instrument::Keep(const MidiSource& source, uint32_t index) {
+    const bool isNote = source.kind == MidiSource::Kind::Note;
+    MidiBinding learnt;
+    for (const MidiBinding& before : kept.midi)
+        if (before.index == index && (before.source.kind == MidiSource::Kind::Note) == isNote)
+            learnt = before;
+    if (learnt == MidiBinding() && isNote)
+        learnt.take = MidiBinding::Take::Toggle;
+    learnt.source = source;
+    learnt.index = index;
+    std::erase_if(kept.midi, [&](const MidiBinding& binding) {
+        return binding.index == index || IsSameKnob(binding.source, source);
+    });
+    kept.midi.push_back(learnt);
+    ++lessons;
+    ++changes;
+    OfferMidi();
+}
+
 std::optional<uint32_t> Instrument::Poll() {
     const Lock lock(mutex);
     std::optional<uint32_t> program;
@@ -305,16 +328,7 @@ std::optional<uint32_t> Instrument::Poll() {
             program = note.number;
             continue;
         }
-        std::erase_if(kept.midi, [&](const MidiBinding& binding) {
-            return binding.index == note.number || binding.source == note.source;
-        });
-        MidiBinding learnt;
-        learnt.source = note.source;
-        learnt.index = note.number;
-        if (note.source.kind == MidiSource::Kind::Note)
-            learnt.take = MidiBinding::Take::Toggle;
-        kept.midi.push_back(learnt);
-        OfferMidi();
+        Keep(note.source, note.number);
     }
     if (active && kept.seed && !player.HasUnderstudy())
         OfferUnderstudy();
@@ -328,6 +342,7 @@ void Instrument::SetSeed(std::optional<uint64_t> seed) {
     if (seed == kept.seed)
         return;
     kept.seed = seed;
+    ++changes;
     if (active)
         OfferFreshEngine();
 }
@@ -385,6 +400,7 @@ std::vector<PortValue> Instrument::LoadedPorts() const {
 void Instrument::SetWindowSize(WindowSize size) {
     const Lock lock(mutex);
     kept.window = size;
+    ++changes;
 }
 
 WindowSize Instrument::GetWindowSize() const {

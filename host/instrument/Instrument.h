@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -132,6 +133,8 @@ public:
     uint32_t LearningMidi() const { return player.Learning(); }
     MidiMap GetMidiMap() const;
     void SetMidiMap(MidiMap map);
+    /// Counts what has been learnt.
+    uint32_t Lessons() const { return lessons; }
     /// To be called now and then, some ten times a second: takes up what MIDI has asked for.
     /// Answers with the program of the last program change, if there was one.
     std::optional<uint32_t> Poll();
@@ -168,6 +171,9 @@ public:
     std::vector<PortValue> LoadedPorts() const;
     void SetWindowSize(WindowSize size);
     WindowSize GetWindowSize() const;
+    /// Counts changes of what a state holds beside the parameters: MIDI map, assignments, seed, the
+    /// other sound, the window's size.
+    uint32_t Changes() const { return changes; }
 
 private:
     std::unique_ptr<Engine> MakeEngine(const StreamFormat& format, double tempo);
@@ -187,6 +193,7 @@ private:
     void SwapSounds();
     void GoTo(const std::optional<SoundDesk::Scene>& scene);
     void OfferMorph();
+    void Keep(const MidiSource& source, uint32_t index);
     void OfferMidi() { player.OfferRoutes(std::make_unique<MidiRoutes>(kept.midi, catalog)); }
     InstrumentState Capture();
 
@@ -202,6 +209,7 @@ private:
     EditHistory history;
     uint64_t gesture = 0;  ///< number of the open one, 0: none
     uint64_t gestures = 0;
+    std::atomic<uint32_t> lessons = 0, changes = 0;
     InstrumentState kept;  ///< what nothing else holds: seed, MIDI map, window, foreign entries
     std::optional<StreamFormat> active;
     uint32_t latency = 0;

@@ -21,6 +21,17 @@ float MidiBinding::PositionOf(float value) const {
     return std::clamp(low + bent * (high - low), 0.0f, 1.0f);
 }
 
+bool IsSameKnob(const MidiSource& one, const MidiSource& other) {
+    using Kind = MidiSource::Kind;
+    constexpr uint16_t kFine = 32;
+    const auto isHalf = [](const MidiSource& half, const MidiSource& whole) {
+        return half.kind == Kind::Controller && whole.kind == Kind::FineController &&
+               half.channel == whole.channel &&
+               (half.number == whole.number || half.number == whole.number + kFine);
+    };
+    return one == other || isHalf(one, other) || isHalf(other, one);
+}
+
 std::string SourceText(const MidiSource& source) {
     using Kind = MidiSource::Kind;
     const std::string number = std::to_string(source.number);

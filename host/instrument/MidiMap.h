@@ -41,6 +41,9 @@ public:
     bool operator==(const MidiMap&) const = default;
 };
 
+/// Whether both are moved by one knob, though one of them hears its LSB too.
+bool IsSameKnob(const MidiSource& one, const MidiSource& other);
+
 /// "Controller 74", "Pitch Bend", "Note 60", with the channel as people count it: "channel 1".
 std::string SourceText(const MidiSource& source);
 

@@ -283,8 +283,17 @@ std::string PresetLibrary::Rename(size_t number, const std::string& name) {
     std::error_code error;
     if (!sameFile)
         fs::remove(before, error);
-    for (std::vector<std::string>* list : {&favourites, &setList})
-        std::replace(list->begin(), list->end(), oldName, name);
+    // Another instance may have changed them; and where another preset still has the old name, its
+    // places stay.
+    ReadLists();
+    const auto others = std::count_if(entries.begin(), entries.end(), [&](const PresetEntry& one) {
+        return one.name == oldName && one.file != before;
+    });
+    if (others > 0 && std::find(favourites.begin(), favourites.end(), oldName) != favourites.end())
+        favourites.push_back(name);
+    if (others == 0)
+        for (std::vector<std::string>* list : {&favourites, &setList})
+            std::replace(list->begin(), list->end(), oldName, name);
     WriteList(kFavourites, "tesserae-favourites", favourites);
     WriteList(kSetList, "tesserae-set-list", setList);
     Scan();

@@ -62,6 +62,7 @@ bool ClapPlugin::Init() {
         Log(kLogWarning, problem);
     if (const auto* const timers = HostExtension<clap_host_timer_support_t>(CLAP_EXT_TIMER_SUPPORT))
         timers->register_timer(&host, kPollMilliseconds, &timer);
+    knownChanges = instrument.Changes();
     return true;
 }
 
@@ -241,6 +242,16 @@ void ClapPlugin::Poll() {
     std::string problem;
     if (program && !Take(Library().LoadProgram(*program), problem))
         Log(kLogWarning, problem);
+    TellOfChanges();
+}
+
+/// What is no parameter moves nothing that the host could see.
+void ClapPlugin::TellOfChanges() {
+    const uint32_t changes = instrument.Changes();
+    if (std::exchange(knownChanges, changes) == changes)
+        return;
+    if (const auto* const state = HostExtension<clap_host_state_t>(CLAP_EXT_STATE))
+        state->mark_dirty(&host);
 }
 
 void ClapPlugin::RescanValues() {

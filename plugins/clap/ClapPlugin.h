@@ -50,6 +50,7 @@ public:
     void Poll();
     /// Has the host read all values anew. Main thread.
     void TellOfNewSound();
+    void TellOfChanges();
     void RescanValues();
     void Log(int32_t severity, const std::string& sentence) const;
     /// The user's presets. Main thread.
@@ -81,6 +82,7 @@ private:
     const HostTail* hostTail = nullptr;
     uint32_t latencyTold = 0;
     uint32_t polls = 0;
+    uint32_t knownChanges = 0;  ///< of the instrument, as the host knows them
     std::array<uint32_t, Host::kHostControlRoom> targets{};  ///< what the controls stood for
     double rate = 0.0;
     clap_id timer = CLAP_INVALID_ID;

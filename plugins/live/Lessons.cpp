@@ -32,12 +32,13 @@ void Lessons::Look() {
         return;
     if (!begun)
         return Begin();
-    // The map changes a moment after the instrument has stopped listening.
+    if (instrument.Lessons() == known)
+        return;
     const Host::MidiMap map = instrument.GetMidiMap();
     const auto learnt = std::find_if(map.begin(), map.end(), [&](const Host::MidiBinding& binding) {
         return binding.index == waiting.back();
     });
-    if (instrument.LearningMidi() != Host::kUnassigned || learnt == map.end())
+    if (learnt == map.end())
         return;
     say(instrument.Catalog()[learnt->index].label + " follows " + Host::SourceText(learnt->source) +
         " from now on.");
@@ -50,9 +51,7 @@ void Lessons::Look() {
 void Lessons::Begin() {
     begun = true;
     const uint32_t index = waiting.back();
-    Host::MidiMap others = instrument.GetMidiMap();
-    std::erase_if(others, [&](const Host::MidiBinding& one) { return one.index == index; });
-    instrument.SetMidiMap(others);
+    known = instrument.Lessons();
     instrument.LearnMidi(index);
     say("Move the MIDI control for " + instrument.Catalog()[index].label + ".");
 }
@@ -66,7 +65,7 @@ void Lessons::Keep(const Host::MidiBinding& learnt) {
     auto before = text ? Host::ReadMidiMap(*text, catalog) : Host::Parsed<Host::MidiMap>();
     Host::MidiMap map = before.value ? std::move(*before.value) : Host::MidiMap();
     std::erase_if(map, [&](const Host::MidiBinding& one) {
-        return one.index == learnt.index || one.source == learnt.source;
+        return one.index == learnt.index || Host::IsSameKnob(one.source, learnt.source);
     });
     map.push_back(learnt);
     problem = Host::WriteWholeFile(file, Host::WriteMidiMap(map, catalog));

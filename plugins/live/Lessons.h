@@ -33,6 +33,7 @@ private:
     std::filesystem::path file;
     Saying say;
     bool begun = false;
+    uint32_t known = 0;  ///< lessons of the instrument when this one began
 };
 
 }  // namespace Quorvan::Live

@@ -91,6 +91,29 @@ TEST(MidiTest, RangesCurvesAndPickUp) {
     EXPECT_EQ(instrument.sink.moves, decltype(instrument.sink.moves)(2, {2, 8329.0f / 16383.0f}));
 }
 
+TEST(MidiTest, WhatIsLearntAnewKeepsItsRangeAndOneKnobOneParameter) {
+    ReadyInstrument instrument;
+    const uint32_t feedback = IndexOf("Feedback"), wet = IndexOf("Dry / Wet");
+    instrument.SetMidiMap(
+        {{{Kind::Controller, 0, 74}, feedback, 0.2f, 0.5f, 0.3f, MidiBinding::Take::PickUp}});
+    const auto learn = [&](uint32_t index, const std::vector<InstrumentEvent>& events) {
+        const uint32_t before = instrument.Changes();
+        instrument.LearnMidi(index);
+        instrument.Flush(events);
+        instrument.Poll();
+        EXPECT_NE(instrument.Changes(), before);
+    };
+    learn(feedback, {Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 7, 11)});
+    ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
+    EXPECT_EQ(
+        instrument.GetMidiMap()[0],
+        (MidiBinding{
+            {Kind::Controller, 0, 7}, feedback, 0.2f, 0.5f, 0.3f, MidiBinding::Take::PickUp}));
+    learn(wet, {Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 39, 1)});
+    ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
+    EXPECT_EQ(instrument.GetMidiMap()[0].index, wet);
+}
+
 TEST(MidiTest, ClockAndStartDriveTheSongWhereTheHostHasNone) {
     ReadyInstrument instrument;
     std::vector<InstrumentEvent> events;
