@@ -45,6 +45,10 @@ export class RecordPanel {
             ),
             this.now,
         );
+        // A page that is left takes its recording with it.
+        addEventListener("beforeunload", (event) => {
+            if (player.record?.isRecording) event.preventDefault();
+        });
         this.now.textContent = "Both become a WAV file of 32-bit floats among your downloads.";
     }
 
