@@ -129,7 +129,6 @@ export class Session {
     load(sound: Sound): void {
         this.endGesture();
         this.replace({ ...this.shared(), sound, tempo: sound.tempo ?? this.ownTempo });
-        this.engine?.load(this.current);
     }
     /** It is kept under this name now. */
     rename(name: string): void {
@@ -171,7 +170,6 @@ export class Session {
     open(shared: SharedSound): void {
         this.endGesture();
         this.replace(shared);
-        this.engine?.load(this.current);
     }
     /** The text of a preset file, for the renderer and the plug-ins too. */
     presetText(name = this.name): string {
@@ -203,7 +201,7 @@ export class Session {
     private replace({ sound, seed, tempo }: SharedSound): void {
         this.history.push(this.step());
         const copy = { ...sound, positions: sound.positions.slice() };
-        this.put({ sound: copy, isModified: false, tempo, seed });
+        this.put({ sound: copy, isModified: false, tempo, seed }, 0);
     }
     private takeTempo(tempo: number): void {
         this.ownTempo = Math.min(fastest, Math.max(slowest, tempo));
@@ -222,19 +220,19 @@ export class Session {
         }
         this.onMove.tell(index);
     }
-    /** A few moves leave sounding what sounds; another sound clears it. */
-    private tellEngine(before: Float32Array): void {
+    /** Up to `most` moves leave sounding what sounds; another sound clears it. */
+    private tellEngine(before: Float32Array, most: number): void {
         const { engine, positions } = this;
         if (!engine) return;
         const moved = [...positions.keys()].filter((index) => before[index] !== positions[index]);
-        if (moved.length > mostMoves) engine.load(this.current);
+        if (most === 0 || moved.length > most) engine.load(this.current);
         else for (const index of moved) engine.set(index, this.position(index));
     }
-    private put({ sound, isModified, tempo, seed }: Step): void {
+    private put({ sound, isModified, tempo, seed }: Step, most = mostMoves): void {
         const before = this.current;
         this.current = sound;
         this.modified = isModified;
-        this.tellEngine(before.positions);
+        this.tellEngine(before.positions, most);
         if (tempo !== this.ownTempo) this.takeTempo(tempo);
         if (seed !== this.ownSeed) this.takeSeed(seed);
         this.onMove.tell(-1);
