@@ -17,6 +17,7 @@ struct Grain {
     float outGainLeft = 0.0f, outGainRight = 0.0f;
     bool crossing = false;         ///< it may crossfade where it meets the write head
     double wrappedPosition = 0.0;  ///< second read position
+    uint64_t clearUntil = 0;       ///< sample up to which it is known to meet nothing
     uint32_t wrapLength = 0;       ///< where the second read position wraps
     bool swapped = false;          ///< reads by the second position from now on
     bool wasCrossfading = false;

@@ -35,41 +35,75 @@ void Interpolate(const GrainKernels::ReadHead& head, uint32_t count, float* out)
     };
     if (head.increment != 1.0 && head.high != head.low + 1)
         return fill(ApartReader(head, count));
-    WithReader(head, count, fill);
+    WithPace(PaceOf(head.increment),
+             [&](auto reader) HWY_ATTR { fill(typename decltype(reader)::Type(head, count)); });
 }
 
-/// Adds gain * envelope * what next gives to out.
-template <class Next>
-HWY_INLINE void Add(const float* envelope, float gain, uint32_t count, float* out, Next next) {
+void Shape(const float* envelope, float gain, uint32_t count, float* x) {
     const FloatTag d;
-    const uint32_t lanes = LaneCount();
     const Floats level = Constant(gain);
-    const auto sum = [=, &next](uint32_t i) HWY_ATTR {
-        const Floats part = hn::Mul(hn::Mul(level, hn::LoadU(d, envelope + i)), next());
-        return hn::Add(hn::LoadU(d, out + i), part);
-    };
-    uint32_t i = 0;
-    for (; i + lanes <= count; i += lanes)
-        hn::StoreU(sum(i), d, out + i);
-    if (i < count) {
-        const auto inside = hn::FirstN(d, count - i);
-        hn::StoreU(hn::IfThenElse(inside, sum(i), hn::LoadU(d, out + i)), d, out + i);
+    for (uint32_t i = 0; i < count; i += LaneCount()) {
+        const Floats under = hn::Mul(level, hn::LoadU(d, envelope + i));
+        hn::StoreU(hn::Mul(under, hn::LoadU(d, x + i)), d, x + i);
     }
 }
 
-void Mix(const float* envelope, const float* x, float gain, uint32_t count, float* out) {
-    Add(envelope, gain, count, out, [&x]() HWY_ATTR {
-        const Floats now = hn::LoadU(FloatTag(), x);
-        x += LaneCount();
-        return now;
-    });
+/// Reads the tape under the envelope that stands in out.
+template <class Reader>
+HWY_INLINE void ReadVoice(const GrainKernels::Voice& voice) {
+    const FloatTag d;
+    const Floats level = Constant(voice.gain);
+    Reader reader({voice.low, voice.low + 1, voice.position, voice.increment}, voice.count);
+    for (uint32_t i = 0; i < voice.count; i += LaneCount()) {
+        const Floats under = hn::Mul(level, hn::LoadU(d, voice.out + i));
+        hn::StoreU(hn::Mul(under, reader.Next()), d, voice.out + i);
+    }
 }
 
-void Play(const GrainKernels::ReadHead& head, const float* envelope, float gain, uint32_t count,
-          float* out) {
-    WithReader(head, count, [=](auto reader) HWY_ATTR {
-        Add(envelope, gain, count, out, [&reader]() HWY_ATTR { return reader.Next(); });
-    });
+/// Envelopes first, then the tape for all voices of one pace at a time: which way the next voice
+/// goes would be a guess, and a wrong one takes as long as two of its vectors.
+void Play(const GrainKernels::Voice* voices, uint32_t number) {
+    uint8_t inPace[kPaces][GrainKernels::kVoices];
+    uint32_t counts[kPaces] = {};
+    for (uint32_t v = 0; v < number; ++v) {
+        const GrainKernels::Voice& voice = voices[v];
+        const uint32_t pace = PaceOf(voice.increment);
+        inPace[pace][counts[pace]++] = static_cast<uint8_t>(v);
+        FillEnvelope(voice.envelope, voice.elapsed, std::abs(voice.increment), voice.count,
+                     voice.out);
+        *voice.level = voice.out[voice.count - 1];
+    }
+    for (uint32_t pace = 0; pace < kPaces; ++pace) {
+        const uint8_t* const list = inPace[pace];
+        const uint32_t count = counts[pace];
+        WithPace(pace, [=](auto reader) HWY_ATTR {
+            for (uint32_t i = 0; i < count; ++i)
+                ReadVoice<typename decltype(reader)::Type>(voices[list[i]]);
+        });
+    }
+}
+
+/// Adds the rows' next kVectors vectors, whose sums don't wait for each other.
+template <size_t kVectors>
+HWY_INLINE void AddColumns(const float* const* rows, uint32_t number, uint32_t at, float* sum) {
+    const FloatTag d;
+    Floats total[kVectors];
+    for (size_t v = 0; v < kVectors; ++v)
+        total[v] = hn::LoadU(d, sum + at + v * LaneCount());
+    for (uint32_t r = 0; r < number; ++r)
+        for (size_t v = 0; v < kVectors; ++v)
+            total[v] = hn::Add(total[v], hn::LoadU(d, rows[r] + at + v * LaneCount()));
+    for (size_t v = 0; v < kVectors; ++v)
+        hn::StoreU(total[v], d, sum + at + v * LaneCount());
+}
+
+void Add(const float* const* rows, uint32_t number, uint32_t count, float* sum) {
+    const uint32_t lanes = LaneCount();
+    uint32_t i = 0;
+    for (; i + 2 * lanes < count; i += 3 * lanes)
+        AddColumns<3>(rows, number, i, sum);
+    for (; i < count; i += lanes)
+        AddColumns<1>(rows, number, i, sum);
 }
 
 /// One step of a read head. Its three roundings are the grain's own, so that no step may be left
@@ -146,7 +180,8 @@ void Crossfade(float* x, const float* y, float start, float slope, uint32_t coun
 
 const GrainKernels& Table() {
     static const GrainKernels table{
-        &FillEnvelope, &Play, &Interpolate, &Walk, &Crossfade, &Mix, hwy::TargetName(HWY_TARGET)};
+        &FillEnvelope, &Play,  &Interpolate, &Walk,
+        &Crossfade,    &Shape, &Add,         hwy::TargetName(HWY_TARGET)};
     return table;
 }
 

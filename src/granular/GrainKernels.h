@@ -12,6 +12,8 @@ namespace Quorvan::dsp {
 /// rounded up to that; what they read of the tape goes as far beyond the last sample in use.
 struct GrainKernels {
     static constexpr uint32_t kMaxLanes = 16;
+    /// Voices that are played by one call, at most.
+    static constexpr uint32_t kVoices = 32;
     /// Heads that walk side by side.
     static constexpr uint32_t kHeads = 16;
 
@@ -29,6 +31,18 @@ struct GrainKernels {
         double position;    ///< samples; it and all later ones are at or above 0
         double increment;   ///< a sample
     };
+    /// A grain's part of one block, whose head moves in a straight line over one round of the tape.
+    struct Voice {
+        Envelope envelope;
+        double elapsed;    ///< source samples read so far
+        const float* low;  ///< as in a read head, with high = low + 1
+        double position;
+        double increment;
+        float gain;
+        uint32_t count;
+        float* out;
+        float* level;  ///< takes the last value of its envelope
+    };
     /// kHeads read heads with the ends of their loops.
     struct Heads {
         const double* position;
@@ -39,10 +53,8 @@ struct GrainKernels {
     /// Envelope at count steps: the source samples read so far start at elapsed and grow by step.
     void (*envelope)(const Envelope& shape, double elapsed, double step, uint32_t count,
                      float* out);
-    /// out += gain * envelope * the tape at count places of the read head, with high = low + 1, by
-    /// linear interpolation; what lies behind count is left as it is.
-    void (*play)(const ReadHead& head, const float* envelope, float gain, uint32_t count,
-                 float* out);
+    /// Each voice's out = gain * envelope * the tape along its head, by linear interpolation.
+    void (*play)(const Voice* voices, uint32_t number);
     /// The tape at count places of the read head, by linear interpolation.
     void (*interpolate)(const ReadHead& head, uint32_t count, float* out);
     /// The heads' positions, looped into their wraps and rounded step by step, in steps + 1 rows of
@@ -50,8 +62,10 @@ struct GrainKernels {
     void (*walk)(const Heads& heads, uint32_t steps, double* out);
     /// x = x * c + (1 - c) * y, with c = start + i * slope held to 0..1.
     void (*crossfade)(float* x, const float* y, float start, float slope, uint32_t count);
-    /// out += gain * envelope * x, likewise.
-    void (*mix)(const float* envelope, const float* x, float gain, uint32_t count, float* out);
+    /// x = gain * envelope * x
+    void (*shape)(const float* envelope, float gain, uint32_t count, float* x);
+    /// Adds the rows, one after the other, to sum.
+    void (*add)(const float* const* rows, uint32_t number, uint32_t count, float* sum);
     /// Name of the instruction set.
     const char* name;
 

@@ -21,6 +21,17 @@ double WrapPosition(double x, double wrap) {
     return (turns >= 0.0 && turns < 1.0 ? turns : FractionOf(turns)) * wrap;
 }
 
+/// Asks for floats of the tape from there on, and for what comes next where they are few: grains
+/// lie all over the tape, and most read on in the next block.
+void PrefetchTape(const float* at, double floats) {
+    constexpr int32_t kCacheLine = 16;  // floats
+    constexpr int32_t kUsual = 5;       // lines; too few to count
+    for (int32_t i = 0; i < kUsual; ++i)
+        hwy::Prefetch(at + i * kCacheLine);
+    for (int32_t i = kUsual * kCacheLine; i <= static_cast<int32_t>(floats); i += kCacheLine)
+        hwy::Prefetch(at + i);
+}
+
 }  // namespace
 
 void GrainReader::Setup(float sampleRate, uint32_t blockSize) {
@@ -39,15 +50,16 @@ void GrainReader::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool cr
     interpolate = interpolation;
 }
 
-void GrainReader::Play(Grain& grain, bool rightSide, const float* envelope, float gain,
-                       uint32_t count, float* out) {
+void GrainReader::Pass(Grain& grain, bool rightSide, GrainKernels::Voice& voice) {
     TrackCrossfade(grain, false);
     const Channel channel = rightSide ? capture->right : capture->left;
-    const float* const tape = channel[runs.PassOfClear(grain)].data();
-    const double from = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
-    const GrainKernels::ReadHead head{tape, tape + 1, from, grain.increment};
-    kernels->play(head, envelope, gain, count, out);
-    Advance(grain, count);
+    voice.low = channel[runs.PassOfClear(grain)].data();
+    voice.position = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
+    voice.increment = grain.increment;
+    Advance(grain, voice.count);
+    const double way = grain.increment * voice.count;
+    const double first = std::max(voice.position + std::min(way, 0.0), 0.0);
+    PrefetchTape(voice.low + static_cast<int64_t>(first), std::abs(way));
 }
 
 void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
@@ -71,22 +83,6 @@ void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, const Grain
             grain.wrappedPosition = path->Wrapped(i);
         }
     }
-}
-
-void GrainReader::Prefetch(const Grain& grain, bool rightSide) const {
-    constexpr int32_t kCacheLine = 16;  // floats
-    constexpr int32_t kUsual = 8;  // lines, at most that most grains read; too few to loop over
-    const bool ahead = grain.readPosition > static_cast<double>(capture->writePosition);
-    const uint32_t pass = capture->activePass ^ (ahead ? 1u : 0u);
-    const double way = grain.increment * numFrames;
-    const double from = std::max(grain.readPosition + std::min(way, 0.0), 0.0);
-    const float* at =
-        (rightSide ? capture->right : capture->left)[pass].data() + static_cast<int64_t>(from);
-    const auto floats = static_cast<int32_t>(std::abs(way));
-    for (int32_t i = 0; i < kUsual; ++i)
-        hwy::Prefetch(at + std::min(i * kCacheLine, floats));
-    for (int32_t i = kUsual * kCacheLine; i <= floats; i += kCacheLine)
-        hwy::Prefetch(at + i);
 }
 
 void GrainReader::PlayRun(Grain& grain, Channel channel, const Run& run, float* out) {
@@ -208,9 +204,12 @@ void GrainReader::TrackCrossfade(Grain& grain, bool nearHead) const {
 
 void GrainReader::Advance(Grain& grain, uint32_t count) const {
     const double moved = grain.increment * count;
-    grain.readPosition = WrapPosition(grain.readPosition + moved, static_cast<double>(runs.Loop()));
-    grain.wrappedPosition =
-        WrapPosition(grain.wrappedPosition + moved, static_cast<double>(grain.wrapLength));
+    const double read = grain.readPosition;
+    const double second = grain.wrappedPosition;
+    grain.readPosition = WrapPosition(read + moved, static_cast<double>(runs.Loop()));
+    grain.wrappedPosition = second == read && grain.wrapLength == runs.Loop()
+                                ? grain.readPosition
+                                : WrapPosition(second + moved, grain.wrapLength);
     grain.elapsed += std::abs(moved);
 }
 

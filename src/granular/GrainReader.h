@@ -29,18 +29,17 @@ public:
     const GrainWalk::Path* PathOf(const GrainPool& pool, uint16_t slot) {
         return runs.NeedsPath(pool[slot]) ? &walk.Next(pool, slot, runs) : nullptr;
     }
-    /// Whether Play may do what Read does in the next count samples.
-    bool IsClear(const Grain& grain, uint32_t count) const {
-        return count >= kShortestRun && runs.IsClear(grain, count);
-    }
-    /// Adds count samples of a grain that is clear to out, under its envelope.
-    void Play(Grain& grain, bool rightSide, const float* envelope, float gain, uint32_t count,
-              float* out);
+    /// Whether Pass may do what Read does in this block: as an earlier one knew, or seen now.
+    bool StaysClear(const Grain& grain) const { return runs.StaysClear(grain); }
+    bool IsClear(const Grain& grain, uint32_t count) const { return runs.IsClear(grain, count); }
+    /// To be called at the end of a block for grains that did not stay clear.
+    void LookAhead(Grain& grain) const { runs.LookAhead(grain); }
+    /// Passes over the samples of a grain that is clear: tells the voice where its head goes and
+    /// asks for that part of the tape.
+    void Pass(Grain& grain, bool rightSide, GrainKernels::Voice& voice);
     /// Reads count samples from the grain's start frame on. out has room for whole vectors.
     void Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
               float* out);
-    /// Asks for the tape that the grain is about to read: grains lie all over it.
-    void Prefetch(const Grain& grain, bool rightSide) const;
 
     void UseKernels(const GrainKernels& other) {
         kernels = &other;

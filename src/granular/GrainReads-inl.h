@@ -25,7 +25,7 @@ HWY_INLINE Floats Blend(Floats x, Floats next, Floats fraction) {
 /// At unit speed all samples lie between their neighbours at the same place.
 class UnitReader {
 public:
-    HWY_INLINE explicit UnitReader(const GrainKernels::ReadHead& head) {
+    HWY_INLINE UnitReader(const GrainKernels::ReadHead& head, uint32_t /*count*/) {
         const auto whole = static_cast<int64_t>(head.position);
         low = head.low + whole;
         high = head.high + whole;
@@ -166,12 +166,11 @@ private:
 
 #if HWY_TARGET <= HWY_AVX2
 /// For heads so slow that the places of one vector lie within kVectors vectors of the tape:
-/// permutes what lies around them instead of loading each by itself.
+/// permutes what lies around them instead of loading each by itself. Up to kVectors samples a
+/// sample are slow enough.
 template <int kVectors>
 class WindowReader {
 public:
-    static constexpr double kTopSpeed = kVectors;
-
     HWY_INLINE WindowReader(const GrainKernels::ReadHead& readHead, uint32_t count)
         : head(readHead, count), positions(head.Positions()) {
         const auto below = kVectors * static_cast<int32_t>(LaneCount()) - 1;
@@ -213,18 +212,33 @@ private:
 };
 #endif
 
-/// Calls use with a reader that suits the head for count samples.
+/// How fast a head is, as far as it decides on the reader.
+enum Pace : uint32_t { kUnit, kSlow, kFaster, kAny, kPaces };
+
+/// Without branches, as chance says which of them would be taken.
+HWY_INLINE uint32_t PaceOf(double increment) {
+    const double speed = std::abs(increment);
+    const uint32_t pace = kSlow + uint32_t(speed > 1.0) + uint32_t(speed > 2.0);
+    return increment == 1.0 ? kUnit : pace;
+}
+
+template <class Reader>
+struct ReaderOf {
+    using Type = Reader;
+};
+
+/// Calls use with a ReaderOf what suits the pace.
 template <class Use>
-HWY_INLINE void WithReader(const GrainKernels::ReadHead& head, uint32_t count, const Use& use) {
-    if (head.increment == 1.0)
-        return use(UnitReader(head));
+HWY_INLINE void WithPace(uint32_t pace, const Use& use) {
+    if (pace == kUnit)
+        return use(ReaderOf<UnitReader>());
 #if HWY_TARGET <= HWY_AVX2
-    if (std::abs(head.increment) <= WindowReader<1>::kTopSpeed)
-        return use(WindowReader<1>(head, count));
-    if (std::abs(head.increment) <= WindowReader<2>::kTopSpeed)
-        return use(WindowReader<2>(head, count));
+    if (pace == kSlow)
+        return use(ReaderOf<WindowReader<1>>());
+    if (pace == kFaster)
+        return use(ReaderOf<WindowReader<2>>());
 #endif
-    use(PairReader(head, count));
+    use(ReaderOf<PairReader>());
 }
 
 }  // namespace HWY_NAMESPACE

@@ -13,20 +13,23 @@ constexpr float kAttackSeconds = 0.0005f;
 /// A grain sounds on one side only, so that the other side's tape need not be read.
 bool IsRightSide(const Grain& grain) { return grain.outGainRight != 0.0f; }
 
+float GainOf(const Grain& grain) {  // of which one part is 0
+    return grain.outGainLeft * grain.panGainLeft + grain.outGainRight * grain.panGainRight;
+}
+
 }  // namespace
 
 void GrainRenderer::Setup(float sampleRate, uint32_t blockSize) {
     reader.Setup(sampleRate, blockSize);
     releaseStep = kReleasePerSecond / sampleRate;
     attackSamples = sampleRate * kAttackSeconds;
-    constexpr uint32_t kVector = GrainKernels::kMaxLanes;
-    const uint32_t stride = (blockSize + 2 * kVector - 1) / kVector * kVector;
-    scratch.assign(size_t{4} * stride, 0.0f);
-    float* buffer = scratch.data();
-    for (float** row : {&sumLeft, &sumRight, &envelope, &samples}) {
-        *row = buffer;
-        buffer += stride;
-    }
+    constexpr size_t kVector = GrainKernels::kMaxLanes;
+    stride = (blockSize + 2 * kVector - 1) / kVector * kVector;
+    scratch.assign((3 + kRows) * stride, 0.0f);
+    left.sum = scratch.data();
+    right.sum = left.sum + stride;
+    envelope = right.sum + stride;
+    rows = envelope + stride;
 }
 
 void GrainRenderer::UseKernels(const GrainKernels& other) {
@@ -38,48 +41,104 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
                            float* outLeft, float* outRight, std::vector<uint16_t>& ended) {
     if (block.numFrames == 0)
         return;
-    reader.BeginBlock(tape, block.numFrames, block.crossfade, block.interpolate);
-    std::copy_n(outLeft, block.numFrames, sumLeft);
-    std::copy_n(outRight, block.numFrames, sumRight);
-    for (uint16_t slot = pool.First(); slot < pool.Capacity();) {
-        const uint16_t next = pool.Next(slot);
-        if (next < pool.Capacity())
-            reader.Prefetch(pool[next], IsRightSide(pool[next]));
-        if (RenderGrain(pool[slot], block.numFrames, reader.PathOf(pool, slot)))
+    numFrames = block.numFrames;
+    reader.BeginBlock(tape, numFrames, block.crossfade, block.interpolate);
+    std::copy_n(outLeft, numFrames, left.sum);
+    std::copy_n(outRight, numFrames, right.sum);
+    for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
+        Grain& grain = pool[slot];
+        const bool known = reader.StaysClear(grain) && !grain.releasing;
+        if (known ? PassGrain(grain) : TakeGrain(grain, reader.PathOf(pool, slot)))
             ended.push_back(slot);
-        slot = next;
+        if (left.count + right.count == kRows)
+            PlayRows();
     }
-    std::copy_n(sumLeft, block.numFrames, outLeft);
-    std::copy_n(sumRight, block.numFrames, outRight);
+    PlayRows();
+    std::copy_n(left.sum, numFrames, outLeft);
+    std::copy_n(right.sum, numFrames, outRight);
 }
 
-/// Answers whether the grain ends in this block.
-bool GrainRenderer::RenderGrain(Grain& grain, uint32_t numFrames, const GrainWalk::Path* path) {
+/// Moves a grain that is clear over the block and leaves its row to the kernels, which take many at
+/// a time. Answers whether it ends in this block.
+bool GrainRenderer::PassGrain(Grain& grain) {
     const uint32_t start = grain.startFrame;
     const uint32_t wanted = numFrames - start;
+    const uint32_t count = FramesToEnd(grain, wanted);
     const bool rightSide = IsRightSide(grain);
-    const float gain =  // of which one part is 0
-        grain.outGainLeft * grain.panGainLeft + grain.outGainRight * grain.panGainRight;
-    float* const sum = (rightSide ? sumRight : sumLeft) + start;
-    const uint32_t count = FillEnvelope(grain, wanted);
-    if (path == nullptr && reader.IsClear(grain, count)) {
-        reader.Play(grain, rightSide, envelope, gain, count, sum);
-    } else {
-        reader.Read(grain, rightSide, count, path, samples);
-        kernels->mix(envelope, samples, gain, count, sum);
-    }
-    grain.startFrame = 0;
-    return grain.released || count < wanted || grain.elapsed >= static_cast<double>(grain.length);
+    float* const row = NextRow(rightSide);
+    GrainKernels::Voice& voice = voices[numVoices++];
+    voice.envelope = EnvelopeOf(grain);
+    voice.elapsed = grain.elapsed;
+    voice.gain = GainOf(grain);
+    voice.count = count;
+    voice.out = row + start;
+    voice.level = &grain.envelope;
+    reader.Pass(grain, rightSide, voice);
+    return Finish(grain, row, count);
 }
 
-/// Fills the envelope up to the grain's end or count samples, and answers how many there are.
+/// The same for a grain that may meet anything.
+bool GrainRenderer::TakeGrain(Grain& grain, const GrainWalk::Path* path) {
+    const uint32_t start = grain.startFrame;
+    uint32_t count = FramesToEnd(grain, numFrames - start);
+    bool ends = false;
+    if (path == nullptr && !grain.releasing && reader.IsClear(grain, count)) {
+        ends = PassGrain(grain);
+    } else {
+        const bool rightSide = IsRightSide(grain);
+        float* const row = NextRow(rightSide);
+        count = FillEnvelope(grain, count);
+        reader.Read(grain, rightSide, count, path, row + start);
+        kernels->shape(envelope, GainOf(grain), count, row + start);
+        ends = Finish(grain, row, count);
+    }
+    reader.LookAhead(grain);
+    return ends;
+}
+
+/// Sees to the rest of the row of a grain that has sounded for count samples of it. Answers whether
+/// it has ended.
+bool GrainRenderer::Finish(Grain& grain, float* row, uint32_t count) {
+    const uint32_t start = grain.startFrame;
+    if (count < numFrames)
+        parts[numParts++] = {row, start, start + count};
+    grain.startFrame = 0;
+    return grain.released || start + count < numFrames ||
+           grain.elapsed >= static_cast<double>(grain.length);
+}
+
+/// Where the next grain goes.
+float* GrainRenderer::NextRow(bool rightSide) {
+    float* const row = rows + (left.count + right.count) * stride;
+    Side& side = rightSide ? right : left;
+    side.rows[side.count++] = row;
+    return row;
+}
+
+void GrainRenderer::PlayRows() {
+    constexpr float kNothing = -0.0f;  // added to anything it changes no bit, 0 would make -0 a 0
+    kernels->play(voices.data(), numVoices);
+    for (uint32_t i = 0; i < numParts; ++i) {
+        const Part& part = parts[i];
+        std::fill(part.row, part.row + part.from, kNothing);
+        std::fill(part.row + part.to, part.row + numFrames, kNothing);
+    }
+    numVoices = numParts = 0;
+    for (Side* side : {&left, &right}) {
+        kernels->add(side->rows.data(), side->count, numFrames, side->sum);
+        side->count = 0;
+    }
+}
+
+GrainKernels::Envelope GrainRenderer::EnvelopeOf(const Grain& grain) const {
+    return {grain.shape, grain.shapeA, grain.shapeB, grain.length, attackSamples};
+}
+
+/// Fills the envelope of count samples or up to the release's end, and answers how many there are.
 uint32_t GrainRenderer::FillEnvelope(Grain& grain, uint32_t count) {
-    count = FramesToEnd(grain, count);
     if (grain.releasing)
         return FillRelease(grain, count);
-    const GrainKernels::Envelope shape{grain.shape, grain.shapeA, grain.shapeB, grain.length,
-                                       attackSamples};
-    kernels->envelope(shape, grain.elapsed, std::abs(grain.increment), count, envelope);
+    kernels->envelope(EnvelopeOf(grain), grain.elapsed, std::abs(grain.increment), count, envelope);
     grain.envelope = envelope[count - 1];
     return count;
 }

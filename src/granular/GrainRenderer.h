@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -36,7 +37,26 @@ public:
     void UseKernels(const GrainKernels& other);
 
 private:
-    bool RenderGrain(Grain& grain, uint32_t numFrames, const GrainWalk::Path* path);
+    static constexpr uint32_t kRows = GrainKernels::kVoices;
+
+    /// Rows of one side's grains, in the order in which they are summed.
+    struct Side {
+        std::array<const float*, kRows> rows{};
+        uint32_t count = 0;
+        float* sum = nullptr;
+    };
+    /// The samples of a row outside of which its grain is silent.
+    struct Part {
+        float* row;
+        uint32_t from, to;
+    };
+
+    bool PassGrain(Grain& grain);
+    bool TakeGrain(Grain& grain, const GrainWalk::Path* path);
+    bool Finish(Grain& grain, float* row, uint32_t count);
+    float* NextRow(bool rightSide);
+    void PlayRows();
+    GrainKernels::Envelope EnvelopeOf(const Grain& grain) const;
     uint32_t FillEnvelope(Grain& grain, uint32_t count);
     uint32_t FillRelease(Grain& grain, uint32_t count);
     static uint32_t FramesToEnd(const Grain& grain, uint32_t count);
@@ -45,13 +65,20 @@ private:
     GrainReader reader;
     float releaseStep = 0.0f;    ///< fade of a released grain, a sample
     float attackSamples = 0.0f;  ///< fixed attack of the percussive shapes
+    uint32_t numFrames = 0;      ///< of the block
+
+    // Some grains on their way to the sums, a row each.
+    std::array<GrainKernels::Voice, kRows> voices{};  ///< those that the kernels play at once
+    uint32_t numVoices = 0;
+    std::array<Part, kRows> parts{};  ///< those that start or end in the block
+    uint32_t numParts = 0;
+    Side left, right;
 
     // Scratch, with room for the kernels' whole vectors.
     AlignedVector scratch;
-    float* sumLeft = nullptr;
-    float* sumRight = nullptr;
+    size_t stride = 0;  ///< from row to row
+    float* rows = nullptr;
     float* envelope = nullptr;
-    float* samples = nullptr;
 };
 
 }  // namespace Quorvan::dsp

@@ -11,6 +11,12 @@ namespace {
 constexpr float kCrossfadeSeconds = 0.003f;
 /// Far more than a position gathers by rounding over a block.
 constexpr double kRounding = 1.0e-6;
+/// Far more than it gathers over all blocks that LookAhead sees ahead.
+constexpr double kDrift = 1.0e-3;
+/// As far as LookAhead looks, in samples.
+constexpr uint32_t kSight = 1u << 20;
+/// Further than any grain has been looked ahead for.
+constexpr uint64_t kLeap = uint64_t{1} << 32;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 }  // namespace
@@ -33,6 +39,7 @@ void GrainRuns::Setup(float sampleRate) {
 
 void GrainRuns::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfadeOn,
                            bool interpolation) {
+    blockEnd += GoesOn(tape, frames) && interpolation == interpolate ? frames : kLeap;
     capture = &tape;
     numFrames = frames;
     crossfade = crossfadeOn;
@@ -42,6 +49,14 @@ void GrainRuns::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool cros
     straight = interpolation && loop > frames && UntilHeadWraps(0, frames) == frames;
     headStart = static_cast<double>(HeadAt(0).position);
     headPass = HeadAt(0).pass;
+    headEnd = tape.writePosition;
+}
+
+bool GrainRuns::GoesOn(const CaptureBuffer& tape, uint32_t frames) const {
+    const double moved = tape.frozen ? 0.0 : 1.0;
+    const uint32_t from = tape.frozen ? tape.writePosition : tape.writePosition - frames;
+    return &tape == capture && moved == headSpeed && from == headEnd &&
+           tape.EffectiveLength() == loop;
 }
 
 GrainRuns::Head GrainRuns::HeadAt(uint32_t frame) const {
@@ -80,6 +95,34 @@ bool GrainRuns::IsClear(const Grain& grain, uint32_t count) const {
     return bool(int(inside) & (int(behind) | int(before)));
 }
 
+void GrainRuns::LookAhead(Grain& grain) const {
+    const uint32_t steps = grain.wasCrossfading || !interpolate ? 0 : ClearSteps(grain);
+    grain.clearUntil = steps > 0 ? blockEnd + steps : 0;
+}
+
+/// Samples from the block's end on, at most kSight, in which nothing about the grain changes but
+/// its positions.
+uint32_t GrainRuns::ClearSteps(const Grain& grain) const {
+    const double r = grain.readPosition;
+    const double v = grain.wrappedPosition;
+    if (grain.increment == 1.0 && (r != v || MeetsHeadOnSample(grain, headEnd)))
+        return 0;
+    const double zone = static_cast<double>(crossfadeSamples);
+    const double lead = r - static_cast<double>(headEnd);
+    const Span inside{0.0, static_cast<double>(std::min(loop, grain.wrapLength)) - 1.0};
+    const Span before = Span{1.0, static_cast<double>(loop) - zone};
+    const Span place = lead < 0.0 ? Span{-kInfinity, -zone} : before;
+    uint32_t steps = capture->frozen ? kSight : std::min(kSight, loop - std::min(loop, headEnd));
+    const auto hold = [&steps](const Span& span, double x, double step) {
+        if (steps > 0)
+            steps = span.Narrowed(kDrift).Steps(x, step, steps);
+    };
+    hold(inside, r, grain.increment);
+    hold(inside, v, grain.increment);
+    hold(place, lead, grain.increment - headSpeed);
+    return steps;
+}
+
 GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most,
                                bool onPath) const {
     const double margin = onPath ? kRounding : 0.0;
@@ -109,13 +152,13 @@ GrainRuns::Run GrainRuns::Plan(const Grain& grain, uint32_t frame, uint32_t most
 /// At unit speed interpolation stops on the head, so that a grain on a whole sample repeats one or
 /// not as it comes to stand a little below that sample or above it. Others sound the same on both
 /// sides.
-bool GrainRuns::MeetsHeadOnSample(const Grain& grain) const {
+bool GrainRuns::MeetsHeadOnSample(const Grain& grain, int64_t head) const {
     constexpr double kWhole = 1.0e-4;  // rounding takes no grain that far off its sample
     // The library's rounding is a call; a half here is no matter. NOLINTNEXTLINE
     const auto nearest = static_cast<int64_t>(grain.readPosition + 0.5);
     if (std::abs(grain.readPosition - static_cast<double>(nearest)) > kWhole)
         return false;
-    const double lead = grain.readPosition - static_cast<double>(HeadAt(grain.startFrame).position);
+    const double lead = grain.readPosition - static_cast<double>(head);
     const double turn = static_cast<double>(loop);
     if (!capture->frozen)  // one sample ahead, also across the seam
         return std::abs((lead < 0.0 ? lead + turn : lead) - 1.0) < 0.5;

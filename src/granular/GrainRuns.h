@@ -44,6 +44,11 @@ public:
     /// Whether count samples from the grain's start frame on are one run away from the head's
     /// crossfade zone, as in most blocks of most grains. May say no where they are.
     bool IsClear(const Grain& grain, uint32_t count) const;
+    /// Whether the grain was found to be clear for this block by an earlier one's LookAhead. It has
+    /// been moved in straight lines only since.
+    bool StaysClear(const Grain& grain) const { return grain.clearUntil >= blockEnd; }
+    /// Notes how long the grain will be clear, from where it stands at the block's end.
+    void LookAhead(Grain& grain) const;
     /// The pass that a clear grain reads.
     uint32_t PassOfClear(const Grain& grain) const {
         return headPass ^ (grain.readPosition > HeadAtStart(grain) ? 1u : 0u);
@@ -53,7 +58,8 @@ public:
     Run Plan(const Grain& grain, uint32_t frame, uint32_t most, bool onPath) const;
     /// Whether the last bit of the grain's position can be heard.
     bool NeedsPath(const Grain& grain) const {
-        return !interpolate || (grain.increment == 1.0 && MeetsHeadOnSample(grain));
+        return !interpolate || (grain.increment == 1.0 &&
+                                MeetsHeadOnSample(grain, HeadAt(grain.startFrame).position));
     }
 
     /// Whether the grain fades where it is near the write head.
@@ -78,11 +84,14 @@ private:
         uint32_t Steps(double x, double step, uint32_t most) const;
     };
 
+    /// Whether a tape goes on from where the last block left it.
+    bool GoesOn(const CaptureBuffer& tape, uint32_t frames) const;
+    uint32_t ClearSteps(const Grain& grain) const;
     /// The write head's place at the grain's start frame, while it doesn't wrap.
     double HeadAtStart(const Grain& grain) const {
         return headStart + headSpeed * grain.startFrame;
     }
-    bool MeetsHeadOnSample(const Grain& grain) const;
+    bool MeetsHeadOnSample(const Grain& grain, int64_t head) const;
     uint32_t UntilHeadWraps(uint32_t frame, uint32_t most) const;
     uint32_t WithinLoops(const Grain& grain, uint32_t most, double margin) const;
     Span PlaceByHead(const Grain& grain, double lead, Run& run) const;
@@ -99,6 +108,8 @@ private:
     double headStart = 0.0;  ///< where it stands at the first sample
     uint32_t headPass = 0;   ///< that it writes there
     double headSpeed = 1.0;  ///< 0 while frozen
+    uint64_t blockEnd = 0;   ///< samples played so far, and a leap for every break in the tape
+    uint32_t headEnd = 0;    ///< where the write head stands at the end
 };
 
 }  // namespace Quorvan::dsp
