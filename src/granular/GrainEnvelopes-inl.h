@@ -197,27 +197,37 @@ struct MirroredPercussive {
     Decay decay;
 };
 
-/// Calls use with the shape that the grain has.
+constexpr uint32_t kShapes = 8;
+
+/// Calls use with the TypeOf a shape.
 template <class Use>
-HWY_INLINE void WithShape(const GrainKernels::Envelope& e, const Use& use) {
-    switch (e.shape) {
+HWY_INLINE void WithShape(uint32_t shape, const Use& use) {
+    switch (shape) {
         case 0:
-            return use(Triangle(e));
+            return use(TypeOf<Triangle>());
         case 1:
-            return use(Trapezoid(e));
+            return use(TypeOf<Trapezoid>());
         case 2:
-            return use(RaisedEdge(e));
+            return use(TypeOf<RaisedEdge>());
         case 3:
-            return use(Gaussian(e));
+            return use(TypeOf<Gaussian>());
         case 4:
-            return use(WindowedSinc(e));
+            return use(TypeOf<WindowedSinc>());
         case 5:
-            return use(Fall(e));
+            return use(TypeOf<Fall>());
         case 6:
-            return use(Percussive(e));
+            return use(TypeOf<Percussive>());
         default:
-            return use(MirroredPercussive(e));
+            return use(TypeOf<MirroredPercussive>());
     }
+}
+
+/// From phases to the envelope there, in place.
+template <class Shape>
+HWY_INLINE void ShapePhases(const GrainKernels::Envelope& e, uint32_t count, float* x) {
+    const Shape shape(e);
+    for (uint32_t i = 0; i < count; i += LaneCount())
+        hn::StoreU(shape(hn::LoadU(FloatTag(), x + i)), FloatTag(), x + i);
 }
 
 /// Whether vectors of products with an inverse have come to the same singles as the quotients
@@ -225,7 +235,7 @@ HWY_INLINE void WithShape(const GrainKernels::Envelope& e, const Use& use) {
 /// matter as long as it keeps further than that from the middle between two singles.
 class TieWatch {
 public:
-    HWY_INLINE TieWatch() : near(hn::Zero(IntTag())) {}
+    HWY_INLINE TieWatch() : nearest(hn::Set(IntTag(), kMiddle)) {}
 
     HWY_INLINE void Look([[maybe_unused]] Doubles first, [[maybe_unused]] Doubles second) {
 #if HWY_TARGET != HWY_SCALAR
@@ -235,38 +245,47 @@ public:
         const Ints low = hn::OddEven(hn::BitCast(di, hn::ShiftLeft<32>(hn::BitCast(words, second))),
                                      hn::BitCast(di, first));
         const Ints beyond = hn::Sub(low, hn::Set(di, kMiddle - 4));
-        const Ints far = hn::And(beyond, hn::Set(di, 2 * kMiddle - 8));
-        near = hn::Or(near, hn::VecFromMask(di, hn::Eq(far, hn::Zero(di))));
+        nearest = hn::Min(nearest, hn::And(beyond, hn::Set(di, 2 * kMiddle - 8)));
 #endif
     }
     HWY_INLINE bool Clear() const {
-        return HWY_TARGET != HWY_SCALAR && hn::AllTrue(IntTag(), hn::Eq(near, hn::Zero(IntTag())));
+        return HWY_TARGET != HWY_SCALAR &&
+               hn::AllTrue(IntTag(), hn::Gt(nearest, hn::Zero(IntTag())));
     }
 
 private:
     static constexpr int32_t kMiddle = 1 << 28;
-    Ints near;
+    Ints nearest;
 };
 
-/// How far the grain is at every sample: source samples read over its length.
+/// How far the grain is at every sample: source samples read over its length. Both elapsed and step
+/// are of so few digits that sums are exact.
 HWY_INLINE void FillPhases(float length, double elapsed, double step, uint32_t count, float* out) {
     const Doubles whole = hn::Set(DoubleTag(), static_cast<double>(length));
     const Doubles inverse = hn::Set(DoubleTag(), 1.0 / static_cast<double>(length));
+    const Doubles ahead = hn::Set(DoubleTag(), step * static_cast<double>(LaneCount()));
+    const Line read(elapsed, step);
+    const Doubles first = read.First();
+    const Doubles second = read.Second();
     TieWatch ties;
-    Line read(elapsed, step);
-    for (uint32_t i = 0; i < count; i += LaneCount(), read.GoOn()) {
-        const Doubles x = hn::Mul(read.First(), inverse);
-        const Doubles y = hn::Mul(read.Second(), inverse);
-        ties.Look(x, y);
-        hn::StoreU(Narrow(x, y), FloatTag(), out + i);
+    Doubles x = first;
+    Doubles y = second;
+    for (uint32_t i = 0; i < count; i += LaneCount()) {
+        const Doubles p = hn::Mul(x, inverse);
+        const Doubles q = hn::Mul(y, inverse);
+        ties.Look(p, q);
+        hn::StoreU(Narrow(p, q), FloatTag(), out + i);
+        x = hn::Add(x, ahead);
+        y = hn::Add(y, ahead);
     }
     if (HWY_LIKELY(ties.Clear()))
         return;
-    Line again(elapsed, step);
-    for (uint32_t i = 0; i < count; i += LaneCount(), again.GoOn()) {
-        const Doubles x = hn::Div(again.First(), whole);
-        const Doubles y = hn::Div(again.Second(), whole);
-        hn::StoreU(Narrow(x, y), FloatTag(), out + i);
+    x = first;
+    y = second;
+    for (uint32_t i = 0; i < count; i += LaneCount()) {
+        hn::StoreU(Narrow(hn::Div(x, whole), hn::Div(y, whole)), FloatTag(), out + i);
+        x = hn::Add(x, ahead);
+        y = hn::Add(y, ahead);
     }
 }
 

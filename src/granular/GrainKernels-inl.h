@@ -22,9 +22,8 @@ namespace HWY_NAMESPACE {
 void FillEnvelope(const GrainKernels::Envelope& e, double elapsed, double step, uint32_t count,
                   float* out) {
     FillPhases(e.length, elapsed, step, count, out);
-    WithShape(e, [=](const auto shape) HWY_ATTR {
-        for (uint32_t i = 0; i < count; i += LaneCount())
-            hn::StoreU(shape(hn::LoadU(FloatTag(), out + i)), FloatTag(), out + i);
+    WithShape(static_cast<uint32_t>(e.shape), [&](auto shape) HWY_ATTR {
+        ShapePhases<typename decltype(shape)::Type>(e, count, out);
     });
 }
 
@@ -60,27 +59,53 @@ HWY_INLINE void ReadVoice(const GrainKernels::Voice& voice) {
     }
 }
 
-/// Envelopes first, then the tape for all voices of one pace at a time: which way the next voice
-/// goes would be a guess, and a wrong one takes as long as two of its vectors.
+/// Numbers of the voices that have one of kKinds kinds each.
+template <uint32_t kKinds>
+class Kinds {
+public:
+    HWY_INLINE void Add(uint32_t kind, uint32_t voice) {
+        numbers[kind][counts[kind]++] = static_cast<uint8_t>(voice);
+    }
+    /// Calls use(kind, voice numbers, how many) for all kinds that there are.
+    template <class Use>
+    HWY_INLINE void ForEach(const Use& use) const {
+        for (uint32_t kind = 0; kind < kKinds; ++kind)
+            if (counts[kind] > 0)
+                use(kind, numbers[kind], counts[kind]);
+    }
+
+private:
+    uint8_t numbers[kKinds][GrainKernels::kVoices];
+    uint32_t counts[kKinds] = {};
+};
+
+/// Phases, envelopes and the tape one after the other, each for all voices of one kind at a time:
+/// which way the next voice goes would be a guess, and a wrong one takes as long as two vectors.
 void Play(const GrainKernels::Voice* voices, uint32_t number) {
-    uint8_t inPace[kPaces][GrainKernels::kVoices];
-    uint32_t counts[kPaces] = {};
+    Kinds<kShapes> shapes;
+    Kinds<kPaces> paces;
     for (uint32_t v = 0; v < number; ++v) {
         const GrainKernels::Voice& voice = voices[v];
-        const uint32_t pace = PaceOf(voice.increment);
-        inPace[pace][counts[pace]++] = static_cast<uint8_t>(v);
-        FillEnvelope(voice.envelope, voice.elapsed, std::abs(voice.increment), voice.count,
-                     voice.out);
-        *voice.level = voice.out[voice.count - 1];
+        shapes.Add(static_cast<uint32_t>(voice.envelope.shape), v);
+        paces.Add(PaceOf(voice.increment), v);
+        FillPhases(voice.envelope.length, voice.elapsed, std::abs(voice.increment), voice.count,
+                   voice.out);
     }
-    for (uint32_t pace = 0; pace < kPaces; ++pace) {
-        const uint8_t* const list = inPace[pace];
-        const uint32_t count = counts[pace];
-        WithPace(pace, [=](auto reader) HWY_ATTR {
+    shapes.ForEach([=](uint32_t kind, const uint8_t* list, uint32_t count) HWY_ATTR {
+        WithShape(kind, [=](auto shape) HWY_ATTR {
+            for (uint32_t i = 0; i < count; ++i) {
+                const GrainKernels::Voice& voice = voices[list[i]];
+                ShapePhases<typename decltype(shape)::Type>(voice.envelope, voice.count, voice.out);
+                *voice.level = voice.out[voice.count - 1];
+            }
+        });
+    });
+    paces.ForEach([=](uint32_t kind, const uint8_t* list, uint32_t count) HWY_ATTR {
+        WithPace(kind, [=](auto reader) HWY_ATTR {
             for (uint32_t i = 0; i < count; ++i)
                 ReadVoice<typename decltype(reader)::Type>(voices[list[i]]);
         });
-    }
+    });
 }
 
 /// Adds the rows' next kVectors vectors, whose sums don't wait for each other.

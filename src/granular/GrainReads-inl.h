@@ -222,23 +222,18 @@ HWY_INLINE uint32_t PaceOf(double increment) {
     return increment == 1.0 ? kUnit : pace;
 }
 
-template <class Reader>
-struct ReaderOf {
-    using Type = Reader;
-};
-
-/// Calls use with a ReaderOf what suits the pace.
+/// Calls use with the TypeOf a reader that suits the pace.
 template <class Use>
 HWY_INLINE void WithPace(uint32_t pace, const Use& use) {
     if (pace == kUnit)
-        return use(ReaderOf<UnitReader>());
+        return use(TypeOf<UnitReader>());
 #if HWY_TARGET <= HWY_AVX2
     if (pace == kSlow)
-        return use(ReaderOf<WindowReader<1>>());
+        return use(TypeOf<WindowReader<1>>());
     if (pace == kFaster)
-        return use(ReaderOf<WindowReader<2>>());
+        return use(TypeOf<WindowReader<2>>());
 #endif
-    use(ReaderOf<PairReader>());
+    use(TypeOf<PairReader>());
 }
 
 }  // namespace HWY_NAMESPACE

@@ -26,9 +26,9 @@ void GrainRenderer::Setup(float sampleRate, uint32_t blockSize) {
     constexpr size_t kVector = GrainKernels::kMaxLanes;
     stride = (blockSize + 2 * kVector - 1) / kVector * kVector;
     scratch.assign((3 + kRows) * stride, 0.0f);
-    left.sum = scratch.data();
-    right.sum = left.sum + stride;
-    envelope = right.sum + stride;
+    sides[0].sum = scratch.data();
+    sides[1].sum = sides[0].sum + stride;
+    envelope = sides[1].sum + stride;
     rows = envelope + stride;
 }
 
@@ -43,19 +43,19 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
         return;
     numFrames = block.numFrames;
     reader.BeginBlock(tape, numFrames, block.crossfade, block.interpolate);
-    std::copy_n(outLeft, numFrames, left.sum);
-    std::copy_n(outRight, numFrames, right.sum);
+    std::copy_n(outLeft, numFrames, sides[0].sum);
+    std::copy_n(outRight, numFrames, sides[1].sum);
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
         Grain& grain = pool[slot];
         const bool known = reader.StaysClear(grain) && !grain.releasing;
         if (known ? PassGrain(grain) : TakeGrain(grain, reader.PathOf(pool, slot)))
             ended.push_back(slot);
-        if (left.count + right.count == kRows)
+        if (sides[0].count + sides[1].count == kRows)
             PlayRows();
     }
     PlayRows();
-    std::copy_n(left.sum, numFrames, outLeft);
-    std::copy_n(right.sum, numFrames, outRight);
+    std::copy_n(sides[0].sum, numFrames, outLeft);
+    std::copy_n(sides[1].sum, numFrames, outRight);
 }
 
 /// Moves a grain that is clear over the block and leaves its row to the kernels, which take many at
@@ -109,8 +109,8 @@ bool GrainRenderer::Finish(Grain& grain, float* row, uint32_t count) {
 
 /// Where the next grain goes.
 float* GrainRenderer::NextRow(bool rightSide) {
-    float* const row = rows + (left.count + right.count) * stride;
-    Side& side = rightSide ? right : left;
+    float* const row = rows + (sides[0].count + sides[1].count) * stride;
+    Side& side = sides[rightSide ? 1 : 0];  // no branch: chance says which
     side.rows[side.count++] = row;
     return row;
 }
@@ -124,9 +124,9 @@ void GrainRenderer::PlayRows() {
         std::fill(part.row + part.to, part.row + numFrames, kNothing);
     }
     numVoices = numParts = 0;
-    for (Side* side : {&left, &right}) {
-        kernels->add(side->rows.data(), side->count, numFrames, side->sum);
-        side->count = 0;
+    for (Side& side : sides) {
+        kernels->add(side.rows.data(), side.count, numFrames, side.sum);
+        side.count = 0;
     }
 }
 

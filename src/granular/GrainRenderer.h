@@ -72,7 +72,7 @@ private:
     uint32_t numVoices = 0;
     std::array<Part, kRows> parts{};  ///< those that start or end in the block
     uint32_t numParts = 0;
-    Side left, right;
+    std::array<Side, 2> sides;  ///< left and right
 
     // Scratch, with room for the kernels' whole vectors.
     AlignedVector scratch;

@@ -34,6 +34,12 @@ using HalfIntTag = hn::Rebind<int32_t, DoubleTag>;
 HWY_INLINE uint32_t LaneCount() { return static_cast<uint32_t>(hn::Lanes(FloatTag())); }
 HWY_INLINE Floats Constant(float value) { return hn::Set(FloatTag(), value); }
 
+/// Names a type to a generic lambda.
+template <class T>
+struct TypeOf {
+    using Type = T;
+};
+
 /// The points start + i * step of one vector after the other, half a vector at a time; the scalar
 /// set has no second half. Steps come from single precision, so that their multiples are exact
 /// whether they are products or sums, and every set rounds the points alike.
