@@ -86,8 +86,10 @@ void Play(const GrainKernels::Voice* voices, uint32_t number) {
     Kinds<kPaces> paces;
     for (uint32_t v = 0; v < number; ++v) {
         const GrainKernels::Voice& voice = voices[v];
-        shapes.Add(static_cast<uint32_t>(voice.envelope.shape), v);
         paces.Add(PaceOf(voice.increment), v);
+        if (voice.envelope.shape == GrainKernels::Envelope::kGiven)
+            continue;
+        shapes.Add(static_cast<uint32_t>(voice.envelope.shape), v);
         FillPhases(voice.envelope.length, voice.elapsed, std::abs(voice.increment), voice.count,
                    voice.out);
     }

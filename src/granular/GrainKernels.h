@@ -19,7 +19,9 @@ struct GrainKernels {
 
     /// What an envelope depends on besides the phase.
     struct Envelope {
-        int32_t shape;  ///< 0 to 7
+        static constexpr int32_t kGiven = 8;  ///< of a voice whose envelope stands in its out
+
+        int32_t shape;  ///< 0 to 7, or kGiven
         float shapeA, shapeB;
         float length;         ///< source samples
         float attackSamples;  ///< fixed attack of shapes 6 and 7

@@ -1,38 +1,9 @@
 #include "granular/GrainReader.h"
 
-#include <hwy/cache_control.h>
-
 #include <algorithm>
 #include <cmath>
 
 namespace Quorvan::dsp {
-
-namespace {
-
-/// Part of x above the whole number below it. The library's floor would be a call.
-double FractionOf(double x) {
-    const double part = x - static_cast<double>(static_cast<int64_t>(x));
-    return part < 0.0 ? part + 1.0 : part;
-}
-
-/// Loops x into 0..wrap.
-double WrapPosition(double x, double wrap) {
-    const double turns = (x <= 0.0 ? x + wrap : x) / wrap;
-    return (turns >= 0.0 && turns < 1.0 ? turns : FractionOf(turns)) * wrap;
-}
-
-/// Asks for floats of the tape from there on, and for what comes next where they are few: grains
-/// lie all over the tape, and most read on in the next block.
-void PrefetchTape(const float* at, double floats) {
-    constexpr int32_t kCacheLine = 16;  // floats
-    constexpr int32_t kUsual = 5;       // lines; too few to count
-    for (int32_t i = 0; i < kUsual; ++i)
-        hwy::Prefetch(at + i * kCacheLine);
-    for (int32_t i = kUsual * kCacheLine; i <= static_cast<int32_t>(floats); i += kCacheLine)
-        hwy::Prefetch(at + i);
-}
-
-}  // namespace
 
 void GrainReader::Setup(float sampleRate, uint32_t blockSize) {
     runs.Setup(sampleRate);
@@ -48,18 +19,6 @@ void GrainReader::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool cr
     capture = &tape;
     numFrames = frames;
     interpolate = interpolation;
-}
-
-void GrainReader::Pass(Grain& grain, bool rightSide, GrainKernels::Voice& voice) {
-    TrackCrossfade(grain, false);
-    const Channel channel = rightSide ? capture->right : capture->left;
-    voice.low = channel[runs.PassOfClear(grain)].data();
-    voice.position = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
-    voice.increment = grain.increment;
-    Advance(grain, voice.count);
-    const double way = grain.increment * voice.count;
-    const double first = std::max(voice.position + std::min(way, 0.0), 0.0);
-    PrefetchTape(voice.low + static_cast<int64_t>(first), std::abs(way));
 }
 
 void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
@@ -103,7 +62,7 @@ void GrainReader::PlayRun(Grain& grain, Channel channel, const Run& run, float* 
         kernels->interpolate({far, far + 1, wrapped, grain.increment}, run.count, faded.data());
         Fade(run, out);
     }
-    Advance(grain, run.count);
+    Advance(grain, runs.Loop(), run.count);
 }
 
 /// The same without interpolation, from that step of the grain's path on.
@@ -176,7 +135,7 @@ float GrainReader::PlaySample(Grain& grain, Channel channel, uint32_t frame) con
         const uint32_t rb = p1 ^ (across ? 1u : 0u) ^ (i1 >= wrap ? 1u : 0u);
         x = x * c + (1.0f - c) * readPair(ra, j0, rb, j1, g);
     }
-    Advance(grain, 1);
+    Advance(grain, runs.Loop(), 1);
     return x;
 }
 
@@ -193,24 +152,6 @@ uint32_t GrainReader::PassOf(const Grain& grain, const Run& run) const {
 uint32_t GrainReader::FarPassOf(const Grain& grain, const Run& run) const {
     const bool beyond = grain.readPosition >= static_cast<double>(grain.wrapLength);
     return run.head.pass ^ (run.side == Side::Ahead ? 0u : 1u) ^ (beyond ? 1u : 0u);
-}
-
-void GrainReader::TrackCrossfade(Grain& grain, bool nearHead) const {
-    const bool active = nearHead && grain.crossing && runs.Crossfading();
-    if (grain.wasCrossfading && !active)
-        grain.swapped = true;
-    grain.wasCrossfading = active;
-}
-
-void GrainReader::Advance(Grain& grain, uint32_t count) const {
-    const double moved = grain.increment * count;
-    const double read = grain.readPosition;
-    const double second = grain.wrappedPosition;
-    grain.readPosition = WrapPosition(read + moved, static_cast<double>(runs.Loop()));
-    grain.wrappedPosition = second == read && grain.wrapLength == runs.Loop()
-                                ? grain.readPosition
-                                : WrapPosition(second + moved, grain.wrapLength);
-    grain.elapsed += std::abs(moved);
 }
 
 }  // namespace Quorvan::dsp

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <hwy/cache_control.h>
+
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
-#include <vector>
 
 #include "granular/CaptureBuffer.h"
 #include "granular/Grain.h"
 #include "granular/GrainKernels.h"
+#include "granular/GrainMotion.h"
 #include "granular/GrainRuns.h"
 #include "granular/GrainWalk.h"
 #include "primitives/AlignedVector.h"
@@ -36,7 +40,15 @@ public:
     void LookAhead(Grain& grain) const { runs.LookAhead(grain); }
     /// Passes over the samples of a grain that is clear: tells the voice where its head goes and
     /// asks for that part of the tape.
-    void Pass(Grain& grain, bool rightSide, GrainKernels::Voice& voice);
+    void Pass(Grain& grain, bool rightSide, GrainKernels::Voice& voice) const {
+        TrackCrossfade(grain, false);
+        const Channel channel = rightSide ? capture->right : capture->left;
+        voice.low = channel[runs.PassOfClear(grain)].data();
+        voice.position = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
+        voice.increment = grain.increment;
+        Prefetch(voice);
+        Advance(grain, runs.Loop(), voice.count);
+    }
     /// Reads count samples from the grain's start frame on. out has room for whole vectors.
     void Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
               float* out);
@@ -65,8 +77,26 @@ private:
     static bool ReadsWrapped(const Grain& grain) { return grain.swapped && !grain.reversed; }
     uint32_t PassOf(const Grain& grain, const Run& run) const;
     uint32_t FarPassOf(const Grain& grain, const Run& run) const;
-    void TrackCrossfade(Grain& grain, bool nearHead) const;
-    void Advance(Grain& grain, uint32_t count) const;
+    void TrackCrossfade(Grain& grain, bool nearHead) const {
+        const bool active = nearHead && grain.crossing && runs.Crossfading();
+        if (grain.wasCrossfading && !active)
+            grain.swapped = true;
+        grain.wasCrossfading = active;
+    }
+    /// Asks for the tape that a voice is about to read, and for what comes next where that is
+    /// little: grains lie all over the tape, and most read on in the next block.
+    static void Prefetch(const GrainKernels::Voice& voice) {
+        constexpr int32_t kCacheLine = 16;  // floats
+        constexpr int32_t kUsual = 5;       // lines; too few to count
+        const double way = voice.increment * voice.count;
+        const double first = std::max(voice.position + std::min(way, 0.0), 0.0);
+        const float* const at = voice.low + static_cast<int64_t>(first);
+        for (int32_t i = 0; i < kUsual; ++i)
+            hwy::Prefetch(at + i * kCacheLine);
+        const auto floats = static_cast<int32_t>(std::abs(way));
+        for (int32_t i = kUsual * kCacheLine; i <= floats; i += kCacheLine)
+            hwy::Prefetch(at + i);
+    }
     float Between(float x, float next, float fraction) const {
         return interpolate ? x + (next - x) * fraction : x;
     }

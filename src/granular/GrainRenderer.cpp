@@ -47,8 +47,9 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
     std::copy_n(outRight, numFrames, sides[1].sum);
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
         Grain& grain = pool[slot];
-        const bool known = reader.StaysClear(grain) && !grain.releasing;
-        if (known ? PassGrain(grain) : TakeGrain(grain, reader.PathOf(pool, slot)))
+        const bool ends = reader.StaysClear(grain) ? PassGrain(grain)
+                                                   : TakeGrain(grain, reader.PathOf(pool, slot));
+        if (ends)
             ended.push_back(slot);
         if (sides[0].count + sides[1].count == kRows)
             PlayRows();
@@ -61,35 +62,36 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
 /// Moves a grain that is clear over the block and leaves its row to the kernels, which take many at
 /// a time. Answers whether it ends in this block.
 bool GrainRenderer::PassGrain(Grain& grain) {
-    const uint32_t start = grain.startFrame;
-    const uint32_t wanted = numFrames - start;
-    const uint32_t count = FramesToEnd(grain, wanted);
     const bool rightSide = IsRightSide(grain);
     float* const row = NextRow(rightSide);
     GrainKernels::Voice& voice = voices[numVoices++];
     voice.envelope = EnvelopeOf(grain);
     voice.elapsed = grain.elapsed;
     voice.gain = GainOf(grain);
-    voice.count = count;
-    voice.out = row + start;
+    voice.count = FramesToEnd(grain);
+    voice.out = row + grain.startFrame;
     voice.level = &grain.envelope;
+    if (grain.releasing) {
+        voice.envelope.shape = GrainKernels::Envelope::kGiven;
+        voice.count = FillRelease(grain, voice.count, voice.out);
+    }
     reader.Pass(grain, rightSide, voice);
-    return Finish(grain, row, count);
+    return Finish(grain, row, voice.count);
 }
 
 /// The same for a grain that may meet anything.
 bool GrainRenderer::TakeGrain(Grain& grain, const GrainWalk::Path* path) {
-    const uint32_t start = grain.startFrame;
-    uint32_t count = FramesToEnd(grain, numFrames - start);
+    uint32_t count = FramesToEnd(grain);
     bool ends = false;
-    if (path == nullptr && !grain.releasing && reader.IsClear(grain, count)) {
+    if (path == nullptr && reader.IsClear(grain, count)) {
         ends = PassGrain(grain);
     } else {
         const bool rightSide = IsRightSide(grain);
         float* const row = NextRow(rightSide);
+        float* const out = row + grain.startFrame;
         count = FillEnvelope(grain, count);
-        reader.Read(grain, rightSide, count, path, row + start);
-        kernels->shape(envelope, GainOf(grain), count, row + start);
+        reader.Read(grain, rightSide, count, path, out);
+        kernels->shape(envelope, GainOf(grain), count, out);
         ends = Finish(grain, row, count);
     }
     reader.LookAhead(grain);
@@ -137,14 +139,14 @@ GrainKernels::Envelope GrainRenderer::EnvelopeOf(const Grain& grain) const {
 /// Fills the envelope of count samples or up to the release's end, and answers how many there are.
 uint32_t GrainRenderer::FillEnvelope(Grain& grain, uint32_t count) {
     if (grain.releasing)
-        return FillRelease(grain, count);
+        return FillRelease(grain, count, envelope);
     kernels->envelope(EnvelopeOf(grain), grain.elapsed, std::abs(grain.increment), count, envelope);
     grain.envelope = envelope[count - 1];
     return count;
 }
 
 /// Fades from where the envelope stands to 0; some shapes stand below 0.
-uint32_t GrainRenderer::FillRelease(Grain& grain, uint32_t count) {
+uint32_t GrainRenderer::FillRelease(Grain& grain, uint32_t count, float* out) const {
     float level = grain.envelope;
     uint32_t i = 0;
     while (i < count && !grain.released) {
@@ -155,15 +157,16 @@ uint32_t GrainRenderer::FillRelease(Grain& grain, uint32_t count) {
             grain.released = level > -releaseStep;
             level = grain.released ? 0.0f : level + releaseStep;
         }
-        envelope[i++] = level;
+        out[i++] = level;
     }
     grain.envelope = level;
     return i;
 }
 
-/// Samples up to and with the one at which the grain has read its length, at most count. Increments
+/// Samples of the block up to and with the one at which the grain has read its length. Increments
 /// come from single precision, so that sums of them are exact and the order doesn't matter.
-uint32_t GrainRenderer::FramesToEnd(const Grain& grain, uint32_t count) {
+uint32_t GrainRenderer::FramesToEnd(const Grain& grain) const {
+    const uint32_t count = numFrames - grain.startFrame;
     const double step = std::abs(grain.increment);
     const double left = static_cast<double>(grain.length) - grain.elapsed;
     if (count * step < left)

@@ -58,8 +58,8 @@ private:
     void PlayRows();
     GrainKernels::Envelope EnvelopeOf(const Grain& grain) const;
     uint32_t FillEnvelope(Grain& grain, uint32_t count);
-    uint32_t FillRelease(Grain& grain, uint32_t count);
-    static uint32_t FramesToEnd(const Grain& grain, uint32_t count);
+    uint32_t FillRelease(Grain& grain, uint32_t count, float* out) const;
+    uint32_t FramesToEnd(const Grain& grain) const;
 
     const GrainKernels* kernels = &GrainKernels::Best();
     GrainReader reader;
