@@ -16,14 +16,15 @@ void GrainReader::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool cr
                              bool interpolation) {
     runs.BeginBlock(tape, frames, crossfade, interpolation);
     walk.BeginBlock(frames);
-    capture = &tape;
+    channels[0] = tape.left;
+    channels[1] = tape.right;
     numFrames = frames;
     interpolate = interpolation;
 }
 
-void GrainReader::Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
+void GrainReader::Read(Grain& grain, uint32_t side, uint32_t count, const GrainWalk::Path* path,
                        float* out) {
-    const Channel channel = rightSide ? capture->right : capture->left;
+    const Channel channel = channels[side];
     uint32_t i = 0;
     while (i < count) {
         const uint32_t frame = grain.startFrame + i;

@@ -40,9 +40,9 @@ public:
     void LookAhead(Grain& grain) const { runs.LookAhead(grain); }
     /// Passes over the samples of a grain that is clear: tells the voice where its head goes and
     /// asks for that part of the tape.
-    void Pass(Grain& grain, bool rightSide, GrainKernels::Voice& voice) const {
+    void Pass(Grain& grain, uint32_t side, GrainKernels::Voice& voice) const {
         TrackCrossfade(grain, false);
-        const Channel channel = rightSide ? capture->right : capture->left;
+        const Channel channel = channels[side];
         voice.low = channel[runs.PassOfClear(grain)].data();
         voice.position = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
         voice.increment = grain.increment;
@@ -50,8 +50,7 @@ public:
         Advance(grain, runs.Loop(), voice.count);
     }
     /// Reads count samples from the grain's start frame on. out has room for whole vectors.
-    void Read(Grain& grain, bool rightSide, uint32_t count, const GrainWalk::Path* path,
-              float* out);
+    void Read(Grain& grain, uint32_t side, uint32_t count, const GrainWalk::Path* path, float* out);
 
     void UseKernels(const GrainKernels& other) {
         kernels = &other;
@@ -108,7 +107,7 @@ private:
     AlignedVector faded;       ///< the crossfade's far side, over one run
 
     // Of the block.
-    const CaptureBuffer* capture = nullptr;
+    Channel channels[2] = {};  ///< of the left and the right side
     uint32_t numFrames = 0;
     bool interpolate = true;
 };

@@ -10,8 +10,9 @@ namespace {
 constexpr float kReleasePerSecond = 249.99998f;  // 4 ms from full level to silence
 constexpr float kAttackSeconds = 0.0005f;
 
-/// A grain sounds on one side only, so that the other side's tape need not be read.
-bool IsRightSide(const Grain& grain) { return grain.outGainRight != 0.0f; }
+/// Left or right: a grain sounds on one side only, so that the other's tape need not be read. A
+/// number, as chance says which and a branch would have to be guessed.
+uint32_t SideOf(const Grain& grain) { return grain.outGainRight != 0.0f ? 1 : 0; }
 
 float GainOf(const Grain& grain) {  // of which one part is 0
     return grain.outGainLeft * grain.panGainLeft + grain.outGainRight * grain.panGainRight;
@@ -62,8 +63,8 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
 /// Moves a grain that is clear over the block and leaves its row to the kernels, which take many at
 /// a time. Answers whether it ends in this block.
 bool GrainRenderer::PassGrain(Grain& grain) {
-    const bool rightSide = IsRightSide(grain);
-    float* const row = NextRow(rightSide);
+    const uint32_t side = SideOf(grain);
+    float* const row = NextRow(side);
     GrainKernels::Voice& voice = voices[numVoices++];
     voice.envelope = EnvelopeOf(grain);
     voice.elapsed = grain.elapsed;
@@ -75,7 +76,7 @@ bool GrainRenderer::PassGrain(Grain& grain) {
         voice.envelope.shape = GrainKernels::Envelope::kGiven;
         voice.count = FillRelease(grain, voice.count, voice.out);
     }
-    reader.Pass(grain, rightSide, voice);
+    reader.Pass(grain, side, voice);
     return Finish(grain, row, voice.count);
 }
 
@@ -86,11 +87,11 @@ bool GrainRenderer::TakeGrain(Grain& grain, const GrainWalk::Path* path) {
     if (path == nullptr && reader.IsClear(grain, count)) {
         ends = PassGrain(grain);
     } else {
-        const bool rightSide = IsRightSide(grain);
-        float* const row = NextRow(rightSide);
+        const uint32_t side = SideOf(grain);
+        float* const row = NextRow(side);
         float* const out = row + grain.startFrame;
         count = FillEnvelope(grain, count);
-        reader.Read(grain, rightSide, count, path, out);
+        reader.Read(grain, side, count, path, out);
         kernels->shape(envelope, GainOf(grain), count, out);
         ends = Finish(grain, row, count);
     }
@@ -110,10 +111,10 @@ bool GrainRenderer::Finish(Grain& grain, float* row, uint32_t count) {
 }
 
 /// Where the next grain goes.
-float* GrainRenderer::NextRow(bool rightSide) {
+float* GrainRenderer::NextRow(uint32_t side) {
     float* const row = rows + (sides[0].count + sides[1].count) * stride;
-    Side& side = sides[rightSide ? 1 : 0];  // no branch: chance says which
-    side.rows[side.count++] = row;
+    Side& sum = sides[side];
+    sum.rows[sum.count++] = row;
     return row;
 }
 

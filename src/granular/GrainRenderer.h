@@ -54,7 +54,7 @@ private:
     bool PassGrain(Grain& grain);
     bool TakeGrain(Grain& grain, const GrainWalk::Path* path);
     bool Finish(Grain& grain, float* row, uint32_t count);
-    float* NextRow(bool rightSide);
+    float* NextRow(uint32_t side);
     void PlayRows();
     GrainKernels::Envelope EnvelopeOf(const Grain& grain) const;
     uint32_t FillEnvelope(Grain& grain, uint32_t count);
