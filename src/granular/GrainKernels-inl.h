@@ -32,10 +32,11 @@ void Interpolate(const GrainKernels::ReadHead& head, uint32_t count, float* out)
         for (uint32_t i = 0; i < count; i += LaneCount())
             hn::StoreU(reader.Next(), FloatTag(), out + i);
     };
+    const LocalHead local(head, count);
     if (head.increment != 1.0 && head.high != head.low + 1)
-        return fill(ApartReader(head, count));
+        return fill(ApartReader(local));
     WithPace(PaceOf(head.increment),
-             [&](auto reader) HWY_ATTR { fill(typename decltype(reader)::Type(head, count)); });
+             [&](auto reader) HWY_ATTR { fill(typename decltype(reader)::Type(local)); });
 }
 
 void Shape(const float* envelope, float gain, uint32_t count, float* x) {
@@ -49,10 +50,10 @@ void Shape(const float* envelope, float gain, uint32_t count, float* x) {
 
 /// Reads the tape under the envelope that stands in out.
 template <class Reader>
-HWY_INLINE void ReadVoice(const GrainKernels::Voice& voice) {
+HWY_INLINE void ReadVoice(const GrainKernels::Voice& voice, const LocalHead& head) {
     const FloatTag d;
     const Floats level = Constant(voice.gain);
-    Reader reader({voice.low, voice.low + 1, voice.position, voice.increment}, voice.count);
+    Reader reader(head);
     for (uint32_t i = 0; i < voice.count; i += LaneCount()) {
         const Floats under = hn::Mul(level, hn::LoadU(d, voice.out + i));
         hn::StoreU(hn::Mul(under, reader.Next()), d, voice.out + i);
@@ -84,9 +85,12 @@ private:
 void Play(const GrainKernels::Voice* voices, uint32_t number) {
     Kinds<kShapes> shapes;
     Kinds<kPaces> paces;
+    LocalHead heads[GrainKernels::kVoices];
     for (uint32_t v = 0; v < number; ++v) {
         const GrainKernels::Voice& voice = voices[v];
         paces.Add(PaceOf(voice.increment), v);
+        heads[v] =
+            LocalHead({voice.low, voice.low + 1, voice.position, voice.increment}, voice.count);
         if (voice.envelope.shape == GrainKernels::Envelope::kGiven)
             continue;
         shapes.Add(static_cast<uint32_t>(voice.envelope.shape), v);
@@ -102,10 +106,10 @@ void Play(const GrainKernels::Voice* voices, uint32_t number) {
             }
         });
     });
-    paces.ForEach([=](uint32_t kind, const uint8_t* list, uint32_t count) HWY_ATTR {
-        WithPace(kind, [=](auto reader) HWY_ATTR {
+    paces.ForEach([&](uint32_t kind, const uint8_t* list, uint32_t count) HWY_ATTR {
+        WithPace(kind, [&](auto reader) HWY_ATTR {
             for (uint32_t i = 0; i < count; ++i)
-                ReadVoice<typename decltype(reader)::Type>(voices[list[i]]);
+                ReadVoice<typename decltype(reader)::Type>(voices[list[i]], heads[list[i]]);
         });
     });
 }

@@ -22,15 +22,32 @@ HWY_INLINE Floats Blend(Floats x, Floats next, Floats fraction) {
     return hn::Add(x, hn::Mul(hn::Sub(next, x), fraction));
 }
 
+/// A read head whose positions count from the lowest place that it comes to, so that 32 bits hold
+/// them.
+struct LocalHead {
+    LocalHead() = default;
+    HWY_INLINE LocalHead(const GrainKernels::ReadHead& head, uint32_t count)
+        : increment(head.increment) {
+        const double last = head.position + head.increment * (count - 1);
+        const auto lowest = static_cast<int64_t>(std::min(head.position, last));
+        start = head.position - static_cast<double>(lowest);
+        low = head.low + lowest;
+        high = head.high + lowest;
+    }
+
+    HWY_INLINE Line Positions() const { return {start, increment}; }
+
+    const float* low;
+    const float* high;
+    double start;
+    double increment;
+};
+
 /// At unit speed all samples lie between their neighbours at the same place.
 class UnitReader {
 public:
-    HWY_INLINE UnitReader(const GrainKernels::ReadHead& head, uint32_t /*count*/) {
-        const auto whole = static_cast<int64_t>(head.position);
-        low = head.low + whole;
-        high = head.high + whole;
-        fraction = Constant(static_cast<float>(head.position - static_cast<double>(whole)));
-    }
+    HWY_INLINE explicit UnitReader(const LocalHead& head)
+        : low(head.low), high(head.high), fraction(Constant(static_cast<float>(head.start))) {}
 
     HWY_INLINE Floats Next() {
         const Floats x = Blend(hn::LoadU(FloatTag(), low), hn::LoadU(FloatTag(), high), fraction);
@@ -49,27 +66,6 @@ private:
 struct Places {
     Ints whole;
     Floats fraction;
-};
-
-/// A read head whose positions count from the lowest place that it comes to, so that 32 bits hold
-/// them.
-class LocalHead {
-public:
-    HWY_INLINE LocalHead(const GrainKernels::ReadHead& head, uint32_t count)
-        : increment(head.increment) {
-        const double last = head.position + head.increment * (count - 1);
-        const auto lowest = static_cast<int64_t>(std::min(head.position, last));
-        start = head.position - static_cast<double>(lowest);
-        low = head.low + lowest;
-        high = head.high + lowest;
-    }
-
-    HWY_INLINE Line Positions() const { return {start, increment}; }
-
-    const float* low;
-    const float* high;
-    double start;
-    double increment;
 };
 
 /// Those of one vector of positions at or above 0.
@@ -100,8 +96,8 @@ HWY_INLINE Places NextPlaces(Line& positions) {
 /// Loads every place by itself, with its neighbour.
 class PairReader {
 public:
-    HWY_INLINE PairReader(const GrainKernels::ReadHead& readHead, uint32_t count)
-        : head(readHead, count), positions(head.Positions()) {}
+    HWY_INLINE explicit PairReader(const LocalHead& local)
+        : head(local), positions(head.Positions()) {}
 
     HWY_INLINE Floats Next() {
         const Places places = NextPlaces(positions);
@@ -142,8 +138,8 @@ private:
 /// The same where the neighbours lie in different rounds of the tape: on the write head.
 class ApartReader {
 public:
-    HWY_INLINE ApartReader(const GrainKernels::ReadHead& readHead, uint32_t count)
-        : head(readHead, count), positions(head.Positions()) {}
+    HWY_INLINE explicit ApartReader(const LocalHead& local)
+        : head(local), positions(head.Positions()) {}
 
     HWY_INLINE Floats Next() {
         const Places places = NextPlaces(positions);
@@ -171,27 +167,23 @@ private:
 template <int kVectors>
 class WindowReader {
 public:
-    HWY_INLINE WindowReader(const GrainKernels::ReadHead& readHead, uint32_t count)
-        : head(readHead, count), positions(head.Positions()) {
-        const auto below = kVectors * static_cast<int32_t>(LaneCount()) - 1;
-        back = hn::Set(IntTag(), head.increment < 0.0 ? below : 0);
-        lowest = hn::Zero(IntTag());
-    }
+    HWY_INLINE explicit WindowReader(const LocalHead& local)
+        : head(local),
+          positions(head.Positions()),
+          ahead(head.increment * static_cast<double>(LaneCount())),
+          back(head.increment < 0.0 ? kVectors * static_cast<int32_t>(LaneCount()) - 1 : 0) {}
 
     HWY_INLINE Floats Next() {
-        const FloatTag d;
-        const IntTag di;
         const Places places = NextPlaces(positions);
-        const Ints first = hn::TableLookupLanes(places.whole, hn::SetTableIndices(di, kZeros));
-        const Ints base = hn::Max(hn::Sub(first, back), lowest);
-        return Blend(LookUp(head.low + hn::GetLane(base), hn::Sub(places.whole, base)),
-                     LookUp(head.high + hn::GetLane(base), hn::Sub(places.whole, base)),
+        // The lowest place by another way than through the vector, which would take long.
+        const int32_t base = std::max(static_cast<int32_t>(head.start + way) - back, 0);
+        way += ahead;
+        const Ints inside = hn::Sub(places.whole, hn::Set(IntTag(), base));
+        return Blend(LookUp(head.low + base, inside), LookUp(head.high + base, inside),
                      places.fraction);
     }
 
 private:
-    static constexpr int32_t kZeros[GrainKernels::kMaxLanes] = {};
-
     /// window[place]
     static HWY_INLINE Floats LookUp(const float* window, Ints place) {
         const FloatTag d;
@@ -207,8 +199,8 @@ private:
 
     LocalHead head;
     Line positions;
-    Ints back;    ///< from the vector's first place to the lowest that it may have
-    Ints lowest;  ///< of all
+    double way = 0.0, ahead;  ///< from the start to the vector, and to the next
+    int32_t back;             ///< from the vector's first place to the lowest that it may have
 };
 #endif
 
