@@ -35,6 +35,7 @@ uint32_t GrainRuns::Span::Steps(double x, double step, uint32_t most) const {
 
 void GrainRuns::Setup(float sampleRate) {
     crossfadeSamples = static_cast<int32_t>(std::floor(sampleRate * kCrossfadeSeconds));
+    capture = nullptr;
 }
 
 void GrainRuns::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool crossfadeOn,
