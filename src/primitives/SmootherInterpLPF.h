@@ -29,6 +29,11 @@ public:
     void SetStartAndTarget(float start, float end) override;
     void Reset(float value) override;
 
+    /// Whether ticks change nothing any more: at rest, and with the ramp run to its end.
+    bool HasArrived() const {
+        return IsAtRest() && rampValue == target && rampCounter + 1 >= rampSteps;
+    }
+
     uint32_t rampSteps = 1;  ///< ticks of a ramp, at least 1
     uint32_t rampCounter = 0;
     double rampIncrement = 0.0;

@@ -24,6 +24,9 @@ public:
     double coefficient = 0.0;
     double threshold = 1e-12;  ///< steps below this end the glide
 
+    /// The threshold over the target, and its least.
+    static constexpr double kRelativeThreshold = 1e-12, kLeastThreshold = 1e-20;
+
 protected:
     static double ThresholdFor(double value);
 };
