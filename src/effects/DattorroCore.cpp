@@ -43,14 +43,12 @@ const ParameterTable& Table() {
 
 enum Row : uint32_t { kDecayRow = 1, kSizeRow, kPredelayRow, kDampingRow, kSizeOffsetRow };
 
-/// Smoother::FillBlock without a virtual call for each frame.
+/// FillBlock, but of any length also at rest.
 void Fill(SmootherLPF& smoother, float* out, uint32_t count) {
-    if (smoother.IsAtRest()) {
+    if (smoother.IsAtRest())
         std::fill_n(out, count, static_cast<float>(smoother.current));
-        return;
-    }
-    for (uint32_t n = 0; n < count; ++n)
-        out[n] = smoother.SmootherLPF::Tick();
+    else
+        smoother.FillBlock(out, count);
 }
 
 }  // namespace

@@ -24,6 +24,7 @@ public:
             current = rampValue;
         return static_cast<float>(current);
     }
+    void FillBlock(float* out, uint32_t count) override { FillBlockOf(*this, out, count); }
     /// A new ramp from where the present one stands.
     void SetTarget(float value) override;
     void SetStartAndTarget(float start, float end) override;

@@ -18,6 +18,7 @@ public:
             current = target;
         return static_cast<float>(current);
     }
+    void FillBlock(float* out, uint32_t count) override { FillBlockOf(*this, out, count); }
     void SetTarget(float value) override;
     void UpdateCoefficients() override;
 
