@@ -26,6 +26,7 @@ CompressionCurve::CompressionCurve(float thresholdDb, float slope, float kneeDb)
 }
 
 void CompressionCurve::LevelsToGainsDb(float* values, uint32_t count) const {
+    const CompressionCurve law = *this;  // which the values cannot lie over
     for (uint32_t at = 0; at < count; at += kGroup) {
         float* const levels = values + at;
         const uint32_t n = std::min(kGroup, count - at);
@@ -37,7 +38,7 @@ void CompressionCurve::LevelsToGainsDb(float* values, uint32_t count) const {
         for (uint32_t i = 0; i < n; ++i)
             db[i] = levels[i] >= kFloorLevel ? kDecibelsPerNeper * std::log(levels[i]) : kFloorDb;
         for (uint32_t i = 0; i < n; ++i)
-            levels[i] = GainDb(levels[i], db[i]);
+            levels[i] = law.GainDb(levels[i], db[i]);
     }
 }
 

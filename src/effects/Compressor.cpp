@@ -244,36 +244,31 @@ void Compressor::FillGains(uint32_t passes, uint32_t count) {
     }
     for (uint32_t k = 0; k < busyCount; ++k)
         curve.LevelsToGainsDb(gainBuffers[busy[k]].data(), count);
-    if (busyCount == kChannels)
-        FollowGains<kChannels>(busy, count);
-    else if (busyCount == 1)
-        FollowGains<1>({busy[0]}, count);
+    if (busyCount > 0)
+        FollowGains(busy[0], busy[busyCount - 1], count);
     for (uint32_t k = 0; k < busyCount; ++k)
         DecibelsToGains(gainBuffers[busy[k]].data(), count);
 }
 
-/// Attack and release of the gains in dB, all passes in step, so that their recursions overlap.
-template <size_t kPasses>
-void Compressor::FollowGains(const std::array<uint32_t, kPasses>& passes, uint32_t count) {
-    const float attack = attackCoefficient;
-    const float release = releaseCoefficient;
-    std::array<float, kPasses> smoothed;
-    std::array<float*, kPasses> gains;
-    for (size_t k = 0; k < kPasses; ++k) {
-        smoothed[k] = gainReduction[passes[k]];
-        gains[k] = gainBuffers[passes[k]].data();
-    }
+/// Attack and release of the gains in dB. Two passes go side by side in a vector, which also keeps
+/// jumps out that would depend on the signal; a pass alone stands in both places.
+void Compressor::FollowGains(uint32_t a, uint32_t b, uint32_t count) {
+    using Lanes = float __attribute__((vector_size(16)));
+    float* const gainsA = gainBuffers[a].data();
+    float* const gainsB = gainBuffers[b].data();
+    const Lanes attack = Lanes{} + attackCoefficient, release = Lanes{} + releaseCoefficient;
+    const auto size = [](Lanes x) { return x > -x ? x : -x; };
+    Lanes smoothed{gainReduction[a], gainReduction[b]};
     for (uint32_t i = 0; i < count; ++i) {
-        for (size_t k = 0; k < kPasses; ++k) {
-            const float wanted = gains[k][i], old = smoothed[k];
-            const float attacked = old + (wanted - old) * attack;
-            const float released = old + (wanted - old) * release;
-            smoothed[k] = std::abs(wanted) > std::abs(old) ? attacked : released;
-            gains[k][i] = smoothed[k];
-        }
+        const Lanes wanted{gainsA[i], gainsB[i]};
+        const Lanes way = wanted - smoothed;
+        const Lanes attacked = smoothed + way * attack, released = smoothed + way * release;
+        smoothed = size(wanted) > size(smoothed) ? attacked : released;
+        gainsA[i] = smoothed[0];
+        gainsB[i] = smoothed[1];
     }
-    for (size_t k = 0; k < kPasses; ++k)
-        gainReduction[passes[k]] = smoothed[k];
+    gainReduction[a] = smoothed[0];
+    gainReduction[b] = smoothed[1];
 }
 
 /// Mixes one channel with the gains of a pass. An absent input still runs its delay, with silence.

@@ -86,8 +86,7 @@ private:
     void FollowLevel(uint32_t pass, uint32_t count);
     bool IsIdle(uint32_t pass, uint32_t count) const;
     void FillGains(uint32_t passes, uint32_t count);
-    template <size_t kPasses>
-    void FollowGains(const std::array<uint32_t, kPasses>& passes, uint32_t count);
+    void FollowGains(uint32_t a, uint32_t b, uint32_t count);
     void WriteChannel(uint32_t channel, uint32_t pass, const float* in, float* out, uint32_t count);
     float MeterValue(uint32_t passes) const;
 
