@@ -35,6 +35,23 @@ public:
         StoreLane(b, 1);
     }
 
+    /// FillBlock of both.
+    static void FillBlocks(SmootherLPF& a, float* outA, SmootherLPF& b, float* outB,
+                           uint32_t count) {
+        if (a.IsAtRest() || b.IsAtRest()) {
+            a.FillBlock(outA, count);
+            b.FillBlock(outB, count);
+            return;
+        }
+        SmootherLPFPair both(a, b);
+        for (uint32_t i = 0; i < count; ++i) {
+            both.Tick();
+            outA[i] = both.Value(0);
+            outB[i] = both.Value(1);
+        }
+        both.Store(a, b);
+    }
+
 private:
     void StoreLane(SmootherLPF& smoother, int lane) const {
         smoother.current = current[lane];
