@@ -6,6 +6,7 @@
 
 #include "effects/StereoInputs.h"
 #include "framework/ParameterTable.h"
+#include "primitives/SmootherLPFPair.h"
 
 namespace Quorvan::dsp {
 
@@ -64,6 +65,7 @@ void Chorus::OnSetup(float rateHz, uint32_t blockSize) {
     minRate = parameters[Freq].minValue;
     maxRate = parameters[Freq].maxValue;
     SetupVoices();
+    lanes.Setup(blockSize);
     SetupSmoothers();
     for (AlignedVector* buffer : {&delay, &depth, &feedback, &voiceWet})
         buffer->assign(blockSize, 0.0f);
@@ -260,8 +262,7 @@ void Chorus::FillGlides(ProcessBlock& block) {
     feedbackSmoother.SetTarget(feedbackSign *
                                parameters[Feedback].GetBlockValue(block, kFeedbackRow));
     feedbackSmoother.FillBlock(feedback.data(), count);
-    delaySmoother.FillBlock(delay.data(), count);
-    depthSmoother.FillBlock(depth.data(), count);
+    SmootherLPFPair::FillBlocks(delaySmoother, delay.data(), depthSmoother, depth.data(), count);
     // The two glide apart from each other: what would reach past the write position is held.
     for (uint32_t i = 0; i < count; ++i)
         depth[i] = delay[i] <= depth[i] ? delay[i] - 1.0f : depth[i];
@@ -297,9 +298,20 @@ void Chorus::RunVoices(const ProcessBlock& block) {
                                      .lowPass = lowPassOn ? &lowPass : nullptr,
                                      .highPass = highPassOn ? &highPass : nullptr};
     float* const rateRow = IsRowActive(block, kRateRow) ? block.inputs[kRateRow] : nullptr;
+    lanes.Clear();
+    std::array<bool, kMaxVoices> inLanes{};
     for (uint32_t v = 0; v < voiceCount; ++v) {
         voices[v].RunLfo(block, rateRow);
-        voices[v].Run(course);
+        inLanes[v] = voices[v].Plan(course);
+        if (inLanes[v])
+            voices[v].Gather(course, lanes, kChannels * v);
+    }
+    lanes.Run(kChannels * voiceCount, count, course.lowPass, course.highPass);
+    for (uint32_t v = 0; v < voiceCount; ++v) {
+        if (inLanes[v])
+            voices[v].Give(course, lanes, kChannels * v);
+        else
+            voices[v].Run(course);
     }
 }
 

@@ -109,6 +109,7 @@ private:
 
     // State.
     std::array<ChorusVoice, kMaxVoices> voices;
+    ChorusLanes lanes;
     EqualPowerMix mix;
     SmootherLPF delaySmoother{0.2}, depthSmoother{0.2};       // samples, one tick a sample
     SmootherSRL lowPassSmoother{0.1}, highPassSmoother{0.1};  // hertz, one tick a block

@@ -1,6 +1,9 @@
 #include "effects/ChorusVoice.h"
 
 #include <algorithm>
+#include <limits>
+
+#include "primitives/RingStretch.h"
 
 namespace Quorvan::dsp {
 
@@ -46,6 +49,7 @@ void ChorusVoice::Setup(float rate, uint32_t blockSize, int32_t length, int32_t 
     for (Reads& channel : reads) {
         channel.swing.assign(blockSize, 0.0f);
         channel.glide.assign(blockSize, 0.0f);
+        channel.signal.assign(blockSize, 0.0f);
         channel.whole.assign(blockSize, 0);
     }
 }
@@ -68,27 +72,107 @@ void ChorusVoice::RunLfo(const ProcessBlock& block, float* rateRow) {
     lfo.Process(inner);
 }
 
+bool ChorusVoice::Plan(const Course& course) {
+    int32_t nearest = std::numeric_limits<int32_t>::max();
+    for (uint32_t c = 0; c < course.channels; ++c) {
+        PlanChannel(course, c);
+        nearest = std::min(nearest, reads[c].nearest);
+    }
+    return nearest >= static_cast<int32_t>(std::max(course.count, 1u));
+}
+
+/// Ahead of the sample loop, whose recursions would hold the divisions up.
+void ChorusVoice::PlanChannel(const Course& course, uint32_t channel) {
+    const uint32_t count = course.count;
+    Reads& plan = reads[channel];
+    const float* const swing = plan.swing.data();
+    const float* const depth = course.depth;
+    const float* const middle = course.delay;
+    float* const glide = plan.glide.data();
+    int32_t* const whole = plan.whole.data();
+    const float late = offset, most = longest;
+    for (uint32_t i = 0; i < count; ++i) {
+        const float delay = swing[i] * depth[i] + middle[i] + late;
+        const float held = most < delay ? most : delay;
+        // Below 0 this is not the next lower number, but no line is read there.
+        const auto samples = static_cast<int32_t>(held);
+        const float fraction = held - static_cast<float>(samples);
+        whole[i] = samples;
+        glide[i] = (1.0f - fraction) / (1.0f + fraction);
+    }
+    int32_t nearest = std::numeric_limits<int32_t>::max(), farthest = 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        nearest = whole[i] < nearest ? whole[i] : nearest;
+        farthest = whole[i] > farthest ? whole[i] : farthest;
+    }
+    plan.nearest = nearest;
+    plan.farthest = farthest;
+}
+
+void ChorusVoice::Gather(const Course& course, ChorusLanes& lanes, uint32_t lane) {
+    for (uint32_t c = 0; c < course.channels; ++c) {
+        Reads& plan = reads[c];
+        const uint32_t count = course.count;
+        ReadPairs(lines[c], plan, count);
+        float* const signal = plan.signal.data();
+        const float* const older = plan.swing.data();
+        const float* const glide = plan.glide.data();
+        for (uint32_t i = 0; i < count; ++i)
+            signal[i] = glide[i] * signal[i] + older[i];
+        lanes[lane + c] = {
+            signal, glide, {lines[c].allpassState, memories[c].lowPass, memories[c].highPass}};
+    }
+}
+
+/// The samples whole and whole + 1 back, into signal and swing.
+void ChorusVoice::ReadPairs(const DelayLine& line, Reads& plan, uint32_t count) {
+    const float* const data = line.data;
+    const int32_t size = line.size;
+    const int32_t write = line.writeIndex;
+    const int32_t* const whole = plan.whole.data();
+    float* const newer = plan.signal.data();
+    float* const older = plan.swing.data();
+    if (write > plan.farthest) {  // no read goes round the ring's end
+        for (uint32_t i = 0; i < count; ++i) {
+            const float* const at = data + (write + static_cast<int32_t>(i) - whole[i]);
+            newer[i] = at[0];
+            older[i] = at[-1];
+        }
+        return;
+    }
+    for (uint32_t i = 0; i < count; ++i) {
+        int32_t place = write + static_cast<int32_t>(i) - whole[i];
+        place += place < 0 ? size : 0;
+        newer[i] = data[place];
+        older[i] = data[place == 0 ? size - 1 : place - 1];
+    }
+}
+
+void ChorusVoice::Give(const Course& course, ChorusLanes& lanes, uint32_t lane) {
+    const uint32_t count = course.count;
+    for (uint32_t c = 0; c < course.channels; ++c) {
+        float* const y = reads[c].signal.data();
+        float* const out = course.out[c];
+        const float* const in = course.in[c];
+        const float* const gain = course.gain;
+        const float* const feedback = course.feedback;
+        for (uint32_t i = 0; i < count; ++i)
+            out[i] += gain[i] * y[i];
+        for (uint32_t i = 0; i < count; ++i)
+            y[i] = in[i] - y[i] * feedback[i];
+        WriteToRing(lines[c], y, static_cast<int32_t>(count));
+        const ChorusLanes::Memory& memory = lanes[lane + c].memory;
+        lines[c].allpassState = memory.allpass;
+        memories[c] = {memory.lowPass, memory.highPass};
+    }
+}
+
+/// Sample by sample, for lines that are read within the block.
 void ChorusVoice::Run(const Course& course) {
-    for (uint32_t c = 0; c < course.channels; ++c)
-        Plan(course, c);
     if (course.channels == kChannels)
         RunTaps<kChannels>(course);
     else
         RunTaps<1>(course);
-}
-
-/// Ahead of the sample loop, whose recursions would hold the divisions up.
-void ChorusVoice::Plan(const Course& course, uint32_t channel) {
-    Reads& plan = reads[channel];
-    for (uint32_t i = 0; i < course.count; ++i) {
-        const float delay = plan.swing[i] * course.depth[i] + course.delay[i] + offset;
-        const float held = std::min(delay, longest);
-        // Below 0 this is not the next lower number, but no line is read there.
-        const auto whole = static_cast<int32_t>(held);
-        const float fraction = held - static_cast<float>(whole);
-        plan.whole[i] = whole;
-        plan.glide[i] = (1.0f - fraction) / (1.0f + fraction);
-    }
 }
 
 /// The channels in step, so that their recursions overlap.

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "effects/ChorusLanes.h"
 #include "framework/ProcessBlock.h"
 #include "modulation/LFO.h"
 #include "primitives/AlignedVector.h"
@@ -38,9 +39,16 @@ public:
     /// lateSamples: how much later than the course says the voice is. length: of its lines.
     void Setup(float rate, uint32_t blockSize, int32_t length, int32_t lateSamples);
     void Reset(bool hard);
-    /// The oscillator's step, ahead of Run. rateRow: modulation of its rate, or null.
+    /// The oscillator's step, ahead of Plan. rateRow: modulation of its rate, or null.
     void RunLfo(const ProcessBlock& block, float* rateRow);
+    /// Where the lines are to be read. True if all reads lie ahead of the block: then Gather, the
+    /// lanes' run and Give are the voice's work, else Run alone.
+    bool Plan(const Course& course);
     void Run(const Course& course);
+    /// Reads the lines into the lanes from lane on, one for each channel.
+    void Gather(const Course& course, ChorusLanes& lanes, uint32_t lane);
+    /// Adds what the lanes have made of it to the output, and feeds it back.
+    void Give(const Course& course, ChorusLanes& lanes, uint32_t lane);
 
     LFO lfo{"LFO"};
 
@@ -52,13 +60,16 @@ private:
     };
     /// Where and how a channel's line is read in a block, one entry a sample.
     struct Reads {
-        AlignedVector swing;         ///< -1..1, from the oscillator
-        AlignedVector glide;         ///< coefficient of the all-pass
-        std::vector<int32_t> whole;  ///< samples back
+        AlignedVector swing;                ///< -1..1, from the oscillator; then the older samples
+        AlignedVector glide;                ///< coefficient of the all-pass
+        AlignedVector signal;               ///< of the lane; then the line's input
+        std::vector<int32_t> whole;         ///< samples back
+        int32_t nearest = 0, farthest = 0;  ///< samples back
     };
     struct Tap;
 
-    void Plan(const Course& course, uint32_t channel);
+    void PlanChannel(const Course& course, uint32_t channel);
+    static void ReadPairs(const DelayLine& line, Reads& plan, uint32_t count);
     template <uint32_t kActive>
     void RunTaps(const Course& course);
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 
 namespace Quorvan::dsp {
@@ -21,17 +20,8 @@ public:
             reached += levels[i] < quietLevel ? 0 : 1;
         return reached == 0;
     }
-    /// Gain in dB, at or below 0 for slopes below 1; level is linear.
-    float GainDb(float level) const {
-        if (level < quietLevel)
-            return 0.0f;
-        const float db = level >= kFloorLevel ? kDecibelsPerNeper * std::log(level) : kFloorDb;
-        const float above = db - threshold;
-        if (kneeIsZero || std::abs(2.0f * above) > knee)
-            return 2.0f * above > knee ? above * slopeMinusOne : 0.0f;
-        const float e = knee * 0.5f + above;
-        return kneeScale * e * slopeMinusOne * e;
-    }
+    /// Turns count linear levels into gains in dB, at or below 0 for slopes below 1.
+    void LevelsToGainsDb(float* values, uint32_t count) const;
     /// The makeup for a signal at 0 dB: its gain reduction over the square root of 2, as a linear
     /// gain.
     float MakeupGain() const;
@@ -40,6 +30,10 @@ private:
     static constexpr float kDecibelsPerNeper = 8.685889f;
     static constexpr float kFloorLevel = 1.0e-7f;
     static constexpr float kFloorDb = -140.0f;
+    /// Levels whose logarithms are taken, or left out, together.
+    static constexpr uint32_t kGroup = 8;
+
+    float GainDb(float level, float db) const;
 
     float threshold = 0.0f;
     float slopeMinusOne = 0.0f;

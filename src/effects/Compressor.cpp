@@ -43,6 +43,14 @@ const ParameterTable& Table() {
     return table;
 }
 
+/// In place. The power of ten is an exponential of the decibels, which differs in the last digit
+/// only.
+void DecibelsToGains(float* values, uint32_t count) {
+    for (uint32_t i = 0; i < count; ++i)
+        values[i] =
+            std::abs(values[i]) < kUnityBound ? 1.0f : std::exp(values[i] * kNepersPerDecibel);
+}
+
 enum Row : uint32_t { kWetRow = 2, kReleaseRow, kThresholdRow, kRatioRow };
 
 }  // namespace
@@ -51,7 +59,8 @@ Compressor::Compressor(std::string moduleName) : UnitModule(std::move(moduleName
 
 void Compressor::OnSetup(float rate, uint32_t blockSize) {
     sampleRate = rate;
-    for (AlignedVector* buffer : {&wetBuffer, &gainBuffer, &drivenSignal, &delayedSignal})
+    for (AlignedVector* buffer :
+         {&wetBuffer, &gainBuffers[0], &gainBuffers[1], &drivenSignal, &delayedSignal})
         buffer->assign(blockSize, 0.0f);
 
     wetSmoother.stepLength = 1;
@@ -117,21 +126,23 @@ bool Compressor::OnProcess(ProcessBlock& block) {
     const float* left = block.inputs[0];
     const float* right = block.numInputs > 1 ? block.inputs[1] : nullptr;
     const uint32_t passes = right == nullptr ? 1 : detectorCount;
+    const std::array<const float*, kChannels> own{left, right};
     for (uint32_t pass = 0; pass < passes; ++pass) {
-        const float* own = pass == 0 ? left : right;
         const bool both = stereoLinked && right != nullptr;
-        FillDetectorInput(own, both ? right : own, count);
+        FillDetectorInput(pass, own[pass], both ? right : own[pass], count);
         if (levelSmoothOn)
             FollowLevel(pass, count);
         else if (count > 0)
-            detectorLevel[pass] = gainBuffer[count - 1];
-        FillGains(pass, count);
+            detectorLevel[pass] = gainBuffers[pass][count - 1];
+    }
+    FillGains(passes, count);
+    for (uint32_t pass = 0; pass < passes; ++pass) {
         if (lookaheadSamples != 0)
-            gainRings[pass].Process(gainBuffer.data(), count);
-        WriteChannel(pass, own, block.outputs[pass], count);
+            gainRings[pass].Process(gainBuffers[pass].data(), count);
+        WriteChannel(pass, pass, own[pass], block.outputs[pass], count);
     }
     if (stereoLinked)
-        WriteChannel(1, right, right == nullptr ? nullptr : block.outputs[1], count);
+        WriteChannel(1, 0, right, right == nullptr ? nullptr : block.outputs[1], count);
     SetParameterValue(OutGainReduction, MeterValue(passes));
     return true;
 }
@@ -193,52 +204,76 @@ void Compressor::UpdateCurve() {
 }
 
 /// The louder of two channels behind the input gain.
-void Compressor::FillDetectorInput(const float* a, const float* b, uint32_t count) {
-    float* const out = gainBuffer.data();
+void Compressor::FillDetectorInput(uint32_t pass, const float* a, const float* b, uint32_t count) {
+    float* const out = gainBuffers[pass].data();
     const float gain = inGainLinear;
     for (uint32_t i = 0; i < count; ++i)
         out[i] = std::max(std::abs(gain * a[i]), std::abs(gain * b[i]));
 }
 
+/// Which way a level goes is anybody's guess: both are worked out, and no jump depends on it.
 void Compressor::FollowLevel(uint32_t pass, uint32_t count) {
-    float* const levels = gainBuffer.data();
+    float* const levels = gainBuffers[pass].data();
     const float rise = levelAttackCoefficient;
     const float fall = levelReleaseCoefficient;
     float level = detectorLevel[pass];
     for (uint32_t i = 0; i < count; ++i) {
         const float x = levels[i];
-        if (x > level)
-            level += (x - level) * rise;
-        else if (x < level)
-            level += (x - level) * fall;
+        const float risen = level + (x - level) * rise;
+        const float fallen = level + (x - level) * fall;
+        level = x > level ? risen : x < level ? fallen : level;
         levels[i] = level;
     }
     detectorLevel[pass] = level;
 }
 
-/// Turns levels into linear gains ahead of the look-ahead. The power of ten is an exponential of
-/// the decibels, which differs in the last digit only.
-void Compressor::FillGains(uint32_t pass, uint32_t count) {
-    float* const gains = gainBuffer.data();
-    const CompressionCurve law = curve;
-    const float attack = attackCoefficient;
-    const float release = releaseCoefficient;
-    float smoothed = gainReduction[pass];
-    if (smoothed == 0.0f && law.LeavesAll(gains, count)) {
-        std::fill_n(gains, count, 1.0f);
-        return;
-    }
-    for (uint32_t i = 0; i < count; ++i) {
-        const float wanted = law.GainDb(gains[i]);
-        const float coefficient = std::abs(wanted) > std::abs(smoothed) ? attack : release;
-        smoothed += (wanted - smoothed) * coefficient;
-        gains[i] = std::abs(smoothed) < kUnityBound ? 1.0f : std::exp(smoothed * kNepersPerDecibel);
-    }
-    gainReduction[pass] = smoothed;
+/// Whether the gain stays at 1 over the block.
+bool Compressor::IsIdle(uint32_t pass, uint32_t count) const {
+    return gainReduction[pass] == 0.0f && curve.LeavesAll(gainBuffers[pass].data(), count);
 }
 
-/// Mixes one channel from gainBuffer. An absent input still runs its delay, with silence.
-void Compressor::WriteChannel(uint32_t channel, const float* in, float* out, uint32_t count) {
+/// Turns levels into linear gains ahead of the look-ahead.
+void Compressor::FillGains(uint32_t passes, uint32_t count) {
+    std::array<uint32_t, kChannels> busy{};
+    uint32_t busyCount = 0;
+    for (uint32_t pass = 0; pass < passes; ++pass) {
+        if (IsIdle(pass, count))
+            std::fill_n(gainBuffers[pass].begin(), count, 1.0f);
+        else
+            busy[busyCount++] = pass;
+    }
+    for (uint32_t k = 0; k < busyCount; ++k)
+        curve.LevelsToGainsDb(gainBuffers[busy[k]].data(), count);
+    if (busyCount > 0)
+        FollowGains(busy[0], busy[busyCount - 1], count);
+    for (uint32_t k = 0; k < busyCount; ++k)
+        DecibelsToGains(gainBuffers[busy[k]].data(), count);
+}
+
+/// Attack and release of the gains in dB. Two passes go side by side in a vector, which also keeps
+/// jumps out that would depend on the signal; a pass alone stands in both places.
+void Compressor::FollowGains(uint32_t a, uint32_t b, uint32_t count) {
+    using Lanes = float __attribute__((vector_size(16)));
+    float* const gainsA = gainBuffers[a].data();
+    float* const gainsB = gainBuffers[b].data();
+    const Lanes attack = Lanes{} + attackCoefficient, release = Lanes{} + releaseCoefficient;
+    const auto size = [](Lanes x) { return x > -x ? x : -x; };
+    Lanes smoothed{gainReduction[a], gainReduction[b]};
+    for (uint32_t i = 0; i < count; ++i) {
+        const Lanes wanted{gainsA[i], gainsB[i]};
+        const Lanes way = wanted - smoothed;
+        const Lanes attacked = smoothed + way * attack, released = smoothed + way * release;
+        smoothed = size(wanted) > size(smoothed) ? attacked : released;
+        gainsA[i] = smoothed[0];
+        gainsB[i] = smoothed[1];
+    }
+    gainReduction[a] = smoothed[0];
+    gainReduction[b] = smoothed[1];
+}
+
+/// Mixes one channel with the gains of a pass. An absent input still runs its delay, with silence.
+void Compressor::WriteChannel(uint32_t channel, uint32_t pass, const float* in, float* out,
+                              uint32_t count) {
     float* const driven = drivenSignal.data();
     const float inGain = inGainLinear;
     if (in == nullptr)
@@ -254,7 +289,7 @@ void Compressor::WriteChannel(uint32_t channel, const float* in, float* out, uin
     }
     if (out == nullptr)
         return;
-    const float* const gains = gainBuffer.data();
+    const float* const gains = gainBuffers[pass].data();
     const float* const wet = wetBuffer.data();
     const float outGain = outGainLinear;
     const float makeup = makeupGain;

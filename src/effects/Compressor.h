@@ -82,10 +82,12 @@ private:
     void ReadBlockTargets(const ProcessBlock& block);
     void UpdateCurve();
 
-    void FillDetectorInput(const float* a, const float* b, uint32_t count);
+    void FillDetectorInput(uint32_t pass, const float* a, const float* b, uint32_t count);
     void FollowLevel(uint32_t pass, uint32_t count);
-    void FillGains(uint32_t pass, uint32_t count);
-    void WriteChannel(uint32_t channel, const float* in, float* out, uint32_t count);
+    bool IsIdle(uint32_t pass, uint32_t count) const;
+    void FillGains(uint32_t passes, uint32_t count);
+    void FollowGains(uint32_t a, uint32_t b, uint32_t count);
+    void WriteChannel(uint32_t channel, uint32_t pass, const float* in, float* out, uint32_t count);
     float MeterValue(uint32_t passes) const;
 
     float sampleRate = 0.0f;
@@ -117,8 +119,9 @@ private:
     SmootherInterpLPF wetSmoother{0.01};                       // one tick a sample
 
     // Block buffers.
-    AlignedVector wetBuffer;      ///< wet share of each sample
-    AlignedVector gainBuffer;     ///< of one pass: detector input, level, then gain
+    AlignedVector wetBuffer;  ///< wet share of each sample
+    /// Of each pass: detector input, level, then gain.
+    std::array<AlignedVector, kChannels> gainBuffers;
     AlignedVector drivenSignal;   ///< one channel behind the input gain
     AlignedVector delayedSignal;  ///< the same behind the look-ahead
 };

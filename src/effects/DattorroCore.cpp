@@ -43,14 +43,31 @@ const ParameterTable& Table() {
 
 enum Row : uint32_t { kDecayRow = 1, kSizeRow, kPredelayRow, kDampingRow, kSizeOffsetRow };
 
-/// Smoother::FillBlock without a virtual call for each frame.
-void Fill(SmootherLPF& smoother, float* out, uint32_t count) {
-    if (smoother.IsAtRest()) {
-        std::fill_n(out, count, static_cast<float>(smoother.current));
-        return;
-    }
+/// count phases of an oscillator. Blocks in which its turn does not end are the most by far, and
+/// are done with sums alone.
+void Turn(float& phase, float step, float* out, uint32_t count) {
+    float sum = phase;
     for (uint32_t n = 0; n < count; ++n)
-        out[n] = smoother.SmootherLPF::Tick();
+        out[n] = sum += step;
+    if (!(sum < kTwoPi)) {
+        sum = phase;
+        for (uint32_t n = 0; n < count; ++n) {
+            sum += step;
+            // A step is less than a turn.
+            if (!(sum < kTwoPi))
+                sum -= kTwoPi;
+            out[n] = sum;
+        }
+    }
+    phase = sum;
+}
+
+/// FillBlock, but of any length also at rest.
+void Fill(SmootherLPF& smoother, float* out, uint32_t count) {
+    if (smoother.IsAtRest())
+        std::fill_n(out, count, static_cast<float>(smoother.current));
+    else
+        smoother.FillBlock(out, count);
 }
 
 }  // namespace
@@ -165,17 +182,8 @@ float DattorroCore::DampingCoefficient(float damping) const {
 }
 
 void DattorroCore::Modulate(uint32_t count) {
-    float left = phases[0], right = phases[1];
-    for (uint32_t n = 0; n < count; ++n) {
-        left += steps[0];
-        right += steps[1];
-        // A step is less than a turn.
-        left = left < kTwoPi ? left : left - kTwoPi;
-        right = right < kTwoPi ? right : right - kTwoPi;
-        modulation[0][n] = left;
-        modulation[1][n] = right;
-    }
-    phases = {left, right};
+    for (uint32_t c = 0; c < modulation.size(); ++c)
+        Turn(phases[c], steps[c], modulation[c].data(), count);
     for (AlignedVector& side : modulation) {
         for (uint32_t n = 0; n < count; ++n)
             side[n] = std::sin(side[n]) * excursionSamples;

@@ -1,5 +1,6 @@
 #include "effects/MultiDist.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "effects/DistortionLevel.h"
@@ -14,6 +15,7 @@ namespace {
 constexpr float kNepersPerDecibel = 0.115129255f;  // ln(10) / 20
 constexpr uint32_t kOversampling = 2;
 constexpr uint32_t kEllipticHalfBand = 1;
+constexpr uint32_t kAlike = 4;  // samples that stand for a block of such
 
 const ParameterTable& Table() {
     using P = ParameterSpec;
@@ -42,9 +44,12 @@ MultiDist::MultiDist(std::string moduleName)
       resamplers{{{kOversampling, kEllipticHalfBand}, {kOversampling, kEllipticHalfBand}}} {}
 
 void MultiDist::OnSetup(float rate, uint32_t blockSize) {
-    for (AlignedVector* buffer : {&driveBuffer, &workBuffer, &outputBuffer, &compensationBuffer})
+    for (AlignedVector* buffer : {&driveBuffer, &outputBuffer, &compensationBuffer})
         buffer->assign(blockSize, 0.0f);
-    highRateBuffer.assign(size_t{kOversampling} * blockSize, 0.0f);
+    for (uint32_t c = 0; c < kChannels; ++c) {
+        workBuffer[c].assign(blockSize, 0.0f);
+        highRateBuffer[c].assign(size_t{kOversampling} * blockSize, 0.0f);
+    }
     for (SmootherInterpLPF* smoother : {&driveSmoother, &outputSmoother}) {
         smoother->stepLength = 1;
         smoother->sampleRate = static_cast<double>(rate);
@@ -68,6 +73,7 @@ bool MultiDist::UpdateParameters(ProcessBlock& block) {
     if (IsChanged(DistType))
         type = Index(DistType);
     driveSmoother.SetTarget(drive);
+    driveRests = driveSmoother.IsAtRest();
     driveSmoother.FillBlock(driveBuffer.data(), block.numFrames);
     outputSmoother.SetTarget(DecibelsToGain(Value(OutputGain)));
     outputSmoother.FillBlock(outputBuffer.data(), block.numFrames);
@@ -78,25 +84,58 @@ bool MultiDist::UpdateParameters(ProcessBlock& block) {
 
 bool MultiDist::OnProcess(ProcessBlock& block) {
     const uint32_t count = block.numFrames;
-    if (autoComp) {
-        FillLevelCompensation(type, driveBuffer.data(), compensationBuffer.data(), count);
-        DecibelsToGains(compensationBuffer.data(), count);
-    }
-    DecibelsToGains(driveBuffer.data(), count);
+    FillGains(count);
+    // Every input is read ahead of the outputs, which may lie on top.
     for (uint32_t c = 0; c < channels; ++c)
-        ShapeChannel(c, block);
+        ApplyDrive(c, block);
+    Resample(block);
+    for (uint32_t c = 0; c < channels; ++c)
+        Level(block.outputs[c], count);
     return true;
 }
 
-void MultiDist::ShapeChannel(uint32_t channel, const ProcessBlock& block) {
-    const uint32_t count = block.numFrames;
+/// Drive and compensation, from decibels to gains. While the drive rests, one vector of samples
+/// stands for all.
+void MultiDist::FillGains(uint32_t count) {
+    const bool allAlike = driveRests && count % kAlike == 0;
+    const uint32_t worked = allAlike ? std::min(count, kAlike) : count;
+    if (autoComp) {
+        FillLevelCompensation(type, driveBuffer.data(), compensationBuffer.data(), worked);
+        DecibelsToGains(compensationBuffer.data(), worked);
+    }
+    DecibelsToGains(driveBuffer.data(), worked);
+    for (AlignedVector* gains : {&driveBuffer, &compensationBuffer})
+        std::fill_n(gains->begin() + worked, count - worked, gains->front());
+}
+
+void MultiDist::ApplyDrive(uint32_t channel, const ProcessBlock& block) {
     const float* const in = block.inputs[channel];
-    float* const out = block.outputs[channel];
-    for (uint32_t i = 0; i < count; ++i)
-        workBuffer[i] = in[i] * driveBuffer[i];
-    resamplers[channel].Upsample(workBuffer.data(), highRateBuffer.data(), count);
-    curves.Apply(type, highRateBuffer.data(), kOversampling * count);
-    resamplers[channel].Downsample(highRateBuffer.data(), out, count);
+    float* const driven = workBuffer[channel].data();
+    for (uint32_t i = 0; i < block.numFrames; ++i)
+        driven[i] = in[i] * driveBuffer[i];
+}
+
+/// Up, through the curve and down into the outputs: both channels at once where there are two.
+void MultiDist::Resample(const ProcessBlock& block) {
+    const uint32_t count = block.numFrames;
+    const std::array<float*, kChannels> high{highRateBuffer[0].data(), highRateBuffer[1].data()};
+    const bool both = channels == kChannels;
+    const prims::UpDownsampler::Two two{&resamplers[0], &resamplers[1]};
+    if (both)
+        prims::UpDownsampler::UpsampleTwo(two, {workBuffer[0].data(), workBuffer[1].data()}, high,
+                                          count);
+    else
+        resamplers[0].Upsample(workBuffer[0].data(), high[0], count);
+    for (uint32_t c = 0; c < channels; ++c)
+        curves.Apply(type, high[c], kOversampling * count);
+    if (both)
+        prims::UpDownsampler::DownsampleTwo(two, {high[0], high[1]},
+                                            {block.outputs[0], block.outputs[1]}, count);
+    else
+        resamplers[0].Downsample(high[0], block.outputs[0], count);
+}
+
+void MultiDist::Level(float* out, uint32_t count) const {
     for (uint32_t i = 0; i < count; ++i)
         out[i] *= outputBuffer[i];
     if (!autoComp)

@@ -37,7 +37,10 @@ public:
 private:
     static constexpr uint32_t kChannels = 2;
 
-    void ShapeChannel(uint32_t channel, const ProcessBlock& block);
+    void FillGains(uint32_t count);
+    void ApplyDrive(uint32_t channel, const ProcessBlock& block);
+    void Resample(const ProcessBlock& block);
+    void Level(float* out, uint32_t count) const;
 
     const DistortionCurves& curves;
 
@@ -45,6 +48,7 @@ private:
     uint32_t channels = 1;
     int32_t type = 1;
     bool autoComp = true;
+    bool driveRests = false;  ///< over the block
 
     // State.
     std::array<prims::UpDownsampler, kChannels> resamplers;
@@ -52,11 +56,11 @@ private:
     SmootherInterpLPF outputSmoother{0.002};  // linear, one tick a sample
 
     // Buffers of one block.
-    AlignedVector driveBuffer;         ///< dB, then linear
-    AlignedVector workBuffer;          ///< one channel behind the drive
-    AlignedVector outputBuffer;        ///< linear output gain
-    AlignedVector compensationBuffer;  ///< dB, then linear
-    AlignedVector highRateBuffer;      ///< one channel at twice the rate
+    AlignedVector driveBuffer;                            ///< dB, then linear
+    AlignedVector outputBuffer;                           ///< linear output gain
+    AlignedVector compensationBuffer;                     ///< dB, then linear
+    std::array<AlignedVector, kChannels> workBuffer;      ///< behind the drive
+    std::array<AlignedVector, kChannels> highRateBuffer;  ///< at twice the rate
 };
 
 }  // namespace Quorvan::dsp

@@ -8,6 +8,7 @@
 #include "effects/StereoInputs.h"
 #include "framework/ParameterTable.h"
 #include "primitives/Clock.h"
+#include "primitives/RingStretch.h"
 #include "primitives/Xorshift.h"
 
 namespace Quorvan::dsp {
@@ -48,7 +49,9 @@ const ParameterTable& Table() {
 }  // namespace
 
 PitchShiftDelay::PitchShiftDelay(std::string moduleName)
-    : UnitModule(std::move(moduleName), 2, 2, Table()), randomState(prims::SeedFromClock()) {}
+    : UnitModule(std::move(moduleName), 2, 2, Table()) {
+    spray.state = prims::SeedFromClock();
+}
 
 void PitchShiftDelay::OnSetup(float rate, uint32_t blockSize) {
     sampleRate = rate;
@@ -110,8 +113,10 @@ bool PitchShiftDelay::UpdateParameters(ProcessBlock&) {
 }
 
 bool PitchShiftDelay::OnProcess(ProcessBlock& block) {
-    for (DelayLine& line : mainLine)
-        line.Wipe();
+    for (uint32_t c = 0; c < kChannels; ++c) {
+        mainLine[c].Wipe();
+        taps[c].Wipe();
+    }
     tempo = block.tempo;
     const bool interpolate = Position(ModDelayConnected) > 0.5f ||
                              Position(ModOffsetConnected) > 0.5f || !delayGlide.IsAtRest() ||
@@ -164,10 +169,11 @@ void PitchShiftDelay::UpdateDelays() {
     const auto delay =
         static_cast<double>(std::clamp(DelayInSamples(), minDelaySamples, maxDelaySamples));
     delayGlide.target = delay;
-    delayThreshold = std::max(delay * 1e-12, 1e-15);
-    delayGlide.Fill(delayBuffer.data(), blockFrames, delayCoefficient, delayThreshold);
+    delayGlide.threshold = std::max(delay * 1e-12, 1e-15);
     offsetGlide.target = static_cast<double>(samplesPerMs * 0.5f * Value(DelayOffset));
-    offsetGlide.Fill(offsetBuffer.data(), blockFrames, delayCoefficient, kOffsetThreshold);
+    offsetGlide.threshold = kOffsetThreshold;
+    SampleGlide::FillTwo(delayGlide, delayBuffer.data(), offsetGlide, offsetBuffer.data(),
+                         blockFrames, delayCoefficient);
 }
 
 void PitchShiftDelay::UpdateFilters() {
@@ -179,60 +185,88 @@ void PitchShiftDelay::UpdateFilters() {
 
 void PitchShiftDelay::RunChunk(const ProcessBlock& block, uint32_t from, uint32_t count,
                                bool interpolate) {
-    DrawSpray(count);
-    for (uint32_t c = 0; c < channelCount; ++c)
-        taps[c].Advance(spray, window, courses[c], count);
-    ReadMainLines(from, count, interpolate);
-    for (uint32_t c = 0; c < channelCount; ++c)
+    const uint32_t last = channelCount - 1;
+    PitchTaps::Advance({&taps[0], &taps[last]}, spray, window, {&courses[0], &courses[last]},
+                       count);
+    LeaveDraws(count);
+    for (uint32_t c = 0; c < channelCount; ++c) {
+        ReadMainLine(c, from, count, interpolate);
         taps[c].Push(delayed[c].data(), count);
+    }
     taps[0].Read(courses[0], shifted[0].data(), count);
     ReadRightTaps(count);
     Filter(count);
 
     // Every input is read ahead of the outputs, which may lie on top.
     const auto inputs = StereoInputs(block);
-    for (uint32_t c = 0; c < channelCount; ++c)
+    for (uint32_t c = 0; c < channelCount; ++c) {
+        Samples sum;
         for (uint32_t i = 0; i < count; ++i)
-            mainLine[c].Write(shifted[c][i] * feedback + inputs[c][from + i]);
+            sum[i] = shifted[c][i] * feedback + inputs[c][from + i];
+        WriteToRing(mainLine[c], sum.data(), static_cast<int32_t>(count));
+    }
     for (uint32_t c = 0; c < channelCount; ++c)
         std::copy_n(shifted[c].data(), count, block.outputs[c] + from);
 }
 
-/// Two draws a sample, whether or not a tap needs them.
-void PitchShiftDelay::DrawSpray(uint32_t count) {
-    uint32_t state = randomState;
-    for (uint32_t i = 0; i < count; ++i) {
-        spray.a[i] = prims::XorshiftUniform(state);
-        spray.b[i] = prims::XorshiftUniform(state);
+/// Two draws a sample are used up, whether or not a tap has needed them.
+void PitchShiftDelay::LeaveDraws(uint32_t count) {
+    if (count == kChunk) {
+        spray.state = prims::XorshiftLeap<2 * kChunk>::From(spray.state);
+        return;
     }
-    randomState = state;
+    for (uint32_t i = 0; i < 2 * count; ++i)
+        prims::XorshiftStep(spray.state);
 }
 
-void PitchShiftDelay::ReadMainLines(uint32_t from, uint32_t count, bool interpolate) {
-    for (uint32_t c = 0; c < channelCount; ++c) {
-        DelayLine& line = mainLine[c];
-        const float side = c == 0 ? -1.0f : 1.0f;
-        for (uint32_t i = 0; i < count; ++i) {
-            const float delay = std::clamp(
-                delayBuffer[from + i] - 0.5f * courses[c].span[i] + side * offsetBuffer[from + i],
-                minDelaySamples, maxDelaySamples);
-            const auto whole = static_cast<int32_t>(delay);
-            const bool moves = interpolate || courses[0].spanMoves[i] ||
-                               (channelCount == 2 && courses[1].spanMoves[i]);
-            const float fraction = delay - static_cast<float>(whole);
-            // The line is written behind the chunk: here it still stands at the chunk's start.
-            const int32_t back = whole - static_cast<int32_t>(i);
-            delayed[c][i] = moves ? line.Read(back, fraction, DelayLine::kPolynomial)
-                                  : line.Read(back, 0.0f, DelayLine::kNone);
-        }
+bool PitchShiftDelay::HasSpanMoving(uint32_t sample) const {
+    return courses[0].spanMoves[sample] ||
+           (channelCount == kChannels && courses[1].spanMoves[sample]);
+}
+
+/// The line is written behind the chunk: here it still stands at the chunk's start.
+void PitchShiftDelay::ReadMainLine(uint32_t channel, uint32_t from, uint32_t count,
+                                   bool interpolate) {
+    const DelayLine& line = mainLine[channel];
+    const float side = channel == 0 ? -1.0f : 1.0f;
+    Samples& out = delayed[channel];
+    Samples fraction, p, a, b, q;
+    std::array<int32_t, kChunk> whole;
+    for (uint32_t i = 0; i < count; ++i) {
+        const float delay =
+            delayBuffer[from + i] - 0.5f * courses[channel].span[i] + side * offsetBuffer[from + i];
+        const float low = delay < minDelaySamples ? minDelaySamples : delay;
+        const float held = low > maxDelaySamples ? maxDelaySamples : low;
+        whole[i] = static_cast<int32_t>(held);
+        fraction[i] = held - static_cast<float>(whole[i]);
     }
+    for (uint32_t i = 0; i < count; ++i) {
+        const auto points = line.PointsAround(whole[i] - static_cast<int32_t>(i));
+        p[i] = points.p;
+        a[i] = points.a;
+        b[i] = points.b;
+        q[i] = points.q;
+    }
+    for (uint32_t i = 0; i < count; ++i)
+        out[i] = DelayLine::Polynomial({p[i], a[i], b[i], q[i]}, fraction[i]);
+    for (uint32_t i = 0; !interpolate && i < count; ++i)
+        if (!HasSpanMoving(i))
+            out[i] = a[i];
+}
+
+void PitchShiftDelay::FillDetuneMix(float* mix, uint32_t count) {
+    if (detuneMixSmoother.HasArrived()) {
+        std::fill_n(mix, count, static_cast<float>(detuneMixSmoother.current));
+        return;
+    }
+    for (uint32_t i = 0; i < count; ++i)
+        mix[i] = detuneMixSmoother.Tick();
 }
 
 /// The right signal through its own taps and through the left ones, mixed.
 void PitchShiftDelay::ReadRightTaps(uint32_t count) {
     Samples mix;
-    for (uint32_t i = 0; i < count; ++i)
-        mix[i] = detuneMixSmoother.Tick();
+    FillDetuneMix(mix.data(), count);
     if (channelCount < 2)
         return;
     const auto hasOnly = [&](float weight) {
@@ -256,8 +290,7 @@ void PitchShiftDelay::ReadRightTaps(uint32_t count) {
 void PitchShiftDelay::Filter(uint32_t count) {
     if (channelCount == 2) {
         const std::array<float*, 2> both{shifted[0].data(), shifted[1].data()};
-        highPass.Process(both, count);
-        lowPass.Process(both, count);
+        StereoBiquad::ProcessInSeries(highPass, lowPass, both, count);
     } else {
         highPass.ProcessOne(0, shifted[0].data(), count);
         lowPass.ProcessOne(0, shifted[0].data(), count);

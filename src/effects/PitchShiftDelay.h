@@ -81,8 +81,10 @@ private:
     float DetuneSemitones() { return Value(Detune) * 0.005f; }
 
     void RunChunk(const ProcessBlock& block, uint32_t from, uint32_t count, bool interpolate);
-    void DrawSpray(uint32_t count);
-    void ReadMainLines(uint32_t from, uint32_t count, bool interpolate);
+    void LeaveDraws(uint32_t count);
+    void ReadMainLine(uint32_t channel, uint32_t from, uint32_t count, bool interpolate);
+    bool HasSpanMoving(uint32_t sample) const;
+    void FillDetuneMix(float* mix, uint32_t count);
     void ReadRightTaps(uint32_t count);
     void Filter(uint32_t count);
 
@@ -92,7 +94,6 @@ private:
     float minDelaySamples = 0.0f, maxDelaySamples = 0.0f;
     uint32_t chunkLength = 1;  ///< so short that the delay lines are read ahead of what it writes
     double delayCoefficient = 0.0;
-    double delayThreshold = 0.0;
     uint32_t channelCount = kChannels;
     TapWindow window = TapWindow::kRaisedCosine;
     float feedback = 0.0f;
@@ -108,13 +109,12 @@ private:
     SampleGlide delayGlide, offsetGlide;       // samples
     SmootherInterpLPF detuneMixSmoother{0.1};  // weight of the right channel's own taps
     SmootherSRL lowPassSmoother{0.004}, highPassSmoother{0.004};  // hertz, one tick a block
-    uint32_t randomState;
+    PitchTaps::Spray spray;
 
     // Buffers of one block.
     AlignedVector delayBuffer;   ///< samples
     AlignedVector offsetBuffer;  ///< samples
     // Buffers of one chunk.
-    PitchTaps::Spray spray;
     std::array<PitchTaps::Course, kChannels> courses;
     std::array<Samples, kChannels> delayed;  ///< out of the main lines
     std::array<Samples, kChannels> shifted;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 
+#include "effects/TapSweep.h"
 #include "effects/TapWindow.h"
 #include "primitives/DelayLine.h"
 #include "primitives/SmootherLPF.h"
@@ -18,7 +19,7 @@ namespace Quorvan::dsp {
 /// latency, which Course::span lets the owner take off its own delay.
 class PitchTaps {
 public:
-    static constexpr uint32_t kChunk = 16;  ///< samples of a chunk at most
+    static constexpr uint32_t kChunk = TapSweep::kMost;  ///< samples of a chunk at most
 
     struct Tap {
         std::array<float, kChunk> delay;  ///< samples
@@ -30,10 +31,17 @@ public:
         std::array<float, kChunk> span;      ///< of the sweep in samples, smoothed over 1 s
         std::array<bool, kChunk> spanMoves;  ///< whether span is not at rest
     };
-    /// Randomly longer delays: each time a tap jumps back, it draws anew.
+    /// Randomly longer delays: each time a tap jumps back, it draws anew. There are two draws for
+    /// each sample of a chunk, for tap A and tap B.
     struct Spray {
-        float samples = 0.0f;            ///< the longest
-        std::array<float, kChunk> a, b;  ///< draws 0..1 of each sample, for each tap
+        float DrawA(uint32_t sample) const { return Draw(2 * sample + 1); }
+        float DrawB(uint32_t sample) const { return Draw(2 * sample + 2); }
+
+        float samples = 0.0f;  ///< the longest
+        uint32_t state = 1;    ///< of the draws, ahead of the chunk
+
+    private:
+        float Draw(uint32_t number) const;
     };
 
     void Setup(float rate);
@@ -43,29 +51,42 @@ public:
     /// The shift glides, in 0.5 s.
     void SetPitch(float pitch) { pitchSmoother.SetTarget(pitch); }
 
-    void Advance(const Spray& spray, TapWindow window, Course& course, uint32_t count);
+    /// At least once a block, ahead of Push: goes on wiping what Reset has put aside.
+    void Wipe() { ring.Wipe(); }
+    using Two = std::array<PitchTaps*, 2>;
+    using TwoCourses = std::array<Course*, 2>;
+    /// Two channels in step, so that their recursions overlap. A channel alone stands in both
+    /// places.
+    static void Advance(const Two& taps, const Spray& spray, TapWindow window,
+                        const TwoCourses& courses, uint32_t count);
     void Push(const float* samples, uint32_t count);
     /// The taps of course over the last count samples pushed; one sample of latency is in it.
     void Read(const Course& course, float* out, uint32_t count) const;
 
 private:
+    using Samples = std::array<float, kChunk>;
+
     /// What one chunk has for each sample, ahead of the course.
     struct Motion {
-        std::array<float, kChunk> pitch;           ///< semitones
-        std::array<float, kChunk> span;            ///< samples
-        std::array<float, kChunk> overlap;         ///< 0..0.5
-        std::array<float, kChunk> step;            ///< cycles a sample
-        std::array<float, kChunk> cycle;           ///< phase of tap A
-        std::array<float, kChunk> sweepA, sweepB;  ///< 0..1 of span
+        Samples pitch;           ///< semitones
+        Samples span;            ///< samples
+        Samples overlap;         ///< 0..0.5
+        Samples step;            ///< cycles a sample
+        Samples cycle;           ///< phase of tap A
+        Samples sweepA, sweepB;  ///< 0..1 of span
+        TapSweep goal;           ///< where the sweep of each pitch glides to
     };
+    using TwoMotions = std::array<Motion, 2>;
 
-    template <class Apply>
-    void ApplyPitch(float pitch, Apply apply);
     bool IsAtRest() const;
-    void Glide(Motion& motion, Course& course, uint32_t count);
-    void Sweep(Motion& motion, uint32_t count);
+    void Rest(Motion& motion, Course& course) const;
+    static void GlidePitch(const Two& taps, TwoMotions& motions, uint32_t count);
+    static void GlideSweep(const Two& taps, TwoMotions& motions, const TwoCourses& courses,
+                           uint32_t count);
+    static void Turn(const Two& taps, TwoMotions& motions, uint32_t count);
     void PlaceTaps(const Motion& motion, const Spray& spray, Course& course, uint32_t count);
-    float ReadTap(const Tap& tap, uint32_t sample, uint32_t count) const;
+    void DrawDelays(const Motion& motion, const Spray& spray, Course& course, uint32_t count);
+    void ReadTap(const Tap& tap, float* out, uint32_t count) const;
 
     // Coefficients.
     float sampleRate = 0.0f;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace Quorvan::dsp {
 
 /// How the taps of a pitch shifter sweep: a tap whose delay covers span seconds rate times a second
@@ -7,11 +9,14 @@ namespace Quorvan::dsp {
 /// so that the taps cross-fade less often than the pitch alone would have them do: 120 ms at 12
 /// semitones, 240 ms at 24.
 struct TapSweep {
-    explicit TapSweep(float semitones);
+    static constexpr uint32_t kMost = 16;  ///< shifts worked out at once
 
-    float span;     ///< seconds
-    float rate;     ///< hertz, with the sign of the shift
-    float overlap;  ///< 0..0.5: share of a tap's way over which it fades in, and again fades out
+    /// One entry for each of count shifts.
+    void Fill(const float* semitones, uint32_t count);
+
+    float span[kMost];     ///< seconds
+    float rate[kMost];     ///< hertz, with the sign of the shift
+    float overlap[kMost];  ///< 0..0.5: share of a tap's way over which it fades in, and again out
 };
 
 }  // namespace Quorvan::dsp

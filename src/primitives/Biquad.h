@@ -57,6 +57,10 @@ struct BiquadState {
 /// One section for each of two channels.
 class StereoBiquadState {
 public:
+    using Both = std::array<BiquadState, 2>;
+
+    const Both& Get() const { return states; }
+    void Set(const Both& both) { states = both; }
     void Clear() { states = {}; }
 
     /// Runs both channels in place, in step, so that their recursions overlap. at(channel, sample)
@@ -81,7 +85,7 @@ public:
     }
 
 private:
-    std::array<BiquadState, 2> states;
+    Both states;
 };
 
 /// The same with one set of coefficients for both channels.
@@ -95,6 +99,20 @@ public:
     }
     void ProcessOne(uint32_t channel, float* samples, uint32_t count) {
         states.ProcessOne(coefficients, channel, samples, count);
+    }
+    /// first.Process and then second.Process in one go: their recursions overlap too.
+    static void ProcessInSeries(StereoBiquad& first, StereoBiquad& second,
+                                const std::array<float*, 2>& samples, uint32_t count) {
+        const BiquadCoefficients a = first.coefficients, b = second.coefficients;
+        StereoBiquadState::Both fromA = first.states.Get(), fromB = second.states.Get();
+        float* const l = samples[0];
+        float* const r = samples[1];
+        for (uint32_t i = 0; i < count; ++i) {
+            l[i] = fromB[0].Tick(b, fromA[0].Tick(a, l[i]));
+            r[i] = fromB[1].Tick(b, fromA[1].Tick(a, r[i]));
+        }
+        first.states.Set(fromA);
+        second.states.Set(fromB);
     }
 
     BiquadCoefficients coefficients;

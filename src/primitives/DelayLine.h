@@ -51,12 +51,30 @@ public:
                 return (At(i - 1) - a) * fraction + a;
             }
             case kPolynomial:
-                return ReadPolynomial(i, fraction);
+                return Polynomial(PointsAt(i), fraction);
             case kAllpass:
                 return ReadAllpass(i, fraction);
             default:
                 return At(i);
         }
+    }
+
+    /// The samples that kPolynomial reads at a delay, from the newest to the oldest.
+    struct Points {
+        float p, a, b, q;
+    };
+    Points PointsAround(int32_t delay) const { return PointsAt(int64_t{writeIndex} - delay); }
+    /// kPolynomial between a and b: runs through these two with slope and curvature taken from all
+    /// four.
+    static float Polynomial(const Points& points, float x) {
+        const auto [p, a, b, q] = points;
+        const float e = b - a;
+        const float g = q - p;
+        float result = (2.5f * g - 7.5f * e) + (3.0f * e + p - q) * x;
+        result = result * x + (4.5f * e - 1.5f * g);
+        result = result * x + ((b + p) * 0.5f - a);
+        result = result * x + (b - p) * 0.5f;
+        return result * x + a;
     }
 
     ZeroedArray storage;
@@ -77,19 +95,12 @@ private:
         return index >= 0 && index < size ? data[index] : AtFar(index);
     }
     float AtFar(int64_t index) const;
-    /// Runs through the two middle points with slope and curvature taken from all four.
-    float ReadPolynomial(int64_t index, float x) const {
-        const float p = At(index + 1);
-        const float a = At(index);
-        const float b = At(index - 1);
-        const float q = At(index - 2);
-        const float e = b - a;
-        const float g = q - p;
-        float result = (2.5f * g - 7.5f * e) + (3.0f * e + p - q) * x;
-        result = result * x + (4.5f * e - 1.5f * g);
-        result = result * x + ((b + p) * 0.5f - a);
-        result = result * x + (b - p) * 0.5f;
-        return result * x + a;
+    Points PointsAt(int64_t index) const {
+        if (index >= 2 && index + 1 < size) {
+            const float* const at = data + index;
+            return {at[1], at[0], at[-1], at[-2]};
+        }
+        return {At(index + 1), At(index), At(index - 1), At(index - 2)};
     }
     float ReadAllpass(int64_t index, float x);
     void Empty();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 namespace Quorvan::dsp {
@@ -28,7 +29,7 @@ public:
 
     /// One value a sample. At rest the count is taken down to a multiple of four, as block lengths
     /// are.
-    void FillBlock(float* out, uint32_t count);
+    virtual void FillBlock(float* out, uint32_t count) = 0;
     bool IsAtRest() const { return target == current; }
     bool IsAtRestAt(double value) const { return current == value && target == value; }
 
@@ -41,6 +42,19 @@ public:
 protected:
     Smoother(const Smoother&) = default;
     Smoother& operator=(const Smoother&) = default;
+
+    /// FillBlock for a class whose Tick is known: no calls, and the state in locals.
+    template <class Exact>
+    static void FillBlockOf(Exact& smoother, float* out, uint32_t count) {
+        if (smoother.IsAtRest()) {
+            std::fill_n(out, count / 4 * 4, static_cast<float>(smoother.current));
+            return;
+        }
+        Exact local = smoother;
+        for (uint32_t i = 0; i < count; ++i)
+            out[i] = local.Exact::Tick();
+        smoother = local;
+    }
 };
 
 }  // namespace Quorvan::dsp

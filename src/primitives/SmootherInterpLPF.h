@@ -24,10 +24,16 @@ public:
             current = rampValue;
         return static_cast<float>(current);
     }
+    void FillBlock(float* out, uint32_t count) override { FillBlockOf(*this, out, count); }
     /// A new ramp from where the present one stands.
     void SetTarget(float value) override;
     void SetStartAndTarget(float start, float end) override;
     void Reset(float value) override;
+
+    /// Whether ticks change nothing any more: at rest, and with the ramp run to its end.
+    bool HasArrived() const {
+        return IsAtRest() && rampValue == target && rampCounter + 1 >= rampSteps;
+    }
 
     uint32_t rampSteps = 1;  ///< ticks of a ramp, at least 1
     uint32_t rampCounter = 0;

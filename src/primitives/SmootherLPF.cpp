@@ -17,6 +17,8 @@ void SmootherLPF::UpdateCoefficients() {
     coefficient = 1.0 - std::exp(-5.0 / (time * sampleRate) * static_cast<double>(stepLength));
 }
 
-double SmootherLPF::ThresholdFor(double value) { return std::max(std::abs(value) * 1e-12, 1e-20); }
+double SmootherLPF::ThresholdFor(double value) {
+    return std::max(std::abs(value) * kRelativeThreshold, kLeastThreshold);
+}
 
 }  // namespace Quorvan::dsp

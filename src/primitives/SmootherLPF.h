@@ -18,11 +18,15 @@ public:
             current = target;
         return static_cast<float>(current);
     }
+    void FillBlock(float* out, uint32_t count) override { FillBlockOf(*this, out, count); }
     void SetTarget(float value) override;
     void UpdateCoefficients() override;
 
     double coefficient = 0.0;
     double threshold = 1e-12;  ///< steps below this end the glide
+
+    /// The threshold over the target, and its least.
+    static constexpr double kRelativeThreshold = 1e-12, kLeastThreshold = 1e-20;
 
 protected:
     static double ThresholdFor(double value);

@@ -22,6 +22,7 @@ public:
         current = static_cast<double>(rounded);
         return rounded;
     }
+    void FillBlock(float* out, uint32_t count) override { FillBlockOf(*this, out, count); }
     void UpdateCoefficients() override;
 
     double range = 1.0;    ///< distance covered in time
