@@ -94,8 +94,9 @@ TEST(MidiTest, RangesCurvesAndPickUp) {
 TEST(MidiTest, WhatIsLearntAnewKeepsItsRangeAndOneKnobOneParameter) {
     ReadyInstrument instrument;
     const uint32_t feedback = IndexOf("Feedback"), wet = IndexOf("Dry / Wet");
-    instrument.SetMidiMap(
-        {{{Kind::Controller, 0, 74}, feedback, 0.2f, 0.5f, 0.3f, MidiBinding::Take::PickUp}});
+    MidiBinding hand{
+        {Kind::Controller, 0, 74}, feedback, 0.2f, 0.5f, 0.3f, MidiBinding::Take::PickUp, "{}"};
+    instrument.SetMidiMap({hand});
     const auto learn = [&](uint32_t index, const std::vector<InstrumentEvent>& events) {
         const uint32_t before = instrument.Changes();
         instrument.LearnMidi(index);
@@ -105,10 +106,8 @@ TEST(MidiTest, WhatIsLearntAnewKeepsItsRangeAndOneKnobOneParameter) {
     };
     learn(feedback, {Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 7, 11)});
     ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
-    EXPECT_EQ(
-        instrument.GetMidiMap()[0],
-        (MidiBinding{
-            {Kind::Controller, 0, 7}, feedback, 0.2f, 0.5f, 0.3f, MidiBinding::Take::PickUp}));
+    hand.source.number = 7;
+    EXPECT_EQ(instrument.GetMidiMap()[0], hand);
     learn(wet, {Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 39, 1)});
     ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
     EXPECT_EQ(instrument.GetMidiMap()[0].index, wet);
