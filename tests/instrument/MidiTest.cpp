@@ -1,3 +1,4 @@
+#include "host/instrument/MidiClock.h"
 #include "instrument/InstrumentRig.h"
 
 namespace Quorvan::Host {
@@ -94,8 +95,8 @@ TEST(MidiTest, RangesCurvesAndPickUp) {
 TEST(MidiTest, WhatIsLearntAnewKeepsItsRangeAndOneKnobOneParameter) {
     ReadyInstrument instrument;
     const uint32_t feedback = IndexOf("Feedback"), wet = IndexOf("Dry / Wet");
-    MidiBinding hand{
-        {Kind::Controller, 0, 74}, feedback, 0.2f, 0.5f, 0.3f, MidiBinding::Take::PickUp, "{}"};
+    MidiBinding hand{{Kind::Controller, 0, 74}, feedback, 0.2f, 0.5f, 0.3f,
+                     MidiBinding::Take::PickUp, "{}"};
     instrument.SetMidiMap({hand});
     const auto learn = [&](uint32_t index, const std::vector<InstrumentEvent>& events) {
         const uint32_t before = instrument.Changes();
@@ -146,6 +147,34 @@ TEST(MidiTest, ClockAndStartDriveTheSongWhereTheHostHasNone) {
     EXPECT_EQ(tap.Tap(1.0), std::nullopt);
     tap.Tap(1.5);
     EXPECT_DOUBLE_EQ(tap.Tap(2.0).value_or(0.0), 120.0);
+}
+
+TEST(MidiTest, TheSongStaysWithATremblingClockForTenMinutes) {
+    std::mt19937 random(1);
+    for (const double tempo : {93.75, 120.006, 299.0}) {
+        MidiClock clock;
+        clock.Prepare(44100.0);
+        clock.Hear({0xfa}, 0);
+        Transport song;
+        double since = 0.0, farthest = 0.0;
+        int tempos = 0;
+        for (int tick = 0; tick < 240.0 * tempo; ++tick) {
+            const double due = tick * 60.0 * 44100.0 / (24.0 * tempo);
+            const auto heard = static_cast<uint64_t>(due) + random() % 44;  // a millisecond
+            const auto place = clock.Hear({0xf8}, heard);
+            if (place && (tick == 0 || place->tempo != song.tempo)) {
+                song = *place;
+                since = static_cast<double>(heard);
+                ++tempos;
+            }
+            const double beat = song.beat + (due - since) * song.tempo / (60.0 * 44100.0);
+            if (tick > 48)
+                farthest = std::max(farthest, std::abs(24.0 * beat - tick));
+        }
+        EXPECT_NEAR(song.tempo, tempo, 0.001);
+        EXPECT_LT(farthest, 0.2) << tempo;
+        EXPECT_LE(tempos, 5) << tempo;
+    }
 }
 
 }  // namespace
