@@ -268,6 +268,8 @@ void Instrument::OfferMorph() {
 }
 
 void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) {
+    if (!(amount > 0.0f))
+        return;
     const Lock lock(mutex);
     const Moment before = Now();
     std::mt19937_64 chance(seed);
@@ -276,7 +278,7 @@ void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) 
             continue;
         // Our own way to a number: the library's distributions differ between compilers.
         const double share = static_cast<double>(chance() >> 11) * 0x1p-53;
-        const auto move = static_cast<float>(2.0 * share - 1.0) * std::clamp(amount, 0.0f, 1.0f);
+        const auto move = static_cast<float>(2.0 * share - 1.0) * std::min(amount, 1.0f);
         Move(info.index, before.heard[info.index] + move);
     }
     Remember("Randomise " + std::string(group), before);

@@ -235,9 +235,9 @@ void InstrumentPlayer::LearnFrom(const MidiDecoder::Values& values) {
     }
 }
 
-/// A place that differs from the song's by less than a tick is the jitter of the clock.
+/// A place that differs from the song's by next to nothing is the same.
 void InstrumentPlayer::FollowClock(const std::array<uint8_t, 3>& message, uint32_t frame) {
-    constexpr double kTick = 1.0 / 24.0;
+    constexpr double kNear = 0.001;  // quarter notes
     Engine* const engine = GetEngine();
     if (engine == nullptr)
         return;
@@ -247,7 +247,7 @@ void InstrumentPlayer::FollowClock(const std::array<uint8_t, 3>& message, uint32
     RunTo(frame);
     const Transport present = engine->GetTransport();
     if (place->playing != present.playing || place->tempo != present.tempo ||
-        std::abs(place->beat - present.beat) > kTick)
+        std::abs(place->beat - present.beat) > kNear)
         engine->SetTransport(*place);
 }
 

@@ -62,12 +62,16 @@ Json PortsJson(const std::vector<PortValue>& ports) {
     return json;
 }
 
-std::vector<PortValue> PortsFrom(const Json& json) {
+/// Takes out of json what it understands.
+std::vector<PortValue> TakePorts(Json& json) {
     std::vector<PortValue> ports;
-    for (const HostControl& control : HostControls())
-        if (const auto port = json.find(std::string(control.symbol));
-            port != json.end() && port->is_number())
-            ports.push_back({control.id, port->get<float>()});
+    for (const HostControl& control : HostControls()) {
+        const std::string symbol(control.symbol);
+        if (!json.contains(symbol) || !json[symbol].is_number())
+            continue;
+        ports.push_back({control.id, json[symbol].get<float>()});
+        json.erase(symbol);
+    }
     return ports;
 }
 
@@ -107,6 +111,8 @@ private:
     State ReadSound(const Json& members, Json& unknown);
     void ReadSounds(const Json& json);
     void ReadOther(const Json& json, Json& unknown);
+    void ReadPorts(Json ports);
+    void Keep(const char* name, const Json& unknown);
     void ReadAssignments(const Json& json);
     void ReadWindow(const Json& json);
     const Json* Member(const Json& from, const char* name, Json::value_t type) const;
@@ -124,14 +130,16 @@ Parsed<InstrumentState> StateReader::Read(std::string_view text) {
     foreign = Unknown(root, kMembers);
     Json unknown = Json::object();
     state.sound = ReadSound(root["parameters"], unknown);
-    foreign["parameters"] = unknown;
+    Keep("parameters", unknown);
     if (const Json* const preset = Member(root, "preset", Json::value_t::string))
         state.preset = preset->get<std::string>();
     state.modified = root.value("modified", Json(false)) == true;
     if (root.contains("seed") && root["seed"].is_number_unsigned())
         state.seed = root["seed"].get<uint64_t>();
-    else if (root.contains("seed") && !root["seed"].is_null())
+    else if (root.contains("seed") && !root["seed"].is_null()) {
+        foreign["seed"] = root["seed"];
         Warn(root["seed"].dump() + " is left out as a seed: it is a whole number from 0 on.");
+    }
     if (root.contains("morph") && root["morph"].is_number())
         state.morph = std::clamp(root["morph"].get<float>(), 0.0f, 1.0f);
     if (const Json* const assignments = Member(root, "assignments", Json::value_t::object))
@@ -143,7 +151,7 @@ Parsed<InstrumentState> StateReader::Read(std::string_view text) {
     if (const Json* const midi = Member(root, "midi", Json::value_t::array))
         state.midi = MidiMapFrom(*midi, catalog, result.issues);
     if (const Json* const ports = Member(root, "ports", Json::value_t::object))
-        state.ports = PortsFrom(*ports);
+        ReadPorts(*ports);
     state.foreign = foreign.dump();
     result.value = std::move(state);
     return std::move(result);
@@ -208,33 +216,47 @@ State StateReader::ReadSound(const Json& members, Json& unknown) {
 
 void StateReader::ReadSounds(const Json& json) {
     SoundPair& sounds = state.sounds;
-    Json unknown = Unknown(json, kSoundMembers), inSounds = Json::object();
+    Json unknown = Unknown(json, kSoundMembers);
     for (uint32_t i = 0; i < kSoundNames.size(); ++i) {
-        inSounds[kSoundNames[i]] = Json::object();
-        if (const Json* const sound = Member(json, kSoundNames[i], Json::value_t::object))
-            sounds.kept[i] = ReadSound(*sound, inSounds[kSoundNames[i]]);
-        if (json.contains("played") && json["played"] == kSoundNames[i])
+        const char* const name = kSoundNames[i];
+        Json inSound = Json::object();
+        if (const Json* const sound = Member(json, name, Json::value_t::object))
+            sounds.kept[i] = ReadSound(*sound, inSound);
+        else if (json.contains(name))
+            inSound = json[name];
+        if (!inSound.empty())
+            unknown[name] = inSound;
+        if (json.contains("played") && json["played"] == name)
             sounds.played = i;
     }
     sounds.otherPreset = state.preset;
     sounds.otherModified = true;
     const Json* const other = Member(json, "other", Json::value_t::object);
     if (other != nullptr)
-        ReadOther(*other, inSounds);
+        ReadOther(*other, unknown);
     if (!sounds.kept[1 - sounds.played])
         sounds.kept = {};
     else if (other == nullptr || !sounds.kept[sounds.played])
         sounds.kept[sounds.played] = state.sound;
-    if (sounds.kept[0])
-        Join(unknown, inSounds);
-    foreign["sounds"] = unknown;
+    Keep("sounds", unknown);
 }
 
 void StateReader::ReadOther(const Json& json, Json& unknown) {
-    unknown["other"] = Unknown(json, kOtherMembers);
+    if (Json inOther = Unknown(json, kOtherMembers); !inOther.empty())
+        unknown["other"] = std::move(inOther);
     if (const Json* const preset = Member(json, "preset", Json::value_t::string))
         state.sounds.otherPreset = preset->get<std::string>();
     state.sounds.otherModified = json.value("modified", Json(false)) == true;
+}
+
+void StateReader::ReadPorts(Json ports) {
+    state.ports = TakePorts(ports);
+    Keep("ports", ports);
+}
+
+void StateReader::Keep(const char* name, const Json& unknown) {
+    if (!unknown.empty())
+        foreign[name] = unknown;
 }
 
 /// What points nowhere here may point somewhere in a newer version.
@@ -256,7 +278,7 @@ void StateReader::ReadAssignments(const Json& json) {
 }
 
 void StateReader::ReadWindow(const Json& json) {
-    foreign["window"] = Unknown(json, kWindowMembers);
+    Keep("window", Unknown(json, kWindowMembers));
     for (auto [name, edge] :
          {std::pair{"width", &state.window.width}, std::pair{"height", &state.window.height}})
         if (json.contains(name) && json[name].is_number_unsigned())

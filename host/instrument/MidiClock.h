@@ -10,9 +10,11 @@ namespace Quorvan::Host {
 
 /// Follows MIDI clock, start, stop, continue and song position. Audio side.
 ///
-/// Tempo comes from the last 24 ticks, a quarter note; small wavering of it is left out, since
-/// every other tempo makes another tape length. The song is put right where it is off by more than
-/// a tick's worth.
+/// The ticks tremble, and every other tempo makes another tape length. So the song runs on at one
+/// tempo as long as it stays within a sixteenth of a tick of the sender's, whose place is taken
+/// from all ticks together. Where it leaves that, tempo and place are put right: the longer a tempo
+/// has been heard, the nearer it is to the sender's. A tempo that is quite another one over a
+/// quarter note counts at once.
 class MidiClock {
 public:
     /// rate in hertz; forgets everything.
@@ -24,16 +26,32 @@ public:
     bool Runs(uint64_t frame) const;
 
 private:
+    /// Times are in frames of the stream.
+    struct Line {
+        double last = 0.0;    ///< when the last tick was due
+        double period = 0.0;  ///< from tick to tick
+    };
+
     std::optional<Transport> Tick(uint64_t frame);
-    void MeasureTempo(uint64_t frame);
+    bool IsOtherTempo(uint64_t frame) const;
+    void Begin(uint64_t frame);
+    void TakeTempo(uint64_t frame);
+    void Measure(uint64_t frame);
+    bool PutRight();
+    double TempoOf(const Line& line) const;
+    double Rounded(double exact) const;
+    Transport Place(uint64_t frame) const;
 
     static constexpr uint32_t kTicks = 24;  ///< a quarter note
 
     double sampleRate = 44100.0;
     std::array<uint64_t, kTicks> frames{};  ///< of the last ticks
-    uint64_t ticks = 0;                     ///< heard
+    uint64_t ticks = 0;                     ///< heard since a start or a pause
+    uint64_t lockedTicks = 0;               ///< that sender is made of
     int64_t songTicks = 0;                  ///< the next tick's place in the song
     double tempo = 120.0;
+    Line sender;  ///< as all ticks tell it
+    Line song;    ///< as it was told
     bool playing = false;
     bool started = false;  ///< the next tick is the first one of a start
 };

@@ -7,8 +7,8 @@ namespace {
 // Statuses and controllers of the MIDI 1.0 specification.
 constexpr uint8_t kNoteOff = 0x80, kNoteOn = 0x90, kControlChange = 0xb0, kChannelPressure = 0xd0,
                   kBend = 0xe0;
-constexpr uint8_t kDataCoarse = 6, kDataFine = 38, kNrpnFine = 98, kNrpnCoarse = 99, kRpnFine = 100,
-                  kRpnCoarse = 101, kFirstMode = 120;
+constexpr uint8_t kDataCoarse = 6, kDataFine = 38, kIncrement = 96, kDecrement = 97, kNrpnFine = 98,
+                  kNrpnCoarse = 99, kRpnFine = 100, kRpnCoarse = 101, kFirstMode = 120;
 constexpr uint8_t kFineOffset = 32;
 
 float Of7(uint8_t value) { return static_cast<float>(value) / 127.0f; }
@@ -122,15 +122,18 @@ bool MidiDecoder::Select(Channel& state, uint8_t number, uint8_t value) {
     return true;
 }
 
-/// The value comes in two messages.
+/// The value comes in two messages. Steps up and down tell none.
 bool MidiDecoder::DataEntry(uint8_t channel, uint8_t number, uint8_t value, Values& values) {
     Channel& state = channels[channel];
-    if (number != kDataCoarse && number != kDataFine)
+    const bool isStep = number == kIncrement || number == kDecrement;
+    if (number != kDataCoarse && number != kDataFine && !isStep)
         return false;
     if (state.registered)
         return true;
     if (!state.nrpnCoarse || !state.nrpnFine)
         return false;
+    if (isStep)
+        return true;
     const auto parameter = static_cast<uint16_t>((*state.nrpnCoarse << 7) | *state.nrpnFine);
     const MidiSource source{MidiSource::Kind::Nrpn, channel, parameter};
     if (number == kDataCoarse) {

@@ -23,6 +23,9 @@ struct MidiBinding {
     float low = 0.0f, high = 1.0f;  ///< positions for the source's ends; low may be the upper one
     float curve = 0.0f;             ///< -1..1: below 0 rises early, above 0 late; 0 is straight
     Take take = Take::Jump;
+    /// Members of a file or state that were not understood, to be written back: a JSON object, or
+    /// nothing.
+    std::string foreign{};
 
     bool operator==(const MidiBinding&) const = default;
 

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "host/instrument/InstrumentState.h"
@@ -21,6 +24,8 @@ constexpr size_t kMostBindings = 4096;
 constexpr std::array kKinds{"controller", "fine controller", "nrpn",
                             "pitch bend", "pressure",        "note"};
 constexpr std::array kTakes{"jump", "pick up", "toggle"};
+constexpr std::array kMembers{"source", "channel", "number", "parameter",
+                              "low",    "high",    "curve",  "take"};
 constexpr std::array<uint16_t, 6> kHighestNumbers{127, 31, 16383, 0, 0, 127};
 
 template <class Names>
@@ -32,9 +37,21 @@ std::optional<size_t> Find(const Names& names, const Json& object, const char* m
     return found != names.end() ? std::optional<size_t>(found - names.begin()) : std::nullopt;
 }
 
+/// Of what is there and no number: none, which lies in no range.
 double NumberOf(const Json& object, const char* member, double otherwise) {
     const auto found = object.find(member);
-    return found != object.end() && found->is_number() ? found->get<double>() : otherwise;
+    if (found == object.end())
+        return otherwise;
+    return found->is_number() ? found->get<double>() : std::numeric_limits<double>::quiet_NaN();
+}
+
+/// The members that say nothing here, as a text; empty where there are none.
+std::string Unknown(const Json& json) {
+    Json unknown = Json::object();
+    for (const auto& [name, value] : json.items())
+        if (std::find(kMembers.begin(), kMembers.end(), name) == kMembers.end())
+            unknown[name] = value;
+    return unknown.empty() ? std::string() : unknown.dump();
 }
 
 std::optional<MidiBinding> BindingFrom(const Json& json, const ParameterCatalog& catalog) {
@@ -47,20 +64,23 @@ std::optional<MidiBinding> BindingFrom(const Json& json, const ParameterCatalog&
     const uint32_t index = name != json.end() && name->is_string()
                                ? catalog.Find(name->get<std::string>()).value_or(kUnassigned)
                                : kUnassigned;
+    const double low = NumberOf(json, "low", 0.0), high = NumberOf(json, "high", 1.0);
+    const double curve = NumberOf(json, "curve", 0.0);
     const auto take = json.contains("take") ? Find(kTakes, json, "take") : std::optional<size_t>(0);
     if (!kind || index == kUnassigned || !take || !IsMovable(catalog[index]) ||
         !(channel >= 1.0 && channel <= 16.0) ||
         !(number >= 0.0 && number <= kHighestNumbers[*kind]) || channel != std::floor(channel) ||
-        number != std::floor(number))
+        number != std::floor(number) || std::isnan(low + high + curve))
         return std::nullopt;
     MidiBinding binding;
     binding.source = {static_cast<MidiSource::Kind>(*kind), static_cast<uint8_t>(channel - 1.0),
                       static_cast<uint16_t>(number)};
     binding.index = index;
-    binding.low = static_cast<float>(std::clamp(NumberOf(json, "low", 0.0), 0.0, 1.0));
-    binding.high = static_cast<float>(std::clamp(NumberOf(json, "high", 1.0), 0.0, 1.0));
-    binding.curve = static_cast<float>(std::clamp(NumberOf(json, "curve", 0.0), -1.0, 1.0));
+    binding.low = static_cast<float>(std::clamp(low, 0.0, 1.0));
+    binding.high = static_cast<float>(std::clamp(high, 0.0, 1.0));
+    binding.curve = static_cast<float>(std::clamp(curve, -1.0, 1.0));
     binding.take = static_cast<MidiBinding::Take>(*take);
+    binding.foreign = Unknown(json);
     return binding;
 }
 
@@ -68,7 +88,7 @@ std::optional<MidiBinding> BindingFrom(const Json& json, const ParameterCatalog&
 
 Json MidiMapJson(const MidiMap& map, const ParameterCatalog& catalog) {
     Json list = Json::array();
-    for (const MidiBinding& binding : map)
+    for (const MidiBinding& binding : map) {
         list.push_back({{"source", kKinds[static_cast<size_t>(binding.source.kind)]},
                         {"channel", binding.source.channel + 1},
                         {"number", binding.source.number},
@@ -77,6 +97,9 @@ Json MidiMapJson(const MidiMap& map, const ParameterCatalog& catalog) {
                         {"high", Shortest(binding.high)},
                         {"curve", Shortest(binding.curve)},
                         {"take", kTakes[static_cast<size_t>(binding.take)]}});
+        if (!binding.foreign.empty())
+            list.back().update(Json::parse(binding.foreign));
+    }
     for (Json& entry : Json::parse(map.foreign))
         list.push_back(std::move(entry));
     return list;

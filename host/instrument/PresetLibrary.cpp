@@ -23,7 +23,8 @@ namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
 constexpr size_t kMostBytes = 4 << 20;
-constexpr size_t kMostLetters = 120;  // of a file's name; file systems take 255 bytes
+constexpr size_t kMostBytesOfName = 120;   // of a file's name; file systems take 255
+constexpr size_t kMostBytesInTrash = 200;  // with room for the time
 constexpr const char* kFavourites = "favourites.json";
 constexpr const char* kSetList = "set-list.json";
 
@@ -31,11 +32,25 @@ bool IsList(const fs::path& file) {
     return file.filename() == kFavourites || file.filename() == kSetList;
 }
 
+/// As many bytes of text as make up whole letters.
+std::string Cut(const std::string& text, size_t mostBytes) {
+    size_t end = std::min(mostBytes, text.size());
+    while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80)
+        --end;
+    return text.substr(0, end);
+}
+
+/// A file's name as that of a preset. What is no UTF-8 in it is replaced.
+std::string NameOf(const fs::path& file) {
+    return Json::parse(
+        Json(file.stem().string()).dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
 /// A name that every file system takes, the same for the same preset.
 std::string FileNameOf(const std::string& name) {
     std::string file;
-    for (const char letter : name.substr(0, kMostLetters)) {
-        const bool dislikes = static_cast<unsigned char>(letter) < 0x20 ||
+    for (const char letter : Cut(name, kMostBytesOfName)) {
+        const bool dislikes = static_cast<unsigned char>(letter) < 0x20 || letter == 0x7f ||
                               std::string_view("/\\:*?\"<>|").find(letter) != std::string::npos;
         file += dislikes ? '-' : letter;
     }
@@ -101,7 +116,7 @@ void PresetLibrary::Scan() {
 }
 
 void PresetLibrary::ScanFile(const fs::path& file) {
-    PresetEntry entry = EntryOf(Read(file, catalog), file.stem().string());
+    PresetEntry entry = EntryOf(Read(file, catalog), NameOf(file));
     entry.file = file;
     entries.push_back(std::move(entry));
 }
@@ -198,7 +213,7 @@ Parsed<Preset> PresetLibrary::Read(const fs::path& file, const ParameterCatalog&
         return {std::nullopt, {{Issue::Severity::Error, problem}}};
     Parsed<Preset> read = ReadPreset(*text, catalog);
     if (read.value && read.value->name.empty())
-        read.value->name = file.stem().string();
+        read.value->name = NameOf(file);
     return read;
 }
 
@@ -306,7 +321,8 @@ std::string PresetLibrary::ToTrash(const fs::path& file, Trash way, fs::path& th
     const fs::path trash = folder / "trash";
     std::error_code error;
     fs::create_directories(trash, error);
-    there = trash / (file.stem().string() + "." + std::to_string(now) + ".json");
+    there = trash /
+            (Cut(file.stem().string(), kMostBytesInTrash) + "." + std::to_string(now) + ".json");
     if (!error && way == Trash::Move)
         fs::rename(file, there, error);
     else if (!error)

@@ -9,7 +9,8 @@
 namespace Quorvan::Host {
 
 /// text with what would move a terminal's cursor or worse spelled out: a line feed as "\n", an
-/// escape as "\x1b".
+/// escape as "\x1b", and so each byte that is no UTF-8 and both of a control character beyond
+/// ASCII.
 std::string Visible(std::string_view text);
 
 /// text between double quotes, as sentences cite names, made visible.

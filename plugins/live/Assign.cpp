@@ -4,15 +4,12 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "host/parameters/PresentSettings.h"
 #include "host/parameters/Sentence.h"
+#include "plugins/live/ParameterNamed.h"
 
 namespace Quorvan::Live {
 
 void Assign(Host::Instrument& instrument, const std::vector<std::string>& wishes) {
-    const Host::ParameterCatalog& catalog = instrument.Catalog();
-    const Host::PresentSettings settings(
-        catalog, [&](uint32_t index) { return instrument.Position(index); });
     for (const std::string& wish : wishes) {
         const size_t sign = wish.find('=');
         uint32_t number = 0;
@@ -23,13 +20,7 @@ void Assign(Host::Instrument& instrument, const std::vector<std::string>& wishes
                                         " is no assignment. Write 1=NAME, to " +
                                         std::to_string(Host::kAssignments) + "=NAME.");
         const std::string_view name = std::string_view(wish).substr(sign + 1);
-        const auto index = catalog.Resolve(name, settings);
-        if (!index)
-            throw std::invalid_argument(catalog.UnknownName(name));
-        instrument.Assign(number - 1, *index);
-        if (instrument.Assignment(number - 1) != *index)
-            throw std::invalid_argument(Host::Quoted(std::string(name)) +
-                                        " holds no position that a control could move.");
+        instrument.Assign(number - 1, ParameterNamed(instrument, name));
     }
 }
 

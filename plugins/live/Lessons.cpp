@@ -1,11 +1,10 @@
 #include "plugins/live/Lessons.h"
 
 #include <algorithm>
-#include <stdexcept>
 #include <utility>
 
 #include "host/instrument/WholeFile.h"
-#include "host/parameters/PresentSettings.h"
+#include "plugins/live/ParameterNamed.h"
 #include "plugins/live/Trouble.h"
 
 namespace Quorvan::Live {
@@ -13,17 +12,8 @@ namespace Quorvan::Live {
 Lessons::Lessons(Host::Instrument& taught, const std::vector<std::string>& names,
                  std::filesystem::path mapFile, Saying speaker)
     : instrument(taught), file(std::move(mapFile)), say(std::move(speaker)) {
-    const Host::ParameterCatalog& catalog = instrument.Catalog();
-    const Host::PresentSettings settings(
-        catalog, [this](uint32_t index) { return instrument.Position(index); });
-    for (const std::string& name : names) {
-        const auto index = catalog.Resolve(name, settings);
-        if (!index)
-            throw std::invalid_argument(catalog.UnknownName(name));
-        if (!Host::IsMovable(catalog[*index]))
-            throw std::invalid_argument("\"" + name + "\" holds no position that MIDI could move.");
-        waiting.push_back(*index);
-    }
+    for (const std::string& name : names)
+        waiting.push_back(ParameterNamed(instrument, name));
     std::reverse(waiting.begin(), waiting.end());
 }
 

@@ -12,6 +12,7 @@
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -35,9 +36,13 @@ namespace {
 
 constexpr size_t kMostBytes = 64 << 20;
 
+void Complain(const std::string& sentence) {
+    std::fprintf(stderr, "%s\n", Host::Visible(sentence).c_str());
+}
+
 void Say(const LiveOptions& options, const std::string& sentence) {
     if (!options.quiet)
-        std::fprintf(stderr, "%s\n", sentence.c_str());
+        Complain(sentence);
 }
 
 std::string Read(const std::string& file) {
@@ -48,11 +53,17 @@ std::string Read(const std::string& file) {
     return *text;
 }
 
+/// What is wrong with a file, which a sentence about reading it names already.
+std::string About(const std::string& file, const std::string& sentence) {
+    const std::string name = Host::Quoted(file);
+    return file.empty() || sentence.starts_with(name) ? sentence : name + ": " + sentence;
+}
+
 template <class T>
-T Value(Host::Parsed<T> parsed) {
+T Value(Host::Parsed<T> parsed, const std::string& file = {}) {
     if (!parsed.value)
-        throw Trouble{kCannotRead,
-                      parsed.issues.empty() ? "It can't be read." : parsed.issues.front().text};
+        throw Trouble{kCannotRead, parsed.issues.empty() ? About(file, "It can't be read.")
+                                                         : About(file, parsed.issues.front().text)};
     return std::move(*parsed.value);
 }
 
@@ -62,11 +73,11 @@ Host::Preset FindPreset(const std::string& name) {
     Host::PresetLibrary library(catalog, Host::FactoryPresets(),
                                 Host::PresetLibrary::UsualFolder());
     if (const auto entry = library.Find(name))
-        return Value(library.Load(*entry));
+        return Value(library.Load(*entry), library.Entries()[*entry].file.string());
     if (const Host::FactoryPreset* const preset = Host::FindFactoryPreset(name))
         return Value(Host::ReadPreset(preset->json, catalog));
     if (std::filesystem::exists(name))
-        return Value(Host::PresetLibrary::Read(name, catalog));
+        return Value(Host::PresetLibrary::Read(name, catalog), name);
     throw Trouble{kUsage, Host::UnknownFactoryPreset(name)};
 }
 
@@ -77,10 +88,10 @@ std::filesystem::path MidiMapFile(const LiveOptions& options) {
     return Host::PresetLibrary::UsualFolder().parent_path() / "midi-map.json";
 }
 
-/// The user's order of presets for program changes, in every instance from then on.
-void KeepSetList(const std::vector<std::string>& names) {
-    Host::PresetLibrary library(Host::SharedCatalog(), Host::FactoryPresets(),
-                                Host::PresetLibrary::UsualFolder());
+/// The presets of the set list, by the names that they have.
+std::vector<std::string> FindSetList(const std::vector<std::string>& names) {
+    const Host::PresetLibrary library(Host::SharedCatalog(), Host::FactoryPresets(),
+                                      Host::PresetLibrary::UsualFolder());
     std::vector<std::string> found;
     found.reserve(names.size());
     for (const std::string& name : names) {
@@ -94,14 +105,23 @@ void KeepSetList(const std::vector<std::string>& names) {
                                       : Host::UnknownFactoryPreset(name)};
         found.push_back(FindPreset(name).name);
     }
-    if (const std::string problem = library.SetSetList(found); !problem.empty())
+    return found;
+}
+
+/// The user's order of presets for program changes, in every instance from then on.
+void KeepSetList(std::vector<std::string> names) {
+    if (names.empty())
+        return;
+    Host::PresetLibrary library(Host::SharedCatalog(), Host::FactoryPresets(),
+                                Host::PresetLibrary::UsualFolder());
+    if (const std::string problem = library.SetSetList(std::move(names)); !problem.empty())
         throw Trouble{kCannotWrite, problem};
 }
 
 Host::MidiMap ReadMap(const std::string& file, const LiveOptions& options) {
     auto read = Host::ReadMidiMap(Read(file), Host::SharedCatalog());
     for (const Host::Issue& issue : read.issues) {
-        const std::string sentence = Host::Quoted(file) + ": " + issue.text;
+        const std::string sentence = About(file, issue.text);
         if (!read.value)
             throw Trouble{kCannotRead, sentence};
         Say(options, sentence);
@@ -125,20 +145,18 @@ void TakeMidiMap(Host::Instrument& instrument, const LiveOptions& options) {
     } catch (const Trouble& trouble) {
         if (options.midiMap || !options.learn.empty())
             throw;
-        std::fprintf(stderr, "%s It is left out.\n", trouble.sentence.c_str());
+        Complain(trouble.sentence + " It is left out.");
     }
 }
 
 void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
-    if (!options.setList.empty())
-        KeepSetList(options.setList);
     const Host::Preset preset = FindPreset(options.preset);
     instrument.LoadPreset(preset);
     if (options.state)
         for (const Host::Issue& issue : instrument.LoadState(Read(*options.state))) {
             if (issue.severity == Host::Issue::Severity::Error)
-                throw Trouble{kCannotRead, issue.text};
-            Say(options, issue.text);
+                throw Trouble{kCannotRead, About(*options.state, issue.text)};
+            Say(options, About(*options.state, issue.text));
         }
     if (options.seed)
         instrument.SetSeed(options.seed);
@@ -226,9 +244,8 @@ private:
 };
 
 /// Plays until a signal comes, also where the server goes and comes back.
-void Play(Host::Instrument& instrument, const LiveOptions& options) {
+void Play(Host::Instrument& instrument, const LiveOptions& options, Lessons& lessons) {
     const sigset_t signals = EndingSignals();
-    Lessons lessons = Teach(instrument, options);
     jack_set_error_function([](const char*) {});
     jack_set_info_function([](const char*) {});
     bool refused = false;
@@ -303,15 +320,18 @@ int Main(int argc, char** argv) {
         ->type_name("UINT");
     app.add_option("--midi-map", options.midiMap,
                    "What MIDI moves; without it, midi-map.json beside the user's presets folder");
-    app.add_option("--learn", options.learn,
-                   "Parameters that wait, in this order, for a MIDI control that moves them from "
-                   "then on; kept in the MIDI map's file")
+    app.add_option(
+           "--learn", options.learn,
+           "Controls of hosts (as \"Mode\") and parameters, by name, that wait, in this order, "
+           "for a MIDI control that moves them from then on; kept in the MIDI map's file")
         ->type_name("NAME...");
     app.add_option("--set-list", options.setList,
                    "Presets that program changes choose, in this order; kept for the next times")
         ->type_name("NAME...");
-    app.add_option("--assign", options.assign,
-                   "Points the control \"Assign\" N of hosts at a parameter, for --save-state")
+    app.add_option(
+           "--assign", options.assign,
+           "Points the control \"Assign\" N of hosts at a parameter, which the name of another "
+           "control of theirs may stand for; for --save-state")
         ->type_name("N=NAME...");
     app.add_option("--save-state", options.saveState,
                    "Writes the state that plug-ins load to a file, at the start and at the end");
@@ -336,9 +356,12 @@ int Main(int argc, char** argv) {
     try {
         Host::Instrument instrument(Host::SharedCatalog());
         SetUp(instrument, options);
+        Lessons lessons = Teach(instrument, options);
+        // Nothing is written ahead of a look at all that the command line asks for.
+        KeepSetList(FindSetList(options.setList));
         KeepState(instrument, options);
         try {
-            Play(instrument, options);
+            Play(instrument, options, lessons);
         } catch (const Trouble& trouble) {
             // What has been played so far is not lost with what could not be learnt.
             if (trouble.code == kCannotWrite)
@@ -348,10 +371,10 @@ int Main(int argc, char** argv) {
         KeepState(instrument, options);
         return 0;
     } catch (const Trouble& trouble) {
-        std::fprintf(stderr, "%s\n", trouble.sentence.c_str());
+        Complain(trouble.sentence);
         return trouble.code;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
+        Complain(error.what());
         return 1;
     }
 }

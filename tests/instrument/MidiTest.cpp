@@ -1,9 +1,12 @@
+#include "host/instrument/MidiClock.h"
 #include "instrument/InstrumentRig.h"
 
 namespace Quorvan::Host {
 namespace {
 
 using Kind = MidiSource::Kind;
+
+InstrumentEvent Turn(int number, int value) { return Midi(0, 0xb0, number, value); }
 
 TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter) {
     struct Case {
@@ -13,16 +16,13 @@ TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter)
     };
     const Case cases[]{
         {{Midi(0, 0xb2, 74, 10)}, {Midi(0, 0xb2, 74, 127)}, {Kind::Controller, 2, 74}, 1.0f},
-        {{Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 7, 11)},
-         {Midi(0, 0xb0, 7, 0)},
-         {Kind::Controller, 0, 7},
-         0.0f},
-        {{Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 39, 1)},
-         {Midi(0, 0xb0, 7, 64), Midi(0, 0xb0, 39, 1)},
+        {{Turn(7, 10), Turn(7, 11)}, {Turn(7, 0)}, {Kind::Controller, 0, 7}, 0.0f},
+        {{Turn(7, 10), Turn(39, 1)},
+         {Turn(7, 64), Turn(39, 1)},
          {Kind::FineController, 0, 7},
          8193.0f / 16383.0f},
-        {{Midi(0, 0xb0, 99, 2), Midi(0, 0xb0, 98, 3), Midi(0, 0xb0, 6, 1)},
-         {Midi(0, 0xb0, 6, 127), Midi(0, 0xb0, 38, 127)},
+        {{Turn(99, 2), Turn(98, 3), Turn(6, 1)},
+         {Turn(6, 127), Turn(38, 127)},
          {Kind::Nrpn, 0, 259},
          1.0f},
         {{Midi(0, 0xe5, 1, 1)}, {Midi(0, 0xe5, 0, 64)}, {Kind::PitchBend, 5, 0}, 0.5f},
@@ -38,7 +38,8 @@ TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter)
         instrument.LearnMidi(kDisplayIndex);
         EXPECT_EQ(instrument.LearningMidi(), kUnassigned);
         instrument.LearnMidi(feedback);
-        instrument.Flush({Midi(0, 0xb0, 123, 0)});  // all notes off is no knob
+        instrument.Flush({Turn(123, 0)});  // all notes off is no knob, nor is a step
+        instrument.Flush({Turn(99, 2), Turn(98, 3), Turn(96, 1), Turn(99, 127), Turn(98, 127)});
         instrument.Flush(one.learns);
         EXPECT_EQ(instrument.Position(feedback), 0.3f);
         instrument.Poll();
@@ -67,7 +68,7 @@ TEST(MidiTest, RangesCurvesAndPickUp) {
     instrument.SetMidiMap(
         {{{Kind::Controller, 0, 1}, binding.index, 0.0f, 1.0f, 0.0f, MidiBinding::Take::PickUp}});
     const auto turn = [&](int value) {
-        instrument.Flush({Midi(0, 0xb0, 1, value)});
+        instrument.Flush({Turn(1, value)});
         return instrument.Position(binding.index);
     };
     EXPECT_EQ(turn(10), 0.5f);
@@ -85,17 +86,18 @@ TEST(MidiTest, RangesCurvesAndPickUp) {
         instrument.Flush({Midi(0, 0x90, 60, 1), Midi(0, 0x90, 60, 0)});
         EXPECT_EQ(instrument.Position(freeze), take == MidiBinding::Take::Jump ? 0.0f : 1.0f);
     }
-    instrument.Flush({Midi(0, 0xb0, 99, 2), Midi(0, 0xb0, 98, 3), Midi(0, 0xb0, 6, 64)});
+    instrument.Flush({Turn(99, 2), Turn(98, 3), Turn(6, 64)});
     instrument.sink.moves.clear();
-    instrument.Flush({Midi(0, 0xb0, 6, 65), Midi(0, 0xb0, 38, 9), Midi(0, 0xb0, 6, 65)});
+    instrument.Flush({Turn(6, 65), Turn(38, 9), Turn(6, 65)});
     EXPECT_EQ(instrument.sink.moves, decltype(instrument.sink.moves)(2, {2, 8329.0f / 16383.0f}));
 }
 
 TEST(MidiTest, WhatIsLearntAnewKeepsItsRangeAndOneKnobOneParameter) {
     ReadyInstrument instrument;
     const uint32_t feedback = IndexOf("Feedback"), wet = IndexOf("Dry / Wet");
-    instrument.SetMidiMap(
-        {{{Kind::Controller, 0, 74}, feedback, 0.2f, 0.5f, 0.3f, MidiBinding::Take::PickUp}});
+    MidiBinding hand{{Kind::Controller, 0, 74}, feedback, 0.2f, 0.5f, 0.3f,
+                     MidiBinding::Take::PickUp, "{}"};
+    instrument.SetMidiMap({hand});
     const auto learn = [&](uint32_t index, const std::vector<InstrumentEvent>& events) {
         const uint32_t before = instrument.Changes();
         instrument.LearnMidi(index);
@@ -103,13 +105,11 @@ TEST(MidiTest, WhatIsLearntAnewKeepsItsRangeAndOneKnobOneParameter) {
         instrument.Poll();
         EXPECT_NE(instrument.Changes(), before);
     };
-    learn(feedback, {Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 7, 11)});
+    learn(feedback, {Turn(7, 10), Turn(7, 11)});
     ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
-    EXPECT_EQ(
-        instrument.GetMidiMap()[0],
-        (MidiBinding{
-            {Kind::Controller, 0, 7}, feedback, 0.2f, 0.5f, 0.3f, MidiBinding::Take::PickUp}));
-    learn(wet, {Midi(0, 0xb0, 7, 10), Midi(0, 0xb0, 39, 1)});
+    hand.source.number = 7;
+    EXPECT_EQ(instrument.GetMidiMap()[0], hand);
+    learn(wet, {Turn(7, 10), Turn(39, 1)});
     ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
     EXPECT_EQ(instrument.GetMidiMap()[0].index, wet);
 }
@@ -147,6 +147,28 @@ TEST(MidiTest, ClockAndStartDriveTheSongWhereTheHostHasNone) {
     EXPECT_EQ(tap.Tap(1.0), std::nullopt);
     tap.Tap(1.5);
     EXPECT_DOUBLE_EQ(tap.Tap(2.0).value_or(0.0), 120.0);
+}
+
+TEST(MidiTest, TheSongStaysWithATremblingClockForTenMinutes) {
+    std::mt19937 random(1);
+    for (const double tempo : {93.75, 120.006, 299.0}) {
+        MidiClock clock;
+        clock.Prepare(44100.0);
+        clock.Hear({0xfa}, 0);
+        std::map<double, Transport> tempos;  // by frames
+        for (int tick = 0; tick < 240.0 * tempo; ++tick) {
+            const double due = tick * 110250.0 / tempo;
+            const auto heard = static_cast<uint64_t>(due + static_cast<double>(random() % 44));
+            const auto place = clock.Hear({0xf8}, heard);
+            if (place && (tempos.empty() || place->tempo != tempos.rbegin()->second.tempo))
+                tempos[static_cast<double>(heard)] = *place;
+            const auto& [since, song] = *tempos.rbegin();
+            ASSERT_NEAR(24.0 * song.beat + (due - since) * song.tempo / 110250.0, tick,
+                        tick > 48 ? 0.25 : 20.0);
+        }
+        EXPECT_NEAR(tempos.rbegin()->second.tempo, tempo, 0.001);
+        EXPECT_LE(tempos.size(), 6u);
+    }
 }
 
 }  // namespace

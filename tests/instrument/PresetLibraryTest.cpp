@@ -110,6 +110,20 @@ TEST(PresetLibraryTest, BrokenFilesAreListedWithTheirSentence) {
     std::ofstream(folder.path / "broken.json") << "{\"format\": \"tesserae-preset\", ";
     std::ofstream(folder.path / "favourites.json") << "[";
     PresetLibrary library(Catalog(), kFactory, folder.path);
+    // File names that are no UTF-8, too long for the trash, or would be cut within a letter.
+    Preset longName;
+    longName.name = "x\xc3\xa9\xc3\xa9";
+    while (longName.name.size() < 200)
+        longName.name += longName.name.substr(1);
+    for (const std::string& stem : {std::string("caf\xe9"), std::string(245, 'x'), std::string()}) {
+        EXPECT_EQ(stem.empty() ? library.Save(longName)
+                               : WriteWholeFile(folder.path / (stem + ".json"), "{}"),
+                  "");
+        library.Scan();
+        EXPECT_EQ(library.Entries().back().file.string().find("\xc3.json"), std::string::npos);
+        EXPECT_EQ(library.Delete(library.Entries().size() - 1), "");
+    }
+    EXPECT_EQ(library.Entries().size(), 4u);
     const auto broken = library.Find("broken");
     ASSERT_TRUE(broken);
     EXPECT_NE(library.Entries()[*broken].broken, "");
