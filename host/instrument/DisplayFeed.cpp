@@ -59,22 +59,19 @@ void DisplayFeed::NoteMoment(const BlockReport& report) {
     const auto values = Processor::SourceValues(*report.processor);
     for (uint32_t s = 0; s < kModulationSources; ++s)
         heard.sources[s][at] = values[s];
-    dsp::PeakHold level;
-    level.Take(report.aux[0], report.frames);
-    heard.follower[at] = level.Value();
+    heard.follower[at] = dsp::LevelKernels::Best().size(report.aux[0], report.frames);
     heard.space[0][at] = report.aux[2][0];
     heard.space[1][at] = report.aux[3][0];
 }
 
 void DisplayFeed::NoteLevels(const BlockReport& report) {
-    for (uint32_t side = 0; side < 2; ++side) {
-        if (report.inputCount > 0)
-            inputPeaks[side].Take(report.inputs[std::min(side, report.inputCount - 1)],
-                                  report.frames);
-        if (report.outputCount > 0)
-            outputPeaks[side].Take(report.outputs[std::min(side, report.outputCount - 1)],
-                                   report.frames);
-    }
+    // One channel stands for both sides.
+    const auto take = [&](dsp::PeakHold& peaks, const auto& channels, uint32_t count) {
+        if (count > 0)
+            peaks.Take(channels[0], channels[count - 1], report.frames);
+    };
+    take(inputPeaks, report.inputs, report.inputCount);
+    take(outputPeaks, report.outputs, report.outputCount);
     if (limiterMeter != nullptr)
         draft.limiter = std::max(draft.limiter, limiterMeter->GetNormalized());
 }
@@ -83,23 +80,21 @@ void DisplayFeed::ShowLevels(Processor::IProcessor_V5& processor) {
     const Processor::StagePeaks inside = Processor::TakeStagePeaks(processor);
     draft.wet = inside.wet;
     draft.feedback = inside.feedback;
-    for (uint32_t side = 0; side < 2; ++side) {
-        draft.input[side] = inputPeaks[side].Release();
-        draft.output[side] = outputPeaks[side].Release();
-    }
+    draft.input = inputPeaks.Release();
+    draft.output = outputPeaks.Release();
 }
 
-/// Rows that the modulation reaches are read for each picture, the others in turn.
+/// Rows that the modulation reaches are read for each picture; the others, which stand where their
+/// parameters do, in turn.
 void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
-    constexpr uint32_t kTurn = 16;
     const auto read = [&](uint32_t row) {
         draft.destinations[row] = Processor::DestinationValue(processor, row);
     };
     Processor::ReachedDestinations(processor).ForEach(read);
-    const uint32_t step = draft.number == 0 ? 1 : kTurn;
-    for (auto row = static_cast<uint32_t>(draft.number % step); row < kModulationDestinations;
-         row += step)
-        read(row);
+    if (draft.number == 0)
+        for (uint32_t row = 0; row < kModulationDestinations; ++row)
+            read(row);
+    read(static_cast<uint32_t>(draft.number % kModulationDestinations));
 }
 
 void DisplayFeed::Publish(const BlockReport& report) {
@@ -184,10 +179,10 @@ const DisplayFeed::Known& DisplayFeed::Recognise(uint32_t slot, const dsp::Grain
     return seen;
 }
 
-/// One buffer each hundredth of a second is measured: a clock costs as much as many a block's
-/// levels.
+/// One buffer each fiftieth of a second is measured: a clock costs as much as the levels of several
+/// blocks.
 void DisplayFeed::BeginWork() {
-    constexpr double kBetween = 0.01;
+    constexpr double kBetween = 0.02;
     isMeasuring = IsWatched() && unmeasured >= kBetween;
     if (isMeasuring)
         workBegan = Clock::now();

@@ -72,10 +72,10 @@ private:
     std::array<Known, DisplayFrame::kGrainRoom> known{};
     uint64_t given = 0;  ///< numbers of grains so far
     double sampleRate = 48000.0;
-    std::array<dsp::PeakHold, 2> inputPeaks, outputPeaks;  ///< since the last picture
-    uint32_t framesSince = 0;                              ///< that
-    Processor::IProcessor_V5* watched = nullptr;           ///< whose stages are watched
-    dsp::Parameter* limiterMeter = nullptr;                ///< its own
+    dsp::PeakHold inputPeaks, outputPeaks;        ///< since the last picture
+    uint32_t framesSince = 0;                     ///< that
+    Processor::IProcessor_V5* watched = nullptr;  ///< whose stages are watched
+    dsp::Parameter* limiterMeter = nullptr;       ///< its own
     Clock::time_point workBegan;
     double unmeasured = 0.0;  ///< seconds of sound since the load was measured last
     bool isMeasuring = false;

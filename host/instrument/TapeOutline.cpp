@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "primitives/Extremes.h"
+#include "primitives/LevelKernels.h"
 
 namespace Quorvan::Host {
 
@@ -20,22 +20,29 @@ void TapeOutline::Follow(const float* tape, uint32_t length, uint32_t written, u
         LookAgain();
         head = ColumnOf(written);
     }
-    // The head is no further than what has come, unless it has jumped.
     const uint32_t now = ColumnOf(std::min(written, size));
-    uint32_t left = std::min(ColumnOf(std::min(frames, size)) + 2, kColumns);
-    for (; head != now && left > 0; --left) {
-        Measure(head);
-        head = (head + 1) % kColumns;
-    }
+    const uint32_t reach = std::min(ColumnOf(std::min(frames, size)) + 2, kColumns);
+    // The head is no further than what has come, unless it has jumped: then it has written ahead of
+    // both places.
+    if (MeasureUpTo(now, head, reach) != now)
+        MeasureUpTo(now, (now + kColumns - reach) % kColumns, reach);
     head = now;
     Measure(head);
-    constexpr uint32_t kInTurn = 6;
-    const uint32_t turns = unseen > 0 ? kInTurn : 1;
+    constexpr uint32_t kInTurn = 6, kSeldom = 8;
+    const uint32_t turns = unseen > 0 ? kInTurn : (++calls % kSeldom == 0 ? 1 : 0);
     for (uint32_t i = 0; i < turns; ++i) {
         Measure(next);
         next = (next + 1) % kColumns;
     }
     unseen -= std::min(unseen, turns);
+}
+
+uint32_t TapeOutline::MeasureUpTo(uint32_t end, uint32_t column, uint32_t most) {
+    for (; column != end && most > 0; --most) {
+        Measure(column);
+        column = (column + 1) % kColumns;
+    }
+    return column;
 }
 
 void TapeOutline::Clear() {
@@ -58,9 +65,8 @@ void TapeOutline::CopyTo(Columns& copy) const {
 void TapeOutline::Measure(uint32_t column) {
     const uint32_t begin = std::min(Begin(column), size - 1);
     const uint32_t end = std::max(begin + 1, Begin(column + 1));
-    const dsp::Extremes found = dsp::Extremes::Of(samples + begin, end - begin);
-    columns.lowest[column] = found.lowest;
-    columns.highest[column] = found.highest;
+    dsp::LevelKernels::Best().extremes(samples + begin, end - begin, columns.lowest[column],
+                                       columns.highest[column]);
     recent[columns.measured++ % kRecent] = static_cast<uint16_t>(column);
 }
 

@@ -6,9 +6,9 @@
 namespace Quorvan::Host {
 
 /// Highest and lowest sample of each of 1024 stretches of the tape, kept up to date as it is
-/// written. Each call reads what is new under the write head and a little of the rest in turn,
-/// however long the tape, so that one that was not looked at for a while is seen whole after three
-/// seconds.
+/// written. Each call reads what is new under the write head, however long the tape, and while one
+/// that was not looked at for a while has not been seen whole, for three seconds, six of the others
+/// in turn; after that one with each eighth call, since a tape changes nowhere else.
 class TapeOutline {
 public:
     static constexpr uint32_t kColumns = 1024;
@@ -31,6 +31,9 @@ private:
     static constexpr uint32_t kRecent = 128;
 
     void Measure(uint32_t column);
+    /// From column up to, but not including, end, most columns at most. Answers the one behind
+    /// them.
+    uint32_t MeasureUpTo(uint32_t end, uint32_t column, uint32_t most);
     uint32_t Begin(uint32_t column) const {
         return static_cast<uint32_t>(static_cast<uint64_t>(column) * size / kColumns);
     }
@@ -41,6 +44,7 @@ private:
     uint32_t head = 0;  ///< column of the write head
     uint32_t next = 0;  ///< the one whose turn it is
     uint32_t unseen = kColumns;
+    uint32_t calls = 0;                      ///< of Follow, since all of it has been seen
     std::array<uint16_t, kRecent> recent{};  ///< columns measured last, round and round
     Columns columns;
 };

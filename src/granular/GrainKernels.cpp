@@ -17,6 +17,8 @@
 
 #include <array>
 
+#include "primitives/InstructionSets.h"
+
 namespace Quorvan::dsp {
 
 namespace {
@@ -28,30 +30,23 @@ struct KernelList {
     void Add(const GrainKernels& kernels) { entries[count++] = &kernels; }
 };
 
-// The library carries its own choice of the set, so that nothing needs to be linked for it.
 KernelList FindSupported() {
     KernelList list;
-#if HWY_ARCH_X86_64 && (defined(__GNUC__) || defined(__clang__))
-    __builtin_cpu_init();
 #if HWY_TARGETS & HWY_AVX3
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
-        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512bw") &&
-        __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("bmi2"))
+    if (HasInstructionSet(HWY_AVX3))
         list.Add(N_AVX3::Table());
 #endif
 #if HWY_TARGETS & HWY_AVX2
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
-        __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2"))
+    if (HasInstructionSet(HWY_AVX2))
         list.Add(N_AVX2::Table());
 #endif
 #if HWY_TARGETS & HWY_SSE4
-    if (__builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"))
+    if (HasInstructionSet(HWY_SSE4))
         list.Add(N_SSE4::Table());
 #endif
 #if HWY_TARGETS & HWY_SSSE3
-    if (__builtin_cpu_supports("ssse3"))
+    if (HasInstructionSet(HWY_SSSE3))
         list.Add(N_SSSE3::Table());
-#endif
 #endif
     list.Add(HWY_STATIC_DISPATCH(Table)());
     return list;

@@ -181,7 +181,7 @@ bool MoteWeaverProcessor::ProcessEffect(dsp::ProcessBlock& block, uint32_t chann
     ApplyGain(granularVolume, limited, 2, block.numFrames);
     ApplyGain(transportGain, limited, 2, block.numFrames);
     if (stagesWatched)
-        WatchWet(block.numFrames);
+        wetPeaks.Take(limited[0], limited[1], block.numFrames);
     float** signal = RunSlotsAt(1, block, limited);
     MixDry(block, in, signal);
     signal = RunSlotsAt(0, block, signal);
@@ -236,30 +236,25 @@ void MoteWeaverProcessor::WatchFeedback(uint32_t frames) {
     restingGain = isMoving ? 1.0f : gain;
     if (restingGain == 0.0f)
         return;
-    for (uint32_t c = 0; c < 2; ++c) {
+    for (uint32_t c = 0; c < 2; ++c)
         for (uint32_t i = 0; isMoving && i < frames; ++i)
             slotOutA[c][i] = feedbackReturn[c][i] * ramp[i];
-        restingPeaks[c].Take(isMoving ? slotOutA[c] : feedbackReturn[c], frames);
-    }
+    float* const* const heard = isMoving ? slotOutA : feedbackReturn;
+    restingPeaks.Take(heard[0], heard[1], frames);
 }
 
 void MoteWeaverProcessor::FoldFeedback() {
+    const std::array<float, 2> peaks = restingPeaks.Release();
     for (uint32_t c = 0; c < 2; ++c)
-        feedbackPeaks[c] = std::max(feedbackPeaks[c], restingGain * restingPeaks[c].Release());
-}
-
-void MoteWeaverProcessor::WatchWet(uint32_t frames) {
-    for (uint32_t c = 0; c < 2; ++c)
-        wetPeaks[c].Take(limited[c], frames);
+        feedbackPeaks[c] = std::max(feedbackPeaks[c], restingGain * peaks[c]);
 }
 
 StagePeaks MoteWeaverProcessor::TakePeaks() {
     StagePeaks peaks;
     FoldFeedback();
-    for (uint32_t c = 0; c < 2; ++c) {
-        peaks.wet[c] = wetPeaks[c].Release();
+    peaks.wet = wetPeaks.Release();
+    for (uint32_t c = 0; c < 2; ++c)
         peaks.feedback[c] = SoftClip(std::exchange(feedbackPeaks[c], 0.0f));
-    }
     return peaks;
 }
 

@@ -129,7 +129,6 @@ private:
     void RunGranular(const dsp::ProcessBlock& block, const Inputs& in);
     void WatchFeedback(uint32_t frames);
     void FoldFeedback();
-    void WatchWet(uint32_t frames);
     void HighPass(uint32_t frames);
     void ConnectSlots();
     template <uint32_t kSlot>
@@ -183,9 +182,9 @@ private:
 
     LoopDisplay display;
     bool stagesWatched = false;
-    std::array<dsp::PeakHold, 2> wetPeaks;
-    std::array<float, 2> feedbackPeaks{};       ///< ahead of the clip
-    std::array<dsp::PeakHold, 2> restingPeaks;  ///< what is not in those yet, without its gain
+    dsp::PeakHold wetPeaks;
+    std::array<float, 2> feedbackPeaks{};  ///< ahead of the clip
+    dsp::PeakHold restingPeaks;            ///< what is not in those yet, without its gain
     float restingGain = 0.0f;
 
     // Control state.
