@@ -124,12 +124,13 @@ void JackClient::ReadMidi(jack_nframes_t frames) {
 std::optional<Host::Transport> JackClient::Place(jack_nframes_t frames) {
     jack_position_t position{};
     const jack_transport_state_t state = jack_transport_query(client, &position);
-    if ((position.valid & JackPositionBBT) == 0)
+    if ((position.valid & JackPositionBBT) == 0 || !(position.beat_type > 0.0f))
         return std::nullopt;
     const double beats = (position.bar_start_tick + position.tick) / position.ticks_per_beat +
                          static_cast<double>(position.beat - 1);
-    const Host::Transport told{position.beats_per_minute,
-                               beats * 4.0 / static_cast<double>(position.beat_type),
+    // Its beats are those of the time signature, eighths in 6/8; ours are quarter notes.
+    const double quarters = 4.0 / static_cast<double>(position.beat_type);
+    const Host::Transport told{position.beats_per_minute * quarters, beats * quarters,
                                state == JackTransportRolling};
     return steady.Steady(told, position.frame, frames, instrument);
 }

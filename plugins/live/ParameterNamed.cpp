@@ -26,8 +26,9 @@ std::string NoParameter(const Host::HostControl& control) {
     const std::string name = Host::Quoted(control.name);
     if (control.target == Host::ControlTarget::Morph)
         return name + " is no parameter: it goes from sound A to sound B, and hosts alone move it.";
-    return name + " points at no parameter so far. Name the parameter itself, or point it at one "
-                  "with --assign.";
+    return name +
+           " points at no parameter so far. Name the parameter itself, or point it at one "
+           "with --assign.";
 }
 
 bool IsNumberedBeyond(std::string_view name) {
@@ -49,8 +50,9 @@ uint32_t ParameterNamed(const Host::Instrument& instrument, std::string_view nam
         if (control->target == Host::ControlTarget::Morph || *index >= catalog.Count())
             throw std::invalid_argument(NoParameter(*control));
     } else if (IsNumberedBeyond(name)) {
-        throw std::invalid_argument(Host::Quoted(name) + " is no control: they are \"Assign 1\" to "
-                                                         "\"Assign " +
+        throw std::invalid_argument(Host::Quoted(name) +
+                                    " is no control: they are \"Assign 1\" to "
+                                    "\"Assign " +
                                     std::to_string(Host::kAssignments) + "\".");
     } else {
         index = catalog.Resolve(name, settings);
