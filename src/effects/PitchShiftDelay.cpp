@@ -229,9 +229,9 @@ void PitchShiftDelay::ReadMainLine(uint32_t channel, uint32_t from, uint32_t cou
                                    bool interpolate) {
     const DelayLine& line = mainLine[channel];
     const float side = channel == 0 ? -1.0f : 1.0f;
-    Samples& out = delayed[channel];
-    Samples fraction, p, a, b, q;
+    Samples fraction;
     std::array<int32_t, kChunk> whole;
+    uint32_t changes = 0;
     for (uint32_t i = 0; i < count; ++i) {
         const float delay =
             delayBuffer[from + i] - 0.5f * courses[channel].span[i] + side * offsetBuffer[from + i];
@@ -240,6 +240,20 @@ void PitchShiftDelay::ReadMainLine(uint32_t channel, uint32_t from, uint32_t cou
         whole[i] = static_cast<int32_t>(held);
         fraction[i] = held - static_cast<float>(whole[i]);
     }
+    for (uint32_t i = 0; i < count; ++i)
+        changes |= static_cast<uint32_t>(whole[i] ^ whole[0]) | (HasSpanMoving(i) ? 1 : 0);
+    float* const out = delayed[channel].data();
+    if (!interpolate && changes == 0)
+        CopyFromRing(line, line.writeIndex - whole[0], static_cast<int32_t>(count), out);
+    else
+        ReadBetween(line, whole.data(), fraction.data(), interpolate, out, count);
+}
+
+/// Reads with interpolation, except where nothing moves.
+void PitchShiftDelay::ReadBetween(const DelayLine& line, const int32_t* whole,
+                                  const float* fraction, bool interpolate, float* out,
+                                  uint32_t count) const {
+    Samples p, a, b, q;
     for (uint32_t i = 0; i < count; ++i) {
         const auto points = line.PointsAround(whole[i] - static_cast<int32_t>(i));
         p[i] = points.p;

@@ -83,6 +83,8 @@ private:
     void RunChunk(const ProcessBlock& block, uint32_t from, uint32_t count, bool interpolate);
     void LeaveDraws(uint32_t count);
     void ReadMainLine(uint32_t channel, uint32_t from, uint32_t count, bool interpolate);
+    void ReadBetween(const DelayLine& line, const int32_t* whole, const float* fraction,
+                     bool interpolate, float* out, uint32_t count) const;
     bool HasSpanMoving(uint32_t sample) const;
     void FillDetuneMix(float* mix, uint32_t count);
     void ReadRightTaps(uint32_t count);

@@ -25,7 +25,8 @@ public:
     }
     void Tick() {
         const Lanes step = (target - current) * coefficient;
-        current = (step >= threshold) | (-step >= threshold) ? current + step : target;
+        const auto goesOn = (step >= threshold) | (-step >= threshold);
+        current = goesOn ? current + step : target;
     }
     float Value(int lane) const { return static_cast<float>(current[lane]); }
     bool IsAtRest(int lane) const { return current[lane] == target[lane]; }
