@@ -49,12 +49,8 @@ TEST(MidiTest, EachKindOfSourceIsLearntFromItsFirstMessagesAndMovesItsParameter)
         instrument.Flush(one.moves);
         EXPECT_FLOAT_EQ(instrument.Position(feedback), one.position);
         EXPECT_EQ(instrument.sink.moves.back().first, 2u);
-        // It stays with the project.
-        Instrument other(Catalog());
-        other.LoadState(instrument.SaveState());
-        EXPECT_EQ(other.GetMidiMap(), instrument.GetMidiMap());
-        EXPECT_EQ(ReadMidiMap(WriteMidiMap(other.GetMidiMap(), Catalog()), Catalog()).value,
-                  other.GetMidiMap());
+        const MidiMap map = instrument.GetMidiMap();
+        EXPECT_EQ(ReadMidiMap(WriteMidiMap(map, Catalog()), Catalog()).value, map);
     }
 }
 

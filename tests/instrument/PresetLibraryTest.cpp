@@ -123,7 +123,6 @@ TEST(PresetLibraryTest, BrokenFilesAreListedWithTheirSentence) {
         EXPECT_EQ(library.Entries().back().file.string().find("\xc3.json"), std::string::npos);
         EXPECT_EQ(library.Delete(library.Entries().size() - 1), "");
     }
-    EXPECT_EQ(library.Entries().size(), 4u);
     const auto broken = library.Find("broken");
     ASSERT_TRUE(broken);
     EXPECT_NE(library.Entries()[*broken].broken, "");
