@@ -226,18 +226,12 @@ std::optional<Host::Transport> DpfPlugin::Place(uint32_t frames) {
         return std::nullopt;
     Host::Transport place;
     const auto& bbt = time.bbt;
-    // Beats are those of the time signature, eighths in 6/8; ours are quarter notes.
-    const double quarters = 4.0 / static_cast<double>(bbt.beatType);
-    place.tempo = bbt.beatsPerMinute;
-#ifdef DISTRHO_PLUGIN_TARGET_LV2
-    // VST3 tells the tempo in quarter notes whatever the signature.
-    place.tempo *= quarters;
-#endif
+    place.tempo = bbt.beatsPerMinute;  // in quarter notes, as hosts tell it in any time signature
     place.playing = time.playing;
     // Ahead of bar 1 the framework is a tick early.
     const double tick = bbt.barStartTick + bbt.tick + (bbt.bar < 1 ? 1.0 : 0.0);
     const double beats = tick / bbt.ticksPerBeat + bbt.beat - 1;
-    place.beat = beats * quarters;
+    place.beat = beats * 4.0 / static_cast<double>(bbt.beatType);
     return steady.Steady(place, static_cast<int64_t>(time.frame), frames, instrument);
 }
 

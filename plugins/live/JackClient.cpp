@@ -128,9 +128,9 @@ std::optional<Host::Transport> JackClient::Place(jack_nframes_t frames) {
         return std::nullopt;
     const double beats = (position.bar_start_tick + position.tick) / position.ticks_per_beat +
                          static_cast<double>(position.beat - 1);
-    // Its beats are those of the time signature, eighths in 6/8; ours are quarter notes.
-    const double quarters = 4.0 / static_cast<double>(position.beat_type);
-    const Host::Transport told{position.beats_per_minute * quarters, beats * quarters,
+    // Beats are those of the time signature, eighths in 6/8; the tempo counts quarter notes.
+    const Host::Transport told{position.beats_per_minute,
+                               beats * 4.0 / static_cast<double>(position.beat_type),
                                state == JackTransportRolling};
     return steady.Steady(told, position.frame, frames, instrument);
 }
