@@ -15,7 +15,7 @@ bool ChangesNothing(const EditHistory::Change& change) {
 
 void EditHistory::Add(Step step) {
     std::erase_if(step.changes, ChangesNothing);
-    if (step.changes.empty() && step.before == step.after)
+    if (step.changes.empty() && step.before == step.after && step.wiringBefore == step.wiringAfter)
         return;
     steps.resize(present);
     steps.push_back(std::move(step));

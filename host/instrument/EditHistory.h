@@ -8,11 +8,12 @@
 #include <vector>
 
 #include "host/instrument/SoundDesk.h"
+#include "host/instrument/Wiring.h"
 
 namespace Quorvan::Host {
 
-/// The user's edits, to be taken back and made again. A step is a gesture or a whole new sound:
-/// what it changed, and what people call it.
+/// The user's edits, to be taken back and made again. A step is a gesture, a whole new sound or
+/// another wiring of MIDI and the free controls: what it changed, and what people call it.
 class EditHistory {
 public:
     static constexpr size_t kSteps = 200;
@@ -26,11 +27,12 @@ public:
     struct Step {
         std::string name;
         std::vector<Change> changes;
-        std::optional<SoundDesk::Scene> before, after;  ///< of steps that may change it
+        std::optional<SoundDesk::Scene> before, after;        ///< of steps that may change it
+        std::optional<Wiring> wiringBefore{}, wiringAfter{};  ///< likewise
     };
 
     /// A finished step; forgets all that was taken back. Changes that change nothing are left out,
-    /// and a step without changes is none unless it changes the scene.
+    /// and a step without changes is none unless it changes the scene or the wiring.
     void Add(Step step);
     /// A further move of a gesture that has not ended: joins the last step where that is of the
     /// same gesture.

@@ -152,6 +152,35 @@ void Instrument::Assign(uint32_t number, uint32_t index) {
     ++changes;
 }
 
+void Instrument::EditAssignment(uint32_t number, uint32_t index) {
+    const Lock lock(mutex);
+    const Wiring before = PresentWiring();
+    Assign(number, index);
+    RememberWiring("Assign " + std::to_string(number + 1), index, before);
+}
+
+Wiring Instrument::PresentWiring() const {
+    Wiring wiring{kept.midi, {}};
+    for (uint32_t i = 0; i < kAssignments; ++i)
+        wiring.assignments[i] = controls.Assignment(i);
+    return wiring;
+}
+
+void Instrument::Rewire(const std::optional<Wiring>& wiring) {
+    if (!wiring)
+        return;
+    kept.midi = wiring->midi;
+    for (uint32_t i = 0; i < kAssignments; ++i)
+        controls.Assign(i, wiring->assignments[i]);
+    ++changes;
+    OfferMidi();
+}
+
+void Instrument::RememberWiring(const std::string& name, uint32_t index, const Wiring& before) {
+    const std::string target = index < catalog.Count() ? " to " + catalog[index].label : "";
+    history.Add({name + target, {}, {}, {}, before, PresentWiring()});
+}
+
 // ---- Whole sounds
 
 void Instrument::Remember(const std::string& name, const Moment& before) {
@@ -205,6 +234,7 @@ void Instrument::Undo() {
     if (step == nullptr)
         return;
     GoTo(step->before);
+    Rewire(step->wiringBefore);
     for (const EditHistory::Change& change : step->changes)
         Move(change.index, change.before, change.ownBefore);
 }
@@ -215,6 +245,7 @@ void Instrument::Redo() {
     if (step == nullptr)
         return;
     GoTo(step->after);
+    Rewire(step->wiringAfter);
     for (const EditHistory::Change& change : step->changes)
         Move(change.index, change.after, change.ownAfter);
 }
@@ -300,14 +331,24 @@ void Instrument::SetMidiMap(MidiMap map) {
     OfferMidi();
 }
 
+void Instrument::ForgetMidi(uint32_t index) {
+    const Lock lock(mutex);
+    const Wiring before = PresentWiring();
+    std::erase_if(kept.midi, [&](const MidiBinding& binding) { return binding.index == index; });
+    ++changes;
+    OfferMidi();
+    RememberWiring("Forget MIDI", kUnassigned, before);
+}
+
 /// A parameter has one source, and so has a source one parameter that was learnt. Range, curve and
 /// what else was set by hand go over to the new source.
 void Instrument::Keep(const MidiSource& source, uint32_t index) {
+    const Wiring before = PresentWiring();
     const bool isNote = source.kind == MidiSource::Kind::Note;
     MidiBinding learnt;
-    for (const MidiBinding& before : kept.midi)
-        if (before.index == index && (before.source.kind == MidiSource::Kind::Note) == isNote)
-            learnt = before;
+    for (const MidiBinding& former : kept.midi)
+        if (former.index == index && (former.source.kind == MidiSource::Kind::Note) == isNote)
+            learnt = former;
     if (learnt == MidiBinding() && isNote)
         learnt.take = MidiBinding::Take::Toggle;
     learnt.source = source;
@@ -319,6 +360,7 @@ void Instrument::Keep(const MidiSource& source, uint32_t index) {
     ++lessons;
     ++changes;
     OfferMidi();
+    RememberWiring("Learn MIDI", index, before);
 }
 
 std::optional<uint32_t> Instrument::Poll() {

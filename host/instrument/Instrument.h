@@ -20,6 +20,7 @@
 #include "host/instrument/PositionBoard.h"
 #include "host/instrument/SettingsMirror.h"
 #include "host/instrument/SoundDesk.h"
+#include "host/instrument/Wiring.h"
 #include "host/state/Issue.h"
 
 namespace Quorvan::Host {
@@ -96,6 +97,8 @@ public:
 
     /// Points a free control (number below kAssignments) at a parameter, or nowhere.
     void Assign(uint32_t number, uint32_t index);
+    /// The same by the user's hand, as a step to undo.
+    void EditAssignment(uint32_t number, uint32_t index);
     uint32_t Assignment(uint32_t number) const { return controls.Assignment(number); }
 
     // ---- Whole sounds
@@ -108,7 +111,8 @@ public:
     /// Whether what is heard is another sound than the preset's.
     bool IsModified();
 
-    /// A step is a gesture, a whole sound with its preset's name, or a change to the other sound.
+    /// A step is a gesture, a whole sound with its preset's name, a change to the other sound, a
+    /// source that MIDI has taught or that was forgotten, or a free control's new target.
     bool CanUndo() const;
     bool CanRedo() const;
     void Undo();
@@ -133,6 +137,8 @@ public:
     uint32_t LearningMidi() const { return player.Learning(); }
     MidiMap GetMidiMap() const;
     void SetMidiMap(MidiMap map);
+    /// Takes its sources away from a parameter; a step to undo, as is each that is learnt.
+    void ForgetMidi(uint32_t index);
     /// Counts what has been learnt.
     uint32_t Lessons() const { return lessons; }
     /// To be called now and then, some ten times a second: takes up what MIDI has asked for.
@@ -194,6 +200,9 @@ private:
     void GoTo(const std::optional<SoundDesk::Scene>& scene);
     void OfferMorph();
     void Keep(const MidiSource& source, uint32_t index);
+    Wiring PresentWiring() const;
+    void Rewire(const std::optional<Wiring>& wiring);
+    void RememberWiring(const std::string& name, uint32_t index, const Wiring& before);
     void OfferMidi() { player.OfferRoutes(std::make_unique<MidiRoutes>(kept.midi, catalog)); }
     InstrumentState Capture();
 

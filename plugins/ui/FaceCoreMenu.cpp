@@ -19,12 +19,6 @@ bool IsLearnt(const Host::Instrument& instrument, uint32_t index) {
                        [index](const Host::MidiBinding& one) { return one.index == index; });
 }
 
-void Forget(Host::Instrument& instrument, uint32_t index) {
-    Host::MidiMap map = instrument.GetMidiMap();
-    std::erase_if(map, [index](const Host::MidiBinding& one) { return one.index == index; });
-    instrument.SetMidiMap(std::move(map));
-}
-
 std::vector<MenuItem> Assignments(FaceModel& model, uint32_t index) {
     std::vector<MenuItem> items{Item("Free control for hosts")};
     for (uint32_t number = 0; number < Host::kAssignments; ++number) {
@@ -32,11 +26,11 @@ std::vector<MenuItem> Assignments(FaceModel& model, uint32_t index) {
         const uint32_t present = instrument.Assignment(number);
         const std::string now =
             present == Host::kUnassigned ? std::string("free") : model.Catalog()[present].title;
-        MenuItem item =
-            Item(std::string("Assign ") + std::to_string(number + 1) + ": " + now,
-                 [&instrument, number, index, present] {
-                     instrument.Assign(number, present == index ? Host::kUnassigned : index);
-                 });
+        MenuItem item = Item(std::string("Assign ") + std::to_string(number + 1) + ": " + now,
+                             [&instrument, number, index, present] {
+                                 instrument.EditAssignment(
+                                     number, present == index ? Host::kUnassigned : index);
+                             });
         item.ticked = present == index;
         items.push_back(std::move(item));
     }
@@ -88,7 +82,7 @@ void FaceCore::OpenControlMenu(Control& control, const Rect& anchor) {
             true));
         if (IsLearnt(instrument, *index))
             items.push_back(
-                Item("Forget MIDI", [&instrument, index] { Forget(instrument, *index); }));
+                Item("Forget MIDI", [&instrument, index] { instrument.ForgetMidi(*index); }));
         items.push_back(Item("Assign to a free control\u2026", [this, index, anchor] {
             OpenMenu(anchor, Assignments(model, *index));
         }));

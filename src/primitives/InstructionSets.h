@@ -6,8 +6,8 @@
 
 namespace Quorvan::dsp {
 
-/// Whether this machine has all that code compiled for one of the wider sets (HWY_AVX3 and so on) may
-/// ask for. The library makes this choice itself, so that nothing needs to be linked for it.
+/// Whether this machine has all that code compiled for one of the wider sets (HWY_AVX3 and so on)
+/// may ask for. The library makes this choice itself, so that nothing needs to be linked for it.
 inline bool HasInstructionSet(int64_t target) {
 #if HWY_ARCH_X86_64 && (defined(__GNUC__) || defined(__clang__))
     __builtin_cpu_init();

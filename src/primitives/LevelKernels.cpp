@@ -4,7 +4,7 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "primitives/LevelKernels.cpp"
 // Rows are so short that only vectors of eight are worth a form of their own.
-#define HWY_DISABLED_TARGETS                                                                 \
+#define HWY_DISABLED_TARGETS                                                            \
     (HWY_AVX3_DL | HWY_AVX3 | HWY_SSE4 | HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | \
      HWY_SVE2_128 | HWY_RVV | HWY_WASM)
 #include <hwy/foreach_target.h>  // NOLINT

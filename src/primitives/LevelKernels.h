@@ -4,8 +4,8 @@
 
 namespace Quorvan::dsp {
 
-/// Loops that look for the ends of a row of samples, in the widest vectors that are worth it. What is
-/// no number is passed over, and every set finds the same.
+/// Loops that look for the ends of a row of samples, in the widest vectors that are worth it. What
+/// is no number is passed over, and every set finds the same.
 struct LevelKernels {
     /// Places beside each other that a row's sizes are kept in.
     static constexpr uint32_t kHeld = 16;

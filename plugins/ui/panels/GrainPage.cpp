@@ -41,8 +41,8 @@ constexpr PlacedChance kStartChances[]{
 
 constexpr PlacedControl kPitch[]{
     {Kind::Bipolar, "Pitch", "Pitch", 12.0, 30.0, 88.0, 0.0},
-    {Kind::Knob, "Random Fine Pitch", "Fine", 112.0, 30.0, 88.0, 0.0},
-    {Kind::Choice, "Scale", "Scale", 212.0, 50.0, 96.0, 40.0},
+    {Kind::Knob, "Random Fine Pitch", "Fine", 100.0, 30.0, 80.0, 0.0},
+    {Kind::Choice, "Scale", "Scale", 184.0, 50.0, 124.0, 40.0},
 };
 constexpr PlacedChance kPitchChances[]{
     // At 100 % it reaches three octaves, half of the knob.

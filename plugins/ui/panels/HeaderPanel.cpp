@@ -132,8 +132,10 @@ void HeaderPanel::OfferRandomise(const Rect& anchor) {
 }
 
 void HeaderPanel::AskSeed(const Rect& anchor) {
+    // Below the button: a field is wider, and would hide half a neighbour.
+    const Rect below{anchor.x, anchor.Bottom() + 8.0, anchor.width, anchor.height};
     const auto seed = model.TheInstrument().Seed();
-    stage.OpenEntry(anchor, seed ? std::to_string(*seed) : std::string(),
+    stage.OpenEntry(below, seed ? std::to_string(*seed) : std::string(),
                     [this](const std::string& text) -> std::string {
                         uint64_t number = 0;
                         const char* const end = text.data() + text.size();
@@ -163,9 +165,12 @@ void HeaderPanel::OfferAssignments(const Rect& anchor) {
 }
 
 void HeaderPanel::OfferAssignment(const Rect& anchor, uint32_t number) {
-    MenuItem clear, point;
+    MenuItem heading, clear, point;
+    heading.text = "Assign " + std::to_string(number + 1);
     clear.text = "Clear";
-    clear.action = [this, number] { model.TheInstrument().Assign(number, Host::kUnassigned); };
+    clear.action = [this, number] {
+        model.TheInstrument().EditAssignment(number, Host::kUnassigned);
+    };
     point.text = "Point at\u2026";
     point.action = [this, anchor, number] {
         stage.OpenEntry({anchor.x - 100.0, anchor.y, 240.0, anchor.height}, "",
@@ -173,13 +178,13 @@ void HeaderPanel::OfferAssignment(const Rect& anchor, uint32_t number) {
                             const auto index = model.Find(name);
                             if (!index)
                                 return model.Catalog().UnknownName(name);
-                            model.TheInstrument().Assign(number, *index);
+                            model.TheInstrument().EditAssignment(number, *index);
                             return model.TheInstrument().Assignment(number) == *index
                                        ? ""
                                        : "That can't be moved by a control.";
                         });
     };
-    stage.OpenMenu(anchor, {point, clear});
+    stage.OpenMenu(anchor, {heading, point, clear});
 }
 
 void HeaderPanel::AddMachine() {

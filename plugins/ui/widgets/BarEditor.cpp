@@ -15,7 +15,7 @@ bool BarEditor::Tick(double) {
     std::vector<double> values(actions.count());
     for (uint32_t i = 0; i < values.size(); ++i)
         values[i] = actions.value(i);
-    const int played = actions.played();
+    const int played = actions.played ? actions.played() : -1;
     if (values == shown && played == shownPlayed)
         return false;
     shown = std::move(values);

@@ -13,7 +13,7 @@ public:
         std::function<uint32_t()> count;            ///< bars in use
         std::function<double(uint32_t)> value;      ///< 0..1
         std::function<std::string(uint32_t)> text;  ///< shown in a bar
-        std::function<int()> played;                ///< the bar at work; negative: none
+        std::function<int()> played;                ///< the bar at work; negative or empty: none
         std::function<void(uint32_t)> begin;
         std::function<void(uint32_t, double)> set;
         std::function<void(uint32_t)> end;
