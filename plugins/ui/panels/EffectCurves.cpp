@@ -120,8 +120,10 @@ void DrawCompressor(const EffectNow& now, Painter& painter, const Rect& inner) {
         const double in = kQuietest * (1.0 - static_cast<double>(i) / (kPoints - 1));
         // The threshold counts behind the gains that go ahead.
         const double level = in + now.values[4] + now.values[6];
-        const auto change = static_cast<double>(curve.GainDb(static_cast<float>(GainOf(level))));
-        line.push_back(at(in, in + now.values[4] + change + makeup + now.values[5]));
+        auto change = static_cast<float>(GainOf(level));
+        curve.LevelsToGainsDb(&change, 1);
+        line.push_back(
+            at(in, in + now.values[4] + static_cast<double>(change) + makeup + now.values[5]));
     }
     painter.Path(line, Theme::kOn, 2.0);
     painter.Text({inner.x, inner.y, 80.0, 13.0}, "-60 .. 0 dB", kSmallDim);
