@@ -33,9 +33,14 @@ public:
     const GrainWalk::Path* PathOf(const GrainPool& pool, uint16_t slot) {
         return runs.NeedsPath(pool[slot]) ? &walk.Next(pool, slot, runs) : nullptr;
     }
-    /// Whether Pass may do what Read does in this block: as an earlier one knew, or seen now.
-    bool StaysClear(const Grain& grain) const { return runs.StaysClear(grain); }
-    bool IsClear(const Grain& grain, uint32_t count) const { return runs.IsClear(grain, count); }
+    /// Whether Pass may do what Read does in the next count samples: as an earlier block knew, or
+    /// seen now.
+    bool StaysClear(const Grain& grain, uint32_t count) const {
+        return count >= kShortestRun && runs.StaysClear(grain);
+    }
+    bool IsClear(const Grain& grain, uint32_t count) const {
+        return count >= kShortestRun && runs.IsClear(grain, count);
+    }
     /// To be called at the end of a block for grains that did not stay clear.
     void LookAhead(Grain& grain) const { runs.LookAhead(grain); }
     /// Passes over the samples of a grain that is clear: tells the voice where its head goes and
@@ -61,7 +66,7 @@ private:
     using Head = GrainRuns::Head;
     using Run = GrainRuns::Run;
     using Side = GrainRuns::Side;
-    /// Runs shorter than this cost more to set up than single samples do.
+    /// Runs shorter than this cost more to set up than single samples do, which round otherwise.
     static constexpr uint32_t kShortestRun = 4;
     /// The two passes of one side.
     using Channel = const ZeroedArray*;

@@ -48,8 +48,10 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
     std::copy_n(outRight, numFrames, sides[1].sum);
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
         Grain& grain = pool[slot];
-        const bool ends = reader.StaysClear(grain) ? PassGrain(grain)
-                                                   : TakeGrain(grain, reader.PathOf(pool, slot));
+        const uint32_t count = FramesToEnd(grain);
+        const bool ends = reader.StaysClear(grain, count)
+                              ? PassGrain(grain, count)
+                              : TakeGrain(grain, count, reader.PathOf(pool, slot));
         if (ends)
             ended.push_back(slot);
         if (sides[0].count + sides[1].count == kRows)
@@ -60,32 +62,31 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
     std::copy_n(sides[1].sum, numFrames, outRight);
 }
 
-/// Moves a grain that is clear over the block and leaves its row to the kernels, which take many at
-/// a time. Answers whether it ends in this block.
-bool GrainRenderer::PassGrain(Grain& grain) {
+/// Moves a grain that is clear on by count samples and leaves its row to the kernels, which take
+/// many at a time. Answers whether it ends in this block.
+bool GrainRenderer::PassGrain(Grain& grain, uint32_t count) {
     const uint32_t side = SideOf(grain);
     float* const row = NextRow(side);
     GrainKernels::Voice& voice = voices[numVoices++];
     voice.envelope = EnvelopeOf(grain);
     voice.elapsed = grain.elapsed;
     voice.gain = GainOf(grain);
-    voice.count = FramesToEnd(grain);
+    voice.count = count;
     voice.out = row + grain.startFrame;
     voice.level = &grain.envelope;
     if (grain.releasing) {
         voice.envelope.shape = GrainKernels::Envelope::kGiven;
-        voice.count = FillRelease(grain, voice.count, voice.out);
+        voice.count = FillRelease(grain, count, voice.out);
     }
     reader.Pass(grain, side, voice);
     return Finish(grain, row, voice.count);
 }
 
 /// The same for a grain that may meet anything.
-bool GrainRenderer::TakeGrain(Grain& grain, const GrainWalk::Path* path) {
-    uint32_t count = FramesToEnd(grain);
+bool GrainRenderer::TakeGrain(Grain& grain, uint32_t count, const GrainWalk::Path* path) {
     bool ends = false;
     if (path == nullptr && reader.IsClear(grain, count)) {
-        ends = PassGrain(grain);
+        ends = PassGrain(grain, count);
     } else {
         const uint32_t side = SideOf(grain);
         float* const row = NextRow(side);
