@@ -124,7 +124,7 @@ void AudioWriter::Check(int64_t written, size_t wanted) const {
 
 void AudioWriter::Finish() {
     const int error = file->Close();
-    output.ThrowIfFailed();
+    output.Complete();
     if (error != 0)
         throw Failure(ExitCode::Output,
                       output.Text() + " could not be completed: " + sf_error_number(error));

@@ -1,5 +1,7 @@
 #include "tools/batch/Batch.h"
 
+#include <time.h>
+
 #include <exception>
 #include <iostream>
 #include <new>
@@ -10,7 +12,6 @@
 #include "tools/audio/AudioReader.h"
 #include "tools/batch/JobResult.h"
 #include "tools/render/Recipe.h"
-#include "tools/render/RenderJob.h"
 #include "tools/support/AtomicOutput.h"
 #include "tools/support/Fingerprint.h"
 #include "tools/support/StandardStreams.h"
@@ -23,6 +24,12 @@ namespace {
 
 /// Sentences on the error stream; the results hold all.
 constexpr unsigned kMostFaultsShown = 20;
+
+double ProcessorSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1.0e-9 * static_cast<double>(now.tv_nsec);
+}
 
 /// Leaves a render that shall not go on.
 struct Interrupted {};
@@ -71,6 +78,7 @@ Batch::Batch(BatchSettings wanted, const Host::ParameterCatalog& parameters)
       catalog(parameters),
       list(settings.list, settings.shard),
       queue(2 * settings.workers),
+      rendered(settings.workers),
       tally(list.Bytes(), settings.progress) {
     if (!settings.results)
         return;
@@ -90,10 +98,10 @@ void Batch::LearnWhatIsDone() {
 
 void Batch::Run() {
     StopRequest::Install();
-    std::vector<std::thread> workers;
+    std::vector<std::thread> workers, finishers;
     {
         const SignalPause inherited;  // only this thread is to meet signals
-        StartWorkers(workers);
+        StartThreads(workers, finishers);
     }
     try {
         ReadList();
@@ -103,6 +111,9 @@ void Batch::Run() {
     queue.Close();
     for (std::thread& worker : workers)
         worker.join();
+    rendered.Close();
+    for (std::thread& finisher : finishers)
+        finisher.join();
     tally.Clear();
     if (broken)
         throw *broken;
@@ -111,13 +122,20 @@ void Batch::Run() {
 }
 
 /// As many as the machine allows, where that is fewer than are wanted.
-void Batch::StartWorkers(std::vector<std::thread>& workers) {
+void Batch::StartThreads(std::vector<std::thread>& workers, std::vector<std::thread>& finishers) {
     try {
-        while (workers.size() < settings.workers)
+        while (workers.size() < settings.workers) {
+            if (finishers.size() == workers.size())
+                finishers.emplace_back([this] { FinishJobs(); });
             workers.emplace_back([this] { Work(); });
+        }
     } catch (const std::system_error&) {
-        if (workers.empty())
+        if (workers.empty()) {
+            rendered.Close();
+            for (std::thread& finisher : finishers)
+                finisher.join();
             throw;
+        }
         settings.workers = static_cast<unsigned>(workers.size());
     }
 }
@@ -128,10 +146,14 @@ void Batch::ReadList() {
             NoteFault(fault->line, nullptr, fault->failure);
         else
             Take(std::move(std::get<BatchJob>(*next)));
-        const std::lock_guard guard(lock);
-        if (broken)
+        if (IsBroken())
             return;
     }
+}
+
+bool Batch::IsBroken() {
+    const std::lock_guard guard(lock);
+    return broken.has_value();
 }
 
 void Batch::Take(BatchJob job) {
@@ -176,32 +198,46 @@ bool Batch::IsDone(const BatchJob& job) const {
 }
 
 void Batch::Work() {
-    while (std::optional<BatchJob> job = queue.Pop()) {
-        const uint64_t line = job->line;
-        try {
-            RunJob(*job);
-        } catch (const Interrupted&) {
-            queue.Abandon();
-        } catch (const Failure& failure) {
-            NoteFault(line, &*job, failure);
-        } catch (const std::bad_alloc&) {
-            NoteFault(
-                line, &*job,
-                Failure(ExitCode::Internal, "There is not enough memory. Take fewer workers."));
-        } catch (const std::exception& fault) {
-            NoteFault(line, &*job,
-                      Failure(ExitCode::Internal, std::string("Something failed inside: ") +
-                                                      fault.what() + ". Please report this."));
-        }
+    while (std::optional<BatchJob> job = queue.Pop())
+        Try(*job, [this, &job] {
+            std::unique_ptr<RenderJob> render = RunJob(*job);
+            rendered.Push({std::move(*job), std::move(render)});
+        });
+}
+
+void Batch::FinishJobs() {
+    while (std::optional<Rendered> next = rendered.Pop())
+        if (!IsBroken())
+            Try(next->job, [this, &next] { NoteDone(next->job, next->render->Finish()); });
+    const std::lock_guard guard(lock);
+    tally.AddHelp(ProcessorSeconds());
+}
+
+/// What step throws becomes the end of the job, or of the whole.
+template <class Step>
+void Batch::Try(const BatchJob& job, const Step& step) {
+    try {
+        step();
+    } catch (const Interrupted&) {
+        queue.Abandon();
+    } catch (const Failure& failure) {
+        NoteFault(job.line, &job, failure);
+    } catch (const std::bad_alloc&) {
+        NoteFault(job.line, &job,
+                  Failure(ExitCode::Internal, "There is not enough memory. Take fewer workers."));
+    } catch (const std::exception& fault) {
+        NoteFault(job.line, &job,
+                  Failure(ExitCode::Internal, std::string("Something failed inside: ") +
+                                                  fault.what() + ". Please report this."));
     }
 }
 
-void Batch::RunJob(BatchJob job) {
+std::unique_ptr<RenderJob> Batch::RunJob(BatchJob& job) {
     if (job.mayReplaceOwn && !job.settings.force && IsOwn(job))
         job.settings.force = true;
-    RenderJob render(job.settings, catalog);
+    auto render = std::make_unique<RenderJob>(job.settings, catalog);
     double told = 0.0;
-    render.SetWatch([this, &told](double seconds) {
+    render->SetWatch([this, &told](double seconds) {
         if (StopRequest::Signal() != 0)
             throw Interrupted();
         const std::lock_guard guard(lock);
@@ -211,7 +247,8 @@ void Batch::RunJob(BatchJob job) {
     });
     if (StopRequest::Signal() != 0)
         throw Interrupted();
-    NoteDone(job, render.Run());
+    render->Make();
+    return render;
 }
 
 void Batch::NoteDone(const BatchJob& job, const Summary& summary) {

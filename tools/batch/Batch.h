@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -14,7 +15,7 @@
 #include "tools/batch/JobList.h"
 #include "tools/batch/JobQueue.h"
 #include "tools/batch/ResultsFile.h"
-#include "tools/render/Summary.h"
+#include "tools/render/RenderJob.h"
 #include "tools/support/ExitCode.h"
 #include "tools/support/FingerprintFile.h"
 
@@ -34,7 +35,8 @@ struct BatchSettings {
 /// Renders the jobs of a list, several at once, each by a thread with an engine of its own. What
 /// comes of a job hangs on the job alone. Memory is that of the jobs in hand and a few that wait.
 ///
-/// Threads  the caller's reads the list; the results, the tally and the error stream are shared
+/// Threads  the caller's reads the list; beside each that renders, one waits for the disk, so that
+///          cores are not idle meanwhile. The results, the tally and the error stream are shared
 ///          under one lock.
 class Batch {
 public:
@@ -49,22 +51,33 @@ public:
     std::string Words() const { return tally.Words(settings.workers); }
 
 private:
+    /// A job that is rendered and has to come to the disk.
+    struct Rendered {
+        BatchJob job;
+        std::unique_ptr<RenderJob> render;
+    };
+
     void LearnWhatIsDone();
-    void StartWorkers(std::vector<std::thread>& workers);
+    void StartThreads(std::vector<std::thread>& workers, std::vector<std::thread>& finishers);
     void ReadList();
     void Take(BatchJob job);
     bool Claims(const BatchJob& job);
     bool IsDone(const BatchJob& job) const;
     void Work();
-    void RunJob(BatchJob job);
+    void FinishJobs();
+    template <class Step>
+    void Try(const BatchJob& job, const Step& step);
+    std::unique_ptr<RenderJob> RunJob(BatchJob& job);
     void NoteDone(const BatchJob& job, const Summary& summary);
     void NoteFault(uint64_t line, const BatchJob* job, const Failure& failure);
     void Stop(const Failure& why);
+    bool IsBroken();
 
     BatchSettings settings;
     const Host::ParameterCatalog& catalog;
     JobList list;
-    JobQueue queue;
+    JobQueue<BatchJob> queue;
+    JobQueue<Rendered> rendered;
     FingerprintFile claimed;              ///< places of all outputs of this run
     std::optional<FingerprintFile> done;  ///< jobs with the lengths of their outputs
 

@@ -84,7 +84,7 @@ void BatchTally::Clear() {
 }
 
 std::string BatchTally::Words(unsigned workers) const {
-    const double all = Elapsed() * workers;
+    const double all = Elapsed() * workers + helpSeconds;
     std::string text = Counts() + ", " + Fixed(Elapsed(), 1) + " s with ";
     text += std::to_string(workers) + (workers == 1 ? " worker" : " workers");
     if (done > 0)

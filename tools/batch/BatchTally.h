@@ -25,6 +25,8 @@ public:
     /// offset is where the job's line ends in the list.
     void AddDone(uint64_t offset, double engineSeconds);
     void AddFailed() { ++failed; }
+    /// Processor time of threads that work for the workers.
+    void AddHelp(double seconds) { helpSeconds += seconds; }
     void AddSkipped(uint64_t offset);
     /// Takes the line off the terminal.
     void Clear();
@@ -48,6 +50,7 @@ private:
     uint64_t skippedBytes = 0;  ///< of the list, which took no time
     double sound = 0.0;         ///< seconds
     double engineSeconds = 0.0;
+    double helpSeconds = 0.0;
     Clock::time_point start = Clock::now();
     Clock::time_point last = start;
 };

@@ -7,17 +7,16 @@
 #include <optional>
 #include <utility>
 
-#include "tools/batch/BatchJob.h"
-
 namespace Quorvan::Tools {
 
-/// Hands jobs from the thread that reads the list to those that render, a few at a time.
+/// Hands jobs from the threads of one stage to those of the next, a few at a time.
+template <class Job>
 class JobQueue {
 public:
     explicit JobQueue(size_t most) : room(most) {}
 
     /// Waits for room. Answers false where the queue has been closed meanwhile.
-    bool Push(BatchJob job) {
+    bool Push(Job job) {
         std::unique_lock guard(lock);
         change.wait(guard, [this] { return jobs.size() < room || closed; });
         if (closed)
@@ -27,12 +26,12 @@ public:
         return true;
     }
     /// Waits for a job; nothing where no more will come.
-    std::optional<BatchJob> Pop() {
+    std::optional<Job> Pop() {
         std::unique_lock guard(lock);
         change.wait(guard, [this] { return !jobs.empty() || closed; });
         if (jobs.empty())
             return std::nullopt;
-        BatchJob job = std::move(jobs.front());
+        Job job = std::move(jobs.front());
         jobs.pop_front();
         change.notify_all();
         return job;
@@ -54,7 +53,7 @@ public:
 private:
     std::mutex lock;
     std::condition_variable change;
-    std::deque<BatchJob> jobs;
+    std::deque<Job> jobs;
     size_t room;
     bool closed = false;
 };

@@ -1,6 +1,5 @@
 #include "tools/render/RenderJob.h"
 
-#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -32,7 +31,12 @@ RenderJob::RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parame
 RenderJob::~RenderJob() = default;
 
 Summary RenderJob::Run() {
-    const auto start = std::chrono::steady_clock::now();
+    Make();
+    return Finish();
+}
+
+void RenderJob::Make() {
+    start = std::chrono::steady_clock::now();
     OpenSources();
     run->Plan(rate);
     OpenOutputs();
@@ -41,6 +45,20 @@ Summary RenderJob::Run() {
     WritePicture();
     WriteModulation();
     Account();
+    LetGo();
+}
+
+/// Of all that takes memory and is no longer needed, in the order in which it hangs together.
+void RenderJob::LetGo() {
+    picture.reset();
+    run.reset();
+    main.reset();
+    side.reset();
+    modulation.reset();
+    watch = nullptr;
+}
+
+Summary RenderJob::Finish() {
     outputs->Commit();
     summary.elapsed =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

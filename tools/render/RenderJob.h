@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -26,10 +27,14 @@ public:
     RenderJob(RenderSettings wanted, const Host::ParameterCatalog& parameters);
     ~RenderJob();
 
-    /// watch hears the seconds of output that are done, piece by piece; what it throws ends Run.
+    /// watch hears the seconds of output that are done, piece by piece; what it throws ends Make.
     void SetWatch(std::function<void(double)> wanted) { watch = std::move(wanted); }
-    /// Throws Failure; then no file has been made or touched.
+    /// Make and Finish.
     Summary Run();
+    /// Renders, and lets go of the engine. Throws Failure; then no file has been made or touched.
+    void Make();
+    /// Brings what was made to the disk and to its place, from any thread. Throws Failure as Make.
+    Summary Finish();
 
 private:
     void OpenSources();
@@ -44,10 +49,12 @@ private:
     void Account();
     void WarnOfSource(const std::filesystem::path& path, const AudioReader& reader);
     void WarnOfOutput();
+    void LetGo();
     void Warn(std::optional<std::string> sentence);
     std::unique_ptr<AudioSource> OpenSource(const std::filesystem::path& path, double rate,
                                             AudioReader*& reader) const;
 
+    std::chrono::steady_clock::time_point start{};
     RenderSettings settings;
     const Host::ParameterCatalog& catalog;
     Summary summary;

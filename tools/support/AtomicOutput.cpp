@@ -19,6 +19,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr size_t kBlock = 1 << 18;  // bytes that one call of the system takes
+
 std::string Reason(int error) {
     switch (error) {
         case ENOSPC:
@@ -115,32 +117,42 @@ void AtomicOutput::OpenTemporary(PartFile::Search search) {
 }
 
 int64_t AtomicOutput::Write(const void* data, int64_t bytes) {
-    const auto* from = static_cast<const char*>(data);
-    int64_t done = 0;
-    while (done < bytes) {
-        const ssize_t count = write(file, from + done, static_cast<size_t>(bytes - done));
+    const auto* const from = static_cast<const char*>(data);
+    waiting.insert(waiting.end(), from, from + bytes);
+    return waiting.size() < kBlock || Flush() ? bytes : 0;
+}
+
+/// Gives the system what waits. Answers false where it did not take all, which is lost then.
+bool AtomicOutput::Flush() {
+    size_t done = 0;
+    bool succeeded = true;
+    while (succeeded && done < waiting.size()) {
+        const ssize_t count = write(file, waiting.data() + done, waiting.size() - done);
         if (count < 0 && errno == EINTR)
             continue;
-        if (!Keep(count > 0))
-            break;
-        done += count;
+        succeeded = Keep(count > 0);
+        done += succeeded ? static_cast<size_t>(count) : 0;
     }
-    return done;
+    waiting.clear();
+    return succeeded;
 }
 
 int64_t AtomicOutput::Read(void* data, int64_t bytes) {
+    Flush();
     const ssize_t count = read(file, data, static_cast<size_t>(bytes));
     Keep(count >= 0);
     return count < 0 ? 0 : count;
 }
 
 int64_t AtomicOutput::Seek(int64_t offset, int whence) {
+    Flush();
     const off_t at = lseek(file, offset, whence);
     Keep(at >= 0);
     return at;
 }
 
 int64_t AtomicOutput::Length() {
+    Flush();
     struct stat there {};
     return Keep(fstat(file, &there) == 0) ? there.st_size : -1;
 }
@@ -160,8 +172,13 @@ void AtomicOutput::ThrowIfFailed() const {
         Fail(firstError);
 }
 
-void AtomicOutput::Commit() {
+void AtomicOutput::Complete() {
+    Flush();
     ThrowIfFailed();
+}
+
+void AtomicOutput::Commit() {
+    Complete();
     if (IsStandardOutput())
         return StandardStreams::CopyToOutput(file);
     KeepPermissions();

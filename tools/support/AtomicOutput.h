@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "tools/support/PartFile.h"
 #include "tools/support/StandardStreams.h"
@@ -24,13 +25,17 @@ public:
     AtomicOutput& operator=(const AtomicOutput&) = delete;
 
     /// Plain file operations, for libraries that write through callbacks. They answer as those of C
-    /// do; the first error is kept for Commit.
+    /// do; the first error is kept for Commit. What is written waits here until it fills a block,
+    /// so an error may show only behind it.
     int64_t Write(const void* data, int64_t bytes);
     int64_t Read(void* data, int64_t bytes);
     int64_t Seek(int64_t offset, int whence);
     int64_t Tell() { return Seek(0, 1); }
     int64_t Length();
 
+    /// Gives the system all that was written. Throws Failure where one of the operations has
+    /// failed.
+    void Complete();
     /// Throws Failure where one of the operations has failed.
     void ThrowIfFailed() const;
     /// Brings everything to the disk and the file to its place. Throws Failure where that can't be.
@@ -49,6 +54,7 @@ private:
     void CheckPlace() const;
     void MoveToPlace();
     void KeepPermissions() const;
+    bool Flush();
     bool Keep(bool succeeded);
     [[noreturn]] void Fail(int error) const;
 
@@ -57,8 +63,9 @@ private:
     std::string temporary;        ///< where it is written
     bool replaces;
     int file = -1;
-    size_t registration = 0;  ///< with TemporaryFiles, while file is open
-    int firstError = 0;       ///< errno of the first failed operation
+    size_t registration = 0;    ///< with TemporaryFiles, while file is open
+    int firstError = 0;         ///< errno of the first failed operation
+    std::vector<char> waiting;  ///< written, but not given to the system
 };
 
 }  // namespace Quorvan::Tools

@@ -22,8 +22,9 @@ struct Place {
     volatile std::sig_atomic_t taken = 0;
     char path[PATH_MAX] = {};
 };
-// Each worker of the longest batch can have four files open. Untouched ones take no memory.
-std::array<Place, 1032> places;
+// Each worker of the longest batch can have three jobs in hand with four files each. Untouched
+// places take no memory.
+std::array<Place, 3080> places;
 std::mutex placesLock;  // handlers do without: they end the process
 
 void RemoveAll() {
