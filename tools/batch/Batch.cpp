@@ -1,7 +1,5 @@
 #include "tools/batch/Batch.h"
 
-#include <time.h>
-
 #include <exception>
 #include <iostream>
 #include <new>
@@ -14,6 +12,7 @@
 #include "tools/render/Recipe.h"
 #include "tools/support/AtomicOutput.h"
 #include "tools/support/Fingerprint.h"
+#include "tools/support/ProcessorTime.h"
 #include "tools/support/StandardStreams.h"
 #include "tools/support/StopRequest.h"
 #include "tools/support/TemporaryFiles.h"
@@ -24,12 +23,6 @@ namespace {
 
 /// Sentences on the error stream; the results hold all.
 constexpr unsigned kMostFaultsShown = 20;
-
-double ProcessorSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1.0e-9 * static_cast<double>(now.tv_nsec);
-}
 
 /// Leaves a render that shall not go on.
 struct Interrupted {};

@@ -1,21 +1,15 @@
 #include "tools/render/Renderer.h"
 
-#include <time.h>
-
 #include <algorithm>
 #include <array>
+
+#include "tools/support/ProcessorTime.h"
 
 namespace Quorvan::Tools {
 
 namespace {
 
 constexpr uint32_t kPiece = 1024;  // frames at a time, where no tempo cuts them
-
-double ProcessorSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);  // other renders may run beside it
-    return static_cast<double>(now.tv_sec) + 1.0e-9 * static_cast<double>(now.tv_nsec);
-}
 
 }  // namespace
 
