@@ -105,7 +105,7 @@ void MultiDist::FillGains(uint32_t count) {
     }
     DecibelsToGains(driveBuffer.data(), worked);
     for (AlignedVector* gains : {&driveBuffer, &compensationBuffer})
-        std::fill_n(gains->begin() + worked, count - worked, gains->front());
+        std::fill_n(gains->data() + worked, count - worked, gains->front());
 }
 
 void MultiDist::ApplyDrive(uint32_t channel, const ProcessBlock& block) {
