@@ -75,14 +75,20 @@ std::vector<PortValue> TakePorts(Json& json) {
     return ports;
 }
 
-/// Adds what into does not have.
-void Join(Json& into, const Json& foreign) {
+/// Adds what into does not have, and what was of another kind where into says no more than blank,
+/// the state of a new instance, does.
+void Join(Json& into, const Json& foreign, const Json& blank) {
     for (const auto& [name, json] : foreign.items()) {
-        if (!into.contains(name))
+        const Json unmoved = blank.value(name, Json::object());
+        if (into.contains(name) && into[name].is_object() && json.is_object())
+            Join(into[name], json, unmoved);
+        else if (!into.contains(name) || into[name] == unmoved)
             into[name] = json;
-        else if (into[name].is_object() && json.is_object())
-            Join(into[name], json);
     }
+}
+
+bool IsOfOneKind(const Json& one, const Json& other) {
+    return one.type() == other.type() || (one.is_number() && other.is_number());
 }
 
 /// The members of an object that are none of known, as an object.
@@ -93,6 +99,26 @@ Json Unknown(const Json& object, const Known& known) {
         if (std::find(known.begin(), known.end(), name) == known.end())
             unknown[name] = json;
     return unknown;
+}
+
+/// All that this version knows.
+Json KnownJson(const InstrumentState& state, const ParameterCatalog& catalog) {
+    Json json;
+    json["format"] = kFormat;
+    json["version"] = kInstrumentStateVersion;
+    json["preset"] = state.preset;
+    json["modified"] = state.modified;
+    if (state.seed)
+        json["seed"] = *state.seed;
+    json["morph"] = Shortest(state.morph);
+    json["parameters"] = SoundJson(state.sound, catalog);
+    json["assignments"] = AssignmentsJson(state, catalog);
+    json["sounds"] = SoundsJson(state.sounds, catalog);
+    json["midi"] = MidiMapJson(state.midi, catalog);
+    json["window"] = {{"width", state.window.width}, {"height", state.window.height}};
+    if (!state.ports.empty())
+        json["ports"] = PortsJson(state.ports);
+    return json;
 }
 
 /// Works through one text.
@@ -113,6 +139,7 @@ private:
     void ReadOther(const Json& json, Json& unknown);
     void ReadPorts(Json ports);
     void Keep(const char* name, const Json& unknown);
+    void KeepOtherKinds(const Json& read, const Json& blank, Json& kept);
     void ReadAssignments(const Json& json);
     void ReadWindow(const Json& json);
     const Json* Member(const Json& from, const char* name, Json::value_t type) const;
@@ -152,6 +179,9 @@ Parsed<InstrumentState> StateReader::Read(std::string_view text) {
         state.midi = MidiMapFrom(*midi, catalog, result.issues);
     if (const Json* const ports = Member(root, "ports", Json::value_t::object))
         ReadPorts(*ports);
+    else if (root.contains("ports"))
+        foreign["ports"] = root["ports"];
+    KeepOtherKinds(root, KnownJson(InstrumentState(), catalog), foreign);
     state.foreign = foreign.dump();
     result.value = std::move(state);
     return std::move(result);
@@ -204,7 +234,7 @@ State StateReader::ReadSound(const Json& members, Json& unknown) {
             positions[*index] = std::clamp(json.get<float>(), 0.0f, 1.0f);
         else if (known)
             Warn(Quoted(name) + " is left out: it has to be a position from 0 to 1.");
-        else
+        if (!known || !json.is_number())
             unknown[name] = json;
     }
     State sound;
@@ -259,6 +289,24 @@ void StateReader::Keep(const char* name, const Json& unknown) {
         foreign[name] = unknown;
 }
 
+/// Keeps the members that are there in another kind than this version writes.
+void StateReader::KeepOtherKinds(const Json& read, const Json& blank, Json& kept) {
+    for (const auto& [name, ours] : blank.items()) {
+        const auto found = read.find(name);
+        if (found == read.end())
+            continue;
+        if (!IsOfOneKind(*found, ours)) {
+            kept[name] = *found;
+            Warn(Quoted(name) + " is left out: this version knows it in another kind only.");
+        } else if (ours.is_object()) {
+            Json inside = kept.value(name, Json::object());
+            KeepOtherKinds(*found, ours, inside);
+            if (!inside.empty())
+                kept[name] = std::move(inside);
+        }
+    }
+}
+
 /// What points nowhere here may point somewhere in a newer version.
 void StateReader::ReadAssignments(const Json& json) {
     for (const auto& [number, name] : json.items()) {
@@ -288,22 +336,8 @@ void StateReader::ReadWindow(const Json& json) {
 }  // namespace
 
 std::string WriteInstrumentState(const InstrumentState& state, const ParameterCatalog& catalog) {
-    Json json;
-    json["format"] = kFormat;
-    json["version"] = kInstrumentStateVersion;
-    json["preset"] = state.preset;
-    json["modified"] = state.modified;
-    if (state.seed)
-        json["seed"] = *state.seed;
-    json["morph"] = Shortest(state.morph);
-    json["parameters"] = SoundJson(state.sound, catalog);
-    json["assignments"] = AssignmentsJson(state, catalog);
-    json["sounds"] = SoundsJson(state.sounds, catalog);
-    json["midi"] = MidiMapJson(state.midi, catalog);
-    json["window"] = {{"width", state.window.width}, {"height", state.window.height}};
-    if (!state.ports.empty())
-        json["ports"] = PortsJson(state.ports);
-    Join(json, Json::parse(state.foreign));
+    Json json = KnownJson(state, catalog);
+    Join(json, Json::parse(state.foreign), KnownJson(InstrumentState(), catalog));
     return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -142,10 +142,10 @@ TEST(InstrumentTest, StatesComeBackToTheByteAndRefuseWhatIsBroken) {
         if (!newer["sounds"].contains("B"))
             newer["sounds"]["A"] = Json::object();
         AddUnknown(newer);
-        newer["seed"] = "none";
+        newer["seed"] = newer["morph"] = newer["window"]["width"] = "none";
         newer["midi"].push_back({{"source", "theremin"}});
         newer["midi"].push_back({{"source", "note"}, {"number", "60"}, {"parameter", "Feedback"}});
-        EXPECT_EQ(other.LoadState(newer.dump()).size(), 4u);
+        EXPECT_EQ(other.LoadState(newer.dump()).size(), 6u);
         EXPECT_EQ(Json::parse(other.SaveState(other.LoadedPorts())), newer);
     }
     const char* const poor = R"({"format": "tesserae-instrument", "version": 2, "parameters":
