@@ -177,7 +177,7 @@ void Instrument::Rewire(const std::optional<Wiring>& wiring) {
 }
 
 void Instrument::RememberWiring(const std::string& name, uint32_t index, const Wiring& before) {
-    const std::string target = index < catalog.Count() ? " to " + catalog[index].label : "";
+    const std::string target = index < catalog.Count() ? " to " + catalog[index].title : "";
     history.Add({name + target, {}, {}, {}, before, PresentWiring()});
 }
 
@@ -317,7 +317,9 @@ void Instrument::Randomise(std::string_view group, float amount, uint64_t seed) 
 
 // ---- MIDI
 
-void Instrument::LearnMidi(uint32_t index) { player.Learn(MovableOrNone(index)); }
+void Instrument::LearnMidi(uint32_t index, bool goesOn) {
+    player.Learn(MovableOrNone(index), goesOn);
+}
 
 MidiMap Instrument::GetMidiMap() const {
     const Lock lock(mutex);

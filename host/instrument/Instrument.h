@@ -131,8 +131,9 @@ public:
     // ---- MIDI and song
 
     /// The next source that is heard moves this parameter from then on; kUnassigned, and what no
-    /// control can be assigned to: none any more.
-    void LearnMidi(uint32_t index);
+    /// control can be assigned to: none any more. goesOn: what was learnt since the last call
+    /// without it is not meant again, so that a knob that is still turned does not teach twice.
+    void LearnMidi(uint32_t index, bool goesOn = false);
     /// The parameter that waits for its source; kUnassigned where none does. Any thread.
     uint32_t LearningMidi() const { return player.Learning(); }
     MidiMap GetMidiMap() const;

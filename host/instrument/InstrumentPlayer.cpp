@@ -208,7 +208,7 @@ void InstrumentPlayer::ReleaseFlushedMidi() {
 }
 
 void InstrumentPlayer::HearMidi(const MidiDecoder::Values& values, uint32_t frame) {
-    if (Learning() != kUnassigned)
+    if (IsLesson(values))
         return LearnFrom(values);
     if (midiRoutes.Current() == nullptr)
         return;
@@ -223,11 +223,18 @@ void InstrumentPlayer::HearMidi(const MidiDecoder::Values& values, uint32_t fram
             });
 }
 
-void InstrumentPlayer::LearnFrom(const MidiDecoder::Values& values) {
-    if (learnt != Learning()) {
-        learnt = Learning();
-        learner.Begin();
+bool InstrumentPlayer::IsLesson(const MidiDecoder::Values& values) {
+    const uint32_t index = learning.load(std::memory_order_acquire);
+    if (index == kUnassigned)
+        return false;
+    if (learnt != index) {
+        learnt = index;
+        learner.Begin(lessonGoesOn.load(std::memory_order_relaxed));
     }
+    return !learner.Knows(values);
+}
+
+void InstrumentPlayer::LearnFrom(const MidiDecoder::Values& values) {
     if (const auto source = learner.Hear(values)) {
         notes.push({Note::Kind::Learned, learnt, *source});
         learning.compare_exchange_strong(learnt, kUnassigned, std::memory_order_relaxed);

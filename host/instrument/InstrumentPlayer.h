@@ -55,8 +55,12 @@ public:
     void OfferRoutes(std::unique_ptr<MidiRoutes> routes) { midiRoutes.Offer(std::move(routes)); }
 
     /// The next MIDI source that is heard is noted as one for this parameter, and does nothing
-    /// else; kUnassigned waits for none any more.
-    void Learn(uint32_t index) { learning.store(index, std::memory_order_relaxed); }
+    /// else; kUnassigned waits for none any more. goesOn: sources that were noted since the last
+    /// call without it are not meant, and move what they move.
+    void Learn(uint32_t index, bool goesOn) {
+        lessonGoesOn.store(goesOn, std::memory_order_relaxed);
+        learning.store(index, std::memory_order_release);
+    }
     uint32_t Learning() const { return learning.load(std::memory_order_relaxed); }
     /// What MIDI asks of the other side.
     struct Note {
@@ -110,6 +114,7 @@ private:
     /// Of a frame of the buffer, counted from the engine's start.
     uint64_t StreamFrame(uint32_t frame) const { return GetEngine()->FramesIn() - done + frame; }
     void FollowClock(const std::array<uint8_t, 3>& message, uint32_t frame);
+    bool IsLesson(const MidiDecoder::Values& values);
     void LearnFrom(const MidiDecoder::Values& values);
     void RunOwnSong();
     void FollowHost(const Transport& place);
@@ -139,6 +144,7 @@ private:
     MidiLearner learner;
     uint32_t learnt = kUnassigned;  ///< parameter that the learner listens for
     std::atomic<uint32_t> learning{kUnassigned};
+    std::atomic<bool> lessonGoesOn{false};
     boost::lockfree::spsc_queue<Note, boost::lockfree::capacity<64>> notes;
     boost::lockfree::spsc_queue<FaceMove, boost::lockfree::capacity<1024>> faceMoves;
     std::vector<ParameterValue> restored;  ///< room for RestoreAll; the indices stay

@@ -1,8 +1,34 @@
 #include "host/instrument/MidiLearner.h"
 
+#include <algorithm>
+
+#include "host/instrument/MidiMap.h"
+
 namespace Quorvan::Host {
 
+void MidiLearner::Begin(bool goesOn) {
+    coarse.reset();
+    if (!goesOn)
+        taughtCount = 0;
+}
+
+bool MidiLearner::Knows(const MidiDecoder::Values& values) const {
+    const size_t count = std::min(taughtCount, kMostTaught);
+    for (uint32_t i = 0; i < values.count; ++i)
+        for (size_t k = 0; k < count; ++k)
+            if (IsSameKnob(taught[k], values.list[i].source))
+                return true;
+    return false;
+}
+
 std::optional<MidiSource> MidiLearner::Hear(const MidiDecoder::Values& values) {
+    const std::optional<MidiSource> source = Find(values);
+    if (source)
+        taught[taughtCount++ % kMostTaught] = *source;
+    return source;
+}
+
+std::optional<MidiSource> MidiLearner::Find(const MidiDecoder::Values& values) {
     using Kind = MidiSource::Kind;
     // A controller whose LSB has not come yet has been heard already.
     const bool isOld = values.heldFirst && values.list[0].source.kind == Kind::FineController;

@@ -30,7 +30,7 @@ void Lessons::Look() {
     });
     if (learnt == map.end())
         return;
-    say(instrument.Catalog()[learnt->index].label + " follows " + Host::SourceText(learnt->source) +
+    say(instrument.Catalog()[learnt->index].title + " follows " + Host::SourceText(learnt->source) +
         " from now on.");
     waiting.pop_back();
     Keep(*learnt);
@@ -39,11 +39,11 @@ void Lessons::Look() {
 }
 
 void Lessons::Begin() {
-    begun = true;
+    const bool goesOn = std::exchange(begun, true);
     const uint32_t index = waiting.back();
     known = instrument.Lessons();
-    instrument.LearnMidi(index);
-    say("Move the MIDI control for " + instrument.Catalog()[index].label + ".");
+    instrument.LearnMidi(index, goesOn);
+    say("Move the MIDI control for " + instrument.Catalog()[index].title + ".");
 }
 
 /// The map of a state that is played is none of the file's: the file gets what was learnt only.

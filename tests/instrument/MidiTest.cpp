@@ -96,17 +96,17 @@ TEST(MidiTest, WhatIsLearntAnewKeepsItsRangeAndOneKnobOneParameter) {
     instrument.SetMidiMap({hand});
     const auto learn = [&](uint32_t index, const std::vector<InstrumentEvent>& events) {
         const uint32_t before = instrument.Changes();
-        instrument.LearnMidi(index);
+        instrument.LearnMidi(index, index == feedback);
         instrument.Flush(events);
         instrument.Poll();
         EXPECT_NE(instrument.Changes(), before);
     };
     learn(feedback, {Turn(7, 10), Turn(7, 11)});
-    ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
     hand.source.number = 7;
-    EXPECT_EQ(instrument.GetMidiMap()[0], hand);
+    EXPECT_EQ(instrument.GetMidiMap(), MidiMap({hand}));
     learn(wet, {Turn(7, 10), Turn(39, 1)});
-    ASSERT_EQ(instrument.GetMidiMap().size(), 1u);
+    learn(feedback, {Turn(7, 12), Turn(39, 2), Turn(75, 9)});  // the first knob is still turned
+    ASSERT_EQ(instrument.GetMidiMap().size(), 2u);
     EXPECT_EQ(instrument.GetMidiMap()[0].index, wet);
 }
 
