@@ -11,6 +11,8 @@ constexpr uint8_t kSongPosition = 0xf2, kTick = 0xf8, kStart = 0xfa, kContinue =
 constexpr int64_t kTicksPerSixteenth = 6;
 /// A quarter note that differs by less than this share or these seconds may be jitter of the ticks.
 constexpr double kSteady = 0.003, kJitter = 0.002;
+/// What the ticks tremble by counts with a share beside it, and fades with each tick.
+constexpr double kTrembleMargin = 1.5, kTrembleFades = 1.0 - 1.0 / 192.0;
 /// How far the song may be from the sender's, in ticks.
 constexpr double kNear = 1.0 / 16.0;
 /// Ticks that count for the sender's place: a clock that drifts slowly is followed.
@@ -58,6 +60,7 @@ std::optional<Transport> MidiClock::Tick(uint64_t frame) {
         Measure(frame);
         news = PutRight() || news;
     }
+    Feel(frame);
     frames[ticks++ % kTicks] = frame;
     started = false;
     const Transport place = Place(frame);
@@ -71,12 +74,27 @@ bool MidiClock::IsOtherTempo(uint64_t frame) const {
         return false;
     const double beat = 60.0 * sampleRate / tempo;
     return std::abs(static_cast<double>(frame - oldest) - beat) >
-           std::max(kSteady * beat, kJitter * sampleRate);
+           std::max({kSteady * beat, kJitter * sampleRate, kTrembleMargin * tremble});
+}
+
+/// Another tempo makes one interval differ from the one before it; ticks that tremble, as those
+/// that come in the buffers of somebody else, make two such intervals in turn.
+void MidiClock::Feel(uint64_t frame) {
+    tremble *= kTrembleFades;
+    if (ticks < 2)
+        return;
+    const auto before = [this](uint64_t back) {
+        return static_cast<double>(frames[(ticks - back) % kTicks]);
+    };
+    const double change = std::abs(static_cast<double>(frame) - 2.0 * before(1) + before(2));
+    tremble = std::max(tremble, std::min(change, lastChange));
+    lastChange = change;
 }
 
 /// At the tempo so far, until ticks tell another one.
 void MidiClock::Begin(uint64_t frame) {
     ticks = 0;
+    lastChange = 0.0;
     lockedTicks = 1;
     sender = song = {static_cast<double>(frame), 60.0 * sampleRate / (tempo * kTicks)};
 }

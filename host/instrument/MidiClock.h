@@ -14,7 +14,7 @@ namespace Quorvan::Host {
 /// tempo as long as it stays within a sixteenth of a tick of the sender's, whose place is taken
 /// from all ticks together. Where it leaves that, tempo and place are put right: the longer a tempo
 /// has been heard, the nearer it is to the sender's. A tempo that is quite another one over a
-/// quarter note counts at once.
+/// quarter note, by more than the ticks tremble, counts at once.
 class MidiClock {
 public:
     /// rate in hertz; forgets everything.
@@ -34,6 +34,7 @@ private:
 
     std::optional<Transport> Tick(uint64_t frame);
     bool IsOtherTempo(uint64_t frame) const;
+    void Feel(uint64_t frame);
     void Begin(uint64_t frame);
     void TakeTempo(uint64_t frame);
     void Measure(uint64_t frame);
@@ -50,8 +51,10 @@ private:
     uint64_t lockedTicks = 0;               ///< that sender is made of
     int64_t songTicks = 0;                  ///< the next tick's place in the song
     double tempo = 120.0;
-    Line sender;  ///< as all ticks tell it
-    Line song;    ///< as it was told
+    double lastChange = 0.0;  ///< of the interval from tick to tick, in frames
+    double tremble = 0.0;     ///< what two intervals in turn have lately changed by, in frames
+    Line sender;              ///< as all ticks tell it
+    Line song;                ///< as it was told
     bool playing = false;
     bool started = false;  ///< the next tick is the first one of a start
 };

@@ -140,21 +140,21 @@ TEST(MidiTest, ClockAndStartDriveTheSongWhereTheHostHasNone) {
                    {Midi(0, 0xfa), Midi(0, 0xf8), Midi(735, 0xf8), Midi(1470, 0xf8)});
     EXPECT_DOUBLE_EQ(instrument.Place().tempo, 150.0);
     TapTempo tap;
-    EXPECT_EQ(tap.Tap(1.0), std::nullopt);
-    tap.Tap(1.5);
-    EXPECT_DOUBLE_EQ(tap.Tap(2.0).value_or(0.0), 120.0);
+    EXPECT_TRUE(!tap.Tap(1.0) && tap.Tap(1.5) && tap.Tap(2.0) == 120.0);
 }
 
 TEST(MidiTest, TheSongStaysWithATremblingClockForTenMinutes) {
     std::mt19937 random(1);
-    for (const double tempo : {93.75, 120.006, 299.0}) {
+    for (const auto& [tempo, buffer] :
+         {std::pair(93.75, 1u), {120.006, 1u}, {299.0, 1u}, {120.0, 256u}}) {
         MidiClock clock;
         clock.Prepare(44100.0);
         clock.Hear({0xfa}, 0);
         std::map<double, Transport> tempos;  // by frames
         for (int tick = 0; tick < 240.0 * tempo; ++tick) {
             const double due = tick * 110250.0 / tempo;
-            const auto heard = static_cast<uint64_t>(due + static_cast<double>(random() % 44));
+            auto heard = static_cast<uint64_t>(due + static_cast<double>(random() % 44));
+            heard -= heard % buffer;  // of a sender that tells the buffer only
             const auto place = clock.Hear({0xf8}, heard);
             if (place && (tempos.empty() || place->tempo != tempos.rbegin()->second.tempo))
                 tempos[static_cast<double>(heard)] = *place;
