@@ -272,6 +272,23 @@ TEST_F(FaceTest, MidiIsLearntAndForgottenAndAFreeControlAssignedFromTheMenu) {
     EXPECT_EQ(instrument.Assignment(2), Host::kUnassigned);
 }
 
+TEST_F(FaceTest, ASongOfItsOwnRunsAndIsTappedWhereTheHostHasNone) {
+    const auto open = [&] { Click(Find("Song")->box.Centre()); };
+    open();
+    Choose("Run");
+    EXPECT_TRUE(instrument.Song().Runs());
+    open();
+    Choose("Tempo: 120");
+    face.Text("93.75");
+    face.Key({Key::Enter, 0, {}});
+    EXPECT_EQ(instrument.Song().Tempo(), 93.75);
+    open();
+    Choose("Tap tempo");
+    now += 0.5 - 1.0;  // a click comes a second after the last
+    Choose("Tap tempo");
+    EXPECT_NEAR(instrument.Song().Tempo(), 120.0, 6.0);  // a picture may come between
+}
+
 TEST_F(FaceTest, TheSetListIsPutInOrderByClicks) {
     std::filesystem::remove_all(presets.Folder());
     Click(Find("Presets")->box.Centre());

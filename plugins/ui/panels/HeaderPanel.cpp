@@ -1,8 +1,10 @@
 #include "plugins/ui/panels/HeaderPanel.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 
+#include "host/parameters/ReadNumber.h"
 #include "plugins/ui/model/MorphControl.h"
 #include "plugins/ui/model/ParameterControl.h"
 #include "plugins/ui/panels/Layout.h"
@@ -15,9 +17,19 @@ namespace Quorvan::Ui {
 namespace {
 
 constexpr double kTop = 12.0, kHeight = 26.0;
+constexpr double kSlowest = 1.0, kFastest = 999.0;  // beats per minute, as far as the engine goes
 
 ActionButton::Look Plain(const char* text, bool enabled = true, bool lit = false) {
     return {text, enabled, lit};
+}
+
+/// With as many decimals as it has.
+std::string TempoText(double beatsPerMinute) {
+    std::array<char, 32> text{};
+    constexpr int kDigits = 6;
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), beatsPerMinute,
+                                   std::chars_format::general, kDigits);
+    return {text.data(), end.ptr};
 }
 
 }  // namespace
@@ -148,10 +160,46 @@ void HeaderPanel::AskSeed(const Rect& anchor) {
                     });
 }
 
-void HeaderPanel::OfferAssignments(const Rect& anchor) {
+void HeaderPanel::OfferSong(const Rect& anchor) {
+    std::vector<MenuItem> items;
+    AddOwnSong(anchor, items);
+    AddAssignments(anchor, items);
+    stage.OpenMenu(anchor, std::move(items));
+}
+
+/// The song of hosts that have none; others lead it.
+void HeaderPanel::AddOwnSong(const Rect& anchor, std::vector<MenuItem>& items) {
+    Host::OwnTransport& song = model.TheInstrument().Song();
+    MenuItem heading, run, tap, tempo;
+    heading.text = "Song where the host has none";
+    run.text = "Run";
+    run.ticked = song.Runs();
+    run.action = [&song] { song.Run(!song.Runs()); };
+    tap.text = "Tap tempo";
+    tap.action = [this, &song, anchor] {
+        if (const auto found = taps.Tap(model.Now()))
+            song.SetTempo(*found);
+        OfferSong(anchor);  // for the next tap
+    };
+    tempo.text = "Tempo: " + TempoText(song.Tempo()) + "\u2026";
+    tempo.action = [this, &song, anchor] {
+        stage.OpenEntry({anchor.x, anchor.y, 120.0, anchor.height}, TempoText(song.Tempo()),
+                        [&song](const std::string& text) -> std::string {
+                            const auto wanted = Host::ReadNumber(text);
+                            if (!wanted || !(*wanted >= kSlowest && *wanted <= kFastest))
+                                return "Tempos are from 1 to 999 BPM.";
+                            song.SetTempo(*wanted);
+                            return "";
+                        });
+    };
+    for (MenuItem* item : {&heading, &run, &tap, &tempo})
+        items.push_back(std::move(*item));
+}
+
+void HeaderPanel::AddAssignments(const Rect& anchor, std::vector<MenuItem>& items) {
     MenuItem heading;
     heading.text = "Free controls for hosts";
-    std::vector<MenuItem> items{std::move(heading)};
+    items.push_back(std::move(heading));
     for (uint32_t number = 0; number < Host::kAssignments; ++number) {
         const uint32_t present = model.TheInstrument().Assignment(number);
         MenuItem item;
@@ -161,7 +209,6 @@ void HeaderPanel::OfferAssignments(const Rect& anchor) {
         item.action = [this, anchor, number] { OfferAssignment(anchor, number); };
         items.push_back(std::move(item));
     }
-    stage.OpenMenu(anchor, std::move(items));
 }
 
 void HeaderPanel::OfferAssignment(const Rect& anchor, uint32_t number) {
@@ -204,9 +251,9 @@ void HeaderPanel::AddMachine() {
                                           "   CPU " + std::to_string(load) + " %",
                                       true, false};
         },
-        [this](const Rect& anchor) { OfferAssignments(anchor); }, "Song",
-        "Tempo, whether the song runs, and how much of one core the sound takes. A click lists the "
-        "free controls that hosts see.");
+        [this](const Rect& anchor) { OfferSong(anchor); }, "Song",
+        "Tempo, whether the song runs, and how much of one core the sound takes. A click offers a "
+        "song of its own, for hosts that have none, and the free controls that hosts see.");
 }
 
 }  // namespace Quorvan::Ui

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
+#include "host/instrument/OwnTransport.h"
 #include "plugins/ui/model/FaceModel.h"
 #include "plugins/ui/panels/Panel.h"
 #include "plugins/ui/widgets/Stage.h"
@@ -22,12 +24,15 @@ private:
     void AddChance();
     void AddMachine();
     void OfferRandomise(const Rect& anchor);
-    void OfferAssignments(const Rect& anchor);
+    void OfferSong(const Rect& anchor);
+    void AddOwnSong(const Rect& anchor, std::vector<MenuItem>& items);
+    void AddAssignments(const Rect& anchor, std::vector<MenuItem>& items);
     void OfferAssignment(const Rect& anchor, uint32_t number);
     void AskSeed(const Rect& anchor);
 
     FaceModel& model;
     Stage& stage;
+    Host::TapTempo taps;
     uint64_t rolls = 0;
 };
 
