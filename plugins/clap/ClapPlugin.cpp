@@ -10,11 +10,11 @@
 
 #include "clap/ext/latency.h"
 #include "clap/ext/thread-check.h"
+#include "host/instrument/DefaultMidiMap.h"
 #include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
 #include "plugins/clap/Extensions.h"
 #include "plugins/clap/OutputEvents.h"
-#include "plugins/shared/DefaultMidiMap.h"
 #include "presets/FactoryPresets.h"
 
 namespace Quorvan::Clap {
@@ -58,7 +58,7 @@ ClapPlugin::~ClapPlugin() {
 bool ClapPlugin::Init() {
     hostTail = HostExtension<HostTail>(kTailExtension);
     FollowTargets();
-    if (const std::string problem = Plugins::LoadDefaultMidiMap(instrument); !problem.empty())
+    if (const std::string problem = Host::LoadDefaultMidiMap(instrument); !problem.empty())
         Log(kLogWarning, problem);
     if (const auto* const timers = HostExtension<clap_host_timer_support_t>(CLAP_EXT_TIMER_SUPPORT))
         timers->register_timer(&host, kPollMilliseconds, &timer);

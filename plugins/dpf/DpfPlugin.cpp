@@ -5,9 +5,9 @@
 #include <cstring>
 #include <exception>
 
+#include "host/instrument/DefaultMidiMap.h"
 #include "host/parameters/SharedCatalog.h"
 #include "host/state/PresetFormat.h"
-#include "plugins/shared/DefaultMidiMap.h"
 #include "presets/FactoryPresets.h"
 
 namespace Quorvan::Plugins {
@@ -49,7 +49,7 @@ DpfPlugin::DpfPlugin()
         ports.Begin(id, getParameterValue(id));
     if (isDummyInstance())
         return;
-    if (const std::string problem = LoadDefaultMidiMap(instrument); !problem.empty())
+    if (const std::string problem = Host::LoadDefaultMidiMap(instrument); !problem.empty())
         d_stderr("Tesserae: %s", problem.c_str());
     // Hosts ask for the latency ahead of everything else.
     Start();

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "host/instrument/DefaultMidiMap.h"
 #include "host/parameters/ModulationNames.h"
 #include "instrument/InstrumentRig.h"
 #include "plugins/ui/Face.h"
@@ -261,6 +262,13 @@ TEST_F(FaceTest, MidiIsLearntAndForgottenAndAFreeControlAssignedFromTheMenu) {
     turn(3);
     turn(127);
     EXPECT_FLOAT_EQ(instrument.Position(index), 1.0f);
+    ASSERT_EQ(setenv("XDG_DATA_HOME", presets.Folder().c_str(), 1), 0);
+    Click(Find("Song")->box.Centre());
+    Choose("Keep MIDI map");
+    test::ReadyInstrument other;
+    EXPECT_EQ(Host::LoadDefaultMidiMap(other), "");
+    unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(other.GetMidiMap().size(), 1u);
     Choose("Forget MIDI", "Persistence");
     Choose("Assign to a free", "Persistence");
     Choose("Assign 3");

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "host/instrument/DefaultMidiMap.h"
 #include "host/parameters/ReadNumber.h"
 #include "plugins/ui/model/MorphControl.h"
 #include "plugins/ui/model/ParameterControl.h"
@@ -163,6 +164,7 @@ void HeaderPanel::AskSeed(const Rect& anchor) {
 void HeaderPanel::OfferSong(const Rect& anchor) {
     std::vector<MenuItem> items;
     AddOwnSong(anchor, items);
+    AddMidi(items);
     AddAssignments(anchor, items);
     stage.OpenMenu(anchor, std::move(items));
 }
@@ -194,6 +196,17 @@ void HeaderPanel::AddOwnSong(const Rect& anchor, std::vector<MenuItem>& items) {
     };
     for (MenuItem* item : {&heading, &run, &tap, &tempo})
         items.push_back(std::move(*item));
+}
+
+void HeaderPanel::AddMidi(std::vector<MenuItem>& items) {
+    MenuItem keep;
+    keep.text = "Keep MIDI map for new instances";
+    keep.startsGroup = true;
+    keep.action = [this] {
+        const std::string problem = Host::SaveDefaultMidiMap(model.TheInstrument());
+        stage.Say(problem.empty() ? "New instances begin with this MIDI map." : problem);
+    };
+    items.push_back(std::move(keep));
 }
 
 void HeaderPanel::AddAssignments(const Rect& anchor, std::vector<MenuItem>& items) {
@@ -253,7 +266,8 @@ void HeaderPanel::AddMachine() {
         },
         [this](const Rect& anchor) { OfferSong(anchor); }, "Song",
         "Tempo, whether the song runs, and how much of one core the sound takes. A click offers a "
-        "song of its own, for hosts that have none, and the free controls that hosts see.");
+        "song of its own, for hosts that have none, the MIDI map for new instances, and the free "
+        "controls that hosts see.");
 }
 
 }  // namespace Quorvan::Ui

@@ -26,6 +26,7 @@ private:
     void OfferRandomise(const Rect& anchor);
     void OfferSong(const Rect& anchor);
     void AddOwnSong(const Rect& anchor, std::vector<MenuItem>& items);
+    void AddMidi(std::vector<MenuItem>& items);
     void AddAssignments(const Rect& anchor, std::vector<MenuItem>& items);
     void OfferAssignment(const Rect& anchor, uint32_t number);
     void AskSeed(const Rect& anchor);

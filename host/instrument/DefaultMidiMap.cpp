@@ -1,11 +1,11 @@
-#include "plugins/shared/DefaultMidiMap.h"
+#include "host/instrument/DefaultMidiMap.h"
 
 #include <system_error>
 
 #include "host/instrument/PresetLibrary.h"
 #include "host/instrument/WholeFile.h"
 
-namespace Quorvan::Plugins {
+namespace Quorvan::Host {
 
 namespace {
 
@@ -14,19 +14,19 @@ constexpr size_t kMostBytes = 16 << 20;
 }  // namespace
 
 std::filesystem::path DefaultMidiMapFile() {
-    return Host::PresetLibrary::UsualFolder().parent_path() / "midi-map.json";
+    return PresetLibrary::UsualFolder().parent_path() / "midi-map.json";
 }
 
-std::string LoadDefaultMidiMap(Host::Instrument& instrument) {
+std::string LoadDefaultMidiMap(Instrument& instrument) {
     const std::filesystem::path file = DefaultMidiMapFile();
     std::error_code ignored;
     if (!std::filesystem::exists(file, ignored))
         return {};
     std::string problem;
-    const auto text = Host::ReadWholeFile(file, kMostBytes, problem);
+    const auto text = ReadWholeFile(file, kMostBytes, problem);
     if (!text)
         return problem;
-    auto read = Host::ReadMidiMap(*text, instrument.Catalog());
+    auto read = ReadMidiMap(*text, instrument.Catalog());
     if (!read.value)
         return file.string() + ": " +
                (read.issues.empty() ? "it can't be read." : read.issues.front().text);
@@ -34,9 +34,9 @@ std::string LoadDefaultMidiMap(Host::Instrument& instrument) {
     return {};
 }
 
-std::string SaveDefaultMidiMap(const Host::Instrument& instrument) {
-    return Host::WriteWholeFile(DefaultMidiMapFile(),
-                                Host::WriteMidiMap(instrument.GetMidiMap(), instrument.Catalog()));
+std::string SaveDefaultMidiMap(const Instrument& instrument) {
+    return WriteWholeFile(DefaultMidiMapFile(),
+                          WriteMidiMap(instrument.GetMidiMap(), instrument.Catalog()));
 }
 
-}  // namespace Quorvan::Plugins
+}  // namespace Quorvan::Host

@@ -5,7 +5,7 @@
 
 #include "host/instrument/Instrument.h"
 
-namespace Quorvan::Plugins {
+namespace Quorvan::Host {
 
 /// The MIDI map that new instances begin with: midi-map.json beside the user's presets folder. A
 /// state brings its own.
@@ -13,8 +13,8 @@ namespace Quorvan::Plugins {
 std::filesystem::path DefaultMidiMapFile();
 /// Gives it to an instance. Empty where that worked or there is none; else a sentence, and the
 /// instance keeps the map that it has.
-std::string LoadDefaultMidiMap(Host::Instrument& instrument);
+std::string LoadDefaultMidiMap(Instrument& instrument);
 /// Makes the map of an instance the one for all new ones. Empty where it worked.
-std::string SaveDefaultMidiMap(const Host::Instrument& instrument);
+std::string SaveDefaultMidiMap(const Instrument& instrument);
 
-}  // namespace Quorvan::Plugins
+}  // namespace Quorvan::Host
