@@ -259,11 +259,15 @@ void StateReader::ReadSounds(const Json& json) {
         if (json.contains("played") && json["played"] == name)
             sounds.played = i;
     }
+    if (json.contains("played") && json["played"] != kSoundNames[sounds.played])
+        unknown["played"] = json["played"];
     sounds.otherPreset = state.preset;
     sounds.otherModified = true;
     const Json* const other = Member(json, "other", Json::value_t::object);
     if (other != nullptr)
         ReadOther(*other, unknown);
+    else if (json.contains("other"))
+        unknown["other"] = json["other"];
     if (!sounds.kept[1 - sounds.played])
         sounds.kept = {};
     else if (other == nullptr || !sounds.kept[sounds.played])

@@ -108,17 +108,28 @@ Json MidiMapJson(const MidiMap& map, const ParameterCatalog& catalog) {
 MidiMap MidiMapFrom(const Json& list, const ParameterCatalog& catalog, std::vector<Issue>& issues) {
     MidiMap map;
     Json foreign = Json::array();
-    for (size_t i = 0; i < list.size() && map.size() < kMostBindings; ++i) {
-        if (const auto binding = BindingFrom(list[i], catalog)) {
+    size_t beyond = 0;
+    for (size_t i = 0; i < list.size(); ++i) {
+        const auto binding = BindingFrom(list[i], catalog);
+        if (binding && map.size() < kMostBindings) {
             map.push_back(*binding);
             continue;
         }
         foreign.push_back(list[i]);
+        if (binding) {
+            ++beyond;
+            continue;
+        }
         issues.push_back({Issue::Severity::Warning,
                           "MIDI assignment " + std::to_string(i + 1) +
                               " does nothing: it names a source, a parameter or a take that there "
                               "is not. It stays in the list."});
     }
+    if (beyond > 0)
+        issues.push_back(
+            {Issue::Severity::Warning, "Of the MIDI assignments, " + std::to_string(beyond) +
+                                           " do nothing: " + std::to_string(kMostBindings) +
+                                           " are as many as there can be. They stay in the list."});
     map.foreign = foreign.dump(-1, ' ', false, Json::error_handler_t::replace);
     return map;
 }

@@ -22,8 +22,18 @@ void Lessons::Look() {
         return;
     if (!begun)
         return Begin();
-    if (instrument.Lessons() == known)
+    const uint32_t learning = instrument.LearningMidi();
+    const bool nobodyWaits = learning == Host::kUnassigned;
+    interrupted |= !nobodyWaits && learning != waiting.back();
+    const bool isOver = instrument.Lessons() != known;
+    looksAtNothing = nobodyWaits && !isOver ? looksAtNothing + 1 : 0;
+    // What has been learnt is told a little later than that nobody waits for it.
+    if (!isOver && looksAtNothing < kLooksToGiveUp)
         return;
+    if (interrupted)
+        return Begin();
+    if (!isOver)
+        return GiveUp();
     const Host::MidiMap map = instrument.GetMidiMap();
     const auto learnt = std::find_if(map.begin(), map.end(), [&](const Host::MidiBinding& binding) {
         return binding.index == waiting.back();
@@ -38,10 +48,19 @@ void Lessons::Look() {
         Begin();
 }
 
+void Lessons::GiveUp() {
+    say(instrument.Catalog()[waiting.back()].title + " learns nothing: the lesson was ended.");
+    waiting.pop_back();
+    if (!waiting.empty())
+        Begin();
+}
+
 void Lessons::Begin() {
     const bool goesOn = std::exchange(begun, true);
     const uint32_t index = waiting.back();
     known = instrument.Lessons();
+    interrupted = false;
+    looksAtNothing = 0;
     instrument.LearnMidi(index, goesOn);
     say("Move the MIDI control for " + instrument.Catalog()[index].title + ".");
 }

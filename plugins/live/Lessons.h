@@ -12,6 +12,9 @@ namespace Quorvan::Live {
 
 /// Parameters that wait, one after another, for the MIDI source that is to move them from then on.
 /// What has been learnt is kept in a file.
+///
+/// A lesson that the window begins goes ahead, and the one that waited begins again behind it. One
+/// that the window ends is left out.
 class Lessons {
 public:
     using Saying = std::function<void(const std::string&)>;
@@ -25,7 +28,10 @@ public:
     void Look();
 
 private:
+    static constexpr uint32_t kLooksToGiveUp = 5;
+
     void Begin();
+    void GiveUp();
     void Keep(const Host::MidiBinding& learnt);
 
     Host::Instrument& instrument;
@@ -33,7 +39,9 @@ private:
     std::filesystem::path file;
     Saying say;
     bool begun = false;
-    uint32_t known = 0;  ///< lessons of the instrument when this one began
+    uint32_t known = 0;        ///< lessons of the instrument when this one began
+    bool interrupted = false;  ///< by a lesson that the window began
+    uint32_t looksAtNothing = 0;
 };
 
 }  // namespace Quorvan::Live

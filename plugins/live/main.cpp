@@ -16,6 +16,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "host/instrument/DefaultMidiMap.h"
 #include "host/instrument/PresetLibrary.h"
 #include "host/instrument/WholeFile.h"
 #include "host/parameters/Sentence.h"
@@ -85,7 +86,7 @@ Host::Preset FindPreset(const std::string& name) {
 std::filesystem::path MidiMapFile(const LiveOptions& options) {
     if (options.midiMap)
         return *options.midiMap;
-    return Host::PresetLibrary::UsualFolder().parent_path() / "midi-map.json";
+    return Host::DefaultMidiMapFile();
 }
 
 /// The presets of the set list, by the names that they have.
@@ -168,6 +169,23 @@ void SetUp(Host::Instrument& instrument, const LiveOptions& options) {
     TakeMidiMap(instrument, options);
     instrument.Song().SetTempo(options.tempo.value_or(preset.tempo.value_or(120.0)));
     instrument.Song().Run(options.run);
+}
+
+/// A folder that is not there is more likely a slip than a wish.
+void NeedFolderOf(const std::string& file) {
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error))
+        throw Trouble{kCannotWrite, Host::Quoted(file) + " can't be written: there is no folder " +
+                                        Host::Quoted(folder.string()) +
+                                        ". Make it first, or choose another one."};
+}
+
+void LookForFolders(const LiveOptions& options) {
+    if (options.saveState)
+        NeedFolderOf(*options.saveState);
+    if (options.midiMap && !options.learn.empty())
+        NeedFolderOf(*options.midiMap);
 }
 
 void KeepState(Host::Instrument& instrument, const LiveOptions& options) {
@@ -357,6 +375,7 @@ int Main(int argc, char** argv) {
         Host::Instrument instrument(Host::SharedCatalog());
         SetUp(instrument, options);
         Lessons lessons = Teach(instrument, options);
+        LookForFolders(options);
         // Nothing is written ahead of a look at all that the command line asks for.
         KeepSetList(FindSetList(options.setList));
         KeepState(instrument, options);

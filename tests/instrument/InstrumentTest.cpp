@@ -140,7 +140,7 @@ TEST(InstrumentTest, StatesComeBackToTheByteAndRefuseWhatIsBroken) {
     for (Json newer : {Json::parse(instrument.SaveState({{3, 0.5f}})),
                        Json::parse(ReadyInstrument().SaveState())}) {
         if (!newer["sounds"].contains("B"))
-            newer["sounds"]["A"] = Json::object();
+            newer["sounds"].update({{"A", Json::object()}, {"other", 5}, {"played", "C"}});
         AddUnknown(newer);
         newer["seed"] = newer["morph"] = newer["window"]["width"] = "none";
         newer["midi"].push_back({{"source", "theremin"}});
