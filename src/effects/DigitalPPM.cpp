@@ -34,13 +34,34 @@ bool DigitalPPM::OnProcess(ProcessBlock& block) {
     if (block.numFrames == 0)
         return SetParameterNormalized(Level, 0.0f);
     const float* input = block.inputs[0];
-    float now = level;
-    for (uint32_t i = 0; i < block.numFrames; ++i) {
-        const float a = std::abs(input[i]);
-        now = a > now ? a : a * inputGain - now * negativeDecay;
+    for (uint32_t i = 0; i < block.numFrames; ++i)
+        level = Next(level, input[i]);
+    return Show();
+}
+
+bool DigitalPPM::Show() { return SetParameterNormalized(Level, std::clamp(level, 0.0f, 1.0f)); }
+
+void DigitalPPM::ProcessPair(DigitalPPM& first, DigitalPPM& second, const ProcessBlock& block,
+                             const float* const* inputs) {
+    if (block.numFrames == 0) {
+        first.SetParameterNormalized(Level, 0.0f);
+        second.SetParameterNormalized(Level, 0.0f);
+    } else {
+        float one = first.level;
+        float other = second.level;
+        for (uint32_t i = 0; i < block.numFrames; ++i) {
+            one = first.Next(one, inputs[0][i]);
+            other = second.Next(other, inputs[1][i]);
+        }
+        first.level = one;
+        second.level = other;
+        first.Show();
+        second.Show();
     }
-    level = now;
-    return SetParameterNormalized(Level, std::clamp(level, 0.0f, 1.0f));
+    for (DigitalPPM* meter : {&first, &second}) {
+        meter->needsFullUpdate = false;
+        meter->ClearChanged();
+    }
 }
 
 }  // namespace Quorvan::dsp

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -22,8 +23,18 @@ public:
     void OnReset(bool hard) override;
     bool UpdateParameters(ProcessBlock& block) override;
     bool OnProcess(ProcessBlock& block) override;
+    /// What Process does, of two meters in one loop, each with a channel of inputs: a meter waits
+    /// for its own last sample, and the other needs no time beside it.
+    static void ProcessPair(DigitalPPM& first, DigitalPPM& second, const ProcessBlock& block,
+                            const float* const* inputs);
 
 private:
+    bool Show();
+    float Next(float now, float input) const {
+        const float a = std::abs(input);
+        return a > now ? a : a * inputGain - now * negativeDecay;
+    }
+
     float inputGain = 0.0f;      ///< share of the input while falling
     float negativeDecay = 0.0f;  ///< fall of one sample, negated
     float level = 0.0f;          ///< state, linear

@@ -1,5 +1,6 @@
 #include "granular/StepSequencerGranular.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "framework/ParameterTable.h"
@@ -64,7 +65,9 @@ bool StepSequencerGranular::Generate(ProcessBlock& block) {
         Align(stepCount);
     float* const out = block.outputs[0];
     float playing = StepOutput();
-    for (uint32_t n = 0; n < block.numFrames; ++n) {
+    if (!HasTicked())
+        std::fill_n(out, block.numFrames, playing);
+    for (uint32_t n = 0; HasTicked() && n < block.numFrames; ++n) {
         if (tickBuffer[n] > 0.5f) {
             const auto cycle = static_cast<int32_t>(cycleBuffer[n]);
             if (cycle != lastCycle) {

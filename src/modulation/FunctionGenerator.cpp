@@ -201,7 +201,8 @@ void FunctionGenerator<Points>::FillResting(float* out, uint32_t steps) {
 
 template <uint32_t Points>
 bool FunctionGenerator<Points>::CycleStarts(uint32_t steps) const {
-    return std::any_of(tickBuffer, tickBuffer + steps, [](float tick) { return tick > 0.5f; });
+    return HasTicked() &&
+           std::any_of(tickBuffer, tickBuffer + steps, [](float tick) { return tick > 0.5f; });
 }
 
 template class FunctionGenerator<64>;

@@ -72,6 +72,9 @@ void IGenerator::OnSetup(float rateHz, uint32_t blockSize) {
     phaseBuffer = rateBuffer + blockSize;
     tickBuffer = phaseBuffer + blockSize;
     cycleBuffer = tickBuffer + blockSize;
+    heldRates.Forget();
+    heldCycles.Forget();
+    ticked = false;
 }
 
 void IGenerator::OnReset(bool) {
@@ -83,6 +86,7 @@ void IGenerator::Restart() {
     if (phaseBuffer != nullptr) {
         std::fill_n(phaseBuffer, maxBlockSize, 0.0f);
         std::fill_n(cycleBuffer, maxBlockSize, 0.0f);
+        heldCycles.Forget();
     }
     cycleCount = -1.0f;
     previousClock = 0.0;
@@ -152,10 +156,7 @@ bool IGenerator::OnProcess(ProcessBlock& block) {
     run.playing = block.transportPlaying != 0;
     run.wasPlaying = wasPlaying;
     phasesClimb = false;
-    std::fill_n(tickBuffer, frames, 0.0f);
-    for (uint32_t c = 0; c < block.numOutputs; ++c)
-        std::fill_n(block.outputs[c], run.steps, 0.0f);
-
+    ClearTicks();
     if (run.playing && !run.wasPlaying && mode == kFree)
         Restart();
     wasPlaying = run.playing;
@@ -193,23 +194,35 @@ float IGenerator::TableEntry(float index) const {
 
 void IGenerator::FillRates(const ProcessBlock& block) {
     const uint32_t frames = block.numFrames;
-    if (rateInputMode == kNoRateInput || !IsRowActive(block, rateInputIndex)) {
-        std::fill_n(rateBuffer, frames, rate);
-        ratesRest = true;
-        return;
-    }
+    ratesRest = true;
+    if (rateInputMode == kNoRateInput || !IsRowActive(block, rateInputIndex))
+        return heldRates.Fill(rateBuffer, frames, rate);
     Parameter& knob = parameters[synced ? RateSynced : RateUnSynced];
-    if (rateInputMode == kPerBlock) {
-        const float value = knob.GetModulatedValue(block.inputs[rateInputIndex][0]);
-        std::fill_n(rateBuffer, frames, synced ? TableEntry(value) : value);
-        ratesRest = true;
-        return;
+    const float* const row = block.inputs[rateInputIndex];
+    const auto hold = [&](float value) {
+        heldRates.Fill(rateBuffer, frames, synced ? TableEntry(value) : value);
+    };
+    if (rateInputMode == kPerBlock)
+        return hold(knob.GetModulatedValue(row[0]));
+    if (IsConstant(row, frames)) {
+        ProcessBlock first = block;
+        first.numFrames = 1;
+        float value = 0.0f;
+        knob.FillBlockValues(first, rateInputIndex, &value);
+        return hold(value);
     }
+    heldRates.Forget();
     knob.FillBlockValues(block, rateInputIndex, rateBuffer);
     if (synced)
         for (uint32_t i = 0; i < frames; ++i)
             rateBuffer[i] = TableEntry(rateBuffer[i]);
     ratesRest = IsConstant(rateBuffer, controlRate ? 1 : frames);
+}
+
+void IGenerator::ClearTicks() {
+    if (ticked)
+        std::fill_n(tickBuffer, maxBlockSize, 0.0f);
+    ticked = false;
 }
 
 /// Takes a backward jump of the song position out of the clocks, so that the phase goes on.
@@ -305,6 +318,7 @@ void IGenerator::ApplyRestart(const Run& run) {
 void IGenerator::Rest(uint32_t first, uint32_t steps) {
     const auto phase = static_cast<float>(synced ? syncedPhase : freePhase);
     std::fill(phaseBuffer + first, phaseBuffer + steps, phase);
+    heldCycles.Forget();
     std::fill(cycleBuffer + first, cycleBuffer + steps, 0.0f);
 }
 
@@ -312,6 +326,7 @@ void IGenerator::RunOneShotSynced(const Run& run) {
     const auto start = static_cast<double>(phaseInit);
     double clock = run.clock;
     double step = 0.0;
+    heldCycles.Forget();
     for (uint32_t i = 0; i < run.steps; ++i) {
         if (i == 0 || rateBuffer[i] != rateBuffer[i - 1])
             step = SyncedStep(rateBuffer[i], run);
@@ -326,7 +341,7 @@ void IGenerator::RunOneShotSynced(const Run& run) {
                 Rest(i, run.steps);
                 return;
             }
-            tickBuffer[i] = 1.0f;
+            Tick(i);
         }
         cycleBuffer[i] = 0.0f;
         syncedPhase = FracBehindZero(syncedPhase + step);
@@ -348,16 +363,34 @@ bool IGenerator::RunSyncedStraight(const Run& run) {
     if (Floor(CyclesAt(run.clock, perBeat)) != cycle || Floor(CyclesAt(last, perBeat)) != cycle ||
         Floor(start + CyclesAt(last, perBeat)) != turn)
         return false;
-    double clock = run.clock;
-    for (uint32_t i = 0; i < run.steps; ++i) {
-        phaseBuffer[i] = static_cast<float>(start + (clock - clockOrigin) * perBeat - turn);
-        previousClock = clock;
-        clock += beatsPerSample;
-    }
-    syncedPhase = start + (previousClock - clockOrigin) * perBeat - turn;
-    std::fill_n(cycleBuffer, run.steps, static_cast<float>(cycle));
+    const auto phaseAt = [start, perBeat, turn, origin = clockOrigin](double clock) {
+        return start + (clock - origin) * perBeat - turn;
+    };
+    previousClock = FillByClock(run, phaseAt);
+    syncedPhase = phaseAt(previousClock);
+    heldCycles.Fill(cycleBuffer, run.steps, static_cast<float>(cycle));
     phasesClimb = perBeat >= 0.0 && beatsPerSample >= 0.0;
     return true;
+}
+
+/// Phases of a run's steps by their clocks; answers with the last clock. Clocks are rounded one
+/// after the other, and so worked out ahead of the phases, which wait for nothing.
+template <class PhaseAt>
+double IGenerator::FillByClock(const Run& run, const PhaseAt& phaseAt) {
+    constexpr uint32_t kStretch = 64;
+    double clocks[kStretch];
+    double next = run.clock;
+    double last = next;
+    for (uint32_t done = 0; done < run.steps; done += kStretch) {
+        const uint32_t count = std::min(kStretch, run.steps - done);
+        float* const phases = phaseBuffer + done;
+        for (uint32_t i = 0; i < count; ++i, next += beatsPerSample)
+            clocks[i] = next;
+        for (uint32_t i = 0; i < count; ++i)
+            phases[i] = static_cast<float>(phaseAt(clocks[i]));
+        last = clocks[count - 1];
+    }
+    return last;
 }
 
 /// Cycles are counted on the clock. Between their starts the phase runs on by itself, unless it
@@ -370,6 +403,7 @@ void IGenerator::RunSynced(const Run& run) {
     double clock = run.clock;
     double phase = syncedPhase;
     double perBeat = 0.0, step = 0.0, before = 0.0;
+    heldCycles.Forget();
     for (uint32_t i = 0; i < run.steps; ++i) {
         if (i == 0 || rateBuffer[i] != rateBuffer[i - 1]) {
             perBeat =
@@ -384,7 +418,7 @@ void IGenerator::RunSynced(const Run& run) {
         cycleBuffer[i] = static_cast<float>(cycle);
         phaseBuffer[i] = static_cast<float>(phase);
         if (starts) {
-            tickBuffer[i] = 1.0f;
+            Tick(i);
             finished = finished || cycleBuffer[i] > 0.0f;
         }
         previousClock = clock;
@@ -396,8 +430,7 @@ void IGenerator::RunSynced(const Run& run) {
 
 /// The block of a free run in which nothing happens but that the phase goes on; false where
 /// something else does. Behind the first step phases are whole multiples of the last place of a
-/// number between 1 and 2, and so is each step: the product gives the very sums that adding step by
-/// step would.
+/// number between 1 and 2, and so is each step: all sums are exact, in whatever order.
 bool IGenerator::RunFreeStraight(const Run& run) {
     if (swingOn || rateBuffer[0] != previousRate || !ratesRest)
         return false;
@@ -409,14 +442,29 @@ bool IGenerator::RunFreeStraight(const Run& run) {
     const double last = first + static_cast<double>(run.steps - 1) * advance;
     if (!(first >= 0.0 && last < 1.0) || Crosses(from - start, last + 1.0 - start))
         return false;
-    for (uint32_t i = 0; i < run.steps; ++i)
-        phaseBuffer[i] =
-            static_cast<float>(first + static_cast<double>(static_cast<int32_t>(i)) * advance);
-    std::fill_n(cycleBuffer, run.steps, cycleCount);
+    FillPhases(first, advance, run.steps);
+    heldCycles.Fill(cycleBuffer, run.steps, cycleCount);
     phasesClimb = advance >= 0.0;
     freePhase = last;
     previousClock = run.clock + static_cast<double>(run.steps - 1) * beatsPerSample;
     return true;
+}
+
+/// Phases first, first + advance and so on, whose sums are exact.
+void IGenerator::FillPhases(double first, double advance, uint32_t steps) {
+    constexpr uint32_t kAbreast = 4;
+    double phases[kAbreast];
+    for (uint32_t k = 0; k < kAbreast; ++k)
+        phases[k] = first + static_cast<double>(k) * advance;
+    const double ahead = static_cast<double>(kAbreast) * advance;
+    uint32_t i = 0;
+    for (; i + kAbreast <= steps; i += kAbreast)
+        for (uint32_t k = 0; k < kAbreast; ++k) {
+            phaseBuffer[i + k] = static_cast<float>(phases[k]);
+            phases[k] += ahead;
+        }
+    for (uint32_t k = 0; i + k < steps; ++k)
+        phaseBuffer[i + k] = static_cast<float>(phases[k]);
 }
 
 void IGenerator::RunFree(const Run& run) {
@@ -431,6 +479,7 @@ void IGenerator::RunFree(const Run& run) {
     float usedRate = previousRate;
     float count = cycleCount;
     double step = swingOn ? plainStep / shares[IsOdd(count)] : plainStep;
+    heldCycles.Forget();
     for (uint32_t i = 0; i < run.steps; ++i) {
         const double from = phase + 1.0;
         const double to = from + step;
@@ -439,7 +488,7 @@ void IGenerator::RunFree(const Run& run) {
         previousClock = clock;
         clock += beatsPerSample;
         if (starts) {
-            tickBuffer[i] = 1.0f;
+            Tick(i);
             count += 1.0f;
             finished = finished || count > 0.0f;
         }

@@ -7,6 +7,7 @@
 
 #include "framework/UnitModule.h"
 #include "primitives/AlignedVector.h"
+#include "primitives/HeldRow.h"
 
 namespace Quorvan::dsp {
 
@@ -60,7 +61,7 @@ public:
     bool UpdateParameters(ProcessBlock& block) override;
     /// Back to the start of the cycle.
     virtual void Restart();
-    /// Writes the outputs from the buffers; the block's frame count is the number of steps.
+    /// Writes all outputs from the buffers; the block's frame count is the number of steps.
     virtual bool Generate(ProcessBlock& block) = 0;
     virtual void UpdateRate();
 
@@ -74,6 +75,8 @@ public:
     /// 1 at a step on which a cycle began, else 0.
     const float* TickBuffer() const { return tickBuffer; }
     const float* CycleBuffer() const { return cycleBuffer; }
+    /// Whether a cycle began in the last block.
+    bool HasTicked() const { return ticked; }
     bool IsSynced() const { return synced; }
     float Tempo() const { return tempo; }
     /// Rate of a step in hertz, free or synced.
@@ -160,11 +163,21 @@ private:
     void RunFree(const Run& run);
     bool RunFreeStraight(const Run& run);
     bool RunSyncedStraight(const Run& run);
+    template <class PhaseAt>
+    double FillByClock(const Run& run, const PhaseAt& phaseAt);
+    void FillPhases(double first, double advance, uint32_t steps);
+    void ClearTicks();
+    void Tick(uint32_t step) {
+        tickBuffer[step] = 1.0f;
+        ticked = true;
+    }
     static uint32_t IsOdd(float cycles);
     double CyclesAt(double clock, double perBeat) const;
     double Warp(double cycles) const;
 
-    bool ratesRest = false;  ///< all rates of this block are equal
+    HeldRow heldRates, heldCycles;  ///< what rateBuffer and cycleBuffer hold
+    bool ratesRest = false;         ///< all rates of this block are equal
+    bool ticked = false;            ///< a step of this block has a tick
 };
 
 }  // namespace Quorvan::dsp

@@ -143,12 +143,16 @@ float LFO::PhaseOffset(const ProcessBlock& block) {
 }
 
 bool LFO::Generate(ProcessBlock& block) {
-    const uint32_t steps = block.numFrames;
     const float amplitude = parameters[Amp].GetBlockNormalized(block, kAmpRow);
     if (smoothRateLinked)
         SetSmoothingTime(Value(Smooth) / RateInHertz(rateBuffer[0]));
     const float offset = PhaseOffset(block);
     const uint32_t channels = std::min(channelCount, block.numOutputs);
+    for (uint32_t c = channels; c < block.numOutputs; ++c)
+        std::fill_n(block.outputs[c], block.numFrames, 0.0f);
+    // What goes on from step to step has to go through all of them.
+    const bool isOfPhase = waveform != kSampleAndHold && !smoothOn;
+    const uint32_t steps = isOfPhase && onlyFirstStep ? 1 : block.numFrames;
     for (uint32_t c = 0; c < channels; ++c) {
         float* const out = block.outputs[c];
         const float spread = c == 0 ? 0.0f : Value(StereoSpread) * kInverse360;
@@ -170,7 +174,7 @@ bool LFO::Generate(ProcessBlock& block) {
             ApplyFade(out, steps);
     }
     if (fadePosition < 1.0f)
-        fadePosition += static_cast<float>(steps) * fadeIncrement;
+        fadePosition += static_cast<float>(block.numFrames) * fadeIncrement;
     SetParameterValue(CurrentPhaseFeedback, FractionOf(offset + phaseBuffer[0]));
     if (channels > 0)
         SetParameterValue(CurrentValueLFeedback, block.outputs[0][0]);

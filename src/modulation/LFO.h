@@ -49,6 +49,8 @@ public:
     bool UpdateParameters(ProcessBlock& block) override;
     void Restart() override;
     bool Generate(ProcessBlock& block) override;
+    /// For an owner that reads the first sample of each block only: the others may be anything.
+    void NeedOnlyFirstSamples() { onlyFirstStep = true; }
 
 private:
     static constexpr uint32_t kChannels = 2;
@@ -74,6 +76,7 @@ private:
     bool unipolar = false;
     bool smoothOn = false;
     bool smoothRateLinked = false;
+    bool onlyFirstStep = false;
 
     // State.
     std::array<SmootherLPF, kChannels> smoothers{SmootherLPF{1.0}, SmootherLPF{1.0}};

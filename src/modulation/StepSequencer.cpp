@@ -92,7 +92,7 @@ bool StepSequencer::Generate(ProcessBlock& block) {
     float* const out = block.outputs[0];
     float value = StepOutput();
     uint32_t written = 0;
-    for (uint32_t i = 0; i < block.numFrames; ++i) {
+    for (uint32_t i = 0; HasTicked() && i < block.numFrames; ++i) {
         if (tickBuffer[i] <= 0.5f)
             continue;
         const auto cycle = static_cast<int32_t>(cycleBuffer[i]);

@@ -95,8 +95,10 @@ void MoteWeaverProcessor::TuneSpatializer() {
     namespace Kind = dsp::PotardKind;
     LfoX().Configure(L::RateUnSynced, Kind::kPolynomial, 0.0f, 20.0f, 7.0f);
     LfoY().Configure(L::RateUnSynced, Kind::kLinear, 0.0f, 2000.0f);
-    for (L* lfo : {&LfoX(), &LfoY()})
+    for (L* lfo : {&LfoX(), &LfoY()}) {
         lfo->SetParameterNormalized(L::ControlRate, 0.0f);
+        lfo->NeedOnlyFirstSamples();
+    }
     LfoX().SetParameterNormalized(L::Unipolar, 0.0f);
     LfoY().SetParameterNormalized(L::Unipolar, 1.0f);
     for (L* lfo : {&LfoX(), &LfoY()})
@@ -258,25 +260,30 @@ StagePeaks MoteWeaverProcessor::TakePeaks() {
     return peaks;
 }
 
-/// Both channels in one loop: each waits for its own last output.
+/// The inputs' part waits for nothing and comes ahead, into a buffer that the grains fill later.
+/// Then both channels go in one loop: each waits for its own last output.
 void MoteWeaverProcessor::HighPass(uint32_t frames) {
-    float* const left = feedbackReturn[0];
-    float* const right = feedbackReturn[1];
-    float x1[] = {dcInput[0], dcInput[1]};
-    float y1[] = {dcOutput[0], dcOutput[1]};
-    for (uint32_t i = 0; i < frames; ++i) {
-        const float x[] = {left[i], right[i]};
-        for (uint32_t c = 0; c < 2; ++c) {
-            y1[c] = dcB0 * x[c] + dcB1 * x1[c] - dcA1 * y1[c];
-            x1[c] = x[c];
-        }
-        left[i] = y1[0];
-        right[i] = y1[1];
-    }
+    if (frames == 0)
+        return;
     for (uint32_t c = 0; c < 2; ++c) {
-        dcInput[c] = x1[c];
-        dcOutput[c] = y1[c];
+        const float* const x = feedbackReturn[c];
+        float* const forward = stage[c];
+        forward[0] = dcB0 * x[0] + dcB1 * dcInput[c];
+        for (uint32_t i = 1; i < frames; ++i)
+            forward[i] = dcB0 * x[i] + dcB1 * x[i - 1];
+        dcInput[c] = x[frames - 1];
     }
+    const float feedback = dcA1;
+    float left = dcOutput[0];
+    float right = dcOutput[1];
+    for (uint32_t i = 0; i < frames; ++i) {
+        left = stage[0][i] - feedback * left;
+        right = stage[1][i] - feedback * right;
+        feedbackReturn[0][i] = left;
+        feedbackReturn[1][i] = right;
+    }
+    dcOutput[0] = left;
+    dcOutput[1] = right;
 }
 
 /// What comes out of the lines here goes into the grains with the next block. That one may be
@@ -322,11 +329,15 @@ void MoteWeaverProcessor::MixDry(const dsp::ProcessBlock& block, const Inputs& i
     dryWetMix.FillBlock(ramp, frames);
     float wetGain = dsp::UnpairedSine(ramp[0] * kQuarterTurn);
     float dryGain = std::cos(ramp[0] * kQuarterTurn);
+    if (resting) {
+        for (uint32_t c = 0; c < 2; ++c)
+            for (uint32_t i = 0; i < frames; ++i)
+                signal[c][i] = wetGain * signal[c][i] + dryGain * stage[c][i];
+        return;
+    }
     for (uint32_t i = 0; i < frames; ++i) {
-        if (!resting) {
-            wetGain = dsp::UnpairedSine(ramp[i] * kQuarterTurn);
-            dryGain = std::cos(ramp[i] * kQuarterTurn);
-        }
+        wetGain = dsp::UnpairedSine(ramp[i] * kQuarterTurn);
+        dryGain = std::cos(ramp[i] * kQuarterTurn);
         for (uint32_t c = 0; c < 2; ++c)
             signal[c][i] = wetGain * signal[c][i] + dryGain * stage[c][i];
     }
@@ -346,8 +357,7 @@ void MoteWeaverProcessor::WriteOutput(const dsp::ProcessBlock& block, uint32_t c
                 std::copy_n(signal[c], frames, out[c]);
     }
     ApplyGain(masterVolume, out, count, frames);
-    RunChild(Child<12>(), block, out, 1, nullptr, 0);
-    RunChild(Child<13>(), block, out + 1, 1, nullptr, 0);
+    dsp::DigitalPPM::ProcessPair(Child<12>(), Child<13>(), block, out);
 }
 
 }  // namespace Quorvan::Processor

@@ -132,10 +132,10 @@ private:
     void HighPass(uint32_t frames);
     void ConnectSlots();
     template <uint32_t kSlot>
-    void RunSlot(const dsp::ProcessBlock& block, float** inputs, float** outputs);
-    void RunLoopSlots(const dsp::ProcessBlock& block);
+    float** RunSlot(dsp::ProcessBlock& block, float** inputs, float** outputs);
+    void RunLoopSlots(dsp::ProcessBlock& block);
     void RunFeedbackDelay(uint32_t frames);
-    float** RunSlotsAt(int32_t place, const dsp::ProcessBlock& block, float** signal);
+    float** RunSlotsAt(int32_t place, dsp::ProcessBlock& block, float** signal);
     void ApplyGain(dsp::Smoother& gain, float** channels, uint32_t count, uint32_t frames);
     void MixDry(const dsp::ProcessBlock& block, const Inputs& in, float** signal);
     void WriteOutput(const dsp::ProcessBlock& block, uint32_t channelMode, float** signal);

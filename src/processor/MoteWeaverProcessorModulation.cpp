@@ -98,44 +98,44 @@ void MoteWeaverProcessor::ConnectSlots() {
         }
 }
 
+/// Answers where the slot's output is: an empty one leaves it where it was.
 template <uint32_t kSlot>
-void MoteWeaverProcessor::RunSlot(const dsp::ProcessBlock& block, float** inputs, float** outputs) {
+float** MoteWeaverProcessor::RunSlot(dsp::ProcessBlock& block, float** inputs, float** outputs) {
     constexpr uint32_t kFirstChild = 5;
     constexpr uint32_t kShift = kSlot * kSlotRowStep;
     FxVariant& slot = Child<kFirstChild + kSlot>();
     const uint32_t mixId = kSlot == 0 ? kFX1DryWet : kFX2DryWet;
-    slot.SetParameterValue(FxVariant::DryWetInternal, LiveValue(mixId, 35 + kShift, block));
+    slot.SetMix(LiveValue(mixId, 35 + kShift, block));
+    if (slot.IsEmpty()) {
+        slot.ProcessEmpty(block);
+        return inputs;
+    }
     auto& channels = slotInputs[kSlot];
     std::copy_n(inputs, 2, channels.begin());
     // A distortion of one channel leaves the other as it finds it, scaled: what the last block left
     // here would grow from block to block.
     std::fill_n(outputs[1], block.numFrames, 0.0f);
     RunChild(slot, block, channels.data(), kSlotChannels, outputs, 2);
+    return outputs;
 }
 
-void MoteWeaverProcessor::RunLoopSlots(const dsp::ProcessBlock& block) {
-    if (fx1Position != 2) {
-        for (uint32_t c = 0; c < 2; ++c)
-            std::copy_n(limited[c], block.numFrames, feedbackSend[c]);
-        return;
-    }
+void MoteWeaverProcessor::RunLoopSlots(dsp::ProcessBlock& block) {
     const bool both = fx2Position == 2;
-    RunSlot<0>(block, limited, both ? stage : feedbackSend);
-    if (both)
-        RunSlot<1>(block, stage, feedbackSend);
+    float** signal = limited;
+    if (fx1Position == 2)
+        signal = RunSlot<0>(block, signal, both ? stage : feedbackSend);
+    if (fx1Position == 2 && both)
+        signal = RunSlot<1>(block, signal, feedbackSend);
+    for (uint32_t c = 0; signal != feedbackSend && c < 2; ++c)
+        std::copy_n(signal[c], block.numFrames, feedbackSend[c]);
 }
 
 /// Sends signal through the slots that sit at place, and answers where it is then.
-float** MoteWeaverProcessor::RunSlotsAt(int32_t place, const dsp::ProcessBlock& block,
-                                        float** signal) {
-    if (fx1Position == place) {
-        RunSlot<0>(block, signal, slotOutA);
-        signal = slotOutA;
-    }
-    if (fx2Position == place) {
-        RunSlot<1>(block, signal, slotOutB);
-        signal = slotOutB;
-    }
+float** MoteWeaverProcessor::RunSlotsAt(int32_t place, dsp::ProcessBlock& block, float** signal) {
+    if (fx1Position == place)
+        signal = RunSlot<0>(block, signal, slotOutA);
+    if (fx2Position == place)
+        signal = RunSlot<1>(block, signal, slotOutB);
     return signal;
 }
 

@@ -72,6 +72,20 @@ bool FxVariant::UpdateParameters(dsp::ProcessBlock&) {
     return true;
 }
 
+void FxVariant::SetMix(float value) {
+    if (mixHolds && value == mix)
+        return;
+    SetParameterValue(DryWetInternal, value);
+    mix = value;
+    mixHolds = true;
+}
+
+void FxVariant::ProcessEmpty(dsp::ProcessBlock& block) {
+    UpdateParameters(block);
+    needsFullUpdate = false;
+    ClearChanged();
+}
+
 void FxVariant::LinkDryWets() {
     const auto link = [this](Effect effect, uint32_t id) {
         Link(DryWetInternal, kOffsets[effect] + id);

@@ -62,6 +62,20 @@ public:
     explicit FxVariant(std::string moduleName);
 
     bool UpdateParameters(dsp::ProcessBlock& block) override;
+    bool SetParameterNormalized(uint32_t id, float position) override {
+        mixHolds = false;
+        return FxVariantBase::SetParameterNormalized(id, position);
+    }
+    bool SetParameterValue(uint32_t id, float value) override {
+        mixHolds = false;
+        return FxVariantBase::SetParameterValue(id, value);
+    }
+    /// Writes "DryWetInternal", and with it nine effects, unless all of them have it already.
+    void SetMix(float value);
+    /// Whether the next block's outputs will be its inputs.
+    bool IsEmpty() { return GetActiveIndex() == kPassThrough && !IsOn(Bypass) && !IsFading(); }
+    /// What Process does of a block of an empty slot, but for the outputs.
+    void ProcessEmpty(dsp::ProcessBlock& block);
 
 private:
     void LinkDryWets();
@@ -74,6 +88,9 @@ private:
     void TuneChorus();
     void TuneFlanger();
     void TuneReverb();
+
+    float mix = 0.0f;
+    bool mixHolds = false;  ///< the slot's parameters have not been written since mix was
 };
 
 }  // namespace Quorvan::Processor

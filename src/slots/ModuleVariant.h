@@ -162,6 +162,7 @@ public:
     }
 
 protected:
+    bool IsFading() const { return !bypassFade.IsAtRest() || !moduleFade.IsAtRest(); }
     bool IsOn(uint32_t id) { return this->Value(id) > 0.5f; }
 
     /// Runs the active alternative on the audio and its stretch of the channels.
