@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 #include "framework/ParameterTable.h"
@@ -452,19 +453,23 @@ bool IGenerator::RunFreeStraight(const Run& run) {
 
 /// Phases first, first + advance and so on, whose sums are exact.
 void IGenerator::FillPhases(double first, double advance, uint32_t steps) {
+    using Doubles = double __attribute__((vector_size(16)));
+    using Floats = float __attribute__((vector_size(8)));
     constexpr uint32_t kAbreast = 4;
-    double phases[kAbreast];
-    for (uint32_t k = 0; k < kAbreast; ++k)
-        phases[k] = first + static_cast<double>(k) * advance;
     const double ahead = static_cast<double>(kAbreast) * advance;
+    Doubles even{first, first + advance};
+    Doubles odd = even + 2.0 * advance;
+    const auto put = [](Doubles phases, float* out) {
+        const Floats rounded = __builtin_convertvector(phases, Floats);
+        std::memcpy(out, &rounded, sizeof rounded);
+    };
     uint32_t i = 0;
-    for (; i + kAbreast <= steps; i += kAbreast)
-        for (uint32_t k = 0; k < kAbreast; ++k) {
-            phaseBuffer[i + k] = static_cast<float>(phases[k]);
-            phases[k] += ahead;
-        }
+    for (; i + kAbreast <= steps; i += kAbreast, even += ahead, odd += ahead) {
+        put(even, phaseBuffer + i);
+        put(odd, phaseBuffer + i + 2);
+    }
     for (uint32_t k = 0; i + k < steps; ++k)
-        phaseBuffer[i + k] = static_cast<float>(phases[k]);
+        phaseBuffer[i + k] = static_cast<float>(even[0] + static_cast<double>(k) * advance);
 }
 
 void IGenerator::RunFree(const Run& run) {
