@@ -6,6 +6,7 @@
 #define QUORVAN_GRAIN_ENVELOPES_INL_H
 #endif
 
+#include <algorithm>
 #include <cstdint>
 
 #include "granular/GrainVectors-inl.h"
@@ -14,20 +15,33 @@ HWY_BEFORE_NAMESPACE();
 namespace Quorvan::dsp {
 namespace HWY_NAMESPACE {
 
-/// The power of two of the envelopes; its form is part of the sound.
-HWY_INLINE Floats Pow2(Floats x) {
-    const FloatTag d;
-    const IntTag di;
-    const Floats v = hn::Max(x, Constant(-126.0f));
-    const Floats up = hn::IfThenElseZero(hn::Lt(x, hn::Zero(d)), Constant(1.0f));
-    const Floats f = hn::Add(hn::Sub(v, hn::Trunc(v)), up);
+constexpr float kLowestPower = -126.0f;
+
+/// Bits of a power of two, as a number, for the exponent v and its fraction f.
+HWY_INLINE Floats Pow2Bits(Floats v, Floats f) {
     const Floats ratio = hn::Div(Constant(27.728024f), hn::Sub(Constant(4.8425255f), f));
     const Floats sum = hn::Sub(hn::Add(hn::Add(ratio, v), Constant(121.274055f)),
                                hn::Mul(Constant(1.4901291f), f));
-    return hn::BitCast(d, hn::ConvertTo(di, hn::Mul(sum, Constant(8388608.0f))));
+    return hn::Mul(sum, Constant(8388608.0f));
 }
 
-HWY_INLINE Floats Exp(Floats x) { return Pow2(hn::Mul(x, Constant(1.442695f))); }
+/// The power of two of the envelopes; its form is part of the sound.
+HWY_INLINE Floats Pow2(Floats x) {
+    const Floats v = hn::Max(x, Constant(kLowestPower));
+    const Floats up = hn::IfThenElseZero(hn::Lt(x, hn::Zero(FloatTag())), Constant(1.0f));
+    const Floats bits = Pow2Bits(v, hn::Add(hn::Sub(v, hn::Trunc(v)), up));
+    return hn::BitCast(FloatTag(), hn::ConvertTo(IntTag(), bits));
+}
+
+/// The same of x from kLowestPower to below 0.
+HWY_INLINE Floats SmallPow2(Floats x) {
+    const Floats bits = Pow2Bits(x, hn::Add(hn::Sub(x, hn::Trunc(x)), Constant(1.0f)));
+    return hn::BitCast(FloatTag(), TruncatedInRange(bits));
+}
+
+constexpr float kBinaryLogOfE = 1.442695f;
+
+HWY_INLINE Floats Exp(Floats x) { return Pow2(hn::Mul(x, Constant(kBinaryLogOfE))); }
 
 /// Parabola sine of turns at or above 0.
 HWY_INLINE Floats SineOfTurn(Floats turns) {
@@ -44,6 +58,8 @@ HWY_INLINE Floats Bend(Floats y, float factor) {
 }
 
 // The shapes: what belongs to the grain is worked out by the constructor, ahead of the samples.
+// Some have stretches on which fewer operations give the same: IsPlain tells, from the first and
+// the last of phases that rise, whether all lie on one, and Plain has the envelope there.
 
 struct Triangle {
     HWY_INLINE explicit Triangle(const GrainKernels::Envelope& e)
@@ -94,17 +110,42 @@ struct RaisedEdge {
         return hn::IfThenElse(flat, one, edge);
     }
 
+    HWY_INLINE bool IsPlain(float first, float last) const {
+        const float edge = hn::GetLane(q);
+        return first >= edge && 1.0f - last >= edge;
+    }
+    HWY_INLINE Floats Plain(Floats) const { return Constant(1.0f); }
+
     Floats p, q;
 };
 
 struct Gaussian {
-    HWY_INLINE explicit Gaussian(const GrainKernels::Envelope& e) : b(Constant(e.shapeB)) {}
+    HWY_INLINE explicit Gaussian(const GrainKernels::Envelope& e)
+        : steepness(e.shapeB), b(Constant(e.shapeB)) {}
 
-    HWY_INLINE Floats operator()(Floats x) const {
+    HWY_INLINE Floats operator()(Floats x) const { return Pow2(Power(x)); }
+
+    /// On one side of the middle, and where powers are not held.
+    HWY_INLINE bool IsPlain(float first, float last) const {
+        const float one = PowerAt(first);
+        const float other = PowerAt(last);
+        return (first > 0.5f || last < 0.5f) && std::min(one, other) >= kLowestPower &&
+               std::max(one, other) < 0.0f;
+    }
+    HWY_INLINE Floats Plain(Floats x) const { return SmallPow2(Power(x)); }
+
+private:
+    HWY_INLINE Floats Power(Floats x) const {
         const Floats centred = hn::Sub(x, Constant(0.5f));
-        return Exp(hn::Mul(hn::Mul(centred, b), hn::Mul(centred, Constant(-0.5f))));
+        const Floats exponent = hn::Mul(hn::Mul(centred, b), hn::Mul(centred, Constant(-0.5f)));
+        return hn::Mul(exponent, Constant(kBinaryLogOfE));
+    }
+    HWY_INLINE float PowerAt(float x) const {
+        const float centred = x - 0.5f;
+        return (centred * steepness) * (centred * -0.5f) * kBinaryLogOfE;
     }
 
+    float steepness;
     Floats b;
 };
 
@@ -118,12 +159,28 @@ struct WindowedSinc {
         : lobes(Constant(e.shapeB * 31.415928f)), window(0.2f, 0.1f) {}
 
     HWY_INLINE Floats operator()(Floats x) const {
-        const Floats y = hn::Mul(lobes, hn::Sub(x, Constant(0.5f)));
-        const Floats z = SineOfTurn(hn::Add(hn::Mul(y, Constant(0.15915494f)), Constant(5.0f)));
-        const Floats sine = hn::Add(z, Bend(z, 0.225f));
+        const Floats y = Angle(x);
         const auto centre = hn::Lt(hn::Abs(y), Constant(kSincCentre));
-        const Floats lobe = hn::Div(hn::Mul(window(x), sine), y);
+        const Floats lobe = hn::Div(hn::Mul(window(x), Sine(y)), y);
         return hn::IfThenElse(centre, Constant(1.0f), lobe);
+    }
+
+    /// Where the window is 1, on one side of the middle.
+    HWY_INLINE bool IsPlain(float first, float last) const {
+        const float scale = hn::GetLane(lobes);
+        return window.IsPlain(first, last) &&
+               (scale * (first - 0.5f) >= kSincCentre || scale * (last - 0.5f) <= -kSincCentre);
+    }
+    HWY_INLINE Floats Plain(Floats x) const {
+        const Floats y = Angle(x);
+        return hn::Div(Sine(y), y);
+    }
+
+private:
+    HWY_INLINE Floats Angle(Floats x) const { return hn::Mul(lobes, hn::Sub(x, Constant(0.5f))); }
+    static HWY_INLINE Floats Sine(Floats y) {
+        const Floats z = SineOfTurn(hn::Add(hn::Mul(y, Constant(0.15915494f)), Constant(5.0f)));
+        return hn::Add(z, Bend(z, 0.225f));
     }
 
     Floats lobes;
@@ -222,71 +279,20 @@ HWY_INLINE void WithShape(uint32_t shape, const Use& use) {
     }
 }
 
-/// From phases to the envelope there, in place.
+/// From phases, which rise, to the envelope there, in place.
 template <class Shape>
 HWY_INLINE void ShapePhases(const GrainKernels::Envelope& e, uint32_t count, float* x) {
+    const FloatTag d;
     const Shape shape(e);
+    if constexpr (requires { shape.IsPlain(0.0f, 0.0f); }) {
+        if (shape.IsPlain(x[0], x[count - 1])) {
+            for (uint32_t i = 0; i < count; i += LaneCount())
+                hn::StoreU(shape.Plain(hn::LoadU(d, x + i)), d, x + i);
+            return;
+        }
+    }
     for (uint32_t i = 0; i < count; i += LaneCount())
-        hn::StoreU(shape(hn::LoadU(FloatTag(), x + i)), FloatTag(), x + i);
-}
-
-/// Whether vectors of products with an inverse have come to the same singles as the quotients
-/// would. Such a product is up to 2.5 steps of double precision off the quotient, which doesn't
-/// matter as long as it keeps further than that from the middle between two singles.
-class TieWatch {
-public:
-    HWY_INLINE TieWatch() : nearest(hn::Set(IntTag(), kMiddle)) {}
-
-    HWY_INLINE void Look([[maybe_unused]] Doubles first, [[maybe_unused]] Doubles second) {
-#if HWY_TARGET != HWY_SCALAR
-        const IntTag di;
-        const hn::RebindToUnsigned<DoubleTag> words;
-        // What singles leave off lies in the low half of each.
-        const Ints low = hn::OddEven(hn::BitCast(di, hn::ShiftLeft<32>(hn::BitCast(words, second))),
-                                     hn::BitCast(di, first));
-        const Ints beyond = hn::Sub(low, hn::Set(di, kMiddle - 4));
-        nearest = hn::Min(nearest, hn::And(beyond, hn::Set(di, 2 * kMiddle - 8)));
-#endif
-    }
-    HWY_INLINE bool Clear() const {
-        return HWY_TARGET != HWY_SCALAR &&
-               hn::AllTrue(IntTag(), hn::Gt(nearest, hn::Zero(IntTag())));
-    }
-
-private:
-    static constexpr int32_t kMiddle = 1 << 28;
-    Ints nearest;
-};
-
-/// How far the grain is at every sample: source samples read over its length. Both elapsed and step
-/// are of so few digits that sums are exact.
-HWY_INLINE void FillPhases(float length, double elapsed, double step, uint32_t count, float* out) {
-    const Doubles whole = hn::Set(DoubleTag(), static_cast<double>(length));
-    const Doubles inverse = hn::Set(DoubleTag(), 1.0 / static_cast<double>(length));
-    const Doubles ahead = hn::Set(DoubleTag(), step * static_cast<double>(LaneCount()));
-    const Line read(elapsed, step);
-    const Doubles first = read.First();
-    const Doubles second = read.Second();
-    TieWatch ties;
-    Doubles x = first;
-    Doubles y = second;
-    for (uint32_t i = 0; i < count; i += LaneCount()) {
-        const Doubles p = hn::Mul(x, inverse);
-        const Doubles q = hn::Mul(y, inverse);
-        ties.Look(p, q);
-        hn::StoreU(Narrow(p, q), FloatTag(), out + i);
-        x = hn::Add(x, ahead);
-        y = hn::Add(y, ahead);
-    }
-    if (HWY_LIKELY(ties.Clear()))
-        return;
-    x = first;
-    y = second;
-    for (uint32_t i = 0; i < count; i += LaneCount()) {
-        hn::StoreU(Narrow(hn::Div(x, whole), hn::Div(y, whole)), FloatTag(), out + i);
-        x = hn::Add(x, ahead);
-        y = hn::Add(y, ahead);
-    }
+        hn::StoreU(shape(hn::LoadU(d, x + i)), d, x + i);
 }
 
 }  // namespace HWY_NAMESPACE

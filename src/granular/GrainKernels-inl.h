@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "granular/GrainEnvelopes-inl.h"
+#include "granular/GrainPhases-inl.h"
 #include "granular/GrainReads-inl.h"
 #include "granular/GrainVectors-inl.h"
 

@@ -66,6 +66,19 @@ private:
     Doubles start, ahead, wayOfFirst, wayOfSecond;
 };
 
+/// Truncated; all of x lie in the range of integers, so that no lane needs mending.
+HWY_INLINE Ints TruncatedInRange(Floats x) {
+#if HWY_TARGET == HWY_AVX3
+    return Ints{_mm512_cvttps_epi32(x.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    return Ints{_mm256_cvttps_epi32(x.raw)};
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+    return Ints{_mm_cvttps_epi32(x.raw)};
+#else
+    return hn::ConvertTo(IntTag(), x);
+#endif
+}
+
 /// Two halves of a vector, rounded to single precision.
 HWY_INLINE Floats Narrow(Doubles first, [[maybe_unused]] Doubles second) {
 #if HWY_TARGET == HWY_SCALAR
