@@ -34,9 +34,14 @@ HWY_INLINE Floats Pow2(Floats x) {
 }
 
 /// The same of x from kLowestPower to below 0.
-HWY_INLINE Floats SmallPow2(Floats x) {
+HWY_INLINE Floats FallingPow2(Floats x) {
     const Floats bits = Pow2Bits(x, hn::Add(hn::Sub(x, hn::Trunc(x)), Constant(1.0f)));
     return hn::BitCast(FloatTag(), TruncatedInRange(bits));
+}
+
+/// The same of x from 0 to below 127.
+HWY_INLINE Floats RisingPow2(Floats x) {
+    return hn::BitCast(FloatTag(), TruncatedInRange(Pow2Bits(x, hn::Sub(x, hn::Trunc(x)))));
 }
 
 constexpr float kBinaryLogOfE = 1.442695f;
@@ -132,7 +137,7 @@ struct Gaussian {
         return (first > 0.5f || last < 0.5f) && std::min(one, other) >= kLowestPower &&
                std::max(one, other) < 0.0f;
     }
-    HWY_INLINE Floats Plain(Floats x) const { return SmallPow2(Power(x)); }
+    HWY_INLINE Floats Plain(Floats x) const { return FallingPow2(Power(x)); }
 
 private:
     HWY_INLINE Floats Power(Floats x) const {
@@ -191,9 +196,18 @@ struct Fall {
     HWY_INLINE explicit Fall(const GrainKernels::Envelope& e)
         : steepness(Constant(e.shapeA * 10.0f)), scale(Constant(e.shapeB)) {}
 
-    HWY_INLINE Floats operator()(Floats x) const {
-        const Floats one = Constant(1.0f);
-        return hn::Mul(hn::Sub(Exp(hn::Mul(steepness, hn::Sub(one, x))), one), scale);
+    HWY_INLINE Floats operator()(Floats x) const { return Behind(Pow2(Power(x))); }
+
+    HWY_INLINE bool IsPlain(float, float last) const { return last <= 1.0f; }
+    HWY_INLINE Floats Plain(Floats x) const { return Behind(RisingPow2(Power(x))); }
+
+private:
+    HWY_INLINE Floats Power(Floats x) const {
+        const Floats exponent = hn::Mul(steepness, hn::Sub(Constant(1.0f), x));
+        return hn::Mul(exponent, Constant(kBinaryLogOfE));
+    }
+    HWY_INLINE Floats Behind(Floats power) const {
+        return hn::Mul(hn::Sub(power, Constant(1.0f)), scale);
     }
 
     Floats steepness, scale;
