@@ -35,7 +35,9 @@ void DisplayFeed::OnBlock(const BlockReport& report) {
     WatchStages(*report.processor, isOn);
     if (!isOn)
         return;
-    NoteMoment(report);
+    isMoment = !isMoment;
+    if (isMoment)
+        NoteMoment(report);
     NoteLevels(report);
     const dsp::MoteWeaver& granular = Processor::GranularModuleOf(*report.processor);
     draft.pairsStarted += granular.StartedCount();

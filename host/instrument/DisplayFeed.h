@@ -67,6 +67,7 @@ private:
     TripleBuffer<DisplayFrame> pictures;
     DisplayState draft;  ///< gathers what the next picture shows
     DisplayMoments heard;
+    bool isMoment = false;  ///< the last block was one
     TapeOutline outline;
     uint32_t clears = 0;  ///< of the tape, that the outline knows of
     std::array<Known, DisplayFrame::kGrainRoom> known{};

@@ -22,7 +22,7 @@ struct ShownGrain {
     bool reversed = false;
 };
 
-/// One moment a block, round and round: moment m is at m % kMoments.
+/// A moment every other block, round and round: moment m is at m % kMoments.
 struct DisplayMoments {
     static constexpr uint32_t kMoments = 64;
 

@@ -180,7 +180,7 @@ DrawnView::Actions SpacePad(FaceModel& model) {
         const Point before = trail->empty() ? Point{-1.0, -1.0} : trail->back();
         bool moved = trail->empty() || before.x != trail->front().x || before.y != trail->front().y;
         for (; *heard < frame.moments; ++*heard)
-            if (*heard % 8 == 0)
+            if (*heard % 4 == 0)
                 trail->push_back({static_cast<double>(frame.space[0][*heard % kRoom]),
                                   static_cast<double>(frame.space[1][*heard % kRoom])});
         while (trail->size() > 250)

@@ -8,7 +8,7 @@ namespace Quorvan::Ui {
 namespace {
 
 constexpr size_t kKept = 360;
-constexpr size_t kShare = 8;  ///< moments of the feed for one that is drawn
+constexpr size_t kShare = 4;  ///< moments of the feed for one that is drawn
 
 /// One running line: the highest of each kShare moments.
 class Trace {

@@ -39,7 +39,7 @@ public:
 
 private:
     static constexpr size_t kKept = 200;
-    static constexpr size_t kShare = 6;  ///< moments of the feed for one that is drawn
+    static constexpr size_t kShare = 3;  ///< moments of the feed for one that is drawn
 
     Stage& stage;
     uint32_t source;
