@@ -121,6 +121,7 @@ private:
 
     double lastPressTime = -1.0;
     Widget* lastPressed = nullptr;
+    Point pressedAt;
     double now = 0.0;
     double drawSeconds = 0.0;
     double pictureSeconds = 0.0;  ///< of all draws since the last Idle

@@ -106,12 +106,7 @@ void FaceCore::UpdateTip() {
     tipText = std::move(text);
     if (!show)
         return;
-    cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
-    cairo_t* const context = cairo_create(surface);
-    Painter painter(context, 1.0);
-    tipBox = LayTip(painter, false);
-    cairo_destroy(context);
-    cairo_surface_destroy(surface);
+    tipBox = Measured([this](Painter& painter) { return LayTip(painter, false); });
     Invalidate(tipBox);
 }
 

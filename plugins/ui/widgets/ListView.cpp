@@ -45,11 +45,14 @@ void ListView::Draw(Painter& painter) {
         if (line.star >= 0)
             painter.Text({row.x + 8.0, row.y, 16.0, kRow}, line.star == 1 ? "\u2605" : "\u2606",
                          {Theme::kBody, line.star == 1 ? Theme::kPlayHead : Theme::kDim});
-        const double share = line.note.empty() ? 1.0 : 0.5;
-        painter.Text({row.x + left, row.y, share * row.width - left - 4.0, kRow}, line.text,
-                     {Theme::kBody, Theme::kText});
+        // The note has what the text leaves, and half of the row at least.
+        const double room = row.width - left - 10.0;
+        const double most = line.note.empty() ? room : std::max(0.5 * row.width - left, 0.0);
+        const Type type{Theme::kBody, Theme::kText};
+        const double width = std::min(painter.TextWidth(line.text, type) + 1.0, most);
+        painter.Text({row.x + left, row.y, width, kRow}, line.text, type);
         if (!line.note.empty())
-            painter.Text({row.x + 0.5 * row.width, row.y, 0.5 * row.width - 10.0, kRow}, line.note,
+            painter.Text({row.x + left + width + 12.0, row.y, room - width - 12.0, kRow}, line.note,
                          {Theme::kSmall, Theme::kDim}, Align::Right);
     }
     if (shown.size() > RowsShown()) {
