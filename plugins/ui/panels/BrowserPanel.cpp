@@ -94,6 +94,7 @@ void BrowserPanel::AddLists() {
         }
         return lines;
     };
+    list.none = "No preset has all of these words and tags.";
     list.choose = [this](size_t line) {
         const std::string problem = model.LoadPreset(found[line]);
         if (!problem.empty())

@@ -189,7 +189,7 @@ void HeaderPanel::AddOwnSong(const Rect& anchor, std::vector<MenuItem>& items) {
     };
     tempo.text = "Tempo: " + TempoText(song.Tempo()) + "\u2026";
     tempo.action = [this, &song, anchor] {
-        stage.OpenEntry({anchor.x, anchor.y, 120.0, anchor.height}, TempoText(song.Tempo()),
+        stage.OpenEntry(anchor, TempoText(song.Tempo()),
                         [&song](const std::string& text) -> std::string {
                             const auto wanted = Host::ReadNumber(text);
                             if (!wanted || !(*wanted >= kSlowest && *wanted <= kFastest))

@@ -35,6 +35,9 @@ void ListView::ShowChosen() {
 
 void ListView::Draw(Painter& painter) {
     painter.Round(box, 6.0, Theme::kWell);
+    if (shown.empty())
+        painter.Text({box.x + 14.0, box.y, box.width - 28.0, kRow}, actions.none,
+                     {Theme::kBody, Theme::kDim});
     for (size_t i = top; i < std::min(shown.size(), top + RowsShown()); ++i) {
         const Line& line = shown[i];
         const Rect row{box.x + 4.0, box.y + kRow * static_cast<double>(i - top), box.width - 8.0,
