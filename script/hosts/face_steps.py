@@ -65,7 +65,7 @@ class Live:
         with open(self.saved, encoding="utf-8") as file:
             return json.load(file)
 
-    def until(self, holds, seconds=4):
+    def until(self, holds):
         """The first state that holds answers True to, or else the last one."""
         last = [self.state()]
 
@@ -73,7 +73,7 @@ class Live:
             last[0] = self.state()
             return holds(last[0])
 
-        self.wait(look, seconds)
+        self.wait(look)
         return last[0]
 
     def positions(self, changes):
