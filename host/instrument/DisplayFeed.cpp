@@ -16,6 +16,10 @@ namespace {
 
 constexpr double kPicturesPerSecond = 60.0;
 constexpr uint32_t kLimiterMeter = Processor::ModuleIndex::kLimiter + 12;
+/// Three clocks stand ahead of the beat mode's sequencer.
+constexpr uint32_t kBeatStep = Processor::ModuleIndex::kMoteWeaver +
+                               3 * dsp::GranularPhaseHelper::kParameterCount +
+                               dsp::StepSequencerGranular::CurrentStep;
 
 }  // namespace
 
@@ -53,6 +57,7 @@ void DisplayFeed::WatchStages(Processor::IProcessor_V5& processor, bool on) {
     Processor::WatchStages(processor, on);
     watched = wanted;
     limiterMeter = on ? Processor::ParameterRecordOf(processor, kLimiterMeter) : nullptr;
+    beatStep = on ? Processor::ParameterRecordOf(processor, kBeatStep) : nullptr;
     outline.LookAgain();
 }
 
@@ -108,6 +113,8 @@ void DisplayFeed::Publish(const BlockReport& report) {
     for (uint32_t i = 0; i < draft.functionPhases.size(); ++i)
         draft.functionPhases[i] = Processor::FunctionPhase(*report.processor, i);
     draft.sequencerStep = Processor::SequencerStep(*report.processor);
+    if (beatStep != nullptr)
+        draft.beatStep = static_cast<uint32_t>(beatStep->GetValue());
     ++draft.number;
     DisplayFrame& frame = pictures.Writing();
     ShowTape(granular, frame);

@@ -77,6 +77,7 @@ private:
     uint32_t framesSince = 0;                     ///< that
     Processor::IProcessor_V5* watched = nullptr;  ///< whose stages are watched
     dsp::Parameter* limiterMeter = nullptr;       ///< its own
+    dsp::Parameter* beatStep = nullptr;           ///< its own as well
     Clock::time_point workBegan;
     double unmeasured = 0.0;  ///< seconds of sound since the load was measured last
     bool isMeasuring = false;

@@ -46,6 +46,7 @@ struct DisplayState {
     uint64_t moments = 0;                   ///< so far
     std::array<float, 3> functionPhases{};  ///< places on the drawn curves, 0..1
     uint32_t sequencerStep = 0;             ///< that the step sequencer plays, from 0
+    uint32_t beatStep = 0;                  ///< the same of the beat mode's pattern
     std::array<float, kModulationDestinations> destinations{};  ///< positions, modulation included
 
     /// Highest levels since the frame before, linear, by side.

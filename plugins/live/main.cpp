@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -196,19 +197,39 @@ void KeepState(Host::Instrument& instrument, const LiveOptions& options) {
         throw Trouble{kCannotWrite, problem};
 }
 
-/// The signals that end the program; they are waited for, so that nothing is interrupted by them.
-sigset_t EndingSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&signals, signal);
-    return signals;
+/// A file that can't be written now is no reason to stop.
+void KeepWhilePlaying(Host::Instrument& instrument, const LiveOptions& options) {
+    try {
+        KeepState(instrument, options);
+    } catch (const Trouble& trouble) {
+        Complain(trouble.sentence);
+    }
 }
 
-bool Ends(const sigset_t& signals, long milliseconds) {
-    const timespec wait{milliseconds / 1000, milliseconds % 1000 * 1000000};
-    return sigtimedwait(&signals, nullptr, &wait) > 0;
-}
+/// The signals that end the program, and the one by which session managers have it save. They are
+/// waited for, so that nothing is interrupted by them.
+class Signals {
+public:
+    /// Ahead of every other thread, since all of them inherit what is blocked.
+    explicit Signals(std::function<void()> toSave) : save(std::move(toSave)) {
+        sigemptyset(&set);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGUSR1})
+            sigaddset(&set, signal);
+        pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    }
+    /// Waits so long; answers whether the program is to end.
+    bool End(long milliseconds) const {
+        const timespec wait{milliseconds / 1000, milliseconds % 1000 * 1000000};
+        const int signal = sigtimedwait(&set, nullptr, &wait);
+        if (signal == SIGUSR1)
+            save();
+        return signal > 0 && signal != SIGUSR1;
+    }
+
+private:
+    sigset_t set{};
+    std::function<void()> save;
+};
 
 void Introduce(const LiveOptions& options, const JackClient& client, uint32_t latency, int wires) {
     char text[256];
@@ -247,12 +268,12 @@ public:
 
     /// Whether the program is to end, by a signal or because the window was closed; waits so long
     /// for that.
-    bool Ends(const sigset_t& signals, long milliseconds) {
+    bool Ends(const Signals& signals, long milliseconds) {
         constexpr long kFrame = 16;
         if (window == nullptr)
-            return Live::Ends(signals, milliseconds);
+            return signals.End(milliseconds);
         for (long waited = 0; waited < milliseconds; waited += kFrame)
-            if (Live::Ends(signals, kFrame) || !window->Idle())
+            if (signals.End(kFrame) || !window->Idle())
                 return true;
         return false;
     }
@@ -262,8 +283,8 @@ private:
 };
 
 /// Plays until a signal comes, also where the server goes and comes back.
-void Play(Host::Instrument& instrument, const LiveOptions& options, Lessons& lessons) {
-    const sigset_t signals = EndingSignals();
+void Play(Host::Instrument& instrument, const LiveOptions& options, const Signals& signals,
+          Lessons& lessons) {
     jack_set_error_function([](const char*) {});
     jack_set_info_function([](const char*) {});
     bool refused = false;
@@ -352,7 +373,8 @@ int Main(int argc, char** argv) {
            "control of theirs may stand for; for --save-state")
         ->type_name("N=NAME...");
     app.add_option("--save-state", options.saveState,
-                   "Writes the state that plug-ins load to a file, at the start and at the end");
+                   "Writes the state that plug-ins load to a file, at the start, at the end and "
+                   "whenever SIGUSR1 comes");
     app.add_option("--name", options.name, "Name of the JACK client")
         ->capture_default_str()
         ->check([](const std::string& name) {
@@ -368,11 +390,11 @@ int Main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kUsage;
     }
-    // Ahead of every thread: all of them inherit it.
-    const sigset_t signals = EndingSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::function<void()> keep;
+    const Signals signals([&keep] { keep(); });
     try {
         Host::Instrument instrument(Host::SharedCatalog());
+        keep = [&instrument, &options] { KeepWhilePlaying(instrument, options); };
         SetUp(instrument, options);
         Lessons lessons = Teach(instrument, options);
         LookForFolders(options);
@@ -380,7 +402,7 @@ int Main(int argc, char** argv) {
         KeepSetList(FindSetList(options.setList));
         KeepState(instrument, options);
         try {
-            Play(instrument, options, lessons);
+            Play(instrument, options, signals, lessons);
         } catch (const Trouble& trouble) {
             // What has been played so far is not lost with what could not be learnt.
             if (trouble.code == kCannotWrite)

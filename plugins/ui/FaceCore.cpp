@@ -126,9 +126,20 @@ std::vector<Rect> FaceCore::Idle(double seconds) {
         saying.clear();
         Invalidate(Layout::kTabs);
     }
+    UpdateWaiting();
     if (showsCounter)
         Invalidate({1100.0, 48.0, 164.0, 24.0});
     return canvas.TakeNews();
+}
+
+void FaceCore::UpdateWaiting() {
+    const uint32_t index = model.TheInstrument().LearningMidi();
+    const std::string sentence =
+        index == Host::kUnassigned
+            ? std::string()
+            : model.Catalog()[index].title + " waits for MIDI: move a control.";
+    if (std::exchange(waiting, sentence) != sentence)
+        Invalidate(Layout::kTabs);
 }
 
 bool FaceCore::Key(const KeyEvent& event) {

@@ -81,6 +81,7 @@ private:
     bool CommandKey(const KeyEvent& event);
     void OpenControlMenu(Control& control, const Rect& anchor);
     void TidyOverlays();
+    void UpdateWaiting();
     void Invalidate(const Rect& area) { canvas.Invalidate(area); }
 
     void Paint(Painter& painter, const Rect& area);
@@ -115,12 +116,13 @@ private:
     Rect tipBox;
     std::string tipTitle, tipText;
     std::optional<uint32_t> carried;
-    Rect carriedBox;  ///< of what lies under it
-    std::string saying;
+    Rect carriedBox;              ///< of what lies under it
+    std::string saying, waiting;  ///< waiting: for MIDI that teaches; said while nothing else is
     double sayingUntil = 0.0;
 
     double lastPressTime = -1.0;
     Widget* lastPressed = nullptr;
+    Point pressedAt;
     double now = 0.0;
     double drawSeconds = 0.0;
     double pictureSeconds = 0.0;  ///< of all draws since the last Idle

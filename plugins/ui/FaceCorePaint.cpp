@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 
@@ -57,12 +58,21 @@ void FaceCore::Paint(Painter& painter, const Rect& area) {
     }
 }
 
+/// Beside the names of the pages; over the browser, with a ground of its own.
 void FaceCore::PaintSaying(Painter& painter) {
-    if (!saying.empty())
-        painter.Text(
-            {Layout::kTabs.x + 136.0 * static_cast<double>(pages.size()), Layout::kTabs.y,
-             Layout::kTabs.width - 136.0 * static_cast<double>(pages.size()), Layout::kTabs.height},
-            saying, {Theme::kBody, Theme::kText}, Align::Right);
+    constexpr double kTab = 136.0, kPad = 12.0;
+    const Type type{Theme::kBody, Theme::kText};
+    const std::string& sentence = saying.empty() && !browserIsOpen ? waiting : saying;
+    if (sentence.empty())
+        return;
+    const double room = Layout::kTabs.width - kTab * static_cast<double>(pages.size());
+    const double width = std::min(room, painter.TextWidth(sentence, type) + 2.0 * kPad + 1.0);
+    const Rect box{Layout::kTabs.Right() - width, Layout::kTabs.y, width, Layout::kTabs.height};
+    if (browserIsOpen) {
+        painter.Round(box, 4.0, Theme::kRaised);
+        painter.RoundLine(box, 4.0, Theme::kText);
+    }
+    painter.Text(browserIsOpen ? box.Inset(kPad, 0.0) : box, sentence, type, Align::Right);
 }
 
 /// Where a source can be dropped, and what it is.
@@ -106,12 +116,7 @@ void FaceCore::UpdateTip() {
     tipText = std::move(text);
     if (!show)
         return;
-    cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
-    cairo_t* const context = cairo_create(surface);
-    Painter painter(context, 1.0);
-    tipBox = LayTip(painter, false);
-    cairo_destroy(context);
-    cairo_surface_destroy(surface);
+    tipBox = Measured([this](Painter& painter) { return LayTip(painter, false); });
     Invalidate(tipBox);
 }
 

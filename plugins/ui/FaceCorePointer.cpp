@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "host/parameters/ModulationNames.h"
 #include "plugins/ui/FaceCore.h"
 #include "plugins/ui/panels/Layout.h"
@@ -7,6 +9,7 @@ namespace Quorvan::Ui {
 namespace {
 
 constexpr double kDoubleClickSeconds = 0.35;
+constexpr double kStill = 4.0;  ///< pixels that a click may move
 constexpr float kDropAmount = 0.25f;
 
 PointerEvent Moved(const PointerEvent& event, Point at) {
@@ -61,6 +64,7 @@ bool FaceCore::Press(const PointerEvent& event) {
                           event.time - lastPressTime < kDoubleClickSeconds;
     lastPressed = isDouble ? nullptr : widget;
     lastPressTime = event.time;
+    pressedAt = moved.at;
     held = widget;
     isDouble ? widget->DoubleClick(moved) : widget->Press(moved);
     widget->Invalidate();
@@ -75,6 +79,9 @@ bool FaceCore::Move(const PointerEvent& event) {
         return true;
     }
     if (held != nullptr) {
+        // What was dragged is not the first half of a double click.
+        if (std::hypot(moved.at.x - pressedAt.x, moved.at.y - pressedAt.y) > kStill)
+            lastPressed = nullptr;
         held->Drag(moved);
         held->Invalidate();
         return true;

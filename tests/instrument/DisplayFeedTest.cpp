@@ -49,20 +49,25 @@ TEST(DisplayFeedTest, ShowsWhatSoundsAndChangesNothingOfIt) {
 }
 
 TEST(DisplayFeedTest, AClearedTapeIsSeenEmptyAtOnceAndTheStepFollowsTheSequencer) {
-    ReadyInstrument instrument("StepSeq_NbSteps=4;StepSeq_RateUnSynced=20 Hz;");
+    ReadyInstrument instrument(
+        "StepSeq_NbSteps=4;StepSeq_RateUnSynced=20 Hz;MoteWeaver_GranularMode=Beat;"
+        "MoteWeaver_StepSequencerGranular_NbSteps=4;"
+        "MoteWeaver_GranularPhaseHelper_RateSynced=1/16;");
     instrument.Display().Watch(true);
     const auto highest = [&] {
         instrument.Display().Take();
         const auto& columns = instrument.Display().Latest().tape.highest;
         return std::count_if(columns.begin(), columns.end(), [](float x) { return x > 0.0f; });
     };
-    std::set<uint32_t> steps;
+    std::set<uint32_t> steps, beats;
     for (int i = 0; i < 40; ++i) {
         instrument.Run(NoiseInput(1024));
         instrument.Display().Take();
         steps.insert(instrument.Display().Latest().sequencerStep);
+        beats.insert(instrument.Display().Latest().beatStep);
     }
     EXPECT_EQ(steps, (std::set<uint32_t>{0, 1, 2, 3}));
+    EXPECT_EQ(beats, steps);
     EXPECT_GT(highest(), 200);
     instrument.Run(NoiseInput(2048), {ControlAt(0, 25, 1.0)});
     EXPECT_LT(highest(), 60);

@@ -136,28 +136,17 @@ TEST_F(FaceTest, ADragIsOneStepAndOneGestureForTheHost) {
 }
 
 TEST_F(FaceTest, TypedValuesAreReadAndRefused) {
-    Put("Granular Mode", "Classic");
     Click(Find("Grain Size")->box.Centre());
     face.Key({Key::Enter, 0, {}});
-    EXPECT_TRUE(face.IsTyping());
     face.Text("never");
     face.Key({Key::Enter, 0, {}});
     EXPECT_TRUE(face.IsTyping());
-    for (int i = 0; i < 5; ++i)
-        face.Key({Key::Backspace, 0, {}});
+    face.Key({Key::Letter, 'a', {.control = true}});
+    face.Key({Key::Other, 0, {}});  // as that of "1", which windows tell of ahead of its sign
     face.Text("120 ms");
     face.Key({Key::Enter, 0, {}});
     EXPECT_FALSE(face.IsTyping());
     EXPECT_NEAR(face.Model().ValueOf("Grain Size"), 120.0, 0.5);
-}
-
-TEST_F(FaceTest, ASourceDroppedOnAKnobMovesIt) {
-    const Point from = Find<SourceTile>("Function 2")->box.Centre();
-    const Point to = Find<Knob>("Density")->box.Centre();
-    Drag(from, to.x - from.x, to.y - from.y);
-    EXPECT_TRUE(face.Model().IsRouted(2, *Host::FindDestination("Density")));
-    instrument.Undo();
-    EXPECT_EQ(face.Model().RoutesFrom(2), 0u);
 }
 
 TEST_F(FaceTest, ACurveTakesNewPointsAndMovesThem) {
@@ -327,7 +316,7 @@ TEST_F(FaceTest, TextsFitAndEveryControlIsExplained) {
             face.NoteTexts(&texts);
             Picture();
             face.NoteTexts(nullptr);
-            EXPECT_GT(texts.size(), 60u);
+            EXPECT_GT(texts.size(), 50u);
             for (const PlacedText& text : texts)
                 EXPECT_LE(text.width, text.box.width + 0.5) << text.text << " at " << scale;
             for (Widget* const widget : face.Shown())

@@ -75,4 +75,17 @@ private:
     std::vector<PlacedText>* texts;
 };
 
+/// What measure(painter) answers of a painter on nothing, for what has to know its size before it
+/// is drawn.
+template <class Measure>
+auto Measured(Measure&& measure) {
+    cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
+    cairo_t* const context = cairo_create(surface);
+    Painter painter(context, 1.0);
+    const auto size = measure(painter);
+    cairo_destroy(context);
+    cairo_surface_destroy(surface);
+    return size;
+}
+
 }  // namespace Quorvan::Ui

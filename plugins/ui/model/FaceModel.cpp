@@ -100,6 +100,11 @@ std::string FaceModel::Text(uint32_t index) const {
     return Catalog().Text(index, Position(index), Texts());
 }
 
+std::string FaceModel::EffectIn(const std::string& slot) const {
+    const std::string name = Text(*Find(slot + " Effect"));
+    return name == "Octaver Delay" ? "Octaver" : name;
+}
+
 void FaceModel::EditOnce(uint32_t index, float position) {
     Begin(index);
     Edit(index, position);

@@ -46,6 +46,8 @@ public:
     /// The number behind a parameter's text.
     double ValueOf(std::string_view name) const;
     std::string Text(uint32_t index) const;
+    /// What a slot ("FX1") holds, as the groups of its parameters call it.
+    std::string EffectIn(const std::string& slot) const;
     Host::TextContext Texts() const { return settings.Texts(); }
 
     void Begin(uint32_t index) { instrument.BeginGesture(index); }

@@ -46,8 +46,8 @@ void BrowserPanel::Search() {
 }
 
 void BrowserPanel::AddLists() {
-    TextField& search = Add<TextField>(At(176.0, 12.0, 400.0, TextField::kHeight), "", nullptr);
-    search.MakeLasting("Search names, descriptions and tags");
+    TextField& search = Add<TextField>(At(176.0, 12.0, 400.0, TextField::kHeight), "",
+                                       "Search names, descriptions and tags");
     search.OnChange([this](const std::string& text) {
         words = text;
         Search();
@@ -94,6 +94,7 @@ void BrowserPanel::AddLists() {
         }
         return lines;
     };
+    list.none = "No preset has all of these words and tags.";
     list.choose = [this](size_t line) {
         const std::string problem = model.LoadPreset(found[line]);
         if (!problem.empty())

@@ -142,6 +142,11 @@ public:
         };
         empty = &Add<DrawnView>(At(12.0, 108.0, place.width - 24.0, 24.0), "", "", std::move(hint));
     }
+    /// The title stands in a line with the controls beside it.
+    void DrawGround(Painter& painter) const override {
+        painter.Round(box, 8.0, Theme::kPanel);
+        painter.Text(At(12.0, 5.0, 40.0, 24.0), title, {Theme::kBody, Theme::kText, true});
+    }
     void Update() override {
         const bool isEmpty = model.ChoiceOf(selector) == 0;
         empty->Show(isEmpty);
@@ -182,10 +187,7 @@ public:
             controls[slot] = std::make_unique<ParameterControl>(model, Name(slot) + "Position");
         RoadView::Actions actions;
         actions.place = [this](uint32_t slot) { return PlaceOf(slot); };
-        actions.name = [this](uint32_t slot) {
-            const std::string name = model.Text(*model.Find(Name(slot) + "Effect"));
-            return name == "Octaver Delay" ? std::string("Octaver") : name;
-        };
+        actions.name = [this](uint32_t slot) { return model.EffectIn(slot == 0 ? "FX1" : "FX2"); };
         actions.works = [this](uint32_t slot) {
             return model.ChoiceOf(Name(slot) + "Effect") != 0 &&
                    model.PositionOf(Name(slot) + "Bypass") < 0.5f;

@@ -152,6 +152,9 @@ BarEditor::Actions BeatSteps(FaceModel& model) {
         const int shown = static_cast<int>(times(i));
         return shown == 0 ? std::string() : std::to_string(shown);
     };
+    actions.played = [&model] {
+        return model.IsAlive() ? static_cast<int>(model.Frame().beatStep) : -1;
+    };
     actions.begin = [&model, value](uint32_t i) { model.Begin(value + i); };
     actions.set = [&model, value, on](uint32_t i, double height) {
         const double wanted = std::ceil(height * 4.0) - 1.0;

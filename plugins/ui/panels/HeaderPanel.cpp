@@ -129,11 +129,15 @@ void HeaderPanel::AddChance() {
 
 void HeaderPanel::OfferRandomise(const Rect& anchor) {
     std::vector<MenuItem> items;
-    for (const char* const group : {"Granular", "FX1 Filter", "FX2 Filter", "FX1 Delay",
-                                    "FX2 Delay", "FX1 Reverb", "FX2 Reverb", "Spatializer"})
+    std::vector<std::string> groups{"Granular"};
+    for (const std::string slot : {"FX1", "FX2"})
+        if (model.ChoiceOf(slot + " Effect") != 0)
+            groups.push_back(slot + " " + model.EffectIn(slot));
+    groups.emplace_back("Spatializer");
+    for (const std::string& group : groups)
         for (const float amount : {0.1f, 0.5f}) {
             MenuItem item;
-            item.text = std::string(group) + (amount < 0.3f ? ", a little" : ", a lot");
+            item.text = group + (amount < 0.3f ? ", a little" : ", a lot");
             item.startsGroup = amount < 0.3f;
             item.action = [this, group, amount] {
                 model.TheInstrument().Randomise(
@@ -185,7 +189,7 @@ void HeaderPanel::AddOwnSong(const Rect& anchor, std::vector<MenuItem>& items) {
     };
     tempo.text = "Tempo: " + TempoText(song.Tempo()) + "\u2026";
     tempo.action = [this, &song, anchor] {
-        stage.OpenEntry({anchor.x, anchor.y, 120.0, anchor.height}, TempoText(song.Tempo()),
+        stage.OpenEntry(anchor, TempoText(song.Tempo()),
                         [&song](const std::string& text) -> std::string {
                             const auto wanted = Host::ReadNumber(text);
                             if (!wanted || !(*wanted >= kSlowest && *wanted <= kFastest))
@@ -212,6 +216,7 @@ void HeaderPanel::AddMidi(std::vector<MenuItem>& items) {
 void HeaderPanel::AddAssignments(const Rect& anchor, std::vector<MenuItem>& items) {
     MenuItem heading;
     heading.text = "Free controls for hosts";
+    heading.startsGroup = true;
     items.push_back(std::move(heading));
     for (uint32_t number = 0; number < Host::kAssignments; ++number) {
         const uint32_t present = model.TheInstrument().Assignment(number);

@@ -34,7 +34,7 @@ public:
                                        {"Feedback", &Host::DisplayFrame::feedback},
                                        {"Grains", &Host::DisplayFrame::wet},
                                        {"Output", &Host::DisplayFrame::output}};
-        double y = 220.0;
+        double y = 228.0;
         for (const Line& line : kLines) {
             Add<LevelMeter>(At(12.0, y, 136.0, 28.0), line.name, [this, levels = line.levels] {
                 return model.IsFrameNew() ? model.Frame().*levels : std::array<float, 2>{};

@@ -43,7 +43,7 @@ constexpr PlacedControl kStepControls[]{
     {Kind::Toggle, "Bipolar", "Bipolar", 676.0, 230.0, 64.0, 26.0},
 };
 constexpr PlacedControl kFollowerControls[]{
-    {Kind::Choice, "Source", "Listens to", 16.0, 60.0, 128.0, 40.0},
+    {Kind::Choice, "Source", "Listens to", 12.0, 60.0, 128.0, 40.0},
     {Kind::Bipolar, "Gain", "Gain", 176.0, 36.0},
     {Kind::Knob, "Attack", "Attack", 264.0, 36.0},
     {Kind::Knob, "Release", "Release", 352.0, 36.0},

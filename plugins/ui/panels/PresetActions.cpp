@@ -7,6 +7,8 @@ namespace Quorvan::Ui {
 
 namespace {
 
+constexpr const char* kTagsLabel = "Tags, with commas between them";
+
 std::string Joined(const std::vector<std::string>& tags) {
     std::string all;
     for (const std::string& tag : tags)
@@ -49,8 +51,7 @@ void PresetActions::AskSave(const Rect& anchor) {
     stage.OpenForm(
         Wide(anchor),
         {{"Name", model.TheInstrument().PresetName()},
-         {"Tags, with commas between them",
-          entry != nullptr ? Joined(entry->tags) : std::string()}},
+         {kTagsLabel, entry != nullptr ? Joined(entry->tags) : std::string()}},
         [this](const std::vector<std::string>& lines) { return Save(lines[0], lines[1]); });
 }
 
@@ -76,8 +77,8 @@ std::string PresetActions::Save(const std::string& name, const std::string& tags
 
 void PresetActions::AskNewName(const Rect& anchor) {
     if (IsOwn())
-        stage.OpenEntry(Wide(anchor), Present()->name,
-                        [this](const std::string& name) { return Rename(name); });
+        stage.OpenForm(Wide(anchor), {{"New name", Present()->name}},
+                       [this](const std::vector<std::string>& lines) { return Rename(lines[0]); });
 }
 
 /// A sound that has been changed meanwhile stays as it is.
@@ -95,8 +96,9 @@ std::string PresetActions::Rename(const std::string& name) {
 
 void PresetActions::AskTags(const Rect& anchor) {
     if (IsOwn())
-        stage.OpenEntry(Wide(anchor), Joined(Present()->tags),
-                        [this](const std::string& text) { return SaveTags(text); });
+        stage.OpenForm(
+            Wide(anchor), {{kTagsLabel, Joined(Present()->tags)}},
+            [this](const std::vector<std::string>& lines) { return SaveTags(lines[0]); });
 }
 
 std::string PresetActions::SaveTags(const std::string& text) {
@@ -133,8 +135,9 @@ void PresetActions::OfferSetList(const Rect& anchor) {
     for (size_t i = 0; i < names.size(); ++i) {
         MenuItem item;
         item.text = std::to_string(i) + "   " + names[i];
-        item.action = [this, i, anchor] {
-            std::vector<MenuItem> ways;
+        item.action = [this, i, anchor, name = names[i]] {
+            std::vector<MenuItem> ways(1);
+            ways.front().text = name;
             for (const auto& [text, way] :
                  {std::pair("Earlier", -1), std::pair("Later", 1), std::pair("Take out", 0)}) {
                 MenuItem step;

@@ -8,6 +8,12 @@
 
 namespace Quorvan::Ui {
 
+namespace {
+
+constexpr uint32_t kFirstMacro = 5;  ///< macros have a slider on their tiles
+
+}  // namespace
+
 SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, const std::function<uint32_t()>& chosen,
                            const std::function<void(uint32_t)>& choose)
     : Panel(Layout::kSources) {
@@ -21,9 +27,10 @@ SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, const std::function<ui
         actions.routes = [&model, source] { return model.RoutesFrom(source); };
         actions.chosen = [chosen, source] { return chosen() == source; };
         actions.choose = [choose, source] { choose(source); };
+        actions.foot = source >= kFirstMacro ? 32.0 : 0.0;
         const Rect place = At((width + 8.0) * source, 0.0, width, box.height);
         Add<SourceTile>(place, face, source, Host::SourceName(source), std::move(actions));
-        if (source >= 5)
+        if (source >= kFirstMacro)
             Add<Slider>(Rect{place.x + 10.0, place.Bottom() - 32.0, place.width - 20.0, 24.0}, face,
                         std::make_unique<ParameterControl>(model, Host::SourceName(source)), "",
                         Theme::Source(source).Faded(0.35));

@@ -14,8 +14,8 @@ namespace Quorvan::Ui {
 /// drops them; Tab and arrows go from line to line. What is wrong with them stands below.
 class EntryForm final : public Widget {
 public:
-    /// Stands about the middle of anchor, inside room. One line without a label has no ground.
-    EntryForm(const Rect& anchor, const Rect& room, const std::vector<EntryLine>& lines,
+    /// Stands about the middle of anchor, inside whole. One line without a label has no ground.
+    EntryForm(const Rect& anchor, const Rect& whole, const std::vector<EntryLine>& lines,
               Stage::AcceptLines take);
 
     void Draw(Painter& painter) override;
@@ -23,13 +23,17 @@ public:
     bool Key(const KeyEvent& event) override;
     bool Text(std::string_view signs) override;
     bool IsDone() const { return done; }
-    /// With room for what may be wrong.
-    Rect Reach() const { return {box.x - 4.0, box.y - 4.0, box.width + 8.0, box.height + 86.0}; }
+    /// All that it has drawn on so far.
+    const Rect& Reach() const { return reach; }
 
 private:
     void Choose(size_t line);
     void Finish();
+    void Complain(std::string sentence);
 
+    Rect room, reach;
+    std::string problem;
+    Rect problemBox;
     std::vector<std::string> labels;
     std::vector<std::unique_ptr<TextField>> fields;
     size_t chosen = 0;

@@ -35,6 +35,9 @@ void ListView::ShowChosen() {
 
 void ListView::Draw(Painter& painter) {
     painter.Round(box, 6.0, Theme::kWell);
+    if (shown.empty())
+        painter.Text({box.x + 14.0, box.y, box.width - 28.0, kRow}, actions.none,
+                     {Theme::kBody, Theme::kDim});
     for (size_t i = top; i < std::min(shown.size(), top + RowsShown()); ++i) {
         const Line& line = shown[i];
         const Rect row{box.x + 4.0, box.y + kRow * static_cast<double>(i - top), box.width - 8.0,
@@ -45,11 +48,14 @@ void ListView::Draw(Painter& painter) {
         if (line.star >= 0)
             painter.Text({row.x + 8.0, row.y, 16.0, kRow}, line.star == 1 ? "\u2605" : "\u2606",
                          {Theme::kBody, line.star == 1 ? Theme::kPlayHead : Theme::kDim});
-        const double share = line.note.empty() ? 1.0 : 0.5;
-        painter.Text({row.x + left, row.y, share * row.width - left - 4.0, kRow}, line.text,
-                     {Theme::kBody, Theme::kText});
+        // The note has what the text leaves, and half of the row at least.
+        const double room = row.width - left - 10.0;
+        const double most = line.note.empty() ? room : std::max(0.5 * row.width - left, 0.0);
+        const Type type{Theme::kBody, Theme::kText};
+        const double width = std::min(painter.TextWidth(line.text, type) + 1.0, most);
+        painter.Text({row.x + left, row.y, width, kRow}, line.text, type);
         if (!line.note.empty())
-            painter.Text({row.x + 0.5 * row.width, row.y, 0.5 * row.width - 10.0, kRow}, line.note,
+            painter.Text({row.x + left + width + 12.0, row.y, room - width - 12.0, kRow}, line.note,
                          {Theme::kSmall, Theme::kDim}, Align::Right);
     }
     if (shown.size() > RowsShown()) {

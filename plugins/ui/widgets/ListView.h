@@ -21,6 +21,7 @@ public:
     struct Actions {
         std::function<std::vector<Line>()> lines;
         std::function<void(size_t)> choose, open, star;  ///< open: a double click or Enter
+        std::string none;                                ///< said where there are no lines
     };
 
     ListView(const Rect& place, std::string tip, std::string sentence, Actions itsActions);

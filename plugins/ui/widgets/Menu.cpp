@@ -8,15 +8,13 @@ namespace {
 
 /// Menus have to know how wide they are before anything is drawn.
 double WidthOf(const std::vector<MenuItem>& items) {
-    cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
-    cairo_t* const context = cairo_create(surface);
-    Painter painter(context, 1.0);
-    double width = 96.0;
-    for (const MenuItem& item : items)
-        width = std::max(width, painter.TextWidth(item.text, {Theme::kBody, Theme::kText, true}));
-    cairo_destroy(context);
-    cairo_surface_destroy(surface);
-    return std::min(width + 44.0, 420.0);
+    return Measured([&items](Painter& painter) {
+        double width = 96.0;
+        for (const MenuItem& item : items)
+            width =
+                std::max(width, painter.TextWidth(item.text, {Theme::kBody, Theme::kText, true}));
+        return std::min(width + 44.0, 420.0);
+    });
 }
 
 }  // namespace

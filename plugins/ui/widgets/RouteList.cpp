@@ -6,6 +6,14 @@
 
 namespace Quorvan::Ui {
 
+namespace {
+
+constexpr double kName = 156.0, kBehindBar = 72.0;  // widths of the name, and of amount and cross
+
+double BarWidth(const Rect& box) { return box.width - kName - kBehindBar; }
+
+}  // namespace
+
 RouteList::RouteList(const Rect& place, Actions itsActions)
     : Widget(place), actions(std::move(itsActions)) {}
 
@@ -31,9 +39,9 @@ void RouteList::Draw(Painter& painter) {
         const Rect row{box.x, box.y + kRow * static_cast<double>(i - top), box.width, kRow - 4.0};
         if (row.y > box.Bottom())
             break;
-        painter.Text({row.x, row.y, 128.0, row.height}, shown[i].name,
+        painter.Text({row.x, row.y, kName - 4.0, row.height}, shown[i].name,
                      {Theme::kSmall, Theme::kText});
-        const Rect bar{row.x + 132.0, row.y + 4.0, row.width - 204.0, row.height - 8.0};
+        const Rect bar{row.x + kName, row.y + 4.0, BarWidth(box), row.height - 8.0};
         painter.Fill(bar, Theme::kWell);
         const double middle = bar.Centre().x, end = middle + 0.5 * bar.width * shown[i].amount;
         painter.Fill({std::min(middle, end), bar.y, std::abs(end - middle), bar.height}, colour);
@@ -67,7 +75,7 @@ void RouteList::Press(const PointerEvent& event) {
 void RouteList::Drag(const PointerEvent& event) {
     if (held < 0)
         return;
-    const double way = 2.0 * (event.at.x - last.x) / (box.width - 204.0);
+    const double way = 2.0 * (event.at.x - last.x) / BarWidth(box);
     last = event.at;
     amount = std::clamp(amount + way * (event.modifiers.shift ? 0.1 : 1.0), -1.0, 1.0);
     // At nothing the route would be none, and vanish under the pointer.

@@ -41,14 +41,16 @@ void SourceTile::Draw(Painter& painter) {
                  {Theme::kSmall, Theme::kText, true});
     painter.Text({box.Right() - 34.0, box.y + 6.0, 24.0, 18.0}, std::to_string(shownRoutes),
                  {Theme::kSmall, shownRoutes > 0 ? colour : Theme::kDim}, Align::Right);
-    const Rect scope{box.x + 10.0, box.y + 30.0, box.width - 20.0, box.height - 38.0};
-    const double middle = scope.y + 0.5 * scope.height;
-    painter.Fill({scope.x, painter.Snap(middle), scope.width, 1.0}, Theme::kLine);
+    const Rect scope{box.x + 10.0, box.y + 30.0, box.width - 20.0,
+                     box.height - 38.0 - actions.foot};
+    const double reach = (actions.foot > 0.0 ? 1.0 : 0.5) * scope.height;
+    const double zero = scope.y + reach;
+    painter.Fill({scope.x, painter.Snap(zero), scope.width, 1.0}, Theme::kLine);
     std::vector<Point> line;
     for (size_t i = 0; i < history.size(); ++i)
         line.push_back({scope.Right() - scope.width * static_cast<double>(history.size() - 1 - i) /
                                             static_cast<double>(kKept - 1),
-                        middle - 0.5 * scope.height * static_cast<double>(history[i])});
+                        zero - reach * static_cast<double>(history[i])});
     if (line.size() > 1)
         painter.Path(line, colour, 1.5);
     if (focused)

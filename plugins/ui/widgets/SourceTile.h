@@ -18,6 +18,7 @@ public:
         std::function<uint32_t()> routes;
         std::function<bool()> chosen;
         std::function<void()> choose;
+        double foot = 0.0;  ///< room that something else has below; what has it is never below 0
     };
 
     SourceTile(const Rect& place, Stage& face, uint32_t itsSource, std::string itsName,

@@ -7,40 +7,33 @@
 
 namespace Quorvan::Ui {
 
-/// A line to write in. What is wrong with it stands below.
+/// A line to write in.
 class TextField final : public Widget {
 public:
-    using Accept = std::function<std::string(const std::string&)>;
-
     /// begun is chosen as a whole, so that the first sign replaces it, unless it is only one sign.
-    TextField(const Rect& place, std::string begun, Accept take);
+    /// hint stands in the line while it is empty.
+    explicit TextField(const Rect& place, std::string begun = {}, std::string itsHint = {});
 
     void Draw(Painter& painter) override;
     void Press(const PointerEvent& event) override;
     bool Key(const KeyEvent& event) override;
     bool Text(std::string_view signs) override;
-    bool CanFocus() const override { return lasting; }
-    bool IsDone() const { return done; }
+    bool CanFocus() const override { return true; }
     /// Told of every change, for searches.
     void OnChange(std::function<void(const std::string&)> told) { changed = std::move(told); }
     const std::string& Written() const { return text; }
-    /// Stays when Enter is pressed or the pointer goes elsewhere; shows hint while it is empty.
-    void MakeLasting(std::string itsHint);
-    /// Shows what is wrong with it, until it changes.
-    void Complain(std::string sentence);
     static constexpr double kHeight = 26.0;
 
 private:
     size_t Before(size_t at) const;
     size_t Behind(size_t at) const;
     void Changed();
-    void Finish();
+    void Erase(bool before);
 
-    std::string text, problem, hint;
-    Accept accept;
+    std::string text, hint;
     std::function<void(const std::string&)> changed;
     size_t caret = 0;
-    bool allChosen = true, done = false, lasting = false;
+    bool allChosen = true;
 };
 
 }  // namespace Quorvan::Ui
