@@ -29,7 +29,8 @@ std::vector<std::string> Split(const std::string& text) {
     return tags;
 }
 
-Rect Wide(const Rect& anchor) { return {anchor.x, anchor.y, 280.0, anchor.height}; }
+/// Where forms stand: over the button and all of the description above it.
+Rect Wide(const Rect& anchor) { return {anchor.x, anchor.y - 20.0, 280.0, anchor.height}; }
 
 }  // namespace
 
