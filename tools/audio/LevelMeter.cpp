@@ -6,6 +6,9 @@
 #include <cmath>
 #include <new>
 
+#include "primitives/LevelKernels.h"
+#include "tools/audio/Interleaving.h"
+
 namespace Quorvan::Tools {
 
 struct LevelMeter::State {
@@ -28,14 +31,10 @@ LevelMeter::~LevelMeter() = default;
 
 void LevelMeter::Add(const float* const* channels, size_t frames) {
     interleaved.resize(frames * channelCount);
-    for (uint32_t c = 0; c < channelCount; ++c) {
-        float highest = peak;
-        for (size_t i = 0; i < frames; ++i) {
-            interleaved[i * channelCount + c] = channels[c][i];
-            highest = std::max(highest, std::abs(channels[c][i]));
-        }
-        peak = highest;
-    }
+    for (uint32_t c = 0; c < channelCount; ++c)
+        peak = std::max(peak,
+                        dsp::LevelKernels::Best().size(channels[c], static_cast<uint32_t>(frames)));
+    Interleave(channels, channelCount, frames, interleaved.data());
     if (ebur128_add_frames_float(state->handle, interleaved.data(), frames) != EBUR128_SUCCESS)
         throw std::bad_alloc();
 }
