@@ -151,6 +151,7 @@ bool Batch::IsBroken() {
 
 void Batch::Take(BatchJob job) {
     job.settings.force = job.settings.force || settings.force;
+    job.settings.measuresLoudness = results && !settings.withoutLoudness;
     job.mayReplaceOwn = settings.resume;
     const uint64_t line = job.line;
     if (!Claims(job))

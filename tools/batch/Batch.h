@@ -27,8 +27,9 @@ struct BatchSettings {
     unsigned workers = 1;
     Shard shard;
     std::optional<std::filesystem::path> results;
-    bool resume = false;  ///< skip what the results say is done; they are needed then
-    bool force = false;   ///< replace files that exist, those of every job too
+    bool resume = false;           ///< skip what the results say is done; they are needed then
+    bool withoutLoudness = false;  ///< leave it out of the results
+    bool force = false;            ///< replace files that exist, those of every job too
     bool progress = true;
 };
 

@@ -115,7 +115,7 @@ void RenderJob::Render() {
     const std::optional<uint64_t> inputFrames = main->Frames();
     AudioWriter writer(outputs->sound, format, rate, summary.channels,
                        inputFrames.value_or(0) + run->TailFrames(), Tags());
-    FileSink file(writer, rate, summary.channels);
+    FileSink file(writer, rate, summary.channels, settings.measuresLoudness || settings.picture);
     GrainCounter grains;
     Host::Engine& engine = run->GetEngine();
     engine.AddListener(grains);

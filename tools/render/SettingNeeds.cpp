@@ -57,6 +57,13 @@ std::string Advice(const Host::ParameterInfo& selector, uint32_t choices) {
                            : Host::Alternatives(ways);
 }
 
+/// Whether name starts with prefix. The end of the prefix is looked at first: it rules out most
+/// names of the catalog, many of which start alike.
+bool Starts(const std::string& name, std::string_view prefix) {
+    return name.size() >= prefix.size() && name[prefix.size() - 1] == prefix.back() &&
+           name.starts_with(prefix);
+}
+
 }  // namespace
 
 SettingNeeds::SettingNeeds(const Host::ParameterCatalog& parameters)
@@ -79,7 +86,7 @@ SettingNeeds::SettingNeeds(const Host::ParameterCatalog& parameters)
 
 void SettingNeeds::AddModes() {
     for (const ModeRow& row : kModes)
-        Add(std::string(row.prefix), {catalog.Find(row.selector).value(), row.choices, row.modes});
+        Add(row.prefix, {catalog.Find(row.selector).value(), row.choices, row.modes});
 }
 
 /// What modulates has to be routed, and an amount switched on.
@@ -94,9 +101,9 @@ void SettingNeeds::AddSources() {
     }
 }
 
-void SettingNeeds::Add(const std::string& prefix, const Need& need) {
+void SettingNeeds::Add(std::string_view prefix, const Need& need) {
     for (const Host::ParameterInfo& info : catalog.All())
-        if (info.name.starts_with(prefix) && info.index != need.selector)
+        if (Starts(info.name, prefix) && info.index != need.selector)
             needs[info.index] = need;
     isDecider[need.selector] = true;
     isDecider[granularMode] = true;
