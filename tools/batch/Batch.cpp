@@ -192,9 +192,10 @@ bool Batch::IsDone(const BatchJob& job) const {
 }
 
 void Batch::Work() {
+    SoundShelf inputs;
     while (std::optional<BatchJob> job = queue.Pop())
-        Try(*job, [this, &job] {
-            std::unique_ptr<RenderJob> render = RunJob(*job);
+        Try(*job, [&] {
+            std::unique_ptr<RenderJob> render = RunJob(*job, inputs);
             rendered.Push({std::move(*job), std::move(render)});
         });
 }
@@ -226,10 +227,11 @@ void Batch::Try(const BatchJob& job, const Step& step) {
     }
 }
 
-std::unique_ptr<RenderJob> Batch::RunJob(BatchJob& job) {
+std::unique_ptr<RenderJob> Batch::RunJob(BatchJob& job, SoundShelf& inputs) {
     if (job.mayReplaceOwn && !job.settings.force && IsOwn(job))
         job.settings.force = true;
     auto render = std::make_unique<RenderJob>(job.settings, catalog);
+    render->SetShelf(inputs);
     double told = 0.0;
     render->SetWatch([this, &told](double seconds) {
         if (StopRequest::Signal() != 0)

@@ -68,7 +68,7 @@ private:
     void FinishJobs();
     template <class Step>
     void Try(const BatchJob& job, const Step& step);
-    std::unique_ptr<RenderJob> RunJob(BatchJob& job);
+    std::unique_ptr<RenderJob> RunJob(BatchJob& job, SoundShelf& inputs);
     void NoteDone(const BatchJob& job, const Summary& summary);
     void NoteFault(uint64_t line, const BatchJob* job, const Failure& failure);
     void Stop(const Failure& why);
