@@ -9,7 +9,10 @@ namespace Quorvan::Tools {
 
 namespace {
 
-constexpr uint32_t kPiece = 1024;  // frames at a time, where no tempo cuts them
+/// Frames at a time, where no tempo cuts them; the clock of the processor's time is slow to read.
+constexpr uint32_t kPiece = 4096;
+/// Frames whose writes the engine gets at once: its queue is as long as it is.
+constexpr uint32_t kSlice = 1024;
 
 }  // namespace
 
@@ -25,7 +28,6 @@ void Renderer::Run(const std::function<void(uint64_t)>& progress) {
     while (!IsOver()) {
         ChangeTempo();
         ReadPiece();
-        writes.Feed(engine, fed, fed + piece);
         ProcessPiece();
         GiveInput();
         fed += piece;
@@ -43,8 +45,10 @@ void Renderer::ReadPiece() {
     if (end == kUnknown) {
         got = main.Read(input.Pointers(), piece);
         inputFrames += got;
-        if (got < piece)
+        if (got < piece) {
             EndInput();
+            piece = std::min(piece, (static_cast<uint32_t>(got) / kSlice + 1) * kSlice);
+        }
     }
     input.ClearFrom(got);
     if (side != nullptr)
@@ -61,20 +65,30 @@ void Renderer::EndInput() {
 void Renderer::ChangeTempo() {
     for (; nextTempo < tempos.size() && tempos[nextTempo].frame <= fed; ++nextTempo)
         engine.SetTempo(tempos[nextTempo].tempo);
-    piece = kPiece;
+    // In the tail the question whether it may end comes more often.
+    piece = end == kUnknown ? kPiece : kSlice;
     if (nextTempo < tempos.size())
-        piece = static_cast<uint32_t>(std::min<uint64_t>(kPiece, tempos[nextTempo].frame - fed));
+        piece = static_cast<uint32_t>(std::min<uint64_t>(piece, tempos[nextTempo].frame - fed));
 }
 
 void Renderer::ProcessPiece() {
-    Host::AudioBuffers buffers;
-    buffers.inputs = input.Pointers();
-    buffers.outputs = output.Pointers();
-    buffers.sideChain = side != nullptr ? sideChain.Pointers() : nullptr;
-    buffers.frames = piece;
     const double before = ProcessorSeconds();
-    engine.Process(buffers);
+    for (uint32_t from = 0; from < piece; from += kSlice)
+        ProcessSlice(from, std::min(kSlice, piece - from));
     cpuSeconds += ProcessorSeconds() - before;
+}
+
+void Renderer::ProcessSlice(uint32_t from, uint32_t frames) {
+    const auto inputs = input.PointersAt(from);
+    const auto sides = sideChain.PointersAt(from);
+    const auto outputs = output.PointersAt(from);
+    Host::AudioBuffers buffers;
+    buffers.inputs = inputs.data();
+    buffers.outputs = outputs.data();
+    buffers.sideChain = side != nullptr ? sides.data() : nullptr;
+    buffers.frames = frames;
+    writes.Feed(engine, fed + from, fed + from + frames);
+    engine.Process(buffers);
 }
 
 void Renderer::GiveInput() {

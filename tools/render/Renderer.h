@@ -38,7 +38,7 @@ public:
 
     /// Frames of input that there were, known after Run.
     uint64_t InputFrames() const { return inputFrames; }
-    /// Processor time that the engine took, in seconds.
+    /// Processor time that the engine took, with the feeding of its writes, in seconds.
     double CpuSeconds() const { return cpuSeconds; }
 
 private:
@@ -48,6 +48,7 @@ private:
     void EndInput();
     void ChangeTempo();
     void ProcessPiece();
+    void ProcessSlice(uint32_t from, uint32_t frames);
     void GiveInput();
     void GiveOutput();
     bool IsOver() const;
