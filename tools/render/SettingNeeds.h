@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "host/parameters/PresentSettings.h"
@@ -35,7 +34,6 @@ private:
     };
     void AddModes();
     void AddSources();
-    void Add(std::string_view prefix, const Need& need);
     std::string OfNeed(const Need& need, const Host::PresentSettings& settings) const;
     std::string OtherSlot(const Need& need, const Host::PresentSettings& settings) const;
     std::optional<std::string> OfFamily(uint32_t index,
