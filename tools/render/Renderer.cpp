@@ -30,8 +30,10 @@ void Renderer::Run(const std::function<void(uint64_t)>& progress) {
         ReadPiece();
         ProcessPiece();
         GiveInput();
+        // Slice by slice: what a lossy encoder makes of a sound hangs on how it is cut.
+        for (uint32_t from = 0; from < piece; from += kSlice)
+            GiveOutput(fed + std::min(from + kSlice, piece));
         fed += piece;
-        GiveOutput();
         progress(given);
     }
     for (RenderSink* sink : sinks)
@@ -97,13 +99,14 @@ void Renderer::GiveInput() {
         sink->OnInput(sound);
 }
 
-void Renderer::GiveOutput() {
+/// What there is of it when reached frames have been fed; the piece begins at fed.
+void Renderer::GiveOutput(uint64_t reached) {
     const uint64_t latency = engine.LatencyFrames();
-    const uint64_t ready = std::min(fed > latency ? fed - latency : 0, end);
+    const uint64_t ready = std::min(reached > latency ? reached - latency : 0, end);
     if (ready <= given)
         return;
-    // The piece just processed holds the output frames from fed - piece - latency on.
-    const auto from = static_cast<size_t>(given + latency + piece - fed);
+    // The piece holds the output frames from fed - latency on.
+    const auto from = static_cast<size_t>(given + latency - fed);
     std::array<const float*, 2> channels{};
     for (uint32_t c = 0; c < output.Channels(); ++c)
         channels[c] = output[c].data() + from;

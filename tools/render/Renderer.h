@@ -50,7 +50,7 @@ private:
     void ProcessPiece();
     void ProcessSlice(uint32_t from, uint32_t frames);
     void GiveInput();
-    void GiveOutput();
+    void GiveOutput(uint64_t reached);
     bool IsOver() const;
 
     Host::Engine& engine;
