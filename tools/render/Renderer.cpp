@@ -68,7 +68,7 @@ void Renderer::ChangeTempo() {
     for (; nextTempo < tempos.size() && tempos[nextTempo].frame <= fed; ++nextTempo)
         engine.SetTempo(tempos[nextTempo].tempo);
     // In the tail the question whether it may end comes more often.
-    piece = end == kUnknown ? kPiece : kSlice;
+    piece = end == kUnknown && !stopsAtSlices ? kPiece : kSlice;
     if (nextTempo < tempos.size())
         piece = static_cast<uint32_t>(std::min<uint64_t>(piece, tempos[nextTempo].frame - fed));
 }

@@ -31,6 +31,8 @@ public:
     void SetTail(uint64_t frames) { tail = frames; }
     /// Asked after each piece behind the input: whether the output may end ahead of that tail.
     void SetStop(std::function<bool()> question) { mayStop = std::move(question); }
+    /// The sinks hear of each slice while the engine is there, to look at it.
+    void StopAtSlices() { stopsAtSlices = true; }
     void AddSink(RenderSink& sink) { sinks.push_back(&sink); }
 
     /// progress hears the frames that are done.
@@ -64,6 +66,7 @@ private:
     std::function<bool()> mayStop;
 
     Planes input, sideChain, output;
+    bool stopsAtSlices = false;
     uint32_t piece = 0;  ///< frames of the present piece
     uint64_t fed = 0;    ///< frames that the engine has taken
     uint64_t given = 0;  ///< frames of output that the sinks have
