@@ -1,6 +1,6 @@
 #include "host/state/StateTransfer.h"
 
-#include <map>
+#include <optional>
 #include <vector>
 
 #include "host/parameters/ModulationNames.h"
@@ -11,11 +11,12 @@ namespace Quorvan::Host {
 
 namespace {
 
-using Positions = std::map<uint32_t, float>;
+/// By index; empty where a parameter is left alone.
+using Positions = std::vector<std::optional<float>>;
 
 /// Every setting as a new processor has it.
 Positions InitialSettings(const ParameterCatalog& catalog) {
-    Positions positions;
+    Positions positions(catalog.Count());
     for (const ParameterInfo& info : catalog.All()) {
         if (IsStored(info, ParameterScope::Sound))
             positions[info.index] = info.defaultPosition;
@@ -33,8 +34,10 @@ void Overlay(Positions& positions, const std::vector<ParameterValue>& values,
 
 void Restore(Engine& engine, const Positions& positions) {
     std::vector<ParameterValue> values;
-    for (const auto& [index, position] : positions)
-        values.push_back({index, position});
+    values.reserve(positions.size());
+    for (uint32_t index = 0; index < positions.size(); ++index)
+        if (positions[index])
+            values.push_back({index, *positions[index]});
     engine.Restore(values);
 }
 
@@ -77,7 +80,7 @@ void ApplyState(const State& state, Engine& engine, const ParameterCatalog& cata
 Preset CapturePreset(const Engine& engine, const ParameterCatalog& catalog) {
     Preset preset;
     preset.routings = CaptureRoutings(engine);
-    Positions positions;
+    Positions positions(catalog.Count());
     for (const ParameterInfo& info : catalog.All()) {
         if (!IsStored(info, ParameterScope::Sound))
             continue;
@@ -85,9 +88,10 @@ Preset CapturePreset(const Engine& engine, const ParameterCatalog& catalog) {
             positions[info.index] = position;
     }
     for (const Routing& routing : preset.routings)
-        positions.erase(AmountIndex(routing.source, routing.destination));
-    for (const auto& [index, position] : positions)
-        preset.parameters.push_back({index, position});
+        positions[AmountIndex(routing.source, routing.destination)].reset();
+    for (uint32_t index = 0; index < positions.size(); ++index)
+        if (positions[index])
+            preset.parameters.push_back({index, *positions[index]});
     return preset;
 }
 

@@ -65,13 +65,13 @@ TEST_F(FailureTest, ValuesThatMakeNoSenseAreExplained) {
     ExpectFailure(Render({"--set", "Dry / Wet=1.5"}), 2, {"\"Dry / Wet\"", "0 to 1", "\"1.5 %\""});
     ExpectFailure(Render({"--set", "Grid Size=9"}), 2, {"\"8\", \"16\" or \"32\""});
     ExpectFailure(Render({"--set", "PresetLoading=1"}), 2, {"PresetLoading", "can't be set"});
-    for (const Arguments& option : std::vector<Arguments>{{"--tempo", "0"},
-                                                          {"--tempo", "nan"},
-                                                          {"--tail", "nan"},
-                                                          {"--start-beat", "inf"},
-                                                          {"--seed", "-1"},
-                                                          {"--seed", "18446744073709551616"}})
-        ExpectFailure(Render(option), 2, {option[0], option[1]});
+    for (const auto& [option, value] : {std::pair{"--tempo", "0"},
+                                        {"--tempo", "nan"},
+                                        {"--tail", "nan"},
+                                        {"--start-beat", "inf"},
+                                        {"--seed", "-1"},
+                                        {"--seed", "18446744073709551616"}})
+        ExpectFailure(Render({option, value}), 2, {option, value});
     ExpectFailure(Render({"--play", "--stop"}), 2, {"--stop"});
     ExpectFailure(Render({"--format", "mp7"}), 2, {"\"mp7\"", "flac"});
     ExpectFailure(RenderTo(folder / "out.xyz"), 2, {"out.xyz", ".flac"});

@@ -9,6 +9,9 @@
 #include <cmath>
 #include <cstring>
 
+#include "primitives/FiniteSamples.h"
+#include "primitives/LevelKernels.h"
+#include "tools/audio/Interleaving.h"
 #include "tools/audio/SoundLibrary.h"
 #include "tools/support/DanglingLink.h"
 #include "tools/support/Failure.h"
@@ -142,21 +145,21 @@ size_t AudioReader::ReadSome(float* const* channels, size_t at, size_t frames) {
         Refuse(name, std::string("is damaged and can't be read to its end (") +
                          sf_strerror(file->handle) + ") Export or copy it again.");
     const auto count = static_cast<size_t>(std::max<sf_count_t>(got, 0));
-    const uint32_t width = Channels();
-    for (uint32_t c = 0; c < width; ++c) {
-        float highest = peak;
-        for (size_t i = 0; i < count; ++i) {
-            float sample = interleaved[i * width + c];
-            if (!std::isfinite(sample)) {
-                sample = 0.0f;
-                ++badSamples;
-            }
-            highest = std::max(highest, std::abs(sample));
-            channels[c][at + i] = sample;
-        }
-        peak = highest;
-    }
+    Look(count * Channels());
+    Separate(interleaved.data(), Channels(), count, channels, at);
     return count;
+}
+
+/// At samples that have just come in: all but finite numbers become 0.
+void AudioReader::Look(size_t samples) {
+    const auto length = static_cast<uint32_t>(samples);
+    if (dsp::HasNonFinite(interleaved.data(), length)) {
+        const auto isBad = [](float sample) { return !std::isfinite(sample); };
+        const auto end = interleaved.begin() + static_cast<std::ptrdiff_t>(samples);
+        badSamples += static_cast<uint64_t>(std::count_if(interleaved.begin(), end, isBad));
+        std::replace_if(interleaved.begin(), end, isBad, 0.0f);
+    }
+    peak = std::max(peak, dsp::LevelKernels::Best().size(interleaved.data(), length));
 }
 
 }  // namespace Quorvan::Tools

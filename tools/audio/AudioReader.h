@@ -43,6 +43,7 @@ private:
     void Open(const std::optional<RawSound>& raw);
     void Check() const;
     size_t ReadSome(float* const* channels, size_t at, size_t frames);
+    void Look(size_t samples);
 
     struct File;
     std::filesystem::path name;

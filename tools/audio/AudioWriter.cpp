@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 
+#include "tools/audio/Interleaving.h"
 #include "tools/audio/OggSerial.h"
 #include "tools/audio/SoundLibrary.h"
 #include "tools/support/Failure.h"
@@ -17,7 +19,7 @@ namespace {
 // The length fields of WAV hold 32 bits; this leaves room for headers.
 constexpr uint64_t kLongestWav = 0xfff00000;
 constexpr uint64_t kWidestSample = 4;  // bytes
-constexpr double kDoublesOfOne = 0x1.8p52;
+constexpr uint32_t kBitsOfFloat = std::numeric_limits<float>::digits;
 
 AtomicOutput& Of(void* user) { return *static_cast<AtomicOutput*>(user); }
 
@@ -30,6 +32,28 @@ sf_count_t WriteTo(const void* data, sf_count_t bytes, void* user) {
     return Of(user).Write(data, bytes);
 }
 sf_count_t TellOf(void* user) { return Of(user).Tell(); }
+
+/// Samples as whole numbers of so many bits, which stand at the top of 32; answers how many lie
+/// outside. Real has to hold all of the bits. A loop that compilers can turn into vectors.
+template <class Real>
+uint32_t Round(const float* samples, size_t frames, uint32_t bits, int32_t* whole) {
+    const Real scale = std::ldexp(Real{1}, static_cast<int>(bits) - 1);
+    const Real shift = std::ldexp(Real{1}, 32 - static_cast<int>(bits));
+    // A full-scale 1.0 lands half a step outside: no clipping that anybody hears.
+    const Real most = scale + Real{0.5};
+    // From there on numbers of this kind lie one apart.
+    const Real ones = std::ldexp(Real{1}, std::numeric_limits<Real>::digits - 1);
+    uint32_t outside = 0;
+    for (size_t i = 0; i < frames; ++i) {
+        const Real wanted = static_cast<Real>(samples[i]) * scale;
+        outside += std::abs(wanted) > most ? 1 : 0;
+        const Real held = std::min(std::max(wanted, -scale), scale - Real{1});
+        // The sum is rounded to the nearest, the even one of two.
+        const Real away = std::copysign(ones, held);
+        whole[i] = static_cast<int32_t>(((held + away) - away) * shift);
+    }
+    return outside;
+}
 
 }  // namespace
 
@@ -79,40 +103,22 @@ void AudioWriter::Write(const float* const* channels, size_t frames) {
 
 void AudioWriter::WriteFloats(const float* const* channels, size_t frames) {
     floats.resize(frames * channelCount);
-    for (uint32_t c = 0; c < channelCount; ++c)
-        for (size_t i = 0; i < frames; ++i)
-            floats[i * channelCount + c] = channels[c][i];
+    Interleave(channels, channelCount, frames, floats.data());
     Check(sf_writef_float(file->handle, floats.data(), static_cast<sf_count_t>(frames)), frames);
 }
 
 void AudioWriter::WriteIntegers(const float* const* channels, size_t frames) {
     integers.resize(frames * channelCount);
-    whole.resize(frames);
+    std::array<const int32_t*, 2> rows{};
     for (uint32_t c = 0; c < channelCount; ++c) {
-        Round(channels[c], frames);
-        for (size_t i = 0; i < frames; ++i)
-            integers[i * channelCount + c] = whole[i];
+        whole[c].resize(frames);
+        rows[c] = whole[c].data();
+        clipped += form.bits <= kBitsOfFloat
+                       ? Round<float>(channels[c], frames, form.bits, whole[c].data())
+                       : Round<double>(channels[c], frames, form.bits, whole[c].data());
     }
+    Interleave(rows.data(), channelCount, frames, integers.data());
     Check(sf_writef_int(file->handle, integers.data(), static_cast<sf_count_t>(frames)), frames);
-}
-
-/// One channel into whole, in a loop that compilers can turn into vectors.
-void AudioWriter::Round(const float* samples, size_t frames) {
-    const double scale = std::ldexp(1.0, static_cast<int>(form.bits) - 1);
-    const double shift = std::ldexp(1.0, 32 - static_cast<int>(form.bits));
-    int64_t outside = 0;
-    for (size_t i = 0; i < frames; ++i) {
-        // Within what a whole number holds; how far outside it was does not matter.
-        const double wanted =
-            std::min(std::max(static_cast<double>(samples[i]) * scale, -scale - 1.0), scale + 1.0);
-        // There, doubles lie one apart: the sum is rounded to the nearest, the even one of two.
-        const double level = wanted + kDoublesOfOne - kDoublesOfOne;
-        const double held = std::min(std::max(level, -scale), scale - 1.0);
-        // A full-scale 1.0 lands half a step outside: no clipping that anybody hears.
-        outside += std::abs(level) > scale ? 1 : 0;
-        whole[i] = static_cast<int32_t>(held * shift);
-    }
-    clipped += static_cast<uint64_t>(outside);
 }
 
 void AudioWriter::Check(int64_t written, size_t wanted) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -32,7 +33,6 @@ private:
     void Open(double rate, uint64_t expectedFrames, const SoundTags& tags);
     void WriteFloats(const float* const* channels, size_t frames);
     void WriteIntegers(const float* const* channels, size_t frames);
-    void Round(const float* samples, size_t frames);
     void Check(int64_t written, size_t wanted) const;
 
     struct File;
@@ -40,9 +40,9 @@ private:
     AudioFormat form;
     uint32_t channelCount;
     std::unique_ptr<File> file;
-    std::vector<float> floats;      ///< interleaved
-    std::vector<int32_t> integers;  ///< interleaved, the bits at the top
-    std::vector<int32_t> whole;     ///< one channel of those
+    std::vector<float> floats;                  ///< interleaved
+    std::vector<int32_t> integers;              ///< interleaved, the bits at the top
+    std::array<std::vector<int32_t>, 2> whole;  ///< the same, channel by channel
     uint64_t clipped = 0;
 };
 

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <new>
 
+#include "primitives/LevelKernels.h"
+#include "tools/audio/Interleaving.h"
+
 namespace Quorvan::Tools {
 
 struct LevelMeter::State {
@@ -22,27 +25,26 @@ struct LevelMeter::State {
     ebur128_state* handle;
 };
 
-LevelMeter::LevelMeter(double rate, uint32_t channels)
-    : state(std::make_unique<State>(rate, channels)), channelCount(channels) {}
+LevelMeter::LevelMeter(double rate, uint32_t channels, bool measuresLoudness)
+    : state(measuresLoudness ? std::make_unique<State>(rate, channels) : nullptr),
+      channelCount(channels) {}
 LevelMeter::~LevelMeter() = default;
 
 void LevelMeter::Add(const float* const* channels, size_t frames) {
+    for (uint32_t c = 0; c < channelCount; ++c)
+        peak = std::max(peak,
+                        dsp::LevelKernels::Best().size(channels[c], static_cast<uint32_t>(frames)));
+    if (state == nullptr)
+        return;
     interleaved.resize(frames * channelCount);
-    for (uint32_t c = 0; c < channelCount; ++c) {
-        float highest = peak;
-        for (size_t i = 0; i < frames; ++i) {
-            interleaved[i * channelCount + c] = channels[c][i];
-            highest = std::max(highest, std::abs(channels[c][i]));
-        }
-        peak = highest;
-    }
+    Interleave(channels, channelCount, frames, interleaved.data());
     if (ebur128_add_frames_float(state->handle, interleaved.data(), frames) != EBUR128_SUCCESS)
         throw std::bad_alloc();
 }
 
 std::optional<double> LevelMeter::Loudness() const {
     double loudness = 0.0;
-    if (ebur128_loudness_global(state->handle, &loudness) != EBUR128_SUCCESS ||
+    if (state == nullptr || ebur128_loudness_global(state->handle, &loudness) != EBUR128_SUCCESS ||
         !std::isfinite(loudness))
         return std::nullopt;
     return loudness;

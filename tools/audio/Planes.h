@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -23,6 +24,13 @@ public:
     uint32_t Channels() const { return static_cast<uint32_t>(planes.size()); }
     size_t Frames() const { return planes.empty() ? 0 : planes.front().size(); }
     float* const* Pointers() const { return pointers.data(); }
+    /// Of the first two channels, from a frame on.
+    std::array<float*, 2> PointersAt(size_t frame) const {
+        std::array<float*, 2> found{};
+        for (size_t c = 0; c < std::min(found.size(), pointers.size()); ++c)
+            found[c] = pointers[c] + frame;
+        return found;
+    }
     std::vector<float>& operator[](uint32_t channel) { return planes[channel]; }
     const std::vector<float>& operator[](uint32_t channel) const { return planes[channel]; }
 

@@ -151,6 +151,7 @@ bool Batch::IsBroken() {
 
 void Batch::Take(BatchJob job) {
     job.settings.force = job.settings.force || settings.force;
+    job.settings.measuresLoudness = results && !settings.withoutLoudness;
     job.mayReplaceOwn = settings.resume;
     const uint64_t line = job.line;
     if (!Claims(job))
@@ -191,9 +192,10 @@ bool Batch::IsDone(const BatchJob& job) const {
 }
 
 void Batch::Work() {
+    SoundShelf inputs;
     while (std::optional<BatchJob> job = queue.Pop())
-        Try(*job, [this, &job] {
-            std::unique_ptr<RenderJob> render = RunJob(*job);
+        Try(*job, [&] {
+            std::unique_ptr<RenderJob> render = RunJob(*job, inputs);
             rendered.Push({std::move(*job), std::move(render)});
         });
 }
@@ -225,10 +227,11 @@ void Batch::Try(const BatchJob& job, const Step& step) {
     }
 }
 
-std::unique_ptr<RenderJob> Batch::RunJob(BatchJob& job) {
+std::unique_ptr<RenderJob> Batch::RunJob(BatchJob& job, SoundShelf& inputs) {
     if (job.mayReplaceOwn && !job.settings.force && IsOwn(job))
         job.settings.force = true;
     auto render = std::make_unique<RenderJob>(job.settings, catalog);
+    render->SetShelf(inputs);
     double told = 0.0;
     render->SetWatch([this, &told](double seconds) {
         if (StopRequest::Signal() != 0)

@@ -27,8 +27,9 @@ struct BatchSettings {
     unsigned workers = 1;
     Shard shard;
     std::optional<std::filesystem::path> results;
-    bool resume = false;  ///< skip what the results say is done; they are needed then
-    bool force = false;   ///< replace files that exist, those of every job too
+    bool resume = false;           ///< skip what the results say is done; they are needed then
+    bool withoutLoudness = false;  ///< leave it out of the results
+    bool force = false;            ///< replace files that exist, those of every job too
     bool progress = true;
 };
 
@@ -67,7 +68,7 @@ private:
     void FinishJobs();
     template <class Step>
     void Try(const BatchJob& job, const Step& step);
-    std::unique_ptr<RenderJob> RunJob(BatchJob& job);
+    std::unique_ptr<RenderJob> RunJob(BatchJob& job, SoundShelf& inputs);
     void NoteDone(const BatchJob& job, const Summary& summary);
     void NoteFault(uint64_t line, const BatchJob* job, const Failure& failure);
     void Stop(const Failure& why);

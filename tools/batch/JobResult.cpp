@@ -29,6 +29,8 @@ Json DoneResult(const BatchJob& job, const Summary& summary, uint64_t bytes) {
          {"preset", "seed", "rate", "channels", "seconds", "tailEnd", "peakDb", "loudnessLufs",
           "grains", "cpuShare", "elapsedSeconds", "clippedSamples", "warnings"})
         json[word] = whole[word];
+    if (!job.settings.measuresLoudness)
+        json.erase("loudnessLufs");
     return json;
 }
 

@@ -39,6 +39,9 @@ BatchCommand::BatchCommand(CLI::App& program)
                        "Also write what came of each job, as JSON Lines, in the order in which "
                        "jobs end")
             ->type_name("FILE");
+    app.add_flag("--no-loudness", settings.withoutLoudness,
+                 "Leave the loudness out of the results; light sounds are done a tenth sooner")
+        ->needs(results);
     app.add_flag("--resume", settings.resume,
                  "Skip the jobs that the results say are done, if their words and files are the "
                  "same still and their output is there")

@@ -72,6 +72,7 @@ void RenderCommand::RunVariations() {
 ExitCode RenderCommand::Run() {
     settings = options.Settings();
     settings.progress = !quiet;
+    settings.measuresLoudness = asJson || !quiet;
     variations > 0 ? RunVariations() : RunOne();
     return ExitCode::Success;
 }

@@ -10,8 +10,8 @@ namespace Quorvan::Tools {
 /// Writes the output of a render into a file and measures it on the way.
 class FileSink final : public RenderSink {
 public:
-    FileSink(AudioWriter& target, double sampleRate, uint32_t channels)
-        : writer(target), meter(sampleRate, channels), rate(sampleRate) {}
+    FileSink(AudioWriter& target, double sampleRate, uint32_t channels, bool measuresLoudness)
+        : writer(target), meter(sampleRate, channels, measuresLoudness), rate(sampleRate) {}
 
     void OnOutput(const SoundPiece& piece) override {
         writer.Write(piece.channels, piece.frames);

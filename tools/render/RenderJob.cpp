@@ -54,6 +54,8 @@ void RenderJob::LetGo() {
     run.reset();
     main.reset();
     side.reset();
+    mainReader.reset();
+    sideReader.reset();
     modulation.reset();
     watch = nullptr;
 }
@@ -65,22 +67,25 @@ Summary RenderJob::Finish() {
     return summary;
 }
 
-std::unique_ptr<AudioSource> RenderJob::OpenSource(const std::filesystem::path& path,
-                                                   double wantedRate, AudioReader*& reader) const {
+std::unique_ptr<AudioSource> RenderJob::OpenSource(
+    const std::filesystem::path& path, double wantedRate, SoundShelf& files,
+    std::shared_ptr<const AudioReader>& reader) const {
     std::optional<RawSound> raw;
     if (&path == &settings.input && settings.rawRate)
         raw = RawSound{*settings.rawRate, settings.rawChannels};
-    auto opened = std::make_unique<AudioReader>(path, raw);
-    reader = opened.get();
+    SoundShelf::Opened opened = files.Open(path, raw);
+    reader = std::move(opened.reader);
     const double target = wantedRate > 0.0 ? wantedRate : reader->Rate();
-    return Resampler::At(target, std::move(opened));
+    return Resampler::At(target, std::move(opened.source));
 }
 
 void RenderJob::OpenSources() {
-    main = OpenSource(settings.input, settings.rate.value_or(0), mainReader);
+    SoundShelf empty;
+    main = OpenSource(settings.input, settings.rate.value_or(0), shelf != nullptr ? *shelf : empty,
+                      mainReader);
     rate = main->Rate();
     if (settings.sideChain)
-        side = OpenSource(*settings.sideChain, rate, sideReader);
+        side = OpenSource(*settings.sideChain, rate, empty, sideReader);
 }
 
 void RenderJob::OpenOutputs() {
@@ -115,7 +120,7 @@ void RenderJob::Render() {
     const std::optional<uint64_t> inputFrames = main->Frames();
     AudioWriter writer(outputs->sound, format, rate, summary.channels,
                        inputFrames.value_or(0) + run->TailFrames(), Tags());
-    FileSink file(writer, rate, summary.channels);
+    FileSink file(writer, rate, summary.channels, settings.measuresLoudness || settings.picture);
     GrainCounter grains;
     Host::Engine& engine = run->GetEngine();
     engine.AddListener(grains);

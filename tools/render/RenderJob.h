@@ -11,6 +11,7 @@
 #include "host/parameters/ParameterCatalog.h"
 #include "tools/audio/AudioFormat.h"
 #include "tools/audio/AudioReader.h"
+#include "tools/audio/SoundShelf.h"
 #include "tools/render/ModulationLog.h"
 #include "tools/render/PictureJob.h"
 #include "tools/render/RenderOutputs.h"
@@ -29,6 +30,8 @@ public:
 
     /// watch hears the seconds of output that are done, piece by piece; what it throws ends Make.
     void SetWatch(std::function<void(double)> wanted) { watch = std::move(wanted); }
+    /// Where the input comes from, which has to outlive Make; else its file is read.
+    void SetShelf(SoundShelf& wanted) { shelf = &wanted; }
     /// Make and Finish.
     Summary Run();
     /// Renders, and lets go of the engine. Throws Failure; then no file has been made or touched.
@@ -52,15 +55,16 @@ private:
     void LetGo();
     void Warn(std::optional<std::string> sentence);
     std::unique_ptr<AudioSource> OpenSource(const std::filesystem::path& path, double rate,
-                                            AudioReader*& reader) const;
+                                            SoundShelf& files,
+                                            std::shared_ptr<const AudioReader>& reader) const;
 
     std::chrono::steady_clock::time_point start{};
     RenderSettings settings;
     const Host::ParameterCatalog& catalog;
     Summary summary;
 
-    AudioReader* mainReader = nullptr;  ///< inside main
-    AudioReader* sideReader = nullptr;  ///< inside side
+    SoundShelf* shelf = nullptr;
+    std::shared_ptr<const AudioReader> mainReader, sideReader;
     std::unique_ptr<AudioSource> main, side;
     std::optional<RenderOutputs> outputs;
     AudioFormat format;

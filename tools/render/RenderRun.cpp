@@ -107,6 +107,8 @@ void RenderRun::Run(AudioSource& main, AudioSource* side, const std::vector<Rend
     renderer.SetSong(*song);
     renderer.SetTail(TailFrames());
     renderer.SetStop([&] { return HasFaded(trimmer.QuietFrames()); });
+    if (settings.picture)
+        renderer.StopAtSlices();
     renderer.AddSink(trimmer);
     for (RenderSink* sink : sinks)
         trimmer.AddSink(*sink);

@@ -43,6 +43,8 @@ struct RenderSettings {
 
     bool force = false;    ///< replace files that exist
     bool progress = true;  ///< show a bar where there is a terminal
+    /// Of the sound; a picture tells it in any case.
+    bool measuresLoudness = true;
     /// One of so many that no file is looked for by reading its whole folder.
     bool isOneOfMany = false;
 };

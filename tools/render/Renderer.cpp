@@ -9,7 +9,10 @@ namespace Quorvan::Tools {
 
 namespace {
 
-constexpr uint32_t kPiece = 1024;  // frames at a time, where no tempo cuts them
+/// Frames at a time, where no tempo cuts them; the clock of the processor's time is slow to read.
+constexpr uint32_t kPiece = 4096;
+/// Frames whose writes the engine gets at once: its queue is as long as it is.
+constexpr uint32_t kSlice = 1024;
 
 }  // namespace
 
@@ -25,11 +28,12 @@ void Renderer::Run(const std::function<void(uint64_t)>& progress) {
     while (!IsOver()) {
         ChangeTempo();
         ReadPiece();
-        writes.Feed(engine, fed, fed + piece);
         ProcessPiece();
         GiveInput();
+        // Slice by slice: what a lossy encoder makes of a sound hangs on how it is cut.
+        for (uint32_t from = 0; from < piece; from += kSlice)
+            GiveOutput(fed + std::min(from + kSlice, piece));
         fed += piece;
-        GiveOutput();
         progress(given);
     }
     for (RenderSink* sink : sinks)
@@ -43,8 +47,10 @@ void Renderer::ReadPiece() {
     if (end == kUnknown) {
         got = main.Read(input.Pointers(), piece);
         inputFrames += got;
-        if (got < piece)
+        if (got < piece) {
             EndInput();
+            piece = std::min(piece, (static_cast<uint32_t>(got) / kSlice + 1) * kSlice);
+        }
     }
     input.ClearFrom(got);
     if (side != nullptr)
@@ -61,20 +67,30 @@ void Renderer::EndInput() {
 void Renderer::ChangeTempo() {
     for (; nextTempo < tempos.size() && tempos[nextTempo].frame <= fed; ++nextTempo)
         engine.SetTempo(tempos[nextTempo].tempo);
-    piece = kPiece;
+    // In the tail the question whether it may end comes more often.
+    piece = end == kUnknown && !stopsAtSlices ? kPiece : kSlice;
     if (nextTempo < tempos.size())
-        piece = static_cast<uint32_t>(std::min<uint64_t>(kPiece, tempos[nextTempo].frame - fed));
+        piece = static_cast<uint32_t>(std::min<uint64_t>(piece, tempos[nextTempo].frame - fed));
 }
 
 void Renderer::ProcessPiece() {
-    Host::AudioBuffers buffers;
-    buffers.inputs = input.Pointers();
-    buffers.outputs = output.Pointers();
-    buffers.sideChain = side != nullptr ? sideChain.Pointers() : nullptr;
-    buffers.frames = piece;
     const double before = ProcessorSeconds();
-    engine.Process(buffers);
+    for (uint32_t from = 0; from < piece; from += kSlice)
+        ProcessSlice(from, std::min(kSlice, piece - from));
     cpuSeconds += ProcessorSeconds() - before;
+}
+
+void Renderer::ProcessSlice(uint32_t from, uint32_t frames) {
+    const auto inputs = input.PointersAt(from);
+    const auto sides = sideChain.PointersAt(from);
+    const auto outputs = output.PointersAt(from);
+    Host::AudioBuffers buffers;
+    buffers.inputs = inputs.data();
+    buffers.outputs = outputs.data();
+    buffers.sideChain = side != nullptr ? sides.data() : nullptr;
+    buffers.frames = frames;
+    writes.Feed(engine, fed + from, fed + from + frames);
+    engine.Process(buffers);
 }
 
 void Renderer::GiveInput() {
@@ -83,13 +99,14 @@ void Renderer::GiveInput() {
         sink->OnInput(sound);
 }
 
-void Renderer::GiveOutput() {
+/// What there is of it when reached frames have been fed; the piece begins at fed.
+void Renderer::GiveOutput(uint64_t reached) {
     const uint64_t latency = engine.LatencyFrames();
-    const uint64_t ready = std::min(fed > latency ? fed - latency : 0, end);
+    const uint64_t ready = std::min(reached > latency ? reached - latency : 0, end);
     if (ready <= given)
         return;
-    // The piece just processed holds the output frames from fed - piece - latency on.
-    const auto from = static_cast<size_t>(given + latency + piece - fed);
+    // The piece holds the output frames from fed - latency on.
+    const auto from = static_cast<size_t>(given + latency - fed);
     std::array<const float*, 2> channels{};
     for (uint32_t c = 0; c < output.Channels(); ++c)
         channels[c] = output[c].data() + from;

@@ -31,6 +31,8 @@ public:
     void SetTail(uint64_t frames) { tail = frames; }
     /// Asked after each piece behind the input: whether the output may end ahead of that tail.
     void SetStop(std::function<bool()> question) { mayStop = std::move(question); }
+    /// The sinks hear of each slice while the engine is there, to look at it.
+    void StopAtSlices() { stopsAtSlices = true; }
     void AddSink(RenderSink& sink) { sinks.push_back(&sink); }
 
     /// progress hears the frames that are done.
@@ -38,7 +40,7 @@ public:
 
     /// Frames of input that there were, known after Run.
     uint64_t InputFrames() const { return inputFrames; }
-    /// Processor time that the engine took, in seconds.
+    /// Processor time that the engine took, with the feeding of its writes, in seconds.
     double CpuSeconds() const { return cpuSeconds; }
 
 private:
@@ -48,8 +50,9 @@ private:
     void EndInput();
     void ChangeTempo();
     void ProcessPiece();
+    void ProcessSlice(uint32_t from, uint32_t frames);
     void GiveInput();
-    void GiveOutput();
+    void GiveOutput(uint64_t reached);
     bool IsOver() const;
 
     Host::Engine& engine;
@@ -63,6 +66,7 @@ private:
     std::function<bool()> mayStop;
 
     Planes input, sideChain, output;
+    bool stopsAtSlices = false;
     uint32_t piece = 0;  ///< frames of the present piece
     uint64_t fed = 0;    ///< frames that the engine has taken
     uint64_t given = 0;  ///< frames of output that the sinks have

@@ -1,5 +1,6 @@
 #include "tools/render/SettingNeeds.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 #include <vector>
@@ -57,6 +58,13 @@ std::string Advice(const Host::ParameterInfo& selector, uint32_t choices) {
                            : Host::Alternatives(ways);
 }
 
+/// Whether name starts with prefix. The end of the prefix is looked at first: it rules out most
+/// names of the catalog, many of which start alike.
+bool Starts(const std::string& name, std::string_view prefix) {
+    return name.size() >= prefix.size() && name[prefix.size() - 1] == prefix.back() &&
+           name.starts_with(prefix);
+}
+
 }  // namespace
 
 SettingNeeds::SettingNeeds(const Host::ParameterCatalog& parameters)
@@ -78,28 +86,30 @@ SettingNeeds::SettingNeeds(const Host::ParameterCatalog& parameters)
 }
 
 void SettingNeeds::AddModes() {
-    for (const ModeRow& row : kModes)
-        Add(std::string(row.prefix), {catalog.Find(row.selector).value(), row.choices, row.modes});
+    std::array<Need, kModes.size()> rows;
+    std::transform(kModes.begin(), kModes.end(), rows.begin(), [this](const ModeRow& row) {
+        return Need{catalog.Find(row.selector).value(), row.choices, row.modes};
+    });
+    for (const Need& row : rows)
+        isDecider[row.selector] = true;
+    isDecider[granularMode] = true;
+    // The catalog is long, and gone through once.
+    for (const Host::ParameterInfo& info : catalog.All())
+        for (size_t i = 0; i < rows.size(); ++i)
+            if (Starts(info.name, kModes[i].prefix) && info.index != rows[i].selector)
+                needs[info.index] = rows[i];
 }
 
 /// What modulates has to be routed, and an amount switched on.
 void SettingNeeds::AddSources() {
-    for (uint32_t source = 0; source < Host::kModulationSources; ++source) {
-        const std::string& name = Host::SourceName(source);
-        for (const Host::ParameterInfo& info : catalog.All())
-            if (info.group == name || info.title == name)
+    for (const Host::ParameterInfo& info : catalog.All())
+        for (uint32_t source = 0; source < Host::kModulationSources; ++source)
+            if (const std::string& name = Host::SourceName(source);
+                info.group == name || info.title == name)
                 sources[info.index] = source;
+    for (uint32_t source = 0; source < Host::kModulationSources; ++source)
         for (uint32_t row = 0; row < Host::kModulationDestinations; ++row)
             needs[Host::AmountIndex(source, row)] = {Host::ActivatedIndex(source, row), kSecond};
-    }
-}
-
-void SettingNeeds::Add(const std::string& prefix, const Need& need) {
-    for (const Host::ParameterInfo& info : catalog.All())
-        if (info.name.starts_with(prefix) && info.index != need.selector)
-            needs[info.index] = need;
-    isDecider[need.selector] = true;
-    isDecider[granularMode] = true;
 }
 
 std::optional<std::string> SettingNeeds::Missing(uint32_t index,

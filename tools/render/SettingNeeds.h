@@ -34,7 +34,6 @@ private:
     };
     void AddModes();
     void AddSources();
-    void Add(const std::string& prefix, const Need& need);
     std::string OfNeed(const Need& need, const Host::PresentSettings& settings) const;
     std::string OtherSlot(const Need& need, const Host::PresentSettings& settings) const;
     std::optional<std::string> OfFamily(uint32_t index,

@@ -19,7 +19,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kBlock = 1 << 18;  // bytes that one call of the system takes
+constexpr size_t kBlock = 1 << 18;            // bytes that one call of the system takes
+constexpr size_t kRoom = kBlock + (1 << 14);  // what completes a block may be longer than that
 
 std::string Reason(int error) {
     switch (error) {
@@ -118,6 +119,8 @@ void AtomicOutput::OpenTemporary(PartFile::Search search) {
 
 int64_t AtomicOutput::Write(const void* data, int64_t bytes) {
     const auto* const from = static_cast<const char*>(data);
+    if (waiting.capacity() == 0)
+        waiting.reserve(kRoom);
     waiting.insert(waiting.end(), from, from + bytes);
     return waiting.size() < kBlock || Flush() ? bytes : 0;
 }
