@@ -64,7 +64,8 @@ HWY_INLINE Floats Bend(Floats y, float factor) {
 
 // The shapes: what belongs to the grain is worked out by the constructor, ahead of the samples.
 // Some have stretches on which fewer operations give the same: IsPlain tells, from the first and
-// the last of phases that rise, whether all lie on one, and Plain has the envelope there.
+// the last of phases that rise, whether all lie on one, and Plain has the envelope there. The
+// sets without vectors, by which the others are judged, go without.
 
 struct Triangle {
     HWY_INLINE explicit Triangle(const GrainKernels::Envelope& e)
@@ -298,7 +299,8 @@ template <class Shape>
 HWY_INLINE void ShapePhases(const GrainKernels::Envelope& e, uint32_t count, float* x) {
     const FloatTag d;
     const Shape shape(e);
-    if constexpr (requires { shape.IsPlain(0.0f, 0.0f); }) {
+    constexpr bool kIsPlainForm = HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128;
+    if constexpr (!kIsPlainForm && requires { shape.IsPlain(0.0f, 0.0f); }) {
         if (shape.IsPlain(x[0], x[count - 1])) {
             for (uint32_t i = 0; i < count; i += LaneCount())
                 hn::StoreU(shape.Plain(hn::LoadU(d, x + i)), d, x + i);
