@@ -26,7 +26,9 @@ constexpr uint32_t kBeatStep = Processor::ModuleIndex::kMoteWeaver +
 void DisplayFeed::Prepare(double rate) {
     sampleRate = rate;
     watched = nullptr;
+    const uint64_t stream = draft.stream + 1;
     draft = {};
+    draft.stream = stream;
     draft.sampleRate = rate;
     heard = {};
     outline.Clear();
@@ -39,10 +41,12 @@ void DisplayFeed::OnBlock(const BlockReport& report) {
     WatchStages(*report.processor, isOn);
     if (!isOn)
         return;
-    isMoment = !isMoment;
-    if (isMoment)
+    if (++blocksSince == DisplayMoments::kBlocks) {
+        blocksSince = 0;
         NoteMoment(report);
-    NoteLevels(report);
+    }
+    if (limiterMeter != nullptr)
+        draft.limiter = std::max(draft.limiter, limiterMeter->GetNormalized());
     const dsp::MoteWeaver& granular = Processor::GranularModuleOf(*report.processor);
     draft.pairsStarted += granular.StartedCount();
     framesSince += report.frames;
@@ -62,25 +66,20 @@ void DisplayFeed::WatchStages(Processor::IProcessor_V5& processor, bool on) {
 }
 
 void DisplayFeed::NoteMoment(const BlockReport& report) {
-    const size_t at = draft.moments++ % DisplayFrame::kMoments;
-    const auto values = Processor::SourceValues(*report.processor);
-    for (uint32_t s = 0; s < kModulationSources; ++s)
-        heard.sources[s][at] = values[s];
-    heard.follower[at] = dsp::LevelKernels::Best().size(report.aux[0], report.frames);
-    heard.space[0][at] = report.aux[2][0];
-    heard.space[1][at] = report.aux[3][0];
+    DisplayMoment& moment = heard.kept[draft.moments++ % DisplayMoments::kMoments];
+    moment.sources = Processor::SourceValues(*report.processor);
+    moment.follower = dsp::LevelKernels::Best().size(report.aux[0], report.frames);
+    moment.space = {report.aux[2][0], report.aux[3][0]};
 }
 
-void DisplayFeed::NoteLevels(const BlockReport& report) {
-    // One channel stands for both sides.
-    const auto take = [&](dsp::PeakHold& peaks, const auto& channels, uint32_t count) {
-        if (count > 0)
-            peaks.Take(channels[0], channels[count - 1], report.frames);
-    };
-    take(inputPeaks, report.inputs, report.inputCount);
-    take(outputPeaks, report.outputs, report.outputCount);
-    if (limiterMeter != nullptr)
-        draft.limiter = std::max(draft.limiter, limiterMeter->GetNormalized());
+/// One channel stands for both sides.
+void DisplayFeed::Hear(dsp::PeakHold& peaks, const float* const* channels, uint32_t count,
+                       uint32_t frames) {
+    if (!IsWatched() || channels == nullptr || count == 0)
+        return;
+    const float* const left = channels[0];
+    const float* const right = channels[count - 1];
+    peaks.Take(left, right, left != nullptr && right != nullptr ? frames : 0);
 }
 
 void DisplayFeed::ShowLevels(Processor::IProcessor_V5& processor) {
@@ -97,11 +96,15 @@ void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
     const auto read = [&](uint32_t row) {
         draft.destinations[row] = Processor::DestinationValue(processor, row);
     };
-    Processor::ReachedDestinations(processor).ForEach(read);
-    if (draft.number == 0)
+    const auto reached = Processor::ReachedDestinations(processor);
+    reached.ForEach(read);
+    if (draft.number == 0 || reached != reachedBefore)
         for (uint32_t row = 0; row < kModulationDestinations; ++row)
             read(row);
-    read(static_cast<uint32_t>(draft.number % kModulationDestinations));
+    reachedBefore = reached;
+    constexpr uint64_t kSeldom = 4;
+    if (draft.number % kSeldom == 0)
+        read(static_cast<uint32_t>(draft.number / kSeldom % kModulationDestinations));
 }
 
 void DisplayFeed::Publish(const BlockReport& report) {
@@ -119,11 +122,20 @@ void DisplayFeed::Publish(const BlockReport& report) {
     DisplayFrame& frame = pictures.Writing();
     ShowTape(granular, frame);
     ShowGrains(granular, frame);
+    ShowMoments(frame);
     static_cast<DisplayState&>(frame) = draft;
-    static_cast<DisplayMoments&>(frame) = heard;
     pictures.Publish();
     draft.limiter = 0.0f;
     framesSince = 0;
+}
+
+/// A slot lacks what has come since it was filled last.
+void DisplayFeed::ShowMoments(DisplayFrame& frame) const {
+    constexpr uint64_t kKept = DisplayMoments::kMoments;
+    const bool isOlder = frame.stream == draft.stream && frame.moments + kKept > draft.moments;
+    uint64_t moment = isOlder ? frame.moments : draft.moments - std::min(draft.moments, kKept);
+    for (; moment < draft.moments; ++moment)
+        frame.kept[moment % kKept] = heard.At(moment);
 }
 
 void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame) {

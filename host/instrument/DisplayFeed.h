@@ -9,6 +9,7 @@
 #include "host/instrument/DisplayFrame.h"
 #include "host/instrument/TapeOutline.h"
 #include "host/instrument/TripleBuffer.h"
+#include "modulation/IndexSet.h"
 #include "primitives/PeakHold.h"
 
 namespace Quorvan::dsp {
@@ -22,7 +23,7 @@ namespace Quorvan::Host {
 /// Makes pictures of what an engine does, some sixty in a second of sound, for a window on
 /// another thread. While nobody watches, it costs one look at a flag in each block.
 ///
-/// Threads  OnBlock, BeginWork and EndWork on the audio thread, Take and Latest on one other thread
+/// Threads  What has to do with sound on the audio thread, Take and Latest on one other thread
 ///          at a time, Watch on any. None waits.
 class DisplayFeed final : public EngineListener {
 public:
@@ -39,6 +40,14 @@ public:
     /// Around the work of a buffer, for the load.
     void BeginWork();
     void EndWork(uint32_t frames);
+    /// Around a piece of it, for the levels of 1 or 2 channels; those that are null are silent.
+    /// What comes may lie where the sound goes.
+    void HearInput(const float* const* channels, uint32_t count, uint32_t frames) {
+        Hear(inputPeaks, channels, count, frames);
+    }
+    void HearOutput(const float* const* channels, uint32_t count, uint32_t frames) {
+        Hear(outputPeaks, channels, count, frames);
+    }
 
 private:
     /// The grain that a slot held last, by what tells it from the next one, and what was worked out
@@ -51,14 +60,15 @@ private:
         float semitones = 0.0f;
     };
 
+    void Hear(dsp::PeakHold& peaks, const float* const* channels, uint32_t count, uint32_t frames);
     void WatchStages(Processor::IProcessor_V5& processor, bool on);
     void NoteMoment(const BlockReport& report);
-    void NoteLevels(const BlockReport& report);
     void ShowLevels(Processor::IProcessor_V5& processor);
     void NoteDestinations(Processor::IProcessor_V5& processor);
     void Publish(const BlockReport& report);
     void ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame);
     void ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& frame);
+    void ShowMoments(DisplayFrame& frame) const;
     const Known& Recognise(uint32_t slot, const dsp::Grain& grain);
 
     using Clock = std::chrono::steady_clock;
@@ -67,7 +77,8 @@ private:
     TripleBuffer<DisplayFrame> pictures;
     DisplayState draft;  ///< gathers what the next picture shows
     DisplayMoments heard;
-    bool isMoment = false;  ///< the last block was one
+    uint32_t blocksSince = 0;  ///< the last moment
+    dsp::IndexSet<kModulationDestinations> reachedBefore;
     TapeOutline outline;
     uint32_t clears = 0;  ///< of the tape, that the outline knows of
     std::array<Known, DisplayFrame::kGrainRoom> known{};

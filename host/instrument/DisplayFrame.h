@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -22,19 +23,28 @@ struct ShownGrain {
     bool reversed = false;
 };
 
-/// A moment every other block, round and round: moment m is at m % kMoments.
+/// What the scopes show of a block.
+struct DisplayMoment {
+    std::array<float, kModulationSources> sources{};  ///< -1..1
+    float follower = 0.0f;                            ///< level that the follower hears
+    std::array<float, 2> space{};                     ///< X and Y, 0..1
+};
+
+/// A moment each fourth block, round and round: moment m is at m % kMoments.
 struct DisplayMoments {
     static constexpr uint32_t kMoments = 64;
+    static constexpr uint32_t kBlocks = 4;
 
-    std::array<std::array<float, kMoments>, kModulationSources> sources{};  ///< -1..1
-    std::array<float, kMoments> follower{};              ///< level that the follower hears
-    std::array<std::array<float, kMoments>, 2> space{};  ///< X and Y, 0..1
+    const DisplayMoment& At(uint64_t moment) const { return kept[moment % kMoments]; }
+
+    std::array<DisplayMoment, kMoments> kept{};
 };
 
 /// Single numbers of a picture.
 struct DisplayState {
     uint64_t number = 0;  ///< of frames; 0: none has come yet
-    uint64_t time = 0;    ///< in audio frames, since the instrument was activated
+    uint64_t stream = 0;  ///< counts up where an engine's first sound begins
+    uint64_t time = 0;    ///< in audio frames, since then
     double sampleRate = 0.0;
     Transport transport;
     float load = 0.0f;  ///< share of the time that the audio lasts which it took to work out
@@ -58,6 +68,12 @@ struct DisplayState {
 struct DisplayFrame : DisplayState, DisplayMoments {
     static constexpr uint32_t kGrainRoom = 258;
     static constexpr uint32_t kMarkerRoom = 200;
+
+    /// The first moment that can still be read by who has taken this many.
+    uint64_t FirstToTake(uint64_t taken) const {
+        const uint64_t first = moments - std::min<uint64_t>(moments, kMoments);
+        return taken > moments ? first : std::max(taken, first);
+    }
 
     TapeOutline::Columns tape;
     uint32_t grainCount = 0;

@@ -369,9 +369,11 @@ void InstrumentPlayer::RunPiece(uint32_t frames) {
     piece.outputs = outputs.data();
     piece.sideChain = audio.sideChain != nullptr ? sideChain.data() : nullptr;
     piece.frames = frames;
+    display.HearInput(inputs.data(), format.inputs, frames);
     bypass.Take(inputs.data(), 0, frames);
     engine.Process(piece);
     bypass.Mix(outputs.data(), 0, frames);
+    display.HearOutput(outputs.data(), format.outputs, frames);
     done += frames;
 }
 

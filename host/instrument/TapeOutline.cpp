@@ -19,15 +19,23 @@ void TapeOutline::Follow(const float* tape, uint32_t length, uint32_t written, u
         size = length;
         LookAgain();
         head = ColumnOf(written);
+        seen = Begin(head);
     }
-    const uint32_t now = ColumnOf(std::min(written, size));
-    const uint32_t reach = std::min(ColumnOf(std::min(frames, size)) + 2, kColumns);
-    // The head is no further than what has come, unless it has jumped: then it has written ahead of
-    // both places.
-    if (MeasureUpTo(now, head, reach) != now)
-        MeasureUpTo(now, (now + kColumns - reach) % kColumns, reach);
-    head = now;
-    Measure(head);
+    const uint32_t place = std::min(written, size);
+    const uint32_t now = ColumnOf(place);
+    if (now == head && place >= seen) {
+        Extend(seen, place);
+    } else {
+        // The head is no further than what has come, unless it has jumped: then it has written
+        // ahead of both places.
+        const uint32_t reach = std::min(ColumnOf(std::min(frames, size)) + 2, kColumns);
+        Extend(seen, Begin(head + 1));
+        if (MeasureUpTo(now, (head + 1) % kColumns, reach) != now)
+            MeasureUpTo(now, (now + kColumns - reach) % kColumns, reach);
+        head = now;
+        Extend(Begin(now), place);
+    }
+    seen = place;
     constexpr uint32_t kInTurn = 6, kSeldom = 8;
     const uint32_t turns = unseen > 0 ? kInTurn : (++calls % kSeldom == 0 ? 1 : 0);
     for (uint32_t i = 0; i < turns; ++i) {
@@ -67,6 +75,24 @@ void TapeOutline::Measure(uint32_t column) {
     const uint32_t end = std::max(begin + 1, Begin(column + 1));
     dsp::LevelKernels::Best().extremes(samples + begin, end - begin, columns.lowest[column],
                                        columns.highest[column]);
+    Note(column);
+}
+
+void TapeOutline::Extend(uint32_t begin, uint32_t end) {
+    if (begin >= end)
+        return;
+    float& lowest = columns.lowest[head];
+    float& highest = columns.highest[head];
+    const float lowestBefore = lowest, highestBefore = highest;
+    dsp::LevelKernels::Best().extremes(samples + begin, end - begin, lowest, highest);
+    if (begin > Begin(head)) {
+        lowest = std::min(lowest, lowestBefore);
+        highest = std::max(highest, highestBefore);
+    }
+    Note(head);
+}
+
+void TapeOutline::Note(uint32_t column) {
     recent[columns.measured++ % kRecent] = static_cast<uint16_t>(column);
 }
 

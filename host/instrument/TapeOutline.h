@@ -31,6 +31,9 @@ private:
     static constexpr uint32_t kRecent = 128;
 
     void Measure(uint32_t column);
+    /// Takes begin..end into the head's column, which begins anew where they begin with it.
+    void Extend(uint32_t begin, uint32_t end);
+    void Note(uint32_t column);
     /// From column up to, but not including, end, most columns at most. Answers the one behind
     /// them.
     uint32_t MeasureUpTo(uint32_t end, uint32_t column, uint32_t most);
@@ -42,6 +45,7 @@ private:
     const float* samples = nullptr;
     uint32_t size = 0;
     uint32_t head = 0;  ///< column of the write head
+    uint32_t seen = 0;  ///< the head's place at the last call
     uint32_t next = 0;  ///< the one whose turn it is
     uint32_t unseen = kColumns;
     uint32_t calls = 0;                      ///< of Follow, since all of it has been seen

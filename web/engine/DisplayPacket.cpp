@@ -49,11 +49,15 @@ void DisplayPacket::Fill(const DisplayFrame& frame) {
 }
 
 void DisplayPacket::FillScopes(const DisplayFrame& frame) {
-    for (size_t source = 0; source < frame.sources.size(); ++source)
-        Put(kSources + source * DisplayFrame::kMoments, frame.sources[source]);
-    Put(kFollower, frame.follower);
-    Put(kSpace, frame.space[0]);
-    Put(kSpace + DisplayFrame::kMoments, frame.space[1]);
+    constexpr size_t kMoments = DisplayFrame::kMoments;
+    for (size_t m = 0; m < kMoments; ++m) {
+        const Host::DisplayMoment& moment = frame.kept[m];
+        for (size_t source = 0; source < moment.sources.size(); ++source)
+            numbers[kSources + source * kMoments + m] = moment.sources[source];
+        numbers[kFollower + m] = moment.follower;
+        numbers[kSpace + m] = moment.space[0];
+        numbers[kSpace + kMoments + m] = moment.space[1];
+    }
 }
 
 void DisplayPacket::FillGrains(const DisplayFrame& frame) {

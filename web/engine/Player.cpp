@@ -46,7 +46,9 @@ void Player::Process(uint32_t frames) {
     const std::array<const float*, kSides> in{channels[0].data(), channels[1].data()};
     const std::array<float*, kSides> out{channels[2].data(), channels[3].data()};
     feed.BeginWork();
+    feed.HearInput(in.data(), kSides, frames);
     engine.Process({.inputs = in.data(), .outputs = out.data(), .frames = frames});
+    feed.HearOutput(out.data(), kSides, frames);
     feed.EndWork(frames);
 }
 

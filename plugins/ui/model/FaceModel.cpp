@@ -79,19 +79,6 @@ double FaceModel::ValueOf(std::string_view name) const {
     return index ? Catalog().Value(*index, Position(*index), Texts()) : 0.0;
 }
 
-void FaceModel::Listen(const std::array<float, Host::DisplayFrame::kMoments>& row, uint64_t& heard,
-                       std::vector<float>& out) const {
-    if (!frameIsNew)
-        return;
-    constexpr uint64_t kRoom = Host::DisplayFrame::kMoments;
-    const uint64_t moments = Frame().moments;
-    heard = std::max(heard, moments > kRoom ? moments - kRoom : 0);
-    if (heard > moments)
-        heard = 0;
-    for (; heard < moments; ++heard)
-        out.push_back(row[heard % kRoom]);
-}
-
 uint32_t FaceModel::ChoiceOf(std::string_view name) const {
     return static_cast<uint32_t>(ValueOf(name));
 }

@@ -28,10 +28,17 @@ public:
     bool IsFrameNew() const { return frameIsNew; }
     /// Whether sound comes at all; a picture that stands still tells nothing of the present.
     bool IsAlive() const { return lastFrame >= 0.0 && now - lastFrame < 0.5; }
-    /// Appends what has come in one of the picture's rows of moments. heard: those that have been
-    /// taken so far, kept by the caller.
-    void Listen(const std::array<float, Host::DisplayFrame::kMoments>& row, uint64_t& heard,
-                std::vector<float>& out) const;
+    /// Calls take(moment) for each of the picture's moments that has not been taken yet. heard:
+    /// those that have been so far, kept by the caller.
+    template <class Take>
+    void Listen(uint64_t& heard, Take&& take) const {
+        if (!frameIsNew)
+            return;
+        const Host::DisplayFrame& frame = Frame();
+        heard = frame.FirstToTake(heard);
+        for (; heard < frame.moments; ++heard)
+            take(frame.At(heard));
+    }
     /// Counts up when names may mean other parameters, or texts read otherwise.
     uint64_t Revision() const { return revision; }
 

@@ -175,17 +175,13 @@ DrawnView::Actions SpacePad(FaceModel& model) {
     actions.tick = [&model, trail, heard](double) {
         if (!model.IsFrameNew())
             return false;
-        const Host::DisplayFrame& frame = model.Frame();
-        constexpr uint64_t kRoom = Host::DisplayFrame::kMoments;
-        *heard = std::max(*heard, frame.moments > kRoom ? frame.moments - kRoom : 0);
-        if (*heard > frame.moments)
-            *heard = 0;
         const Point before = trail->empty() ? Point{-1.0, -1.0} : trail->back();
         bool moved = trail->empty() || before.x != trail->front().x || before.y != trail->front().y;
-        for (; *heard < frame.moments; ++*heard)
-            if (*heard % 4 == 0)
-                trail->push_back({static_cast<double>(frame.space[0][*heard % kRoom]),
-                                  static_cast<double>(frame.space[1][*heard % kRoom])});
+        model.Listen(*heard, [&](const Host::DisplayMoment& moment) {
+            if (*heard % 2 == 0)
+                trail->push_back(
+                    {static_cast<double>(moment.space[0]), static_cast<double>(moment.space[1])});
+        });
         while (trail->size() > 250)
             trail->pop_front();
         return moved || trail->empty() || trail->back().x != before.x ||

@@ -71,8 +71,7 @@ protected:
         if (!model.IsAlive() || model.Frame().moments == 0)
             return -1.0;
         const Host::DisplayFrame& frame = model.Frame();
-        return static_cast<double>(
-            frame.sources[source][(frame.moments - 1) % Host::DisplayFrame::kMoments]);
+        return static_cast<double>(frame.At(frame.moments - 1).sources[source]);
     }
     uint32_t source;
 

@@ -8,7 +8,7 @@ namespace Quorvan::Ui {
 namespace {
 
 constexpr size_t kKept = 360;
-constexpr size_t kShare = 4;  ///< moments of the feed for one that is drawn
+constexpr size_t kShare = 2;  ///< moments of the feed for one that is drawn
 
 /// One running line: the highest of each kShare moments.
 class Trace {
@@ -46,8 +46,8 @@ private:
 
 struct Traces {
     Trace heard, made;
-    uint64_t heardSoFar = 0, madeSoFar = 0;
-    std::vector<float> fresh;
+    uint64_t taken = 0;
+    std::vector<float> newlyHeard, newlyMade;
 };
 
 }  // namespace
@@ -57,12 +57,14 @@ DrawnView::Actions FollowerScope(FaceModel& model) {
     const auto traces = std::make_shared<Traces>();
     actions.tick = [&model, traces](double) {
         Traces& all = *traces;
-        all.fresh.clear();
-        model.Listen(model.Frame().follower, all.heardSoFar, all.fresh);
-        const bool heardMoved = all.heard.Take(all.fresh);
-        all.fresh.clear();
-        model.Listen(model.Frame().sources[0], all.madeSoFar, all.fresh);
-        return all.made.Take(all.fresh) || heardMoved;
+        all.newlyHeard.clear();
+        all.newlyMade.clear();
+        model.Listen(all.taken, [&](const Host::DisplayMoment& moment) {
+            all.newlyHeard.push_back(moment.follower);
+            all.newlyMade.push_back(moment.sources[0]);
+        });
+        const bool heardMoved = all.heard.Take(all.newlyHeard);
+        return all.made.Take(all.newlyMade) || heardMoved;
     };
     actions.draw = [traces](Painter& painter, const Rect& box) {
         const Rect well{box.x, box.y + 20.0, box.width, box.height - 20.0};
@@ -90,7 +92,9 @@ DrawnView::Actions SourceScope(FaceModel& model, uint32_t source) {
     actions.tick = [&model, trace, source, heard = uint64_t{0},
                     fresh = std::vector<float>()](double) mutable {
         fresh.clear();
-        model.Listen(model.Frame().sources[source], heard, fresh);
+        model.Listen(heard, [&](const Host::DisplayMoment& moment) {
+            fresh.push_back(moment.sources[source]);
+        });
         return trace->Take(fresh);
     };
     actions.draw = [trace, source](Painter& painter, const Rect& box) {

@@ -22,7 +22,9 @@ SourcesPanel::SourcesPanel(FaceModel& model, Stage& face, const std::function<ui
     for (uint32_t source = 0; source < Host::kModulationSources; ++source) {
         SourceTile::Actions actions;
         actions.listen = [&model, source, heard = uint64_t{0}](std::vector<float>& out) mutable {
-            model.Listen(model.Frame().sources[source], heard, out);
+            model.Listen(heard, [&](const Host::DisplayMoment& moment) {
+                out.push_back(moment.sources[source]);
+            });
         };
         actions.routes = [&model, source] { return model.RoutesFrom(source); };
         actions.chosen = [chosen, source] { return chosen() == source; };

@@ -40,7 +40,7 @@ public:
 
 private:
     static constexpr size_t kKept = 200;
-    static constexpr size_t kShare = 3;  ///< moments of the feed for one that is drawn
+    static constexpr size_t kShare = 2;  ///< moments of the feed for one that is drawn
 
     Stage& stage;
     uint32_t source;

@@ -1,8 +1,8 @@
 import type { DisplayFrame } from "../engine/DisplayFrame.js";
 import { momentsKept, sourceCount } from "../engine/DisplayLayout.js";
 
-/** Moments of the engine for one that is kept, and how many of those: a bit more than a second. */
-const share = 3;
+/** Moments of the engine for one that is kept, and how many of those: about one and a half seconds. */
+const share = 2;
 export const scopePoints = 200;
 
 /** What the seven sources have been doing lately. */
