@@ -14,7 +14,7 @@ using Kind = PlacedControl::Kind;
 
 // Knobs in columns of 76 and two rows, fields below them; what is free belongs to the picture.
 constexpr double kX0 = 8.0, kX1 = 84.0, kX2 = 160.0, kX3 = 236.0, kX4 = 312.0;
-constexpr double kRow1 = 32.0, kRow2 = 116.0, kFoot = 208.0;
+constexpr double kRow1 = 29.0, kRow2 = 106.0, kFoot = 212.0, kFields = 196.0;
 constexpr double kWide = 84.0;
 
 constexpr PlacedControl kHead[]{
@@ -24,13 +24,13 @@ constexpr PlacedControl kHead[]{
 constexpr PlacedControl kFilter[]{
     {Kind::Knob, "Filter Freq", "Cutoff", kX0, kRow1},
     {Kind::Knob, "Filter Resonance", "Resonance", kX1, kRow1},
-    {Kind::Field, "Filter Mode", "Mode", 12.0, kFoot, 132.0, 24.0},
-    {Kind::Field, "Filter Slope", "Slope", 152.0, kFoot, 104.0, 24.0},
+    {Kind::Choice, "Filter Mode", "Mode", 12.0, kFields, 132.0, 40.0},
+    {Kind::Choice, "Filter Slope", "Slope", 152.0, kFields, 104.0, 40.0},
 };
 constexpr PlacedControl kDistortion[]{
     {Kind::Knob, "Distortion Drive", "Drive", kX0, kRow1},
     {Kind::Knob, "Distortion Output Gain", "Output", kX1, kRow1},
-    {Kind::Field, "Distortion Curve", "Curve", 12.0, kFoot, 116.0, 24.0},
+    {Kind::Choice, "Distortion Curve", "Curve", 12.0, kFields, 116.0, 40.0},
     {Kind::Toggle, "Distortion Level Compensation", "Even level", 136.0, kFoot, 92.0, 24.0},
 };
 constexpr PlacedControl kCompressor[]{
@@ -52,8 +52,8 @@ constexpr PlacedControl kDelay[]{
     {Kind::Knob, "Delay Ping-Pong Width", "Ping-Pong", kX4, kRow1},
     {Kind::Knob, "Delay Low Cut", "Low Cut", kX0, kRow2},
     {Kind::Knob, "Delay High Cut", "High Cut", kX1, kRow2},
-    {Kind::Field, "Delay Time Sync", "Time in", 12.0, kFoot, kWide, 24.0},
-    {Kind::Field, "Delay Stereo Mode", "Stereo", 104.0, kFoot, 92.0, 24.0},
+    {Kind::Choice, "Delay Time Sync", "Time in", 12.0, kFields, kWide, 40.0},
+    {Kind::Choice, "Delay Stereo Mode", "Stereo", 104.0, kFields, 92.0, 40.0},
 };
 constexpr PlacedControl kOctaver[]{
     {Kind::Knob, "Octaver Time", "Time", kX0, kRow1},
@@ -64,9 +64,9 @@ constexpr PlacedControl kOctaver[]{
     {Kind::Knob, "Octaver Low Cut", "Low Cut", kX0, kRow2},
     {Kind::Knob, "Octaver High Cut", "High Cut", kX1, kRow2},
     {Kind::Bipolar, "Octaver Stereo Offset", "Offset", kX2, kRow2},
-    {Kind::Field, "Octaver Time Sync", "Time in", 12.0, kFoot, kWide, 24.0},
-    {Kind::Field, "Octaver Mode", "Mode", 104.0, kFoot, 104.0, 24.0},
-    {Kind::Field, "Octaver Window", "Window", 216.0, kFoot, 116.0, 24.0},
+    {Kind::Choice, "Octaver Time Sync", "Time in", 12.0, kFields, kWide, 40.0},
+    {Kind::Choice, "Octaver Mode", "Mode", 104.0, kFields, 104.0, 40.0},
+    {Kind::Choice, "Octaver Window", "Window", 216.0, kFields, 116.0, 40.0},
 };
 constexpr PlacedControl kTapeEcho[]{
     {Kind::Knob, "Tape Echo Time", "Time", kX0, kRow1},
@@ -77,8 +77,8 @@ constexpr PlacedControl kTapeEcho[]{
     {Kind::Knob, "Tape Echo Low Cut", "Low Cut", kX0, kRow2},
     {Kind::Knob, "Tape Echo High Cut", "High Cut", kX1, kRow2},
     {Kind::Knob, "Tape Echo Ping-Pong Width", "Ping-Pong", kX2, kRow2},
-    {Kind::Field, "Tape Echo Time Sync", "Time in", 12.0, kFoot, kWide, 24.0},
-    {Kind::Field, "Tape Echo Stereo Mode", "Stereo", 104.0, kFoot, 92.0, 24.0},
+    {Kind::Choice, "Tape Echo Time Sync", "Time in", 12.0, kFields, kWide, 40.0},
+    {Kind::Choice, "Tape Echo Stereo Mode", "Stereo", 104.0, kFields, 92.0, 40.0},
 };
 constexpr PlacedControl kChorus[]{
     {Kind::Knob, "Chorus Rate", "Rate", kX0, kRow1},
@@ -89,10 +89,10 @@ constexpr PlacedControl kChorus[]{
     {Kind::Knob, "Chorus High Cut", "High Cut", kX1, kRow2},
     {Kind::Toggle, "Chorus Low Cut On", "Cut lows", 312.0, 48.0, 80.0, 24.0},
     {Kind::Toggle, "Chorus High Cut On", "Cut highs", 312.0, 80.0, 80.0, 24.0},
-    {Kind::Field, "Chorus Voices", "Voices", 12.0, kFoot, 52.0, 24.0},
-    {Kind::Field, "Chorus Waveform", "Wave", 72.0, kFoot, kWide, 24.0},
-    {Kind::Field, "Chorus Channels", "Channels", 164.0, kFoot, kWide, 24.0},
-    {Kind::Field, "Chorus Feedback Polarity", "Polarity", 256.0, kFoot, 88.0, 24.0},
+    {Kind::Choice, "Chorus Voices", "Voices", 12.0, kFields, 52.0, 40.0},
+    {Kind::Choice, "Chorus Waveform", "Wave", 72.0, kFields, kWide, 40.0},
+    {Kind::Choice, "Chorus Channels", "Channels", 164.0, kFields, kWide, 40.0},
+    {Kind::Choice, "Chorus Feedback Polarity", "Polarity", 256.0, kFields, 88.0, 40.0},
 };
 constexpr PlacedControl kFlanger[]{
     {Kind::Knob, "Flanger Rate", "Rate", kX0, kRow1},
@@ -103,10 +103,10 @@ constexpr PlacedControl kFlanger[]{
     {Kind::Knob, "Flanger High Cut", "High Cut", kX1, kRow2},
     {Kind::Toggle, "Flanger Low Cut On", "Cut lows", 312.0, 48.0, 80.0, 24.0},
     {Kind::Toggle, "Flanger High Cut On", "Cut highs", 312.0, 80.0, 80.0, 24.0},
-    {Kind::Field, "Flanger Voices", "Voices", 12.0, kFoot, 52.0, 24.0},
-    {Kind::Field, "Flanger Rate Sync", "Rate in", 72.0, kFoot, kWide, 24.0},
-    {Kind::Field, "Flanger Channels", "Channels", 164.0, kFoot, kWide, 24.0},
-    {Kind::Field, "Flanger Feedback Polarity", "Polarity", 256.0, kFoot, 88.0, 24.0},
+    {Kind::Choice, "Flanger Voices", "Voices", 12.0, kFields, 52.0, 40.0},
+    {Kind::Choice, "Flanger Rate Sync", "Rate in", 72.0, kFields, kWide, 40.0},
+    {Kind::Choice, "Flanger Channels", "Channels", 164.0, kFields, kWide, 40.0},
+    {Kind::Choice, "Flanger Feedback Polarity", "Polarity", 256.0, kFields, 88.0, 40.0},
 };
 constexpr PlacedControl kReverb[]{
     {Kind::Knob, "Reverb Decay", "Decay", kX0, kRow1},

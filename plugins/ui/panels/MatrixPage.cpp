@@ -19,6 +19,12 @@ std::string ShortName(uint32_t row) {
     return name;
 }
 
+/// The number of a function, else the first letter.
+std::string MarkOf(uint32_t source) {
+    const std::string name = Host::SourceName(source);
+    return name.substr(name.starts_with("Function") ? name.size() - 1 : 0, 1);
+}
+
 class MatrixPanel final : public Panel {
 public:
     explicit MatrixPanel(FaceModel& model) : Panel(Layout::kPage, " ") {
@@ -34,7 +40,8 @@ public:
         actions.clear = [&model](uint32_t source, uint32_t row) { model.Unroute(source, row); };
         actions.rowName = [](uint32_t row) { return ShortName(row); };
         actions.sourceName = [](uint32_t source) { return Host::SourceName(source); };
-        Add<MatrixView>(At(12.0, 8.0, box.width - 16.0, box.height - 16.0), std::move(actions));
+        actions.sourceMark = MarkOf;
+        Add<MatrixView>(At(12.0, 4.0, box.width - 16.0, box.height - 8.0), std::move(actions));
     }
 };
 

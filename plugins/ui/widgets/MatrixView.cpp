@@ -11,10 +11,10 @@ MatrixView::MatrixView(const Rect& place, Actions itsActions)
 }
 
 Rect MatrixView::BoxOf(uint32_t source, uint32_t row) const {
-    const double block = box.width / kBlocks, height = box.height / kBlockRows;
+    const double block = box.width / kBlocks, height = box.height / (kBlockRows + 1);
     const uint32_t column = row / kBlockRows;
     return {box.x + block * column + block - 8.0 - kCell * (kSources - source),
-            box.y + height * (row % kBlockRows), kCell, height};
+            box.y + height * (row % kBlockRows + 1), kCell, height};
 }
 
 MatrixView::Cell MatrixView::At(Point at) const {
@@ -38,6 +38,13 @@ bool MatrixView::Tick(double) {
 
 void MatrixView::Draw(Painter& painter) {
     const double block = box.width / kBlocks;
+    for (uint32_t column = 0; column < kBlocks; ++column)
+        for (uint32_t source = 0; source < kSources; ++source) {
+            const Rect below = BoxOf(source, column * kBlockRows);
+            painter.Text({below.x, box.y, below.width, below.height - 1.0},
+                         actions.sourceMark(source), {Theme::kSmall, Theme::Source(source)},
+                         Align::Centre);
+        }
     for (uint32_t row = 0; row < kRows; ++row) {
         const Rect first = BoxOf(0, row);
         const uint32_t column = row / kBlockRows;

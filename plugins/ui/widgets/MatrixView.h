@@ -21,6 +21,7 @@ public:
         std::function<void(uint32_t source, uint32_t row)> clear;
         std::function<std::string(uint32_t row)> rowName;
         std::function<std::string(uint32_t source)> sourceName;
+        std::function<std::string(uint32_t source)> sourceMark;  ///< a letter above its cells
     };
     static constexpr uint32_t kSources = 7, kRows = 95, kBlocks = 5, kBlockRows = 19;
 

@@ -30,7 +30,7 @@ protected:
 
 }  // namespace
 
-TEST_F(Face, ShowsWhatMovesAndTakesTheWheel) {
+TEST_F(Face, ShowsWhatMovesAndTellsTheHostOfGestures) {
     ClapInstance instance(Library());
     instance.Activate();
     Frame frame(display, instance);
@@ -38,6 +38,19 @@ TEST_F(Face, ShowsWhatMovesAndTakesTheWheel) {
     EXPECT_GT(Colours(first), 40u) << "The window is empty.";
     frame.Idle(20);
     EXPECT_NE(frame.Pixels(), first) << "Sound goes through it, and nothing moves.";
+    /// How far a gesture moves a parameter; the host has to hear of it.
+    const auto by = [&](size_t parameter, auto gesture) {
+        const auto told = instance.eventsTold;
+        const double before = instance.Values()[parameter];
+        gesture();
+        frame.Idle(3);
+        const double way = instance.Values()[parameter] - before;
+        for (const auto type : {CLAP_EVENT_PARAM_GESTURE_BEGIN, CLAP_EVENT_PARAM_GESTURE_END})
+            EXPECT_GT(instance.eventsTold[type], told[type]) << type;
+        EXPECT_GT(instance.eventsTold[CLAP_EVENT_PARAM_VALUE], told[CLAP_EVENT_PARAM_VALUE]);
+        return way;
+    };
+    uint32_t dragged = 0;
     std::set<clap_id> moved;
     for (int y = 20; y < static_cast<int>(frame.height); y += 40)
         for (int x = 20; x < static_cast<int>(frame.width); x += 40) {
@@ -45,10 +58,30 @@ TEST_F(Face, ShowsWhatMovesAndTakesTheWheel) {
             frame.Wheel(x, y);
             frame.Idle(1);
             const std::vector<double> after = instance.Values();
+            std::vector<size_t> fresh;
             for (size_t i = 0; i < after.size(); ++i)
-                if (after[i] != before[i])
-                    moved.insert(instance.Parameters()[i].id);
+                if (after[i] != before[i] && moved.insert(instance.Parameters()[i].id).second)
+                    fresh.push_back(i);
+            // A mode moves others along.
+            for (const size_t i : fresh) {
+                const clap_param_info_t& one = instance.Parameters()[i];
+                if (fresh.size() > 1 || (one.flags & CLAP_PARAM_IS_STEPPED) != 0)
+                    continue;
+                SCOPED_TRACE(one.name);
+                const auto reset = [&] { by(i, [&] { frame.DoubleClick(x, y); }); };
+                reset();
+                EXPECT_NEAR(instance.Values()[i], one.default_value, 1e-6);
+                const bool isHigh = 2.0 * one.default_value > one.min_value + one.max_value;
+                const int right = isHigh ? -32 : 32;
+                const double whole = by(i, [&] { frame.Drag(x, y, right, -right); });
+                reset();
+                const double fine = by(i, [&] { frame.Drag(x, y, right, -right, ShiftMask); });
+                EXPECT_GT(fine / whole, 0.0);
+                EXPECT_LT(fine / whole, 0.5);
+                ++dragged;
+            }
         }
+    EXPECT_GT(dragged, 8u);
     EXPECT_GT(moved.size(), 8u) << "The wheel moves hardly anything.";
     frame.Idle(40);
     EXPECT_GE(instance.eventsTold[CLAP_EVENT_PARAM_VALUE], moved.size());

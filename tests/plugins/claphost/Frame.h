@@ -74,23 +74,50 @@ public:
     }
     /// A turn of the wheel, up, at a place.
     void Wheel(int x, int y) {
+        time += 1000;
+        Send(ButtonPress, x, y, Button4, 0);
+    }
+    /// modifiers: such as ShiftMask.
+    void Drag(int x, int y, int right, int down, unsigned modifiers = 0) {
+        constexpr int kSteps = 8;
+        time += 1000;
+        Send(ButtonPress, x, y, Button1, modifiers);
+        for (int i = 1; i <= kSteps; ++i)
+            Send(MotionNotify, x + right * i / kSteps, y + down * i / kSteps, 0,
+                 modifiers | Button1Mask);
+        Send(ButtonRelease, x + right, y + down, Button1, modifiers | Button1Mask);
+    }
+    void DoubleClick(int x, int y) {
+        time += 1000;
+        for (int i = 0; i < 2; ++i) {
+            Send(ButtonPress, x, y, Button1, 0);
+            Send(ButtonRelease, x, y, Button1, Button1Mask);
+        }
+    }
+    /// Of the pointer; type as in X11.
+    void Send(int type, int x, int y, unsigned button, unsigned state) {
         XEvent event{};
-        event.xbutton = {.type = ButtonPress,
+        event.xbutton = {.type = type,
                          .serial = 0,
                          .send_event = True,
                          .display = display,
                          .window = Child(),
                          .root = DefaultRootWindow(display),
                          .subwindow = None,
-                         .time = ++time * 1000,
+                         .time = time += 10,
                          .x = x,
                          .y = y,
                          .x_root = x,
                          .y_root = y,
-                         .state = 0,
-                         .button = Button4,
+                         .state = state,
+                         .button = button,
                          .same_screen = True};
-        XSendEvent(display, Child(), True, ButtonPressMask, &event);
+        if (type == MotionNotify) {
+            event.xmotion.is_hint = NotifyNormal;
+            event.xmotion.same_screen = True;
+        }
+        XSendEvent(display, Child(), True, ButtonPressMask | ButtonReleaseMask | PointerMotionMask,
+                   &event);
         XSync(display, False);
     }
 
