@@ -121,6 +121,8 @@ void Instrument::Edit(uint32_t index, float position) {
         return;
     const Lock lock(mutex);
     const float before = positions.Position(index), ownBefore = positions.Own(index);
+    if (gesture != 0 && std::find(begun.begin(), begun.end(), index) == begun.end())
+        TellBegin(index);
     Move(index, position);
     const float after = std::clamp(position, 0.0f, 1.0f);
     if (index < catalog.Count() && IsSetting(catalog[index]))
@@ -131,14 +133,22 @@ void Instrument::Edit(uint32_t index, float position) {
 void Instrument::BeginGesture(uint32_t index) {
     const Lock lock(mutex);
     gesture = ++gestures;
+    begun.clear();
+    TellBegin(index);
+}
+
+/// What a gesture moves besides is touched too, for hosts.
+void Instrument::TellBegin(uint32_t index) {
+    begun.push_back(index);
     TellHost(FaceKind::Begin, index);
 }
 
-void Instrument::EndGesture(uint32_t index) {
+void Instrument::EndGesture(uint32_t) {
     const Lock lock(mutex);
     history.EndGesture(gesture);
     gesture = 0;
-    TellHost(FaceKind::End, index);
+    for (const uint32_t index : std::exchange(begun, {}))
+        TellHost(FaceKind::End, index);
 }
 
 uint32_t Instrument::MovableOrNone(uint32_t index) const {

@@ -196,6 +196,7 @@ private:
     uint32_t MovableOrNone(uint32_t index) const;
     void Move(uint32_t index, float position) { Move(index, position, position); }
     void Move(uint32_t index, float position, float own);
+    void TellBegin(uint32_t index);
     void TellHost(InstrumentPlayer::FaceMove::Kind kind, uint32_t index);
     void SwapSounds();
     void GoTo(const std::optional<SoundDesk::Scene>& scene);
@@ -219,6 +220,8 @@ private:
     EditHistory history;
     uint64_t gesture = 0;  ///< number of the open one, 0: none
     uint64_t gestures = 0;
+    std::vector<uint32_t> begun;  ///< in the open one, that hosts have been told of
+    //
     std::atomic<uint32_t> lessons = 0, changes = 0;
     InstrumentState kept;  ///< what nothing else holds: seed, MIDI map, window, foreign entries
     std::optional<StreamFormat> active;

@@ -42,6 +42,7 @@ enum class Key : uint8_t {
     Home,
     End,
     F12,
+    Menu,   ///< or Shift-F10
     Letter  ///< see letter
 };
 

@@ -164,6 +164,8 @@ bool FaceCore::CommandKey(const KeyEvent& event) {
         StepFocus(event.modifiers.shift ? -1 : 1);
         return true;
     }
+    if (event.key == Key::Menu)
+        return OpenFocusMenu();
     if (event.key == Key::F12) {
         showsCounter = !showsCounter;
         Invalidate(Layout::kWhole);
@@ -177,6 +179,19 @@ bool FaceCore::CommandKey(const KeyEvent& event) {
     else if (event.letter == 'z')
         instrument.Undo();
     return redo || event.letter == 'z';
+}
+
+/// What the right button does where keys work.
+bool FaceCore::OpenFocusMenu() {
+    if (focused == nullptr || !focused->IsShown())
+        return false;
+    const Point at = focused->FocusPoint();
+    if (focused->RightPress({at, Button::Right, {}, 0.0}))
+        return true;
+    Control* const control = focused->ControlAt(at);
+    if (control != nullptr)
+        OpenControlMenu(*control, {at.x, at.y, 1.0, 1.0});
+    return control != nullptr;
 }
 
 bool FaceCore::Text(std::string_view signs) {

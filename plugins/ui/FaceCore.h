@@ -79,6 +79,7 @@ private:
     void Focus(Widget* widget);
     void StepFocus(int way);
     bool CommandKey(const KeyEvent& event);
+    bool OpenFocusMenu();
     void OpenControlMenu(Control& control, const Rect& anchor);
     void TidyOverlays();
     void UpdateWaiting();

@@ -6,6 +6,7 @@
 #include "instrument/InstrumentRig.h"
 #include "plugins/ui/Face.h"
 #include "plugins/ui/FaceCore.h"
+#include "plugins/ui/widgets/BarEditor.h"
 #include "plugins/ui/widgets/CurveEditor.h"
 #include "plugins/ui/widgets/Knob.h"
 #include "plugins/ui/widgets/RoadView.h"
@@ -164,6 +165,19 @@ TEST_F(FaceTest, ACurveTakesNewPointsAndMovesThem) {
     instrument.Undo();
     instrument.Undo();
     EXPECT_EQ(face.Model().ValueOf("Function 1 Last Point"), points);
+}
+
+TEST_F(FaceTest, BarsAreDrawnWithoutGapsAndMovedByKeys) {
+    Put("Step Sequencer Steps", "16");
+    Click(Find<SourceTile>("Step Sequencer")->box.Centre());
+    Picture();
+    const Rect bars = Find<BarEditor>("Step Sequencer Step 9 Value")->box;
+    Drag(Point{bars.x + 4.0, bars.y + 0.25 * bars.height}, bars.width - 8.0, 0.0);
+    const uint32_t first = *face.Model().Find("StepSeq_StepVal1");
+    for (uint32_t i = 0; i < 16; ++i)
+        EXPECT_NEAR(instrument.Position(first + i), 0.75f, 0.01f);
+    face.Key({Key::Up, 0, {}});
+    EXPECT_NEAR(instrument.Position(first), 0.77f, 0.01f);
 }
 
 /// Every kind of control takes a source, and a drag of its amount is one step.

@@ -72,6 +72,7 @@ constexpr HelpEntry kEntries[]{
     {"Morph", "Every setting on its way from sound A to sound B."},
     // Beat pattern.
     {"Beat Sequencer Steps", "Steps of the pattern."},
+    {"Beat Sequencer Step", "How fast the clock runs in this step; 2x and 3x make rolls."},
     {"Beat Sequencer Loop Mode", "Runs the pattern forward, backward, to and fro or at random."},
     // Sources of modulation.
     {"Macro 1", "A knob of yours: it moves whatever its tile was dropped on."},
@@ -92,6 +93,7 @@ constexpr HelpEntry kEntries[]{
     {"Step Sequencer Rate", "How fast the steps go, in hertz or in notes."},
     {"Step Sequencer Rate Sync", "Rate in hertz, or in straight, triplet or dotted notes."},
     {"Step Sequencer Steps", "Steps before it begins again."},
+    {"Step Sequencer Step", "What it gives in this step."},
     {"Step Sequencer Loop Mode", "Forward, backward, to and fro or at random."},
     {"Step Sequencer Glide", "Slides from step to step."},
     {"Step Sequencer Swing", "Makes every other step longer."},
@@ -210,6 +212,9 @@ std::string_view HelpOn(std::string_view name) {
     }
     if (key.starts_with("Function ") && key.size() > 10)
         key.erase(8, 2);
+    for (const std::string_view step : {"Step Sequencer Step ", "Beat Sequencer Step "})
+        if (key.starts_with(step))
+            key = step.substr(0, step.size() - 1);
     const auto found = std::find_if(std::begin(kEntries), std::end(kEntries),
                                     [&](const HelpEntry& entry) { return entry.name == key; });
     return found != std::end(kEntries) ? found->sentence : std::string_view();

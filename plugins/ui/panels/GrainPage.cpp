@@ -34,7 +34,7 @@ constexpr PlacedControl kStarts[]{
     {Kind::Choice, "Grain Limit", "At most", 256.0, 236.0, 76.0, 40.0},
 };
 constexpr PlacedChance kStartChances[]{
-    {"Density", "Random Density", "Random Density Kind", 0.0, IsNoTexture},
+    {"Density", "Random Density", "Random Density Kind", -1.0, IsNoTexture},
     {"Density", "Random Layers", "Random Layers Direction", 0.0, IsTexture},
     {"Grain Size", "Random Size", "Random Size Direction", 0.0},
 };

@@ -53,6 +53,11 @@ void DrawKeys(Painter& painter, const Rect& box, uint32_t scale, double pitch) {
     }
 }
 
+float Nudged(const Control& control, double steps, bool fine) {
+    const double position = static_cast<double>(control.Position());
+    return static_cast<float>(std::clamp(position + (fine ? 0.002 : 0.02) * steps, 0.0, 1.0));
+}
+
 }  // namespace
 
 DrawnView::Actions ScaleKeyboard(FaceModel& model) {
@@ -133,6 +138,9 @@ DrawnView::Actions ShapeCurve(FaceModel& model) {
                 std::clamp(static_cast<double>(amount->Position()) + step, 0.0, 1.0)));
     };
     actions.doubleClick = [amount] { amount->MoveOnce(amount->Default()); };
+    actions.nudge = [amount](Point way, bool fine) {
+        amount->MoveOnce(Nudged(*amount, way.x + way.y, fine));
+    };
     actions.control = [amount] { return amount.get(); };
     return actions;
 }
@@ -163,6 +171,13 @@ BarEditor::Actions BeatSteps(FaceModel& model) {
             model.Edit(value + i, model.Catalog().PositionOfValue(value + i, wanted - 1.0));
     };
     actions.end = [&model, value](uint32_t i) { model.End(value + i); };
+    actions.nudge = [times, set = actions.set](uint32_t i, double steps, bool) {
+        set(i, std::clamp((times(i) + std::copysign(1.0, steps) + 1.0) / 4.0, 0.25, 1.0));
+    };
+    const auto controls = std::make_shared<std::deque<ParameterControl>>();
+    for (uint32_t i = 0; i < 16; ++i)
+        controls->emplace_back(model, model.Catalog()[value + i].title);
+    actions.control = [controls](uint32_t i) { return &(*controls)[i]; };
     return actions;
 }
 
@@ -228,6 +243,14 @@ DrawnView::Actions SpacePad(FaceModel& model) {
             x->Move(to(*x, way.x / 148.0));
         if (way.y != 0.0)
             model.Edit(*y->Index(), to(*y, -way.y / 100.0));
+    };
+    actions.doubleClick = [x, y] {
+        x->MoveOnce(x->Default());
+        y->MoveOnce(y->Default());
+    };
+    actions.nudge = [x, y](Point way, bool fine) {
+        ParameterControl& moved = way.x != 0.0 ? *x : *y;
+        moved.MoveOnce(Nudged(moved, way.x + way.y, fine));
     };
     return actions;
 }

@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <cmath>
+#include <deque>
 
 #include "host/parameters/ModulationNames.h"
 #include "plugins/ui/model/FunctionCurve.h"
+#include "plugins/ui/model/ParameterControl.h"
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
 #include "plugins/ui/panels/Scopes.h"
@@ -177,12 +180,21 @@ public:
             model.Edit(first + i, static_cast<float>(value));
         };
         actions.end = [this](uint32_t i) { model.End(first + i); };
+        actions.nudge = [this](uint32_t i, double by, bool fine) {
+            model.Edit(first + i, std::clamp(model.Position(first + i) +
+                                                 static_cast<float>((fine ? 0.002 : 0.02) * by),
+                                             0.0f, 1.0f));
+        };
+        for (uint32_t i = 0; i < 16; ++i)
+            steps.emplace_back(model, model.Catalog()[first + i].title);
+        actions.control = [this](uint32_t i) { return &steps[i]; };
         Add<BarEditor>(kDrawing, "Steps", "Draw over the bars to set the value of each step.",
                        std::move(actions));
     }
 
 private:
     uint32_t first;
+    std::deque<ParameterControl> steps;
 };
 
 class FollowerEditor final : public SourceEditor {

@@ -82,7 +82,8 @@ void TablePanel::PlaceChance(const PlacedChance& line, std::span<const PlacedCon
         RandomDial& dial = Add<RandomDial>(
             place, stage, std::make_unique<ParameterControl>(model, prefix + line.amount),
             std::make_unique<ParameterControl>(model, prefix + line.direction));
-        knob.ShowChance(dial.Moved(), dial.Direction(), line.share);
+        if (line.share >= 0.0)
+            knob.ShowChance(dial, dial.Moved(), dial.Direction(), line.share);
         if (line.shown != nullptr)
             conditionals.push_back({&dial, line.shown});
     }

@@ -27,7 +27,7 @@ struct PlacedChance {
     const char* knob = "";  ///< name of the knob's line
     const char* amount = "";
     const char* direction = "";
-    double share = 0.0;  ///< see Knob::ShowChance
+    double share = 0.0;  ///< see Knob::ShowChance; negative: no reach to show on the knob
     PlacedControl::Condition shown = nullptr;
 };
 

@@ -1,6 +1,7 @@
 #include "plugins/ui/widgets/BarEditor.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace Quorvan::Ui {
@@ -39,23 +40,96 @@ void BarEditor::Draw(Painter& painter) {
             painter.Fill({cell.x, cell.y, cell.width, 3.0}, Theme::kPlayHead);
         painter.Text({cell.x, cell.Bottom() - 15.0, cell.width, 14.0}, actions.text(i),
                      {Theme::kSmall, Theme::kText}, Align::Centre);
+        if (focused && i == chosen)
+            painter.RoundLine(cell, 2.0, Theme::kFocus, 1.5);
     }
 }
 
+uint32_t BarEditor::BarAt(Point at) const {
+    const double count = static_cast<double>(std::max<size_t>(shown.size(), 1));
+    const double share = (at.x - box.x) / box.width * count;
+    return static_cast<uint32_t>(std::clamp(share, 0.0, count - 1.0));
+}
+
+Point BarEditor::FocusPoint() const {
+    const double width = box.width / static_cast<double>(std::max<size_t>(shown.size(), 1));
+    return {box.x + width * (chosen + 0.5), box.Centre().y};
+}
+
 void BarEditor::Press(const PointerEvent& event) {
-    const double share = (event.at.x - box.x) / box.width * static_cast<double>(shown.size());
-    first = static_cast<uint32_t>(std::clamp(share, 0.0, static_cast<double>(shown.size() - 1)));
+    first = chosen = BarAt(event.at);
+    last = event.at;
+    isHeld = true;
     actions.begin(first);
     Drag(event);
 }
 
+/// A quick stroke passes bars between two places of the pointer.
 void BarEditor::Drag(const PointerEvent& event) {
-    const double count = static_cast<double>(shown.size());
-    const double share = (event.at.x - box.x) / box.width * count;
-    const auto bar = static_cast<uint32_t>(std::clamp(share, 0.0, count - 1.0));
-    actions.set(bar, std::clamp((box.Bottom() - event.at.y) / box.height, 0.0, 1.0));
+    if (!isHeld)
+        return;
+    const Point from = std::exchange(last, event.at);
+    const auto height = [this](double y) {
+        return std::clamp((box.Bottom() - y) / box.height, 0.0, 1.0);
+    };
+    if (event.modifiers.shift) {
+        const double by = 0.1 * (from.y - event.at.y) / box.height;
+        if (by != 0.0)
+            actions.set(first, std::clamp(actions.value(first) + by, 0.0, 1.0));
+        return;
+    }
+    const uint32_t begin = BarAt(from), end = BarAt(event.at);
+    const double bars = std::abs(static_cast<double>(end) - static_cast<double>(begin));
+    for (double i = 1.0; i < bars; ++i) {
+        const double share = i / bars;
+        const auto bar = static_cast<uint32_t>(begin < end ? begin + i : begin - i);
+        actions.set(bar, height(from.y + share * (event.at.y - from.y)));
+    }
+    actions.set(end, height(event.at.y));
 }
 
-void BarEditor::Release(const PointerEvent&) { actions.end(first); }
+void BarEditor::Release(const PointerEvent&) {
+    if (std::exchange(isHeld, false))
+        actions.end(first);
+}
+
+void BarEditor::Nudge(uint32_t bar, double steps, bool fine) {
+    actions.begin(bar);
+    actions.nudge(bar, steps, fine);
+    actions.end(bar);
+}
+
+void BarEditor::Reset(uint32_t bar) {
+    Control& control = *actions.control(bar);
+    control.MoveOnce(control.Default());
+}
+
+bool BarEditor::Wheel(const WheelEvent& event) {
+    if (event.steps != 0.0)
+        Nudge(BarAt(event.at), event.steps, event.modifiers.shift);
+    return true;
+}
+
+bool BarEditor::Key(const KeyEvent& event) {
+    const auto count = static_cast<uint32_t>(std::max<size_t>(shown.size(), 1));
+    chosen = std::min(chosen, count - 1);
+    switch (event.key) {
+        case Ui::Key::Left:
+        case Ui::Key::Right:
+            chosen = (chosen + (event.key == Ui::Key::Left ? count - 1 : 1)) % count;
+            Invalidate();
+            return true;
+        case Ui::Key::Up:
+        case Ui::Key::Down:
+            Nudge(chosen, event.key == Ui::Key::Up ? 1.0 : -1.0, event.modifiers.shift);
+            return true;
+        case Ui::Key::Delete:
+        case Ui::Key::Backspace:
+            Reset(chosen);
+            return true;
+        default:
+            return false;
+    }
+}
 
 }  // namespace Quorvan::Ui

@@ -9,6 +9,7 @@ namespace Quorvan::Ui {
 namespace {
 
 constexpr size_t kSteps = 240;
+constexpr double kColumns = 16.0, kRows = 8.0;  ///< of the grid
 
 }  // namespace
 
@@ -85,6 +86,8 @@ void CurveEditor::Draw(Painter& painter) {
         const Point p = ToScreen(shownPoints[i]);
         painter.Disc(p, 5.5, Theme::kWell);
         painter.Disc(p, 4.0, static_cast<int>(i) == heldPoint ? Theme::kText : colour);
+        if (focused && i == chosen)
+            painter.Ring(p, 8.0, Theme::kFocus, 1.5);
     }
 }
 
@@ -103,12 +106,17 @@ void CurveEditor::Press(const PointerEvent& event) {
     actions.begin();
 }
 
+/// Where the pointer points, on the grid where Control is held.
+Point CurveEditor::Placed(const PointerEvent& event) const {
+    const Point p = FromScreen(event.at);
+    return event.modifiers.control
+               ? Point{std::round(kColumns * p.x) / kColumns, std::round(kRows * p.y) / kRows}
+               : p;
+}
+
 void CurveEditor::Drag(const PointerEvent& event) {
     if (heldPoint != kNone) {
-        Point p = FromScreen(event.at);
-        if (event.modifiers.control)
-            p = {std::round(16.0 * p.x) / 16.0, std::round(8.0 * p.y) / 8.0};
-        actions.move(static_cast<size_t>(heldPoint), p);
+        actions.move(static_cast<size_t>(heldPoint), Placed(event));
     } else if (heldSegment != kNone)
         actions.bend(static_cast<size_t>(heldSegment),
                      (last.y - event.at.y) / box.height * (event.modifiers.shift ? 0.1 : 1.0));
@@ -125,10 +133,62 @@ void CurveEditor::DoubleClick(const PointerEvent& event) {
     const int at = PointAt(event.at);
     actions.begin();
     if (at == kNone)
-        actions.add(FromScreen(event.at));
+        actions.add(Placed(event));
     else
         actions.remove(static_cast<size_t>(at));
     actions.end();
+}
+
+Point CurveEditor::FocusPoint() const {
+    return chosen < shownPoints.size() ? ToScreen(shownPoints[chosen]) : box.Centre();
+}
+
+bool CurveEditor::Key(const KeyEvent& event) {
+    const std::vector<Point> points = actions.points();
+    if (points.empty())
+        return false;
+    chosen = std::min(chosen, points.size() - 1);
+    const double step = event.modifiers.control ? 1.0 : event.modifiers.shift ? 0.02 : 0.2;
+    const auto once = [&](auto&& change) {
+        actions.begin();
+        change();
+        actions.end();
+        Invalidate();
+        return true;
+    };
+    const auto move = [&](double x, double y) {
+        const Point p = points[chosen];
+        return once([&] {
+            actions.move(chosen, {std::clamp(p.x + step * x / kColumns, 0.0, 1.0),
+                                  std::clamp(p.y + step * y / kRows, 0.0, 1.0)});
+        });
+    };
+    switch (event.key) {
+        case Ui::Key::PageUp:
+        case Ui::Key::PageDown:
+            chosen =
+                (chosen + (event.key == Ui::Key::PageUp ? points.size() - 1 : 1)) % points.size();
+            Invalidate();
+            return true;
+        case Ui::Key::Left:
+            return move(-1.0, 0.0);
+        case Ui::Key::Right:
+            return move(1.0, 0.0);
+        case Ui::Key::Up:
+            return move(0.0, 1.0);
+        case Ui::Key::Down:
+            return move(0.0, -1.0);
+        case Ui::Key::Delete:
+        case Ui::Key::Backspace:
+            return once([&] { actions.remove(chosen); });
+        case Ui::Key::Enter: {
+            const size_t next = std::min(chosen + 1, points.size() - 1);
+            const double x = 0.5 * (points[chosen].x + points[next].x);
+            return once([&] { actions.add({x, actions.height(x)}); });
+        }
+        default:
+            return false;
+    }
 }
 
 bool CurveEditor::RightPress(const PointerEvent& event) {

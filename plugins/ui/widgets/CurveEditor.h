@@ -8,7 +8,8 @@
 namespace Quorvan::Ui {
 
 /// A curve through points that are dragged, added and removed by double clicks; between points the
-/// curve is bent up and down. Control holds points to a grid of 16 by 8.
+/// curve is bent up and down. Control holds points to a grid of 16 by 8. Keys: Page Up and Page
+/// Down choose a point, arrows move it, Enter adds one behind it, Delete removes it.
 class CurveEditor final : public Widget {
 public:
     struct Actions {
@@ -33,10 +34,14 @@ public:
     void Release(const PointerEvent& event) override;
     void DoubleClick(const PointerEvent& event) override;
     bool RightPress(const PointerEvent& event) override;
+    bool Key(const KeyEvent& event) override;
+    bool CanFocus() const override { return true; }
+    Point FocusPoint() const override;
     std::string TipTitle(Point) override { return "Curve"; }
     std::string TipText(Point) override {
         return "Drag points; double click adds and removes them. Drag between two to bend. Ctrl "
-               "holds to a grid. Right click: shapes, copy.";
+               "holds to a grid. Right click: shapes, copy. Page keys choose a point, arrows move "
+               "it.";
     }
 
 private:
@@ -45,6 +50,7 @@ private:
     Point ToScreen(Point p) const;
     Point FromScreen(Point at) const;
     int PointAt(Point at) const;
+    Point Placed(const PointerEvent& event) const;
 
     Colour colour;
     Actions actions;
@@ -53,6 +59,7 @@ private:
     double shownLevel = -1.0, shownPlace = -1.0;
     int heldPoint = kNone, heldSegment = kNone;
     bool open = false;  ///< a gesture
+    size_t chosen = 0;  ///< that keys move
     Point last;
 };
 

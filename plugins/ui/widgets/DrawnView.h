@@ -18,6 +18,8 @@ public:
         /// way: since the last call.
         std::function<void(const PointerEvent&, Point way, const Rect&)> drag;
         std::function<void()> doubleClick;
+        /// One way of the two at a time, in steps; with fine tenths of them. By wheel and arrows.
+        std::function<void(Point way, bool fine)> nudge;
         std::function<Control*()> control;
     };
 
@@ -27,7 +29,11 @@ public:
           help(std::move(sentence)),
           actions(std::move(itsActions)) {}
 
-    void Draw(Painter& painter) override { actions.draw(painter, box); }
+    void Draw(Painter& painter) override {
+        actions.draw(painter, box);
+        if (focused)
+            painter.RoundLine(box, 4.0, Theme::kFocus, 1.5);
+    }
     bool Tick(double seconds) override { return actions.tick(seconds); }
     void Press(const PointerEvent& event) override {
         if (!actions.drag)
@@ -49,6 +55,28 @@ public:
     }
     void DoubleClick(const PointerEvent& event) override {
         actions.doubleClick ? actions.doubleClick() : Press(event);
+    }
+    bool CanFocus() const override { return static_cast<bool>(actions.nudge); }
+    bool Wheel(const WheelEvent& event) override {
+        if (!actions.nudge)
+            return false;
+        actions.nudge({0.0, event.steps}, event.modifiers.shift);
+        return true;
+    }
+    bool Key(const KeyEvent& event) override {
+        const bool fine = event.modifiers.shift;
+        switch (event.key) {
+            case Ui::Key::Left:
+                return actions.nudge({-1.0, 0.0}, fine), true;
+            case Ui::Key::Right:
+                return actions.nudge({1.0, 0.0}, fine), true;
+            case Ui::Key::Up:
+                return actions.nudge({0.0, 1.0}, fine), true;
+            case Ui::Key::Down:
+                return actions.nudge({0.0, -1.0}, fine), true;
+            default:
+                return false;
+        }
     }
     Control* ControlAt(Point) override { return actions.control ? actions.control() : nullptr; }
     std::string TipTitle(Point) override { return title; }

@@ -27,7 +27,9 @@ Point OnRing(Point centre, double radius, double turns) {
 Knob::Knob(const Rect& place, Stage& face, std::unique_ptr<Control> moved, std::string itsLabel)
     : ControlWidget(place, face, std::move(moved), std::move(itsLabel)) {}
 
-void Knob::ShowChance(const Control& amount, const Control& direction, double share) {
+void Knob::ShowChance(const Widget& dial, const Control& amount, const Control& direction,
+                      double share) {
+    chanceDial = &dial;
     chanceAmount = &amount;
     chanceDirection = &direction;
     chanceShare = share;
@@ -37,9 +39,9 @@ bool Knob::Tick(double seconds) {
     bool moved = ControlWidget::Tick(seconds);
     if (chanceAmount == nullptr)
         return moved;
-    moved |=
-        chanceAmount->Position() != shownChance || chanceDirection->Position() != shownDirection;
-    shownChance = chanceAmount->Position();
+    const float chance = chanceDial->IsShown() ? chanceAmount->Position() : 0.0f;
+    moved |= chance != shownChance || chanceDirection->Position() != shownDirection;
+    shownChance = chance;
     shownDirection = chanceDirection->Position();
     return moved;
 }
@@ -67,7 +69,7 @@ void Knob::Draw(Painter& painter) {
 
 /// The directions of all random depths begin with "up" and "down"; a third is both.
 void Knob::DrawChance(Painter& painter) const {
-    if (chanceAmount == nullptr || chanceAmount->Position() <= 0.0f)
+    if (chanceAmount == nullptr || !chanceDial->IsShown() || chanceAmount->Position() <= 0.0f)
         return;
     const double position = static_cast<double>(control->Position());
     const double amount = static_cast<double>(chanceAmount->Position());

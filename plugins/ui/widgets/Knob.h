@@ -15,7 +15,9 @@ public:
 
     /// Shows how far chance reaches; both outlive the knob. share: of the knob's travel at 100 %;
     /// 0: up to its end.
-    void ShowChance(const Control& amount, const Control& direction, double share);
+    /// nothing is shown where dial is not.
+    void ShowChance(const Widget& dial, const Control& amount, const Control& direction,
+                    double share);
     /// The travel has its middle at rest: pitch, pan.
     void MakeBipolar() { bipolar = true; }
 
@@ -30,6 +32,7 @@ private:
     void DrawChance(Painter& painter) const;
     void DrawRoutes(Painter& painter, const Influence& influence) const;
 
+    const Widget* chanceDial = nullptr;
     const Control* chanceAmount = nullptr;
     const Control* chanceDirection = nullptr;
     double chanceShare = 0.0;

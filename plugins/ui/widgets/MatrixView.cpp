@@ -54,6 +54,8 @@ void MatrixView::Draw(Painter& painter) {
         for (uint32_t source = 0; source < kSources; ++source) {
             const Rect cell = BoxOf(source, row).Inset(1.0, 1.5);
             painter.Fill(cell, Theme::kWell);
+            if (focused && source == chosen.source && row == chosen.row)
+                painter.RoundLine(cell.Inset(-1.0), 2.0, Theme::kFocus, 1.5);
             const double value = static_cast<double>(shown[source][row]);
             const Colour colour = Theme::Source(source);
             if (value == 0.0) {
@@ -75,8 +77,10 @@ void MatrixView::Press(const PointerEvent& event) {
     isHeld = held.isOne;
     last = event.at;
     amount = isHeld ? static_cast<double>(actions.amount(held.source, held.row)) : 0.0;
-    if (isHeld)
+    if (isHeld) {
+        chosen = held;
         actions.begin(held.source, held.row);
+    }
 }
 
 void MatrixView::Drag(const PointerEvent& event) {
@@ -86,6 +90,48 @@ void MatrixView::Drag(const PointerEvent& event) {
     last = event.at;
     amount = std::clamp(amount + way * (event.modifiers.shift ? 0.1 : 1.0), -1.0, 1.0);
     actions.set(held.source, held.row, static_cast<float>(amount));
+}
+
+void MatrixView::Nudge(const Cell& cell, double by) {
+    const double now = static_cast<double>(actions.amount(cell.source, cell.row));
+    actions.begin(cell.source, cell.row);
+    actions.set(cell.source, cell.row, static_cast<float>(std::clamp(now + by, -1.0, 1.0)));
+    actions.end();
+}
+
+bool MatrixView::Wheel(const WheelEvent& event) {
+    if (const Cell cell = At(event.at); cell.isOne && event.steps != 0.0)
+        Nudge(cell, event.steps * (event.modifiers.shift ? 0.002 : 0.02));
+    return true;
+}
+
+bool MatrixView::Key(const KeyEvent& event) {
+    const double step = event.modifiers.shift ? 0.01 : 0.1;
+    const auto choose = [this](uint32_t source, uint32_t row) {
+        chosen.source = (chosen.source + source) % kSources;
+        chosen.row = (chosen.row + row) % kRows;
+        Invalidate();
+        return true;
+    };
+    switch (event.key) {
+        case Ui::Key::Left:
+            return choose(kSources - 1, chosen.source == 0 ? kRows - kBlockRows : 0);
+        case Ui::Key::Right:
+            return choose(1, chosen.source + 1 == kSources ? kBlockRows : 0);
+        case Ui::Key::Up:
+            return choose(0, kRows - 1);
+        case Ui::Key::Down:
+            return choose(0, 1);
+        case Ui::Key::PageUp:
+            return Nudge(chosen, step), true;
+        case Ui::Key::PageDown:
+            return Nudge(chosen, -step), true;
+        case Ui::Key::Delete:
+        case Ui::Key::Backspace:
+            return actions.clear(chosen.source, chosen.row), true;
+        default:
+            return false;
+    }
 }
 
 void MatrixView::DoubleClick(const PointerEvent& event) {

@@ -10,7 +10,8 @@
 namespace Quorvan::Ui {
 
 /// The whole matrix: destinations in blocks of rows, a cell for each source. Cells are dragged up
-/// and down, and emptied by a double click.
+/// and down, and emptied by a double click. Keys: arrows choose a cell, Page Up and Page Down move
+/// it, Delete empties it.
 class MatrixView final : public Widget {
 public:
     struct Actions {
@@ -36,6 +37,9 @@ public:
             actions.end();
     }
     void DoubleClick(const PointerEvent& event) override;
+    bool Wheel(const WheelEvent& event) override;
+    bool Key(const KeyEvent& event) override;
+    bool CanFocus() const override { return true; }
     std::string TipTitle(Point at) override;
     std::string TipText(Point) override {
         return "Drag a cell up or down to say how far the source moves it. A double click empties "
@@ -50,10 +54,12 @@ private:
     };
     Rect BoxOf(uint32_t source, uint32_t row) const;
     Cell At(Point at) const;
+    void Nudge(const Cell& cell, double by);
 
     Actions actions;
     std::array<std::array<float, kRows>, kSources> shown{};
     Cell held;
+    Cell chosen{0, 0, true};  ///< that keys move
     bool isHeld = false;
     double amount = 0.0;
     Point last;

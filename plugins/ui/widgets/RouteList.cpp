@@ -51,6 +51,8 @@ void RouteList::Draw(Painter& painter) {
                      {Theme::kSmall, Theme::kText}, Align::Right);
         painter.Text({row.Right() - 18.0, row.y, 18.0, row.height}, "\u00d7",
                      {Theme::kBody, Theme::kDim}, Align::Centre);
+        if (focused && i == chosen)
+            painter.RoundLine(row, 4.0, Theme::kFocus, 1.5);
     }
     painter.Unclip();
 }
@@ -66,7 +68,8 @@ void RouteList::Press(const PointerEvent& event) {
         return;
     if (event.at.x > box.Right() - 20.0)
         return actions.remove(shown[static_cast<size_t>(row)].row);
-    held = static_cast<int>(shown[static_cast<size_t>(row)].row);
+    chosen = static_cast<size_t>(row);
+    held = static_cast<int>(shown[chosen].row);
     amount = shown[static_cast<size_t>(row)].amount;
     last = event.at;
     actions.begin(static_cast<uint32_t>(held));
@@ -89,6 +92,39 @@ bool RouteList::Wheel(const WheelEvent& event) {
         --top;
     Invalidate();
     return true;
+}
+
+void RouteList::Nudge(double by) {
+    const Route route = shown[chosen];
+    const double wanted = std::clamp(route.amount + by, -1.0, 1.0);
+    actions.begin(route.row);
+    actions.set(route.row, std::abs(wanted) < 0.005 ? std::copysign(0.005, by) : wanted);
+    actions.end();
+}
+
+bool RouteList::Key(const KeyEvent& event) {
+    if (shown.empty())
+        return false;
+    chosen = std::min(chosen, shown.size() - 1);
+    const double step = event.modifiers.shift ? 0.002 : 0.02;
+    const size_t visible = static_cast<size_t>(std::max(1.0, box.height / kRow));
+    switch (event.key) {
+        case Ui::Key::Up:
+        case Ui::Key::Down:
+            chosen = (chosen + (event.key == Ui::Key::Up ? shown.size() - 1 : 1)) % shown.size();
+            top = std::clamp(top, chosen + 1 - std::min(chosen + 1, visible), chosen);
+            Invalidate();
+            return true;
+        case Ui::Key::Left:
+            return Nudge(-step), true;
+        case Ui::Key::Right:
+            return Nudge(step), true;
+        case Ui::Key::Delete:
+        case Ui::Key::Backspace:
+            return actions.remove(shown[chosen].row), true;
+        default:
+            return false;
+    }
 }
 
 }  // namespace Quorvan::Ui

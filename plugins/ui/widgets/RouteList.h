@@ -9,6 +9,7 @@
 namespace Quorvan::Ui {
 
 /// What a source moves, by how much: bars about a middle that are dragged across; a cross removes.
+/// Keys: Up and Down choose one, Left and Right move it, Delete removes it.
 class RouteList final : public Widget {
 public:
     struct Route {
@@ -38,6 +39,8 @@ public:
             actions.end();
     }
     bool Wheel(const WheelEvent& event) override;
+    bool Key(const KeyEvent& event) override;
+    bool CanFocus() const override { return !shown.empty(); }
     std::string TipTitle(Point) override { return "Routes"; }
     std::string TipText(Point) override {
         return "What this source moves, and how far: drag across. The cross takes a route off.";
@@ -46,10 +49,12 @@ public:
 private:
     static constexpr double kRow = 24.0;
     int RowAt(Point at) const;
+    void Nudge(double by);
 
     Actions actions;
     std::vector<Route> shown;
     size_t top = 0;
+    size_t chosen = 0;  ///< that keys move
     int held = -1;
     double amount = 0.0;
     Point last;

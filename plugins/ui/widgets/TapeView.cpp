@@ -217,6 +217,11 @@ void TapeView::DrawHeads(Painter& painter) const {
     const bool lit = picture.canDragHead && (hovered || held == Held::Head);
     painter.Fill({x - 1.0, box.y, 2.0, box.height}, Theme::kPlayHead.Faded(lit ? 1.0 : 0.85));
     painter.Arrow({x, box.y + 5.0}, lit ? 8.0 : 6.0, 0.5, Theme::kPlayHead);
+    if (under == Held::Spray || held == Held::Spray)
+        for (const double edge :
+             {picture.playPlace - picture.sprayBack, picture.playPlace + picture.sprayAhead})
+            painter.Round({XOf(Wrapped(edge)) - 3.0, box.y + 0.72 * box.height, 6.0, 32.0}, 3.0,
+                          Theme::kPlayHead);
     if (!picture.alive)
         painter.Text({box.x + 16.0, box.Bottom() - 26.0, 400.0, 16.0},
                      "No sound comes: the host does not run this processor.",
@@ -225,14 +230,21 @@ void TapeView::DrawHeads(Painter& painter) const {
 
 // ---- Gestures
 
+/// Low on the tape the band's edges come ahead of the head, which they may lie on.
 TapeView::Held TapeView::At(Point at) const {
-    if (picture.canDragHead && std::abs(at.x - XOf(picture.playPlace)) < kGrab)
+    const bool isLow = at.y > box.y + 0.6 * box.height;
+    if (picture.canDragHead && !isLow && std::abs(at.x - XOf(picture.playPlace)) < kGrab)
         return Held::Head;
     for (const double edge :
          {picture.playPlace - picture.sprayBack, picture.playPlace + picture.sprayAhead})
         if (std::abs(at.x - XOf(Wrapped(edge))) < kGrab)
             return Held::Spray;
     return Held::Nothing;
+}
+
+void TapeView::Hover(Point at) {
+    if (std::exchange(under, At(at)) != At(at))
+        Invalidate();
 }
 
 double TapeView::ReachTo(Point at) const {
@@ -280,7 +292,8 @@ Control* TapeView::ControlAt(Point at) {
 std::string TapeView::TipText(Point) {
     return "The loop that is being recorded, with every grain where it reads: higher is higher in "
            "pitch, brighter is louder, upper edge left and lower edge right. Arrows point backward "
-           "where grains do. Pull the edges of the yellow band to spray the starts.";
+           "where grains do. Pull the edges of the yellow band to spray the starts, low on "
+           "the tape where they lie on the head.";
 }
 
 }  // namespace Quorvan::Ui

@@ -51,6 +51,7 @@ public:
     void Press(const PointerEvent& event) override;
     void Drag(const PointerEvent& event) override;
     void Release(const PointerEvent& event) override;
+    void Hover(Point at) override;
     Control* ControlAt(Point at) override;
     std::string TipTitle(Point) override { return "Tape"; }
     std::string TipText(Point) override;
@@ -85,6 +86,7 @@ private:
     uint64_t newest = 0;  ///< number of the latest grain that was seen
     double now = 0.0;
     Held held = Held::Nothing;
+    Held under = Held::Nothing;  ///< the pointer
 };
 
 }  // namespace Quorvan::Ui

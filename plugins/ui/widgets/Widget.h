@@ -31,6 +31,8 @@ public:
     virtual bool Key(const KeyEvent&) { return false; }
     virtual bool Text(std::string_view) { return false; }
     virtual bool CanFocus() const { return false; }
+    /// Where keys work while it has the focus.
+    virtual Point FocusPoint() const { return box.Centre(); }
 
     /// What the right mouse button, tool tips and dropped sources mean there.
     virtual Control* ControlAt(Point) { return nullptr; }

@@ -65,8 +65,11 @@ KeyEvent KeyOf(const Toolkit::Widget::KeyboardEvent& event) {
                                               {Toolkit::kKeyPageDown, Key::PageDown},
                                               {Toolkit::kKeyHome, Key::Home},
                                               {Toolkit::kKeyEnd, Key::End},
+                                              {Toolkit::kKeyMenu, Key::Menu},
                                               {Toolkit::kKeyF12, Key::F12}};
     const Modifiers modifiers = ModifiersOf(event.mod);
+    if (event.key == Toolkit::kKeyF10 && modifiers.shift)
+        return {Key::Menu, 0, modifiers};
     if (event.key >= 'a' && event.key <= 'z')
         return {Key::Letter, static_cast<char>(event.key), modifiers};
     const auto found = keys.find(event.key);
