@@ -53,6 +53,46 @@ void DrawKeys(Painter& painter, const Rect& box, uint32_t scale, double pitch) {
     }
 }
 
+/// The figure that a point runs: where it has been lately, however slowly it goes.
+class Trail {
+public:
+    /// Answers whether the point is elsewhere now.
+    bool Take(Point p, double seconds) {
+        constexpr double kApart = 0.012;
+        if (last.x == p.x && last.y == p.y)
+            return false;
+        last = p;
+        if (kept.empty() || std::hypot(p.x - kept.back().at.x, p.y - kept.back().at.y) > kApart)
+            kept.push_back({p, seconds});
+        return true;
+    }
+    /// Answers whether something is gone.
+    bool Forget(double seconds) {
+        constexpr double kSeconds = 22.0;  // a turn of the slowest that an eye follows
+        constexpr size_t kMost = 500;
+        const size_t before = kept.size();
+        while (!kept.empty() && (kept.size() > kMost || seconds - kept.front().since > kSeconds))
+            kept.pop_front();
+        return kept.size() != before;
+    }
+    /// The newest is where the point is.
+    std::vector<Point> Places() const {
+        std::vector<Point> places;
+        for (const Kept& one : kept)
+            places.push_back(one.at);
+        places.push_back(last);
+        return places;
+    }
+
+private:
+    struct Kept {
+        Point at;
+        double since = 0.0;
+    };
+    std::deque<Kept> kept;
+    Point last{0.5, 0.0};
+};
+
 float Nudged(const Control& control, double steps, bool fine) {
     const double position = static_cast<double>(control.Position());
     return static_cast<float>(std::clamp(position + (fine ? 0.002 : 0.02) * steps, 0.0, 1.0));
@@ -185,22 +225,18 @@ DrawnView::Actions SpacePad(FaceModel& model) {
     DrawnView::Actions actions;
     const auto x = std::make_shared<ParameterControl>(model, "Stereo Position");
     const auto y = std::make_shared<ParameterControl>(model, "Distance");
-    const auto trail = std::make_shared<std::deque<Point>>();
+    const auto trail = std::make_shared<Trail>();
     const auto heard = std::make_shared<uint64_t>(0);
-    actions.tick = [&model, trail, heard](double) {
+    actions.tick = [&model, trail, heard](double seconds) {
         if (!model.IsFrameNew())
             return false;
-        const Point before = trail->empty() ? Point{-1.0, -1.0} : trail->back();
-        bool moved = trail->empty() || before.x != trail->front().x || before.y != trail->front().y;
+        bool moved = trail->Forget(seconds);
         model.Listen(*heard, [&](const Host::DisplayMoment& moment) {
-            if (*heard % 2 == 0)
-                trail->push_back(
-                    {static_cast<double>(moment.space[0]), static_cast<double>(moment.space[1])});
+            moved |= trail->Take(
+                {static_cast<double>(moment.space[0]), static_cast<double>(moment.space[1])},
+                seconds);
         });
-        while (trail->size() > 250)
-            trail->pop_front();
-        return moved || trail->empty() || trail->back().x != before.x ||
-               trail->back().y != before.y;
+        return moved;
     };
     actions.draw = [trail, x, y](Painter& painter, const Rect& box) {
         painter.Round(box, 4.0, Theme::kWell);
@@ -218,9 +254,9 @@ DrawnView::Actions SpacePad(FaceModel& model) {
         const Point centre =
             place({static_cast<double>(x->Position()), static_cast<double>(y->Position())});
         painter.Ring(centre, 6.0, Theme::kDim, 1.5);
-        std::vector<Point> line;
-        for (const Point& p : *trail)
-            line.push_back(place(p));
+        std::vector<Point> line = trail->Places();
+        for (Point& p : line)
+            p = place(p);
         const size_t half = line.size() / 2;
         if (line.size() > 4) {
             painter.Path(std::span(line).first(half + 1), Theme::kOn.Faded(0.25), 1.5);
