@@ -324,13 +324,15 @@ TEST_F(FaceTest, TextsFitAndEveryControlIsExplained) {
     for (const double scale : {0.75, 1.0, 1.5, 3.0}) {
         Put("Granular Mode", scale < 1.0 ? "Texture" : scale > 1.0 ? "Beat" : "Classic");
         Resize(scale);
-        for (size_t page = 0; page < 4; ++page) {
-            face.OpenPage(page);
+        for (uint32_t view = 0; view < 40; ++view) {
+            Put("FX1 Effect", ("@" + std::to_string(view / 4 / 9.0)).c_str());
+            Click(Find<SourceTile>(Host::SourceName(view / 4 % 7))->box.Centre());
+            face.OpenPage(view % 4);
             std::vector<PlacedText> texts;
             face.NoteTexts(&texts);
             Picture();
             face.NoteTexts(nullptr);
-            EXPECT_GT(texts.size(), 50u);
+            EXPECT_GT(texts.size(), 30u);
             for (const PlacedText& text : texts)
                 EXPECT_LE(text.width, text.box.width + 0.5) << text.text << " at " << scale;
             for (Widget* const widget : face.Shown())

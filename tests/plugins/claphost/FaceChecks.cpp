@@ -71,8 +71,7 @@ TEST_F(Face, ShowsWhatMovesAndTellsTheHostOfGestures) {
                 const auto reset = [&] { by(i, [&] { frame.DoubleClick(x, y); }); };
                 reset();
                 EXPECT_NEAR(instance.Values()[i], one.default_value, 1e-6);
-                const bool isHigh = 2.0 * one.default_value > one.min_value + one.max_value;
-                const int right = isHigh ? -32 : 32;
+                const int right = one.default_value > 0.5 * one.max_value ? -32 : 32;
                 const double whole = by(i, [&] { frame.Drag(x, y, right, -right); });
                 reset();
                 const double fine = by(i, [&] { frame.Drag(x, y, right, -right, ShiftMask); });
