@@ -79,12 +79,10 @@ void BarEditor::Drag(const PointerEvent& event) {
         return;
     }
     const uint32_t begin = BarAt(from), end = BarAt(event.at);
-    const double bars = std::abs(static_cast<double>(end) - static_cast<double>(begin));
-    for (double i = 1.0; i < bars; ++i) {
-        const double share = i / bars;
-        const auto bar = static_cast<uint32_t>(begin < end ? begin + i : begin - i);
-        actions.set(bar, height(from.y + share * (event.at.y - from.y)));
-    }
+    const uint32_t bars = begin < end ? end - begin : begin - end;
+    for (uint32_t i = 1; i < bars; ++i)
+        actions.set(begin < end ? begin + i : begin - i,
+                    height(from.y + i * (event.at.y - from.y) / bars));
     actions.set(end, height(event.at.y));
 }
 
