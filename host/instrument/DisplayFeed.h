@@ -23,8 +23,8 @@ namespace Quorvan::Host {
 /// Makes pictures of what an engine does, some sixty in a second of sound, for a window on
 /// another thread. While nobody watches, it costs one look at a flag in each block.
 ///
-/// Threads  What has to do with sound on the audio thread, Take and Latest on one other thread
-///          at a time, Watch on any. None waits.
+/// Threads  OnBlock, BeginWork, EndWork, HearInput and HearOutput on the audio thread, Take and
+///          Latest on one other thread at a time, Watch on any. None waits.
 class DisplayFeed final : public EngineListener {
 public:
     void Watch(bool on) { isWatched.store(on, std::memory_order_relaxed); }

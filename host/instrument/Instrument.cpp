@@ -133,7 +133,7 @@ void Instrument::Edit(uint32_t index, float position) {
 void Instrument::BeginGesture(uint32_t index) {
     const Lock lock(mutex);
     gesture = ++gestures;
-    begun.clear();
+    TellEnds();
     TellBegin(index);
 }
 
@@ -143,12 +143,16 @@ void Instrument::TellBegin(uint32_t index) {
     TellHost(FaceKind::Begin, index);
 }
 
+void Instrument::TellEnds() {
+    for (const uint32_t index : std::exchange(begun, {}))
+        TellHost(FaceKind::End, index);
+}
+
 void Instrument::EndGesture(uint32_t) {
     const Lock lock(mutex);
     history.EndGesture(gesture);
     gesture = 0;
-    for (const uint32_t index : std::exchange(begun, {}))
-        TellHost(FaceKind::End, index);
+    TellEnds();
 }
 
 uint32_t Instrument::MovableOrNone(uint32_t index) const {

@@ -91,7 +91,8 @@ public:
 
     /// The user moves a parameter on the instrument's own face. Not on the audio thread.
     void Edit(uint32_t index, float position);
-    /// Moves between these two are one step to undo, and the host hears of both ends.
+    /// Edits between these two are one step to undo, and the host hears of both ends for whatever
+    /// they move. One that begins ends the one before.
     void BeginGesture(uint32_t index);
     void EndGesture(uint32_t index);
 
@@ -197,6 +198,7 @@ private:
     void Move(uint32_t index, float position) { Move(index, position, position); }
     void Move(uint32_t index, float position, float own);
     void TellBegin(uint32_t index);
+    void TellEnds();
     void TellHost(InstrumentPlayer::FaceMove::Kind kind, uint32_t index);
     void SwapSounds();
     void GoTo(const std::optional<SoundDesk::Scene>& scene);
@@ -221,7 +223,6 @@ private:
     uint64_t gesture = 0;  ///< number of the open one, 0: none
     uint64_t gestures = 0;
     std::vector<uint32_t> begun;  ///< in the open one, that hosts have been told of
-    //
     std::atomic<uint32_t> lessons = 0, changes = 0;
     InstrumentState kept;  ///< what nothing else holds: seed, MIDI map, window, foreign entries
     std::optional<StreamFormat> active;

@@ -53,6 +53,8 @@ void DrawKeys(Painter& painter, const Rect& box, uint32_t scale, double pitch) {
     }
 }
 
+constexpr double kNudge = 0.02;  ///< of the travel, for a notch of the wheel or an arrow
+
 /// The figure that a point runs: where it has been lately, however slowly it goes.
 class Trail {
 public:
@@ -92,11 +94,6 @@ private:
     std::deque<Kept> kept;
     Point last{0.5, 0.0};
 };
-
-float Nudged(const Control& control, double steps, bool fine) {
-    const double position = static_cast<double>(control.Position());
-    return static_cast<float>(std::clamp(position + (fine ? 0.002 : 0.02) * steps, 0.0, 1.0));
-}
 
 }  // namespace
 
@@ -179,7 +176,7 @@ DrawnView::Actions ShapeCurve(FaceModel& model) {
     };
     actions.doubleClick = [amount] { amount->MoveOnce(amount->Default()); };
     actions.nudge = [amount](Point way, bool fine) {
-        amount->MoveOnce(Nudged(*amount, way.x + way.y, fine));
+        amount->MoveOnce(amount->Nudged(kNudge * (way.x + way.y), fine));
     };
     actions.control = [amount] { return amount.get(); };
     return actions;
@@ -269,7 +266,7 @@ DrawnView::Actions SpacePad(FaceModel& model) {
     };
     actions.begin = [x] { x->Begin(); };
     actions.end = [x] { x->End(); };
-    actions.drag = [&model, x, y](const PointerEvent& event, Point way, const Rect&) {
+    actions.drag = [x, y](const PointerEvent& event, Point way, const Rect&) {
         const double fine = event.modifiers.shift ? 0.1 : 1.0;
         const auto to = [fine](const Control& control, double step) {
             return static_cast<float>(
@@ -278,15 +275,17 @@ DrawnView::Actions SpacePad(FaceModel& model) {
         if (way.x != 0.0)
             x->Move(to(*x, way.x / 148.0));
         if (way.y != 0.0)
-            model.Edit(*y->Index(), to(*y, -way.y / 100.0));
+            y->Move(to(*y, -way.y / 100.0));
     };
     actions.doubleClick = [x, y] {
-        x->MoveOnce(x->Default());
-        y->MoveOnce(y->Default());
+        x->Begin();
+        x->Move(x->Default());
+        y->Move(y->Default());
+        x->End();
     };
     actions.nudge = [x, y](Point way, bool fine) {
         ParameterControl& moved = way.x != 0.0 ? *x : *y;
-        moved.MoveOnce(Nudged(moved, way.x + way.y, fine));
+        moved.MoveOnce(moved.Nudged(kNudge * (way.x + way.y), fine));
     };
     return actions;
 }

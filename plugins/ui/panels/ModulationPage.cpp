@@ -181,9 +181,7 @@ public:
         };
         actions.end = [this](uint32_t i) { model.End(first + i); };
         actions.nudge = [this](uint32_t i, double by, bool fine) {
-            model.Edit(first + i, std::clamp(model.Position(first + i) +
-                                                 static_cast<float>((fine ? 0.002 : 0.02) * by),
-                                             0.0f, 1.0f));
+            steps[i].Move(steps[i].Nudged(0.02 * by, fine));
         };
         for (uint32_t i = 0; i < 16; ++i)
             steps.emplace_back(model, model.Catalog()[first + i].title);

@@ -26,7 +26,7 @@ bool BarEditor::Tick(double) {
 
 void BarEditor::Draw(Painter& painter) {
     painter.Round(box, 4.0, Theme::kWell);
-    const double width = box.width / static_cast<double>(std::max<size_t>(shown.size(), 1));
+    const double width = box.width / Count();
     for (uint32_t i = 0; i < shown.size(); ++i) {
         const Rect cell{box.x + width * i + 1.0, box.y + 2.0, width - 2.0, box.height - 4.0};
         const bool isPlayed = static_cast<int>(i) == shownPlayed;
@@ -46,14 +46,12 @@ void BarEditor::Draw(Painter& painter) {
 }
 
 uint32_t BarEditor::BarAt(Point at) const {
-    const double count = static_cast<double>(std::max<size_t>(shown.size(), 1));
-    const double share = (at.x - box.x) / box.width * count;
-    return static_cast<uint32_t>(std::clamp(share, 0.0, count - 1.0));
+    const double share = (at.x - box.x) / box.width * Count();
+    return static_cast<uint32_t>(std::clamp(share, 0.0, Count() - 1.0));
 }
 
 Point BarEditor::FocusPoint() const {
-    const double width = box.width / static_cast<double>(std::max<size_t>(shown.size(), 1));
-    return {box.x + width * (chosen + 0.5), box.Centre().y};
+    return {box.x + box.width * (chosen + 0.5) / Count(), box.Centre().y};
 }
 
 void BarEditor::Press(const PointerEvent& event) {
@@ -109,7 +107,7 @@ bool BarEditor::Wheel(const WheelEvent& event) {
 }
 
 bool BarEditor::Key(const KeyEvent& event) {
-    const auto count = static_cast<uint32_t>(std::max<size_t>(shown.size(), 1));
+    const auto count = static_cast<uint32_t>(Count());
     chosen = std::min(chosen, count - 1);
     switch (event.key) {
         case Ui::Key::Left:

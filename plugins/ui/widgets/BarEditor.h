@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 
 #include "plugins/ui/widgets/Widget.h"
@@ -40,6 +41,7 @@ public:
     std::string TipText(Point) override { return help; }
 
 private:
+    double Count() const { return static_cast<double>(std::max<size_t>(shown.size(), 1)); }
     uint32_t BarAt(Point at) const;
     void Nudge(uint32_t bar, double steps, bool fine);
     void Reset(uint32_t bar);

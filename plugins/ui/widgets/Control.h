@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -68,6 +70,21 @@ public:
     float PositionOfChoice(uint32_t choice) const {
         const uint32_t steps = Steps();
         return steps > 1 ? static_cast<float>(choice) / static_cast<float>(steps - 1) : 0.0f;
+    }
+    /// The nearest position that it can take.
+    float Held(double position) const {
+        const double highest = Steps() > 1 ? Steps() - 1.0 : 0.0;
+        position = std::clamp(position, 0.0, 1.0);
+        return static_cast<float>(highest > 0.0 ? std::round(position * highest) / highest
+                                                : position);
+    }
+    /// Where a share of the travel leads, with fine a tenth of it; to the next choice where it has
+    /// some.
+    float Nudged(double share, bool fine) const {
+        const uint32_t steps = Steps();
+        const double step =
+            steps > 1 ? std::copysign(1.0 / (steps - 1), share) : share * (fine ? 0.1 : 1.0);
+        return Held(static_cast<double>(Position()) + step);
     }
     void MoveOnce(float position) {
         Begin();

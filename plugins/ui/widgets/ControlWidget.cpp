@@ -22,15 +22,6 @@ bool ControlWidget::Tick(double) {
     return true;
 }
 
-float ControlWidget::Held(double position) const {
-    position = std::clamp(position, 0.0, 1.0);
-    const uint32_t steps = control->Steps();
-    if (steps < 2)
-        return static_cast<float>(position);
-    const double highest = steps - 1;
-    return static_cast<float>(std::round(position * highest) / highest);
-}
-
 bool ControlWidget::TakeRoute(const PointerEvent& event) {
     const Influence influence = control->Influences();
     const int which = influence.count == 0 ? -1 : RouteAt(event, influence);
@@ -91,7 +82,7 @@ void ControlWidget::Drag(const PointerEvent& event) {
     last = event.at;
     dragged =
         std::clamp(dragged + way / DragTravel() * (event.modifiers.shift ? 0.1 : 1.0), 0.0, 1.0);
-    const float position = Held(dragged);
+    const float position = control->Held(dragged);
     if (position != control->Position())
         control->Move(position);
 }
@@ -107,10 +98,7 @@ void ControlWidget::Release(const PointerEvent&) {
 void ControlWidget::DoubleClick(const PointerEvent&) { control->MoveOnce(control->Default()); }
 
 void ControlWidget::Nudge(double share, bool fine) {
-    const uint32_t steps = control->Steps();
-    const double step =
-        steps > 1 ? std::copysign(1.0 / (steps - 1), share) : share * (fine ? 0.1 : 1.0);
-    control->MoveOnce(Held(static_cast<double>(control->Position()) + step));
+    control->MoveOnce(control->Nudged(share, fine));
 }
 
 bool ControlWidget::Wheel(const WheelEvent& event) {

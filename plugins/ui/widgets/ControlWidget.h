@@ -41,8 +41,6 @@ protected:
     /// A bar for each route along the lower edge, as far as it reaches, and a dot where the control
     /// stands now.
     void DrawRouteBars(Painter& painter, const Rect& along) const;
-    /// Position held to a step where there are steps.
-    float Held(double position) const;
     void DrawFocus(Painter& painter, const Rect& around, double radius = 4.0) const;
 
     Stage& stage;

@@ -58,7 +58,7 @@ public:
     }
     bool CanFocus() const override { return static_cast<bool>(actions.nudge); }
     bool Wheel(const WheelEvent& event) override {
-        if (!actions.nudge)
+        if (!actions.nudge || event.steps == 0.0)
             return false;
         actions.nudge({0.0, event.steps}, event.modifiers.shift);
         return true;

@@ -217,7 +217,7 @@ void TapeView::DrawHeads(Painter& painter) const {
     const bool lit = picture.canDragHead && (hovered || held == Held::Head);
     painter.Fill({x - 1.0, box.y, 2.0, box.height}, Theme::kPlayHead.Faded(lit ? 1.0 : 0.85));
     painter.Arrow({x, box.y + 5.0}, lit ? 8.0 : 6.0, 0.5, Theme::kPlayHead);
-    if (under == Held::Spray || held == Held::Spray)
+    if ((hovered && under == Held::Spray) || held == Held::Spray)
         for (const double edge :
              {picture.playPlace - picture.sprayBack, picture.playPlace + picture.sprayAhead})
             painter.Round({XOf(Wrapped(edge)) - 3.0, box.y + 0.72 * box.height, 6.0, 32.0}, 3.0,
