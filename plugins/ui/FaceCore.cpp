@@ -5,6 +5,7 @@
 #include "plugins/ui/panels/SourcesPanel.h"
 #include "plugins/ui/panels/TapePanel.h"
 #include "plugins/ui/widgets/ActionButton.h"
+#include "plugins/ui/widgets/Knob.h"
 
 namespace Quorvan::Ui {
 
@@ -20,7 +21,8 @@ void FaceCore::MakePanels() {
     panels.push_back(
         std::make_unique<HeaderPanel>(model, *this, [this] { OpenBrowser(!browserIsOpen); }));
     panels.push_back(std::make_unique<TapePanel>(model));
-    panels.push_back(MakeTapeControls(model, *this));
+    for (auto& panel : MakeTapeControls(model, *this))
+        panels.push_back(std::move(panel));
     panels.push_back(MakeLevels(model, *this));
     AddPage("Grains", MakeGrainPage(model, *this));
     AddPage("Effects and space", MakeEffectPage(model, *this));
@@ -69,7 +71,8 @@ public:
                 [name = names[i], open, i] {
                     return ActionButton::Look{name, true, open() == i};
                 },
-                [choose, i](const Rect&) { choose(i); }, names[i], "Shows this page.");
+                [choose, i](const Rect&) { choose(i); })
+                .Explain(names[i], HelpOnView("Page").sentence);
     }
 };
 
@@ -155,7 +158,21 @@ bool FaceCore::Key(const KeyEvent& event) {
         OpenBrowser(false);
         return true;
     }
-    return focused != nullptr && focused->IsShown() && focused->Key(event);
+    return focused != nullptr && focused->IsShown() &&
+           (focused->Key(event) || (event.key == Key::Enter && TypeInFocus({})));
+}
+
+/// Opens a line for the value of what keys work on; begun: its first sign.
+bool FaceCore::TypeInFocus(const std::string& begun) {
+    const Point at = focused->FocusPoint();
+    Control* const control = focused->ControlAt(at);
+    if (control == nullptr)
+        return false;
+    // Over the widget, or beside the place on it where that is large.
+    const Rect& box = focused->box;
+    const bool isLarge = box.height > 2.0 * Knob::kHeight || box.width > 3.0 * Knob::kWidth;
+    TypeValue(*this, *control, isLarge ? Rect{at.x, at.y, 1.0, 1.0} : box, begun);
+    return true;
 }
 
 bool FaceCore::CommandKey(const KeyEvent& event) {
@@ -197,7 +214,13 @@ bool FaceCore::OpenFocusMenu() {
 bool FaceCore::Text(std::string_view signs) {
     if (entry)
         return entry->Text(signs);
-    return focused != nullptr && focused->IsShown() && focused->Text(signs);
+    if (menu)
+        return menu->Text(signs);
+    if (focused == nullptr || !focused->IsShown() || signs.empty())
+        return false;
+    const bool beginsNumber =
+        std::string_view("0123456789.-+@").find(signs.front()) != std::string_view::npos;
+    return focused->Text(signs) || (beginsNumber && TypeInFocus(std::string(signs)));
 }
 
 void FaceCore::Focus(Widget* widget) {

@@ -80,6 +80,7 @@ private:
     void StepFocus(int way);
     bool CommandKey(const KeyEvent& event);
     bool OpenFocusMenu();
+    bool TypeInFocus(const std::string& begun);
     void OpenControlMenu(Control& control, const Rect& anchor);
     void TidyOverlays();
     void UpdateWaiting();

@@ -104,7 +104,7 @@ void FaceCore::UpdateTip() {
             text = control->Help();
         } else {
             title = hovered->TipTitle(pointer);
-            text = hovered->TipText(pointer);
+            text = hovered->TipText();
         }
     }
     const bool show = !title.empty();

@@ -10,7 +10,7 @@ from checks import Checks
 from facerig import PLACES, Live, near
 from jackrig import SERVER, Player, Server
 
-CURVE = (36, 454, 712, 138)  # left, top, width and height of what a function is drawn on
+CURVE = (40, 464, 704, 128)  # left, top, width and height of what a function is drawn on
 # Rows of a control's menu, counted from its heading.
 DEFAULT, LEARN = 2, 4
 PAN = "MoteWeaver_RandomPan"

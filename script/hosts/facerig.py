@@ -10,10 +10,10 @@ from checks import run
 
 # Where the controls stand in a window of 1280 x 800.
 PLACES = {
-    "Presets": (290, 24), "Undo": (478, 24), "Grains": (76, 396), "Effects and space": (204, 396),
-    "Density": (66, 514), "Grain Size": (230, 514), "Random Pan": (946, 560), "Dry / Wet": (1146, 440),
-    "Beat": (295, 459), "Freeze": (68, 315), "Function 1": (281, 740), "Function 2": (460, 740),
-    "Save as": (372, 630), "Search": (520, 73), "First preset": (560, 108), "Nowhere": (700, 396),
+    "Presets": (292, 20), "Undo": (484, 20), "Grains": (76, 396), "Effects and space": (204, 396),
+    "Density": (64, 512), "Grain Size": (224, 512), "Random Pan": (972, 548), "Dry / Wet": (1144, 432),
+    "Beat": (292, 460), "Freeze": (60, 260), "Function 1": (284, 740), "Function 2": (460, 740),
+    "Save as": (372, 628), "Search": (520, 68), "First preset": (560, 108), "Nowhere": (700, 396),
 }
 SOUND = {"Dry / Wet": "50 %", "MoteWeaver_RandomPan": "70 %", "MoteWeaver_GrainSizeAbsolute": "180 ms",
          "MoteWeaver_GranularPhaseHelper_RateUnSynced": "40 Hz"}

@@ -103,15 +103,5 @@ TEST(TimeTicksTest, ClockAndBarsAreRound) {
     EXPECT_NEAR(BarTicks(song, waltz, 0.0, 14.0, 4)[1].value, 6.0, 1.0e-9);
 }
 
-TEST(ColourTest, HeatGetsLighterAllTheWay) {
-    const auto luminance = [](const Colour& colour) {
-        const auto linear = [](double share) { return std::pow(share, 2.2); };
-        return 0.2126 * linear(colour.red) + 0.7152 * linear(colour.green) +
-               0.0722 * linear(colour.blue);
-    };
-    for (int i = 1; i <= 100; ++i)
-        EXPECT_GT(luminance(HeatColour(i * 0.01)), luminance(HeatColour((i - 1) * 0.01))) << i;
-}
-
 }  // namespace
 }  // namespace Quorvan::Tools

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 #include "host/instrument/DefaultMidiMap.h"
@@ -9,6 +10,7 @@
 #include "plugins/ui/widgets/BarEditor.h"
 #include "plugins/ui/widgets/CurveEditor.h"
 #include "plugins/ui/widgets/Knob.h"
+#include "plugins/ui/widgets/MatrixView.h"
 #include "plugins/ui/widgets/RoadView.h"
 #include "plugins/ui/widgets/SourceTile.h"
 #include "plugins/ui/widgets/TapeView.h"
@@ -95,6 +97,10 @@ protected:
         ASSERT_NE(found, texts.rend()) << begins;
         Click(found->box.Centre());
     }
+    void Type(const char* text) {
+        face.Text(text);
+        face.Key({Key::Enter, 0, {}});
+    }
     float Position(const char* name) { return instrument.Position(*face.Model().Find(name)); }
     void Put(const char* name, const char* text) {
         EXPECT_EQ(face.Model().Type(*face.Model().Find(name), text), "");
@@ -139,13 +145,11 @@ TEST_F(FaceTest, ADragIsOneStepAndOneGestureForTheHost) {
 TEST_F(FaceTest, TypedValuesAreReadAndRefused) {
     Click(Find("Grain Size")->box.Centre());
     face.Key({Key::Enter, 0, {}});
-    face.Text("never");
-    face.Key({Key::Enter, 0, {}});
+    Type("never");
     EXPECT_TRUE(face.IsTyping());
     face.Key({Key::Letter, 'a', {.control = true}});
     face.Key({Key::Other, 0, {}});  // as that of "1", which windows tell of ahead of its sign
-    face.Text("120 ms");
-    face.Key({Key::Enter, 0, {}});
+    Type("120 ms");
     EXPECT_FALSE(face.IsTyping());
     EXPECT_NEAR(face.Model().ValueOf("Grain Size"), 120.0, 0.5);
 }
@@ -162,9 +166,38 @@ TEST_F(FaceTest, ACurveTakesNewPointsAndMovesThem) {
     EXPECT_NEAR(Position("Function1_PointY3"), 0.8f, 0.01f);
     Drag(fresh, 0.0, 0.4 * box.height);
     EXPECT_NEAR(Position("Function1_PointY3"), 0.4f, 0.01f);
-    instrument.Undo();
-    instrument.Undo();
+    Type("50");  // the height of the point that keys work on, the first
+    EXPECT_NEAR(Position("Function1_PointY1"), 0.5f, 1e-4f);
+    Click(Find("Snap")->box.Centre());
+    Drag(Point{fresh.x, box.y + 0.6 * box.height}, 3.0, 0.05 * box.height);
+    EXPECT_NEAR(Position("Function1_PointY3"), 0.375f, 1e-4f);
+    for (int i = 0; i < 4; ++i)
+        instrument.Undo();
     EXPECT_EQ(face.Model().ValueOf("Function 1 Last Point"), points);
+}
+
+TEST_F(FaceTest, TheHeadIsHeldOnTheTapeItselfAndAmountsAreTyped) {
+    Put("Play Head Mode", "Manual");
+    Put("Play Head Position", "25 %");
+    Play();
+    Picture();
+    const Rect tape = Find<TapeView>("Tape")->box;
+    const auto at = [&](double place) { return Point{tape.x + place * tape.width, tape.y + 40.0}; };
+    Drag(at(0.25), 0.5 * tape.width, 0.0);
+    EXPECT_NEAR(Position("Play Head Position"), 0.75f, 1e-3f);
+    Drag(at(0.5), 0.1 * tape.width, 0.0, true);
+    EXPECT_NEAR(Position("Play Head Position"), 0.51f, 1e-3f);
+    face.Wheel({at(0.1), -1.0, {}});
+    EXPECT_NEAR(Position("Play Head Position"), 0.49f, 1e-3f);
+    Put("Spray", "0 %");
+    face.Key({Key::Up, 0, {}});
+    EXPECT_NEAR(Position("Spray"), 0.02f, 1e-3f);
+    face.OpenPage(3);
+    Picture();
+    const Rect cells = Find<MatrixView>("Matrix")->box;
+    Click({cells.x + 129.0, cells.y + 24.0});
+    Type("-40 %");
+    EXPECT_NEAR(face.Model().Amount(0, 0), -0.4f, 1e-3f);
 }
 
 TEST_F(FaceTest, BarsAreDrawnWithoutGapsAndMovedByKeys) {
@@ -227,8 +260,7 @@ TEST_F(FaceTest, PresetsAreSavedFoundAgainRenamedAndTagged) {
     const auto answer = [&](const char* button, const char* text) {
         Click(Find(button)->box.Centre());
         EXPECT_TRUE(face.IsTyping());
-        face.Text(text);
-        face.Key({Key::Enter, 0, {}});
+        Type(text);
         EXPECT_FALSE(face.IsTyping()) << button;
         Picture();
     };
@@ -239,8 +271,7 @@ TEST_F(FaceTest, PresetsAreSavedFoundAgainRenamedAndTagged) {
     Click(Find("Save as")->box.Centre());
     face.Text("One of mine");
     face.Key({Key::Tab, 0, {}});
-    face.Text("first , second");
-    face.Key({Key::Enter, 0, {}});
+    Type("first , second");
     Picture();
     EXPECT_EQ(presets.Entries()[presets.Find("One of mine").value()].tags.back(), "second");
     answer("Tags\u2026", "dark, of mine");
@@ -290,8 +321,7 @@ TEST_F(FaceTest, ASongOfItsOwnRunsAndIsTappedWhereTheHostHasNone) {
     EXPECT_TRUE(instrument.Song().Runs());
     open();
     Choose("Tempo: 120");
-    face.Text("93.75");
-    face.Key({Key::Enter, 0, {}});
+    Type("93.75");
     EXPECT_EQ(instrument.Song().Tempo(), 93.75);
     open();
     Choose("Tap tempo");
@@ -335,10 +365,14 @@ TEST_F(FaceTest, TextsFitAndEveryControlIsExplained) {
             EXPECT_GT(texts.size(), 30u);
             for (const PlacedText& text : texts)
                 EXPECT_LE(text.width, text.box.width + 0.5) << text.text << " at " << scale;
-            for (Widget* const widget : face.Shown())
-                if (const Control* const control = widget->ControlAt(widget->box.Centre())) {
-                    EXPECT_FALSE(control->Help().empty()) << control->Name();
-                }
+            for (Widget* const widget : face.Shown()) {
+                const Control* const control = widget->ControlAt(widget->box.Centre());
+                EXPECT_TRUE(control == nullptr || !control->Help().empty()) << control->Name();
+                for (const double edge :
+                     {widget->box.x, widget->box.y, widget->box.width, widget->box.height})
+                    EXPECT_EQ(std::fmod(edge, Theme::kGrid), 0.0)
+                        << (control ? control->Name() : widget->TipTitle({}));
+            }
         }
     }
 }

@@ -21,16 +21,6 @@ test("sounds come back from presets and states as they were", () => {
     }
 });
 
-test("texts and positions", () => {
-    const mode = catalog.parameter("MoteWeaver_GranularMode");
-    assert.equal(catalog.text(mode.index, 0), mode.choices[0]);
-    const tempo = catalog.position(catalog.parameter("Dry / Wet").index, "50 %");
-    assert.equal(tempo.position, 0.5);
-    const wrong = catalog.position(mode.index, "Nonsense");
-    assert.ok(wrong.position === null && wrong.problem.includes("Nonsense"));
-    assert.throws(() => catalog.parameter("Reverb Dekay"), /Decay/);
-});
-
 test("a broken text changes nothing and says why", () => {
     const { positions } = catalog.factorySound("shimmer");
     const good = [catalog.writePreset(positions, { name: "A" }), catalog.writeState(positions)];

@@ -1,15 +1,12 @@
 #include "plugins/ui/help/HelpTable.h"
 
-#include <algorithm>
-#include <array>
 #include <string>
 
 namespace Quorvan::Ui {
 
 namespace {
 
-constexpr HelpEntry kEntries[]{
-    // The tape.
+constexpr HelpEntry kTape[]{
     {"Freeze", "Lifts the write head: the tape stays as it is and the grains go on reading it."},
     {"Clear", "Wipes the tape, each time it is moved."},
     {"Buffer Length", "How long the loop of tape is, in notes: 1/1 is a bar of four quarters."},
@@ -31,7 +28,8 @@ constexpr HelpEntry kEntries[]{
     {"Transient Sensitivity", "How faint an attack may be to count as one."},
     {"Stereo", "Records left and right apart; off, their sum."},
     {"Mute While Stopped", "Fades the wet sound out while the song stands."},
-    // Grains.
+};
+constexpr HelpEntry kGrains[]{
     {"Granular Mode",
      "Classic: grains start by a clock. Texture: you say how many sound at once. Beat: they start "
      "on notes, in a pattern."},
@@ -63,18 +61,21 @@ constexpr HelpEntry kEntries[]{
     {"Stereo Position", "Place of the grains between left and right."},
     {"Distance", "How far away the grains are: what is far is quieter."},
     {"Random Distance", "Scatters the distance of each pair."},
-    // Levels.
+};
+constexpr HelpEntry kLevels[]{
     {"Feedback", "Sends the grains back to the tape. At the bottom the loop is off."},
     {"Granular Volume", "Level of the grains in the mix."},
     {"Dry / Wet", "From your sound to the grains, by equal power."},
     {"Master Volume", "Level of everything."},
     {"Bypass", "Lets the input through, with a fade. The tape runs on behind it."},
     {"Morph", "Every setting on its way from sound A to sound B."},
-    // Beat pattern.
+};
+constexpr HelpEntry kBeat[]{
     {"Beat Sequencer Steps", "Steps of the pattern."},
     {"Beat Sequencer Step", "How fast the clock runs in this step; 2x and 3x make rolls."},
     {"Beat Sequencer Loop Mode", "Runs the pattern forward, backward, to and fro or at random."},
-    // Sources of modulation.
+};
+constexpr HelpEntry kSources[]{
     {"Macro 1", "A knob of yours: it moves whatever its tile was dropped on."},
     {"Macro 2", "A knob of yours: it moves whatever its tile was dropped on."},
     {"Envelope Follower Source", "Follows the input, or the sound at the side-chain."},
@@ -90,6 +91,7 @@ constexpr HelpEntry kEntries[]{
     {"Function Random Amount", "Moves the points that have a random reach at each run."},
     {"Function Bipolar", "From -100 % to 100 % in place of 0 to 100 %."},
     {"Function Gate In", "Starts the curve in One Shot and Retrigger."},
+    {"Function Point", "A corner of the curve: when it comes, and how high it is."},
     {"Step Sequencer Rate", "How fast the steps go, in hertz or in notes."},
     {"Step Sequencer Rate Sync", "Rate in hertz, or in straight, triplet or dotted notes."},
     {"Step Sequencer Steps", "Steps before it begins again."},
@@ -100,7 +102,8 @@ constexpr HelpEntry kEntries[]{
     {"Step Sequencer Random Amount", "Moves every step by a new chance each time round."},
     {"Step Sequencer Scale", "How much of it arrives."},
     {"Step Sequencer Bipolar", "From -100 % to 100 % in place of 0 to 100 %."},
-    // Space.
+};
+constexpr HelpEntry kSpace[]{
     {"Spatializer On", "Starts the figure that new grains follow through the room."},
     {"Spatializer Trajectory", "The figure."},
     {"Spatializer Rate", "How often the figure is drawn."},
@@ -108,7 +111,8 @@ constexpr HelpEntry kEntries[]{
     {"Spatializer Invert", "Starts the depth at another point of its round."},
     {"Spatializer Amount", "Reach of the figure to the sides."},
     {"Spatializer Distance", "Reach of the figure into the depth."},
-    // Slots, without their number.
+};
+constexpr HelpEntry kSlots[]{
     {"Effect", "What this slot holds."},
     {"Position", "Behind the mix, on the grains alone, or inside the feedback loop."},
     {"Bypass#", "Lets the sound pass this effect as it is."},
@@ -198,9 +202,19 @@ constexpr HelpEntry kEntries[]{
     {"Reverb Freeze", "Lets the room ring on for ever."},
 };
 
+constexpr HelpGroup kGroups[]{
+    {"The tape and the play head", kTape},
+    {"Grains", kGrains},
+    {"Levels", kLevels},
+    {"Beat pattern", kBeat},
+    {"Sources of modulation", kSources},
+    {"Space", kSpace},
+    {"Slots and effects", kSlots},
+};
+
 }  // namespace
 
-std::span<const HelpEntry> HelpTable() { return kEntries; }
+std::span<const HelpGroup> HelpTable() { return kGroups; }
 
 std::string_view HelpOn(std::string_view name) {
     std::string key(name);
@@ -212,12 +226,16 @@ std::string_view HelpOn(std::string_view name) {
     }
     if (key.starts_with("Function ") && key.size() > 10)
         key.erase(8, 2);
-    for (const std::string_view step : {"Step Sequencer Step ", "Beat Sequencer Step "})
-        if (key.starts_with(step))
-            key = step.substr(0, step.size() - 1);
-    const auto found = std::find_if(std::begin(kEntries), std::end(kEntries),
-                                    [&](const HelpEntry& entry) { return entry.name == key; });
-    return found != std::end(kEntries) ? found->sentence : std::string_view();
+    // Points and steps are alike.
+    for (const std::string_view one :
+         {"Step Sequencer Step ", "Beat Sequencer Step ", "Function Point "})
+        if (key.starts_with(one))
+            key = one.substr(0, one.size() - 1);
+    for (const HelpGroup& group : kGroups)
+        for (const HelpEntry& entry : group.entries)
+            if (entry.name == key)
+                return entry.sentence;
+    return {};
 }
 
 }  // namespace Quorvan::Ui

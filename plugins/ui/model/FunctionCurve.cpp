@@ -31,6 +31,8 @@ FunctionCurve::FunctionCurve(FaceModel& faceModel, uint32_t number) : model(face
     firstX = find("PointX1");
     firstY = find("PointY1");
     firstTension = find("Tension1");
+    firstRandomX = find("RandomX1");
+    firstRandomY = find("RandomY1");
 }
 
 size_t FunctionCurve::Count() const {
@@ -85,6 +87,12 @@ void FunctionCurve::Put(size_t point, Point to) {
     model.Edit(firstY + static_cast<uint32_t>(point), static_cast<float>(to.y));
 }
 
+void FunctionCurve::TakeChance(size_t to, size_t from) {
+    for (const uint32_t first : {firstRandomX, firstRandomY})
+        model.Edit(first + static_cast<uint32_t>(to),
+                   model.Position(first + static_cast<uint32_t>(from)));
+}
+
 void FunctionCurve::Move(size_t point, Point to) {
     const std::vector<Point> points = Points();
     if (point >= points.size())
@@ -105,6 +113,7 @@ void FunctionCurve::Add(Point at) {
         ++place;
     for (size_t i = points.size(); i > place; --i) {
         Put(i, points[i - 1]);
+        TakeChance(i, i - 1);
         if (i < points.size())
             SetTension(i, Tension(i - 1));
     }
@@ -119,6 +128,7 @@ void FunctionCurve::Remove(size_t point) {
         return;
     for (size_t i = point; i + 1 < points.size(); ++i) {
         Put(i, points[i + 1]);
+        TakeChance(i, i + 1);
         if (i + 2 < points.size())
             SetTension(i, Tension(i + 1));
     }

@@ -36,9 +36,11 @@ private:
     void SetTension(size_t segment, double tension);
     void SetCount(size_t count);
     void Put(size_t point, Point to);
+    /// What chance may do to a point, for one that goes to another number.
+    void TakeChance(size_t to, size_t from);
 
     FaceModel& model;
-    uint32_t lastPoint, firstX, firstY, firstTension;  ///< indices
+    uint32_t lastPoint, firstX, firstY, firstTension, firstRandomX, firstRandomY;  ///< indices
 };
 
 }  // namespace Quorvan::Ui

@@ -9,7 +9,7 @@ namespace Quorvan::Ui {
 
 namespace {
 
-constexpr Rect kPlace{144.0, 48.0, 760.0, 608.0};
+constexpr Rect kPlace{144.0, 40.0, 760.0, 616.0};
 
 }  // namespace
 
@@ -28,7 +28,7 @@ void BrowserPanel::DrawGround(Painter& painter) const {
                   {0.0, 0.0, 0.0, 0.6});
     painter.Round(box, 8.0, Theme::kPanel);
     painter.RoundLine(box, 8.0, Theme::kTrack);
-    painter.Text(At(24.0, 12.0, 128.0, 26.0), title, {Theme::kHeading, Theme::kText, true});
+    painter.Text(At(24.0, 16.0, 128.0, 24.0), title, {Theme::kHeading, Theme::kText, true});
 }
 
 void BrowserPanel::Opened() {
@@ -46,22 +46,21 @@ void BrowserPanel::Search() {
 }
 
 void BrowserPanel::AddLists() {
-    TextField& search = Add<TextField>(At(176.0, 12.0, 400.0, TextField::kHeight), "",
+    TextField& search = Add<TextField>(At(176.0, 16.0, 400.0, TextField::kHeight), "",
                                        "Search names, descriptions and tags");
     search.OnChange([this](const std::string& text) {
         words = text;
         Search();
     });
-    Add<ActionButton>(
-        At(584.0, 12.0, 160.0, 26.0),
+    AddView<ActionButton>(
+        "Favourites", At(584.0, 16.0, 160.0, 24.0),
         [this] {
             return ActionButton::Look{"\u2605 Favourites only", true, onlyFavourites};
         },
         [this](const Rect&) {
             onlyFavourites = !onlyFavourites;
             Search();
-        },
-        "Favourites", "Lists favourites only.");
+        });
 
     ListView::Actions tagList;
     tagList.lines = [this] {
@@ -78,8 +77,7 @@ void BrowserPanel::AddLists() {
             tags.insert(all[line]);
         Search();
     };
-    Add<ListView>(At(12.0, 48.0, 152.0, 504.0), "Tags", "Presets that have all chosen tags.",
-                  std::move(tagList));
+    AddView<ListView>("Tags", At(16.0, 56.0, 144.0, 504.0), std::move(tagList));
 
     ListView::Actions list;
     list.lines = [this] {
@@ -108,9 +106,7 @@ void BrowserPanel::AddLists() {
             stage.Say(problem);
         Search();
     };
-    presets =
-        &Add<ListView>(At(176.0, 48.0, 572.0, 456.0), "Presets",
-                       "A click loads a preset; the star makes it a favourite.", std::move(list));
+    presets = &AddView<ListView>("Presets#list", At(176.0, 56.0, 568.0, 456.0), std::move(list));
 }
 
 /// What the preset that is heard says of itself.
@@ -125,48 +121,44 @@ void BrowserPanel::AddDescription() {
     view.draw = [seen](Painter& painter, const Rect& place) {
         painter.Paragraph(place, *seen, {Theme::kBody, Theme::kText}, 18.0);
     };
-    Add<DrawnView>(At(176.0, 512.0, 572.0, 44.0), "", "", std::move(view));
+    Add<DrawnView>(At(176.0, 520.0, 568.0, 48.0), std::move(view));
 }
 
-void BrowserPanel::AddOwn(const Rect& place, const char* text, const char* help,
+void BrowserPanel::AddOwn(const Rect& place, const char* text,
                           std::function<void(const Rect&)> act) {
-    Add<ActionButton>(
-        place,
+    AddView<ActionButton>(
+        text, place,
         [this, text] {
             return ActionButton::Look{text, actions.IsOwn(), false};
         },
-        std::move(act), text, help);
+        std::move(act));
 }
 
 void BrowserPanel::AddButtons(const std::function<void()>& close) {
     const double y = box.height - 40.0;
-    Add<ActionButton>(
-        At(12.0, y, 152.0, 28.0),
+    AddView<ActionButton>(
+        "Set list", At(16.0, y, 144.0, 24.0),
         [] {
             return ActionButton::Look{"Set list", true, false};
         },
-        [this](const Rect& anchor) { actions.OfferSetList(anchor); }, "Set list",
-        "Presets that MIDI programs choose, in their order.");
-    Add<ActionButton>(
-        At(176.0, y, 104.0, 28.0),
+        [this](const Rect& anchor) { actions.OfferSetList(anchor); });
+    AddView<ActionButton>(
+        "Save as", At(176.0, y, 104.0, 24.0),
         [] {
             return ActionButton::Look{"Save as\u2026", true, false};
         },
-        [this](const Rect& anchor) { actions.AskSave(anchor); }, "Save as",
-        "Writes the sound into your folder, under a name and with tags.");
-    AddOwn(At(288.0, y, 104.0, 28.0), "Rename\u2026", "Gives a preset of yours another name.",
+        [this](const Rect& anchor) { actions.AskSave(anchor); });
+    AddOwn(At(288.0, y, 104.0, 24.0), "Rename\u2026",
            [this](const Rect& anchor) { actions.AskNewName(anchor); });
-    AddOwn(At(400.0, y, 96.0, 28.0), "Tags\u2026", "Words that a preset of yours is found by.",
+    AddOwn(At(400.0, y, 96.0, 24.0), "Tags\u2026",
            [this](const Rect& anchor) { actions.AskTags(anchor); });
-    AddOwn(At(504.0, y, 96.0, 28.0), "Delete",
-           "Moves a preset of yours to the trash folder beside the others.",
-           [this](const Rect&) { actions.Delete(); });
-    Add<ActionButton>(
-        At(644.0, y, 104.0, 28.0),
+    AddOwn(At(504.0, y, 96.0, 24.0), "Delete", [this](const Rect&) { actions.Delete(); });
+    AddView<ActionButton>(
+        "Close", At(640.0, y, 104.0, 24.0),
         [] {
             return ActionButton::Look{"Close", true, false};
         },
-        [close](const Rect&) { close(); }, "Close", "Back to the instrument.");
+        [close](const Rect&) { close(); });
 }
 
 }  // namespace Quorvan::Ui

@@ -27,8 +27,7 @@ private:
     void AddDescription();
     void AddButtons(const std::function<void()>& close);
     /// A button that works while a preset of the user's is heard.
-    void AddOwn(const Rect& place, const char* text, const char* help,
-                std::function<void(const Rect&)> act);
+    void AddOwn(const Rect& place, const char* text, std::function<void(const Rect&)> act);
     void Search();
 
     FaceModel& model;

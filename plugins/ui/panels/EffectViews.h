@@ -22,8 +22,7 @@ struct EffectNow {
 
 /// A picture of what an effect does at full wet, worked out from its settings.
 struct EffectView {
-    const char* title;
-    const char* help;
+    const char* help;                    ///< its name in the table of help
     std::span<const char* const> names;  ///< of the settings that it shows, behind the slot's
     Rect place;                          ///< from the upper left of the slot's panel
     void (*draw)(const EffectNow& now, Painter& painter, const Rect& inner);

@@ -182,6 +182,47 @@ DrawnView::Actions ShapeCurve(FaceModel& model) {
     return actions;
 }
 
+DrawnView::Actions StereoField(FaceModel& model) {
+    DrawnView::Actions actions;
+    const auto position = std::make_shared<ParameterControl>(model, "Stereo Position");
+    actions.tick = [&model, seen = std::make_shared<uint32_t>(0)](double) {
+        // Nothing that stood still stands still.
+        const uint32_t now = model.IsAlive() ? model.Frame().grainCount : 0;
+        return std::exchange(*seen, now) != now || (now > 0 && model.IsFrameNew());
+    };
+    actions.draw = [&model](Painter& painter, const Rect& box) {
+        painter.Round(box, 4.0, Theme::kWell);
+        const Rect inner = box.Inset(12.0, 8.0);
+        painter.Fill({painter.Snap(inner.Centre().x), inner.y, 1.0, inner.height}, Theme::kLine);
+        painter.Fill({inner.x, painter.Snap(inner.Bottom()), inner.width, 1.0}, Theme::kLine);
+        const Host::DisplayFrame& frame = model.Frame();
+        for (uint32_t i = 0; i < (model.IsAlive() ? frame.grainCount : 0); ++i) {
+            const Host::ShownGrain& grain = frame.grains[i];
+            const double light =
+                std::clamp(static_cast<double>(grain.envelope * grain.gain), 0.0, 1.0);
+            painter.Disc({inner.x + inner.width * static_cast<double>(grain.pan),
+                          inner.Bottom() - (inner.height - 2.0) * light},
+                         2.5, Theme::Pitch(static_cast<double>(grain.semitones)).Faded(0.75));
+        }
+        painter.Text({inner.x - 4.0, inner.y - 4.0, 16.0, 14.0}, "L", {Theme::kSmall, Theme::kDim});
+        painter.Text({inner.Right() - 12.0, inner.y - 4.0, 16.0, 14.0}, "R",
+                     {Theme::kSmall, Theme::kDim}, Align::Right);
+    };
+    actions.begin = [position] { position->Begin(); };
+    actions.end = [position] { position->End(); };
+    actions.drag = [position](const PointerEvent& event, Point way, const Rect& box) {
+        const double step = way.x / (box.width - 24.0) * (event.modifiers.shift ? 0.1 : 1.0);
+        if (step != 0.0)
+            position->Move(position->Held(static_cast<double>(position->Position()) + step));
+    };
+    actions.doubleClick = [position] { position->MoveOnce(position->Default()); };
+    actions.nudge = [position](Point way, bool fine) {
+        position->MoveOnce(position->Nudged(kNudge * (way.x + way.y), fine));
+    };
+    actions.control = [position] { return position.get(); };
+    return actions;
+}
+
 BarEditor::Actions BeatSteps(FaceModel& model) {
     const uint32_t value = *model.Catalog().Find("MoteWeaver_StepSequencerGranular_StepVal1");
     const uint32_t on = *model.Catalog().Find("MoteWeaver_StepSequencerGranular_StepOnOff1");

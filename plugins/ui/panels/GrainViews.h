@@ -12,6 +12,8 @@ DrawnView::Actions ScaleKeyboard(FaceModel& model);
 DrawnView::Actions ShapeCurve(FaceModel& model);
 /// The pattern of the beat mode: silent, or a multiplier.
 BarEditor::Actions BeatSteps(FaceModel& model);
+/// The grains that sound, from left to right and by their level; dragged to move the position.
+DrawnView::Actions StereoField(FaceModel& model);
 /// How many grains sound, and how many starts there are in a second.
 DrawnView::Actions GrainCount(FaceModel& model);
 /// Where the spatialiser is and was; dragged to set the place around which it runs.

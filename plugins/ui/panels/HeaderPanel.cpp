@@ -17,7 +17,7 @@ namespace Quorvan::Ui {
 
 namespace {
 
-constexpr double kTop = 12.0, kHeight = 26.0;
+constexpr double kTop = 8.0, kHeight = 24.0;
 constexpr double kSlowest = 1.0, kFastest = 999.0;  // beats per minute, as far as the engine goes
 
 ActionButton::Look Plain(const char* text, bool enabled = true, bool lit = false) {
@@ -49,82 +49,71 @@ void HeaderPanel::DrawGround(Painter& painter) const {
     painter.Fill(box, Theme::kPanel);
     // Four tesserae, laid a little askew.
     for (int i = 0; i < 4; ++i)
-        painter.Round({16.0 + 9.0 * (i % 2), 16.0 + (i < 2 ? 0.0 : 9.0), 7.5, 7.5}, 1.5,
+        painter.Round({16.0 + 9.0 * (i % 2), 11.5 + (i < 2 ? 0.0 : 9.0), 7.5, 7.5}, 1.5,
                       Theme::Pitch(-18.0 + 12.0 * i));
-    painter.Text({42.0, 0.0, 100.0, 49.0}, "Tesserae", {Theme::kTitle, Theme::kText, true});
+    painter.Text({42.0, 0.0, 100.0, 40.0}, "Tesserae", {Theme::kTitle, Theme::kText, true});
 }
 
 void HeaderPanel::AddPreset(const std::function<void()>& openBrowser) {
-    Add<ActionButton>(
-        At(144.0, kTop, 24.0, kHeight), [] { return Plain("\u2039"); },
-        [this](const Rect&) { model.StepPreset(-1); }, "Previous preset",
-        "Loads the preset before this one.");
-    Add<ActionButton>(
-        At(172.0, kTop, 236.0, kHeight),
+    AddView<ActionButton>(
+        "Previous preset", At(144.0, kTop, 24.0, kHeight), [] { return Plain("\u2039"); },
+        [this](const Rect&) { model.StepPreset(-1); });
+    AddView<ActionButton>(
+        "Presets", At(176.0, kTop, 232.0, kHeight),
         [this] {
             std::string name = model.TheInstrument().PresetName();
             if (name.empty())
                 name = "No preset";
             return ActionButton::Look{name + (model.IsModified() ? "  \u2022" : ""), true, false};
         },
-        [openBrowser](const Rect&) { openBrowser(); }, "Presets",
-        "Opens the browser. A dot behind the name: the sound has been changed.");
-    Add<ActionButton>(
-        At(412.0, kTop, 24.0, kHeight), [] { return Plain("\u203a"); },
-        [this](const Rect&) { model.StepPreset(1); }, "Next preset",
-        "Loads the preset behind this one.");
+        [openBrowser](const Rect&) { openBrowser(); });
+    AddView<ActionButton>(
+        "Next preset", At(416.0, kTop, 24.0, kHeight), [] { return Plain("\u203a"); },
+        [this](const Rect&) { model.StepPreset(1); });
 }
 
 void HeaderPanel::AddHistory() {
-    Add<ActionButton>(
-        At(452.0, kTop, 52.0, kHeight),
+    AddView<ActionButton>(
+        "Undo (Ctrl-Z)", At(456.0, kTop, 56.0, kHeight),
         [this] { return Plain("Undo", model.TheInstrument().CanUndo()); },
-        [this](const Rect&) { model.TheInstrument().Undo(); }, "Undo (Ctrl-Z)",
-        "Takes the last change back.");
-    Add<ActionButton>(
-        At(508.0, kTop, 52.0, kHeight),
+        [this](const Rect&) { model.TheInstrument().Undo(); });
+    AddView<ActionButton>(
+        "Redo (Ctrl-Shift-Z)", At(520.0, kTop, 56.0, kHeight),
         [this] { return Plain("Redo", model.TheInstrument().CanRedo()); },
-        [this](const Rect&) { model.TheInstrument().Redo(); }, "Redo (Ctrl-Shift-Z)",
-        "Makes it again.");
+        [this](const Rect&) { model.TheInstrument().Redo(); });
 }
 
 void HeaderPanel::AddSounds() {
     for (const uint32_t which : {0u, 1u})
-        Add<ActionButton>(
-            At(576.0 + 30.0 * which, kTop, 28.0, kHeight),
+        AddView<ActionButton>(
+            which == 0 ? "Sound A" : "Sound B", At(592.0 + 32.0 * which, kTop, 24.0, kHeight),
             [this, which] {
                 return Plain(which == 0 ? "A" : "B", true,
                              model.TheInstrument().PlayedSound() == which);
             },
-            [this, which](const Rect&) { model.TheInstrument().PlaySound(which); },
-            which == 0 ? "Sound A" : "Sound B",
-            "Two sounds to compare: this one is played from now on, the other one is kept.");
-    Add<ActionButton>(
-        At(638.0, kTop, 58.0, kHeight),
+            [this, which](const Rect&) { model.TheInstrument().PlaySound(which); });
+    AddView<ActionButton>(
+        "Copy sound", At(656.0, kTop, 56.0, kHeight),
         [this] {
             return Plain(model.TheInstrument().PlayedSound() == 0 ? "A \u2192 B" : "B \u2192 A");
         },
-        [this](const Rect&) { model.TheInstrument().CopySound(); }, "Copy sound",
-        "Makes the other sound the same as this one.");
-    Add<Slider>(At(700.0, kTop, 136.0, kHeight), stage, std::make_unique<MorphControl>(model),
+        [this](const Rect&) { model.TheInstrument().CopySound(); });
+    Add<Slider>(At(720.0, kTop, 128.0, kHeight), stage, std::make_unique<MorphControl>(model),
                 "Morph");
 }
 
 void HeaderPanel::AddChance() {
-    Add<ActionButton>(
-        At(852.0, kTop, 76.0, kHeight), [] { return Plain("Randomise"); },
-        [this](const Rect& anchor) { OfferRandomise(anchor); }, "Randomise",
-        "Moves the knobs of a group by chance. Undo takes it back.");
-    Add<ActionButton>(
-        At(932.0, kTop, 92.0, kHeight),
+    AddView<ActionButton>(
+        "Randomise", At(864.0, kTop, 80.0, kHeight), [] { return Plain("Randomise"); },
+        [this](const Rect& anchor) { OfferRandomise(anchor); });
+    AddView<ActionButton>(
+        "Seed", At(952.0, kTop, 88.0, kHeight),
         [this] {
             const auto seed = model.TheInstrument().Seed();
             return ActionButton::Look{seed ? "Seed " + std::to_string(*seed) : "Seed: none", true,
                                       false};
         },
-        [this](const Rect& anchor) { AskSeed(anchor); }, "Seed",
-        "With a seed all chance is the same each time the song starts. Empty: each time another "
-        "one.");
+        [this](const Rect& anchor) { AskSeed(anchor); });
 }
 
 void HeaderPanel::OfferRandomise(const Rect& anchor) {
@@ -253,10 +242,10 @@ void HeaderPanel::OfferAssignment(const Rect& anchor, uint32_t number) {
 }
 
 void HeaderPanel::AddMachine() {
-    Add<Toggle>(At(1040.0, kTop, 64.0, kHeight), stage,
+    Add<Toggle>(At(1056.0, kTop, 56.0, kHeight), stage,
                 std::make_unique<ParameterControl>(model, "Bypass"), "Bypass", Theme::kAlarm);
-    Add<ActionButton>(
-        At(1112.0, kTop, 152.0, kHeight),
+    AddView<ActionButton>(
+        "Song", At(1120.0, kTop, 144.0, kHeight),
         [this] {
             if (!model.IsAlive())
                 return ActionButton::Look{"No sound", true, false};
@@ -269,10 +258,7 @@ void HeaderPanel::AddMachine() {
                                           "   CPU " + std::to_string(load) + " %",
                                       true, false};
         },
-        [this](const Rect& anchor) { OfferSong(anchor); }, "Song",
-        "Tempo, whether the song runs, and how much of one core the sound takes. A click offers a "
-        "song of its own, for hosts that have none, the MIDI map for new instances, and the free "
-        "controls that hosts see.");
+        [this](const Rect& anchor) { OfferSong(anchor); });
 }
 
 }  // namespace Quorvan::Ui

@@ -14,10 +14,10 @@ namespace {
 using Kind = PlacedControl::Kind;
 
 constexpr PlacedControl kControls[]{
-    {Kind::Knob, "Feedback", "Feedback", 4.0, 28.0, 76.0, 0.0},
-    {Kind::Knob, "Granular Volume", "Grains", 80.0, 28.0, 76.0, 0.0},
-    {Kind::Knob, "Dry / Wet", "Dry / Wet", 4.0, 120.0, 76.0, 0.0},
-    {Kind::Knob, "Master Volume", "Master", 80.0, 120.0, 76.0, 0.0},
+    {Kind::Knob, "Feedback", "Feedback", 0.0, 24.0},
+    {Kind::Knob, "Granular Volume", "Grains", 80.0, 24.0},
+    {Kind::Knob, "Dry / Wet", "Dry / Wet", 0.0, 112.0},
+    {Kind::Knob, "Master Volume", "Master", 80.0, 112.0},
 };
 
 /// The four knobs of the mix, and what its stages carry.
@@ -34,12 +34,14 @@ public:
                                        {"Feedback", &Host::DisplayFrame::feedback},
                                        {"Grains", &Host::DisplayFrame::wet},
                                        {"Output", &Host::DisplayFrame::output}};
-        double y = 228.0;
+        double y = 216.0;
         for (const Line& line : kLines) {
-            Add<LevelMeter>(At(12.0, y, 136.0, 28.0), line.name, [this, levels = line.levels] {
-                return model.IsFrameNew() ? model.Frame().*levels : std::array<float, 2>{};
-            });
-            y += 36.0;
+            LevelMeter& meter =
+                Add<LevelMeter>(At(16.0, y, 128.0, 32.0), line.name, [this, levels = line.levels] {
+                    return model.IsFrameNew() ? model.Frame().*levels : std::array<float, 2>{};
+                });
+            meter.Explain(std::string(line.name) + " level", HelpOnView("Level").sentence);
+            y += 40.0;
         }
         AddLimiter(y);
     }
@@ -78,11 +80,7 @@ private:
             const double width = bar.width * std::min(1.0, reduction / kMost);
             painter.Fill({bar.Right() - width, bar.y, width, bar.height}, Theme::kPlayHead);
         };
-        Add<DrawnView>(
-            At(12.0, y, 136.0, 28.0), "Limiter",
-            "How much the limiter behind the grains takes off. Where it works much, take "
-            "the grains down.",
-            std::move(actions));
+        AddView<DrawnView>("Limiter", At(16.0, y, 128.0, 32.0), std::move(actions));
     }
 
     double reduction = 0.0;  ///< decibels

@@ -1,4 +1,7 @@
+#include <deque>
+
 #include "host/parameters/ModulationNames.h"
+#include "plugins/ui/model/RouteControl.h"
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
 #include "plugins/ui/widgets/MatrixView.h"
@@ -28,21 +31,23 @@ std::string MarkOf(uint32_t source) {
 class MatrixPanel final : public Panel {
 public:
     explicit MatrixPanel(FaceModel& model) : Panel(Layout::kPage, " ") {
+        for (uint32_t source = 0; source < MatrixView::kSources; ++source)
+            for (uint32_t row = 0; row < MatrixView::kRows; ++row)
+                controls.emplace_back(model, source, row);
         MatrixView::Actions actions;
         actions.amount = [&model](uint32_t source, uint32_t row) {
             return model.Amount(source, row);
         };
-        actions.begin = [&model](uint32_t source, uint32_t row) { model.BeginRoute(source, row); };
-        actions.end = [&model] { model.EndRoute(); };
-        actions.set = [&model](uint32_t source, uint32_t row, float amount) {
-            model.Route(source, row, amount);
+        actions.control = [this](uint32_t source, uint32_t row) -> Control& {
+            return controls[source * MatrixView::kRows + row];
         };
-        actions.clear = [&model](uint32_t source, uint32_t row) { model.Unroute(source, row); };
         actions.rowName = [](uint32_t row) { return ShortName(row); };
-        actions.sourceName = [](uint32_t source) { return Host::SourceName(source); };
         actions.sourceMark = MarkOf;
-        Add<MatrixView>(At(12.0, 4.0, box.width - 16.0, box.height - 8.0), std::move(actions));
+        AddView<MatrixView>("Matrix", At(16.0, 0.0, box.width - 24.0, 280.0), std::move(actions));
     }
+
+private:
+    std::deque<RouteControl> controls;
 };
 
 }  // namespace

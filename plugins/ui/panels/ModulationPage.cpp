@@ -1,13 +1,16 @@
 #include <algorithm>
 #include <cmath>
 #include <deque>
+#include <map>
 
 #include "host/parameters/ModulationNames.h"
 #include "plugins/ui/model/FunctionCurve.h"
 #include "plugins/ui/model/ParameterControl.h"
+#include "plugins/ui/model/RouteControl.h"
 #include "plugins/ui/panels/Layout.h"
 #include "plugins/ui/panels/Pages.h"
 #include "plugins/ui/panels/Scopes.h"
+#include "plugins/ui/widgets/ActionButton.h"
 #include "plugins/ui/widgets/BarEditor.h"
 #include "plugins/ui/widgets/CurveEditor.h"
 #include "plugins/ui/widgets/RouteList.h"
@@ -20,40 +23,40 @@ using Kind = PlacedControl::Kind;
 
 constexpr Rect kEditor{Layout::kPage.x, Layout::kPage.y, 752.0, Layout::kPage.height};
 constexpr Rect kRoutes{Layout::kPage.x + 760.0, Layout::kPage.y, 320.0, Layout::kPage.height};
-constexpr Rect kDrawing{kEditor.x + 12.0, kEditor.y + 30.0, kEditor.width - 24.0, 154.0};
+constexpr Rect kDrawing{kEditor.x + 16.0, kEditor.y + 40.0, kEditor.width - 32.0, 144.0};
 constexpr uint32_t kFollower = 0, kSteps = 4, kMacros = 5;
 
 constexpr PlacedControl kFunctionControls[]{
-    {Kind::Knob, "Rate", "Rate", 12.0, 196.0},
-    {Kind::Choice, "Rate Sync", "Rate in", 92.0, 216.0, 88.0, 40.0},
-    {Kind::Choice, "Run Mode", "Runs", 196.0, 216.0, 96.0, 40.0},
-    {Kind::Bipolar, "Scale", "Scale", 308.0, 196.0},
-    {Kind::Knob, "Smoothing", "Smoothing", 388.0, 196.0},
-    {Kind::Knob, "Start Phase", "Start Phase", 468.0, 196.0},
-    {Kind::Knob, "Random Amount", "Random", 548.0, 196.0},
-    {Kind::Toggle, "Bipolar", "Bipolar", 640.0, 212.0, 96.0, 26.0},
-    {Kind::Toggle, "Gate In", "Gate", 640.0, 246.0, 96.0, 26.0},
+    {Kind::Knob, "Rate", "Rate", 8.0, 192.0},
+    {Kind::Choice, "Rate Sync", "Rate in", 96.0, 208.0, 88.0, 40.0},
+    {Kind::Choice, "Run Mode", "Runs", 200.0, 208.0, 96.0, 40.0},
+    {Kind::Bipolar, "Scale", "Scale", 304.0, 192.0},
+    {Kind::Knob, "Smoothing", "Smoothing", 384.0, 192.0},
+    {Kind::Knob, "Start Phase", "Start Phase", 464.0, 192.0},
+    {Kind::Chance, "Random Amount", "Random", 544.0, 192.0},
+    {Kind::Toggle, "Bipolar", "Bipolar", 640.0, 208.0, 96.0, 24.0},
+    {Kind::Toggle, "Gate In", "Gate", 640.0, 240.0, 96.0, 24.0},
 };
 constexpr PlacedControl kStepControls[]{
-    {Kind::Knob, "Rate", "Rate", 12.0, 196.0},
-    {Kind::Choice, "Rate Sync", "Rate in", 92.0, 216.0, 80.0, 40.0},
-    {Kind::Choice, "Steps", "Steps", 184.0, 216.0, 64.0, 40.0},
-    {Kind::Choice, "Loop Mode", "Runs", 260.0, 216.0, 112.0, 40.0},
-    {Kind::Knob, "Glide", "Glide", 380.0, 196.0},
-    {Kind::Knob, "Swing", "Swing", 456.0, 196.0},
-    {Kind::Knob, "Random Amount", "Random", 532.0, 196.0},
-    {Kind::Knob, "Scale", "Scale", 608.0, 196.0, 64.0, 0.0},
-    {Kind::Toggle, "Bipolar", "Bipolar", 676.0, 230.0, 64.0, 26.0},
+    {Kind::Knob, "Rate", "Rate", 8.0, 192.0},
+    {Kind::Choice, "Rate Sync", "Rate in", 96.0, 208.0, 80.0, 40.0},
+    {Kind::Choice, "Steps", "Steps", 184.0, 208.0, 64.0, 40.0},
+    {Kind::Choice, "Loop Mode", "Runs", 256.0, 208.0, 112.0, 40.0},
+    {Kind::Knob, "Glide", "Glide", 376.0, 192.0, 72.0},
+    {Kind::Knob, "Swing", "Swing", 448.0, 192.0, 72.0},
+    {Kind::Chance, "Random Amount", "Random", 520.0, 192.0, 72.0},
+    {Kind::Knob, "Scale", "Scale", 592.0, 192.0, 72.0},
+    {Kind::Toggle, "Bipolar", "Bipolar", 672.0, 224.0, 64.0, 24.0},
 };
 constexpr PlacedControl kFollowerControls[]{
-    {Kind::Choice, "Source", "Listens to", 12.0, 60.0, 128.0, 40.0},
-    {Kind::Bipolar, "Gain", "Gain", 176.0, 36.0},
-    {Kind::Knob, "Attack", "Attack", 264.0, 36.0},
-    {Kind::Knob, "Release", "Release", 352.0, 36.0},
+    {Kind::Choice, "Source", "Listens to", 16.0, 56.0, 128.0, 40.0},
+    {Kind::Bipolar, "Gain", "Gain", 168.0, 40.0},
+    {Kind::Knob, "Attack", "Attack", 256.0, 40.0},
+    {Kind::Knob, "Release", "Release", 344.0, 40.0},
 };
 constexpr PlacedControl kMacroControls[]{
-    {Kind::Knob, "Macro 1", "Macro 1", 16.0, 48.0},
-    {Kind::Knob, "Macro 2", "Macro 2", 16.0, 168.0},
+    {Kind::Knob, "Macro 1", "Macro 1", 8.0, 48.0},
+    {Kind::Knob, "Macro 2", "Macro 2", 8.0, 168.0},
 };
 
 /// One source's editor; shown while that source is chosen.
@@ -101,18 +104,63 @@ public:
         actions.add = [this](Point at) { Curve().Add(at); };
         actions.remove = [this](size_t point) { Curve().Remove(point); };
         actions.bend = [this](size_t segment, double by) { Curve().Bend(segment, by); };
-        actions.menu = [this](Point at) { OfferShapes(at); };
+        actions.control = [this](size_t point) -> Control& { return Heights(point); };
+        actions.menu = [this](Point at, size_t point) {
+            point == CurveEditor::Actions::kNoPoint ? OfferShapes({at.x, at.y, 1.0, 1.0})
+                                                    : OfferPoint({at.x, at.y, 1.0, 1.0}, point);
+        };
+        actions.snaps = [this] { return snaps; };
         actions.level = [this] { return ShownLevel(); };
         actions.place = [this] {
             return model.IsAlive() && model.Frame().moments > 0
                        ? static_cast<double>(model.Frame().functionPhases[own])
                        : -1.0;
         };
-        Add<CurveEditor>(kDrawing, Theme::Source(source), std::move(actions));
+        AddView<CurveEditor>("Curve", kDrawing, Theme::Source(source), std::move(actions));
+        AddView<ActionButton>(
+            "Shapes", At(568.0, 8.0, 80.0, 24.0),
+            [] {
+                return ActionButton::Look{"Shapes\u2026", true, false};
+            },
+            [this](const Rect& anchor) { OfferShapes(anchor); });
+        AddView<ActionButton>(
+            "Snap", At(656.0, 8.0, 80.0, 24.0),
+            [this] {
+                return ActionButton::Look{"Snap", true, snaps};
+            },
+            [this](const Rect&) { snaps = !snaps; });
     }
 
 private:
     FunctionCurve& Curve() { return curves[own]; }
+    ParameterControl& Coordinate(size_t point, const char* which) {
+        const std::string name = "Function " + std::to_string(own + 1) + " Point " +
+                                 std::to_string(point + 1) + " " + which;
+        return coordinates.try_emplace(name, model, name).first->second;
+    }
+    ParameterControl& Heights(size_t point) { return Coordinate(point, "Level"); }
+    void OfferPoint(const Rect& anchor, size_t point) {
+        const auto type = [this, anchor](ParameterControl& control) {
+            return [this, anchor, &control] { TypeValue(stage, control, anchor); };
+        };
+        ParameterControl& time = Coordinate(point, "Time");
+        ParameterControl& height = Heights(point);
+        std::vector<MenuItem> items{
+            {"Point " + std::to_string(point + 1) + "   " + time.Text() + ", " + height.Text(), {}},
+            {"Type its height\u2026", type(height)}};
+        items.push_back({"Type its random height\u2026", type(Coordinate(point, "Random Level"))});
+        items.push_back({"Type its random time\u2026", type(Coordinate(point, "Random Time"))});
+        const bool isBetween = point > 0 && point + 1 < Curve().Points().size();
+        if (isBetween) {
+            items.push_back({"Type its time\u2026", type(time)});
+            items.push_back({"Remove it", [this, point] {
+                                 Curve().Begin();
+                                 Curve().Remove(point);
+                                 Curve().End();
+                             }});
+        }
+        stage.OpenMenu(anchor, std::move(items));
+    }
     /// On the curve's own scale, where its height alone decides the output.
     double ShownLevel() const {
         const double level = Level();
@@ -120,7 +168,7 @@ private:
                                               " Bipolar") > 0.5f;
         return level < -1.0 ? level : std::clamp(bipolar ? 0.5 + 0.5 * level : level, 0.0, 1.0);
     }
-    void OfferShapes(Point at) {
+    void OfferShapes(const Rect& anchor) {
         std::vector<Point> sine;
         for (int i = 0; i <= 16; ++i)
             sine.push_back({i / 16.0, 0.5 + 0.5 * std::sin(2.0 * 3.14159265358979 * i / 16.0)});
@@ -154,11 +202,13 @@ private:
             };
             items.push_back(std::move(item));
         }
-        stage.OpenMenu({at.x, at.y, 1.0, 1.0}, std::move(items));
+        stage.OpenMenu(anchor, std::move(items));
     }
 
     std::array<FunctionCurve, 3> curves;
     size_t own;
+    bool snaps = false;
+    std::map<std::string, ParameterControl> coordinates;  ///< those that were asked for
 };
 
 class StepEditor final : public SourceEditor {
@@ -186,8 +236,7 @@ public:
         for (uint32_t i = 0; i < 16; ++i)
             steps.emplace_back(model, model.Catalog()[first + i].title);
         actions.control = [this](uint32_t i) { return &steps[i]; };
-        Add<BarEditor>(kDrawing, "Steps", "Draw over the bars to set the value of each step.",
-                       std::move(actions));
+        AddView<BarEditor>("Steps", kDrawing, std::move(actions));
     }
 
 private:
@@ -200,9 +249,8 @@ public:
     FollowerEditor(const ChosenSource& chosenSource, FaceModel& faceModel, Stage& face)
         : SourceEditor(kFollower, kFollowerControls, "Envelope Follower ", chosenSource, faceModel,
                        face) {
-        Add<DrawnView>(At(12.0, 128.0, box.width - 24.0, box.height - 140.0), "Follower",
-                       "The last three seconds: what it hears, and what it gives.",
-                       FollowerScope(faceModel));
+        AddView<DrawnView>("Follower", At(16.0, 128.0, box.width - 32.0, 144.0),
+                           FollowerScope(faceModel));
     }
 };
 
@@ -212,9 +260,8 @@ public:
         : SourceEditor(kMacros, kMacroControls, "", chosenSource, faceModel, face) {
         title = "Macros";
         for (uint32_t i = 0; i < 2; ++i)
-            Add<DrawnView>(At(104.0, 40.0 + 120.0 * i, box.width - 116.0, 112.0),
-                           Host::SourceName(kMacros + i), "The last three seconds of it.",
-                           SourceScope(faceModel, kMacros + i));
+            AddView<DrawnView>("Macro", At(104.0, 40.0 + 120.0 * i, box.width - 120.0, 112.0),
+                               SourceScope(faceModel, kMacros + i));
     }
 };
 
@@ -231,15 +278,17 @@ public:
                                       static_cast<double>(model.Amount(*chosen, row))});
             return routes;
         };
-        actions.begin = [&model, chosen](uint32_t row) { model.BeginRoute(*chosen, row); };
-        actions.end = [&model] { model.EndRoute(); };
-        actions.set = [&model, chosen](uint32_t row, double amount) {
-            model.Route(*chosen, row, static_cast<float>(amount));
+        actions.control = [this, &model, chosen](uint32_t row) -> Control& {
+            const std::pair cell{*chosen, row};
+            return controls.try_emplace(cell, model, *chosen, row).first->second;
         };
         actions.remove = [&model, chosen](uint32_t row) { model.Unroute(*chosen, row); };
         actions.colour = [chosen] { return Theme::Source(*chosen); };
-        Add<RouteList>(At(12.0, 32.0, box.width - 24.0, box.height - 44.0), std::move(actions));
+        AddView<RouteList>("Routes", At(16.0, 32.0, box.width - 32.0, 240.0), std::move(actions));
     }
+
+private:
+    std::map<std::pair<uint32_t, uint32_t>, RouteControl> controls;  ///< that were asked for
 };
 
 }  // namespace

@@ -10,7 +10,8 @@ namespace Quorvan::Ui {
 
 using Panels = std::vector<std::unique_ptr<Panel>>;
 
-std::unique_ptr<Panel> MakeTapeControls(FaceModel& model, Stage& stage);
+/// On the tape and below it.
+Panels MakeTapeControls(FaceModel& model, Stage& stage);
 std::unique_ptr<Panel> MakeLevels(FaceModel& model, Stage& stage);
 /// What can stand below the tape, one of them at a time.
 Panels MakeGrainPage(FaceModel& model, Stage& stage);

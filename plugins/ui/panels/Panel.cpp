@@ -6,7 +6,7 @@ void Panel::DrawGround(Painter& painter) const {
     if (title.empty())
         return;
     painter.Round(box, 8.0, Theme::kPanel);
-    painter.Text({box.x + 12.0, box.y + 6.0, box.width - 24.0, 16.0}, title,
+    painter.Text({box.x + 16.0, box.y + 8.0, box.width - 32.0, 16.0}, title,
                  {Theme::kBody, Theme::kText, true});
 }
 

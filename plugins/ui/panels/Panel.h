@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "plugins/ui/help/HelpTable.h"
 #include "plugins/ui/widgets/Widget.h"
 
 namespace Quorvan::Ui {
@@ -33,6 +34,14 @@ protected:
         auto made = std::make_unique<Made>(std::forward<Arguments>(arguments)...);
         Made& widget = *made;
         widgets.push_back(std::move(made));
+        return widget;
+    }
+    /// A widget that moves no parameter; name: in the table of help.
+    template <class Made, class... Arguments>
+    Made& AddView(std::string_view name, Arguments&&... arguments) {
+        Made& widget = Add<Made>(std::forward<Arguments>(arguments)...);
+        const HelpEntry& help = HelpOnView(name);
+        widget.Explain(help.Title(), help.sentence);
         return widget;
     }
     /// A place inside, from the panel's upper left.

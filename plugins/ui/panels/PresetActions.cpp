@@ -30,7 +30,8 @@ std::vector<std::string> Split(const std::string& text) {
 }
 
 /// Where forms stand: over the button and all of the description above it.
-Rect Wide(const Rect& anchor) { return {anchor.x, anchor.y - 20.0, 280.0, anchor.height}; }
+/// Wide enough to read, and far enough up to stay on the browser.
+Rect Wide(const Rect& anchor) { return {anchor.x, anchor.y - 48.0, 280.0, anchor.height}; }
 
 }  // namespace
 

@@ -34,11 +34,14 @@ Widget& TablePanel::Place(const PlacedControl& line) {
     Widget* widget = nullptr;
     switch (line.kind) {
         case Kind::Knob:
-        case Kind::Bipolar: {
+        case Kind::Bipolar:
+        case Kind::Chance: {
             Knob& knob =
                 Add<Knob>(at(Knob::kWidth, Knob::kHeight), stage, std::move(control), line.label);
             if (line.kind == Kind::Bipolar)
                 knob.MakeBipolar();
+            if (line.kind == Kind::Chance)
+                knob.MakeChance();
             widget = &knob;
             break;
         }
@@ -47,11 +50,11 @@ Widget& TablePanel::Place(const PlacedControl& line) {
                                      ChoiceBox::Label::Above);
             break;
         case Kind::Field:
-            widget = &Add<ChoiceBox>(at(72.0, 22.0), stage, std::move(control), line.label,
+            widget = &Add<ChoiceBox>(at(72.0, 24.0), stage, std::move(control), line.label,
                                      ChoiceBox::Label::None);
             break;
         case Kind::Segments:
-            widget = &Add<Segments>(at(176.0, 24.0), stage, std::move(control));
+            widget = &Add<Segments>(at(176.0, 24.0), stage, std::move(control), line.label);
             break;
         case Kind::Toggle:
             widget = &Add<Toggle>(at(72.0, 24.0), stage, std::move(control), line.label);
@@ -77,13 +80,16 @@ void TablePanel::PlaceChance(const PlacedChance& line, std::span<const PlacedCon
         if (std::string_view(controls[i].name) != line.knob)
             continue;
         auto& knob = static_cast<Knob&>(*named[i].second);
-        const Rect place{knob.box.Right() - RandomDial::kSize - 1.0, knob.box.y - 1.0,
-                         RandomDial::kSize, RandomDial::kSize};
-        RandomDial& dial = Add<RandomDial>(
-            place, stage, std::make_unique<ParameterControl>(model, prefix + line.amount),
-            std::make_unique<ParameterControl>(model, prefix + line.direction));
+        const Rect place{knob.box.Right() - RandomDial::kSize, knob.box.y, RandomDial::kSize,
+                         RandomDial::kSize};
+        const auto control = [&](const std::string& name) {
+            return name.empty() ? nullptr
+                                : std::make_unique<ParameterControl>(model, prefix + name);
+        };
+        RandomDial& dial =
+            Add<RandomDial>(place, stage, control(line.amount), control(line.direction));
         if (line.share >= 0.0)
-            knob.ShowChance(dial, dial.Moved(), dial.Direction(), line.share);
+            knob.ShowChance(dial, line.share);
         if (line.shown != nullptr)
             conditionals.push_back({&dial, line.shown});
     }

@@ -10,11 +10,22 @@ namespace Quorvan::Ui {
 
 /// One line of a panel: which parameter, how it looks, where it stands.
 struct PlacedControl {
-    enum class Kind : uint8_t { Knob, Bipolar, Choice, Field, Segments, Toggle, Trigger, Slider };
+    enum class Kind : uint8_t {
+        Knob,
+        Bipolar,
+        Chance,
+        Choice,
+        Field,
+        Segments,
+        Toggle,
+        Trigger,
+        Slider
+    };
     using Condition = bool (*)(const FaceModel& model);
 
-    Kind kind = Kind::Knob;  ///< Bipolar: a knob that rests in the middle; Field: without label;
-                             ///< Trigger: a switch that acts whenever it is moved
+    Kind kind = Kind::Knob;  ///< Bipolar: a knob that rests in the middle; Chance: one that is
+                             ///< itself a reach of chance; Field: without label; Trigger: a switch
+                             ///< that acts whenever it is moved
     const char* name = "";   ///< as the catalog knows it, behind the panel's prefix
     const char* label = "";
     double x = 0.0, y = 0.0;           ///< from the panel's upper left
@@ -26,8 +37,8 @@ struct PlacedControl {
 struct PlacedChance {
     const char* knob = "";  ///< name of the knob's line
     const char* amount = "";
-    const char* direction = "";
-    double share = 0.0;  ///< see Knob::ShowChance; negative: no reach to show on the knob
+    const char* direction = "";  ///< none: always both
+    double share = 0.0;          ///< see Knob::ShowChance; negative: no reach to show on the knob
     PlacedControl::Condition shown = nullptr;
 };
 

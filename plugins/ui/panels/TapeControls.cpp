@@ -19,33 +19,40 @@ bool FollowsFree(const FaceModel& model) { return IsFollow(model) && !IsBeat(mod
 bool IsGrid(const FaceModel& model) { return model.ChoiceOf("Start Quantization") == 2; }
 bool IsTransients(const FaceModel& model) { return model.ChoiceOf("Start Quantization") == 1; }
 
-constexpr PlacedControl kControls[]{
-    {Kind::Toggle, "Freeze", "Freeze", 12.0, 14.0, 80.0, 26.0},
-    {Kind::Trigger, "Clear", "Clear", 12.0, 48.0, 80.0, 26.0},
-    {Kind::Choice, "Buffer Length", "Loop", 104.0, 6.0, 72.0, 38.0},
-    {Kind::Toggle, "Write Head Crossfade", "Soft seam", 104.0, 48.0, 72.0, 26.0},
-    {Kind::Knob, "Persistence", "Persistence", 180.0, 0.0},
-    {Kind::Segments, "Play Head Mode", "", 272.0, 14.0, 208.0, 26.0},
-    {Kind::Segments, "Start Quantization", "", 272.0, 48.0, 208.0, 26.0},
-    {Kind::Knob, "Play Head Offset", "Offset", 488.0, 0.0, 0.0, 0.0, IsFollow},
-    {Kind::Bipolar, "Play Head Speed", "Speed", 488.0, 0.0, 0.0, 0.0, IsScan},
-    {Kind::Knob, "Play Head Position", "Position", 488.0, 0.0, 0.0, 0.0, IsManual},
-    {Kind::Choice, "Play Head Offset Sync", "Offset in", 568.0, 22.0, 88.0, 40.0, FollowsFree},
-    {Kind::Choice, "Play Head Offset Sync (Beat)", "Offset in", 568.0, 22.0, 88.0, 40.0,
+constexpr PlacedControl kOnTape[]{
+    {Kind::Toggle, "Freeze", "Freeze", 8.0, 200.0, 72.0, 24.0},
+    {Kind::Trigger, "Clear", "Clear", 88.0, 200.0, 64.0, 24.0},
+    {Kind::Segments, "Play Head Mode", "", 160.0, 200.0, 192.0, 24.0},
+};
+
+constexpr PlacedControl kBelow[]{
+    {Kind::Choice, "Buffer Length", "Loop", 16.0, 24.0, 72.0, 40.0},
+    {Kind::Toggle, "Write Head Crossfade", "Soft seam", 96.0, 40.0, 80.0, 24.0},
+    {Kind::Knob, "Persistence", "Persistence", 176.0, 0.0},
+    {Kind::Segments, "Start Quantization", "Starts", 272.0, 24.0, 208.0, 40.0},
+    {Kind::Choice, "Grid Size", "Grid cells", 488.0, 24.0, 80.0, 40.0, IsGrid},
+    {Kind::Knob, "Transient Sensitivity", "Sensitivity", 488.0, 0.0, 0.0, 0.0, IsTransients},
+    {Kind::Knob, "Play Head Offset", "Offset", 576.0, 0.0, 0.0, 0.0, IsFollow},
+    {Kind::Bipolar, "Play Head Speed", "Speed", 576.0, 0.0, 0.0, 0.0, IsScan},
+    {Kind::Knob, "Play Head Position", "Position", 576.0, 0.0, 0.0, 0.0, IsManual},
+    {Kind::Choice, "Play Head Offset Sync", "Offset in", 664.0, 24.0, 88.0, 40.0, FollowsFree},
+    {Kind::Choice, "Play Head Offset Sync (Beat)", "Offset in", 664.0, 24.0, 88.0, 40.0,
      FollowsBeats},
-    {Kind::Toggle, "Play Head Retrigger", "Each round", 568.0, 34.0, 88.0, 26.0, IsScan},
-    {Kind::Knob, "Spray", "Spray", 672.0, 0.0},
-    {Kind::Choice, "Spray Direction", "Spray to", 748.0, 22.0, 96.0, 40.0},
-    {Kind::Choice, "Grid Size", "Grid cells", 860.0, 22.0, 88.0, 40.0, IsGrid},
-    {Kind::Knob, "Transient Sensitivity", "Sensitivity", 860.0, 0.0, 88.0, 0.0, IsTransients},
-    {Kind::Toggle, "Stereo", "Stereo tape", 968.0, 14.0, 100.0, 26.0},
-    {Kind::Toggle, "Mute While Stopped", "Mute at stop", 968.0, 48.0, 100.0, 26.0},
+    {Kind::Toggle, "Play Head Retrigger", "Each round", 664.0, 40.0, 88.0, 24.0, IsScan},
+    {Kind::Knob, "Spray", "Spray", 760.0, 0.0},
+    {Kind::Choice, "Spray Direction", "Spray to", 848.0, 24.0, 96.0, 40.0},
+    {Kind::Toggle, "Stereo", "Stereo tape", 968.0, 16.0, 96.0, 24.0},
+    {Kind::Toggle, "Mute While Stopped", "Mute at stop", 968.0, 48.0, 96.0, 24.0},
 };
 
 }  // namespace
 
-std::unique_ptr<Panel> MakeTapeControls(FaceModel& model, Stage& stage) {
-    return std::make_unique<TablePanel>(Layout::kTapeControls, " ", model, stage, kControls);
+Panels MakeTapeControls(FaceModel& model, Stage& stage) {
+    Panels panels;
+    panels.push_back(std::make_unique<TablePanel>(Layout::kTape, "", model, stage, kOnTape));
+    panels.push_back(
+        std::make_unique<TablePanel>(Layout::kTapeControls, " ", model, stage, kBelow));
+    return panels;
 }
 
 }  // namespace Quorvan::Ui

@@ -41,8 +41,8 @@ TapePanel::TapePanel(FaceModel& faceModel)
     actions.moveSpray = [this](double reach) {
         spray.Move(model.Catalog().PositionOfValue(*spray.Index(), 100.0 * reach));
     };
-    actions.control = [this](Point, bool isSpray) -> Control* { return isSpray ? &spray : Head(); };
-    Add<TapeView>(box, std::move(actions));
+    actions.control = [this](bool isSpray) -> Control* { return isSpray ? &spray : Head(); };
+    AddView<TapeView>("Tape", box, std::move(actions));
 }
 
 /// What dragging the play head moves, as its mode has it.

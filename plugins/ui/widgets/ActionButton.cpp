@@ -3,13 +3,8 @@
 namespace Quorvan::Ui {
 
 ActionButton::ActionButton(const Rect& place, std::function<Look()> look,
-                           std::function<void(const Rect&)> action, std::string tip,
-                           std::string sentence)
-    : Widget(place),
-      lookNow(std::move(look)),
-      act(std::move(action)),
-      title(std::move(tip)),
-      help(std::move(sentence)) {}
+                           std::function<void(const Rect&)> action)
+    : Widget(place), lookNow(std::move(look)), act(std::move(action)) {}
 
 bool ActionButton::Tick(double) {
     Look look = lookNow();

@@ -19,22 +19,19 @@ public:
 
     /// look is asked for each picture; action gets the button's place.
     ActionButton(const Rect& place, std::function<Look()> look,
-                 std::function<void(const Rect&)> action, std::string tip, std::string sentence);
+                 std::function<void(const Rect&)> action);
 
     void Draw(Painter& painter) override;
     bool Tick(double seconds) override;
     void Press(const PointerEvent&) override;
     bool Key(const KeyEvent& event) override;
     bool CanFocus() const override { return true; }
-    std::string TipTitle(Point) override { return title; }
-    std::string TipText(Point) override { return help; }
     /// Without a ground of its own, text to the left.
     void MakeFlat() { flat = true; }
 
 private:
     std::function<Look()> lookNow;
     std::function<void(const Rect&)> act;
-    std::string title, help;
     Look shownLook;
     bool flat = false;
 };

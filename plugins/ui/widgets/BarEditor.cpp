@@ -6,11 +6,8 @@
 
 namespace Quorvan::Ui {
 
-BarEditor::BarEditor(const Rect& place, std::string tip, std::string sentence, Actions itsActions)
-    : Widget(place),
-      title(std::move(tip)),
-      help(std::move(sentence)),
-      actions(std::move(itsActions)) {}
+BarEditor::BarEditor(const Rect& place, Actions itsActions)
+    : Widget(place), actions(std::move(itsActions)) {}
 
 bool BarEditor::Tick(double) {
     std::vector<double> values(actions.count());

@@ -24,7 +24,7 @@ public:
         std::function<Control*(uint32_t)> control;
     };
 
-    BarEditor(const Rect& place, std::string tip, std::string sentence, Actions itsActions);
+    BarEditor(const Rect& place, Actions itsActions);
 
     void Draw(Painter& painter) override;
     bool Tick(double seconds) override;
@@ -37,8 +37,6 @@ public:
     bool CanFocus() const override { return true; }
     Point FocusPoint() const override;
     Control* ControlAt(Point at) override { return actions.control(BarAt(at)); }
-    std::string TipTitle(Point) override { return title; }
-    std::string TipText(Point) override { return help; }
 
 private:
     double Count() const { return static_cast<double>(std::max<size_t>(shown.size(), 1)); }
@@ -46,7 +44,6 @@ private:
     void Nudge(uint32_t bar, double steps, bool fine);
     void Reset(uint32_t bar);
 
-    std::string title, help;
     Actions actions;
     std::vector<double> shown;
     int shownPlayed = -1;

@@ -134,20 +134,9 @@ bool ControlWidget::Key(const KeyEvent& event) {
         case Key::Backspace:
             control->MoveOnce(control->Default());
             return true;
-        case Key::Enter:
-            TypeValue(stage, *control, box);
-            return true;
         default:
             return false;
     }
-}
-
-bool ControlWidget::Text(std::string_view signs) {
-    if (signs.empty() ||
-        std::string_view("0123456789.-+@").find(signs.front()) == std::string_view::npos)
-        return false;
-    TypeValue(stage, *control, box, std::string(signs));
-    return true;
 }
 
 void ControlWidget::DrawFocus(Painter& painter, const Rect& around, double radius) const {

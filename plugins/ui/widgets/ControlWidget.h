@@ -9,7 +9,7 @@
 namespace Quorvan::Ui {
 
 /// What all widgets of one control have in common: dragging, fine with shift, wheel, arrow keys,
-/// double click to the default, typing; with Alt, the amount of the first source that moves it.
+/// double click to the default; with Alt, the amount of the first source that moves it.
 class ControlWidget : public Widget {
 public:
     ControlWidget(const Rect& place, Stage& face, std::unique_ptr<Control> moved,
@@ -22,7 +22,6 @@ public:
     void DoubleClick(const PointerEvent& event) override;
     bool Wheel(const WheelEvent& event) override;
     bool Key(const KeyEvent& event) override;
-    bool Text(std::string_view signs) override;
     bool CanFocus() const override { return true; }
     Control* ControlAt(Point) override { return control.get(); }
     Control& Moved() { return *control; }

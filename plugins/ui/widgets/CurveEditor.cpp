@@ -106,18 +106,18 @@ void CurveEditor::Press(const PointerEvent& event) {
     actions.begin();
 }
 
-/// Where the pointer points, on the grid where Control is held.
+/// Where the pointer points, on the grid where it is held to that.
 Point CurveEditor::Placed(const PointerEvent& event) const {
     const Point p = FromScreen(event.at);
-    return event.modifiers.control
+    return event.modifiers.control != actions.snaps()
                ? Point{std::round(kColumns * p.x) / kColumns, std::round(kRows * p.y) / kRows}
                : p;
 }
 
 void CurveEditor::Drag(const PointerEvent& event) {
-    if (heldPoint != kNone) {
+    if (heldPoint != kNone)
         actions.move(static_cast<size_t>(heldPoint), Placed(event));
-    } else if (heldSegment != kNone)
+    else if (heldSegment != kNone)
         actions.bend(static_cast<size_t>(heldSegment),
                      (last.y - event.at.y) / box.height * (event.modifiers.shift ? 0.1 : 1.0));
     last = event.at;
@@ -148,7 +148,8 @@ bool CurveEditor::Key(const KeyEvent& event) {
     if (points.empty())
         return false;
     chosen = std::min(chosen, points.size() - 1);
-    const double step = event.modifiers.control ? 1.0 : event.modifiers.shift ? 0.02 : 0.2;
+    const bool whole = event.modifiers.control || actions.snaps();
+    const double step = whole ? 1.0 : event.modifiers.shift ? 0.02 : 0.2;
     const auto once = [&](auto&& change) {
         actions.begin();
         change();
@@ -192,8 +193,20 @@ bool CurveEditor::Key(const KeyEvent& event) {
 }
 
 bool CurveEditor::RightPress(const PointerEvent& event) {
-    actions.menu(event.at);
+    const int point = PointAt(event.at);
+    actions.menu(event.at, point == kNone ? Actions::kNoPoint : static_cast<size_t>(point));
     return true;
+}
+
+bool CurveEditor::Wheel(const WheelEvent& event) {
+    if (Control* const height = ControlAt(event.at); height != nullptr && event.steps != 0.0)
+        height->MoveOnce(height->Nudged(0.02 * event.steps, event.modifiers.shift));
+    return true;
+}
+
+Control* CurveEditor::ControlAt(Point at) {
+    const int point = PointAt(at);
+    return point == kNone ? nullptr : &actions.control(static_cast<size_t>(point));
 }
 
 }  // namespace Quorvan::Ui

@@ -8,8 +8,9 @@
 namespace Quorvan::Ui {
 
 /// A curve through points that are dragged, added and removed by double clicks; between points the
-/// curve is bent up and down. Control holds points to a grid of 16 by 8. Keys: Page Up and Page
-/// Down choose a point, arrows move it, Enter adds one behind it, Delete removes it.
+/// curve is bent up and down. Points are held to a grid of 16 by 8 while it snaps or Control is
+/// held, not while both. Keys: Page Up and Page Down choose a point, arrows move it, Enter adds one
+/// behind it, Delete removes it.
 class CurveEditor final : public Widget {
 public:
     struct Actions {
@@ -20,7 +21,11 @@ public:
         std::function<void(Point)> add;
         std::function<void(size_t)> remove;
         std::function<void(size_t segment, double by)> bend;  ///< by: shares of the height
-        std::function<void(Point at)> menu;
+        /// The height of a point.
+        std::function<Control&(size_t)> control;
+        static constexpr size_t kNoPoint = ~size_t{0};
+        std::function<void(Point at, size_t point)> menu;
+        std::function<bool()> snaps;
         std::function<double()> level;  ///< present output, 0..1; negative: none
         std::function<double()> place;  ///< where the curve is read now, 0..1; negative: nowhere
     };
@@ -34,15 +39,11 @@ public:
     void Release(const PointerEvent& event) override;
     void DoubleClick(const PointerEvent& event) override;
     bool RightPress(const PointerEvent& event) override;
+    bool Wheel(const WheelEvent& event) override;
+    Control* ControlAt(Point at) override;
     bool Key(const KeyEvent& event) override;
     bool CanFocus() const override { return true; }
     Point FocusPoint() const override;
-    std::string TipTitle(Point) override { return "Curve"; }
-    std::string TipText(Point) override {
-        return "Drag points; double click adds and removes them. Drag between two to bend. Ctrl "
-               "holds to a grid. Right click: shapes, copy. Page keys choose a point, arrows move "
-               "it.";
-    }
 
 private:
     static constexpr int kNone = -1;

@@ -23,11 +23,8 @@ public:
         std::function<Control*()> control;
     };
 
-    DrawnView(const Rect& place, std::string tip, std::string sentence, Actions itsActions)
-        : Widget(place),
-          title(std::move(tip)),
-          help(std::move(sentence)),
-          actions(std::move(itsActions)) {}
+    DrawnView(const Rect& place, Actions itsActions)
+        : Widget(place), actions(std::move(itsActions)) {}
 
     void Draw(Painter& painter) override {
         actions.draw(painter, box);
@@ -79,11 +76,8 @@ public:
         }
     }
     Control* ControlAt(Point) override { return actions.control ? actions.control() : nullptr; }
-    std::string TipTitle(Point) override { return title; }
-    std::string TipText(Point) override { return help; }
 
 private:
-    std::string title, help;
     Actions actions;
     Point last;
     bool open = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Quorvan::Ui {
 
@@ -15,8 +16,6 @@ double RingStep(uint32_t rings) {
     return rings < 3 ? kRingStep : std::min(kRingStep, kRingRoom / (rings - 1));
 }
 
-double AngleOf(double position) { return kStart + kSweep * std::clamp(position, 0.0, 1.0); }
-
 Point OnRing(Point centre, double radius, double turns) {
     const double angle = (turns - 0.25) * 2.0 * 3.14159265358979;
     return {centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle)};
@@ -27,39 +26,28 @@ Point OnRing(Point centre, double radius, double turns) {
 Knob::Knob(const Rect& place, Stage& face, std::unique_ptr<Control> moved, std::string itsLabel)
     : ControlWidget(place, face, std::move(moved), std::move(itsLabel)) {}
 
-void Knob::ShowChance(const Widget& dial, const Control& amount, const Control& direction,
-                      double share) {
-    chanceDial = &dial;
-    chanceAmount = &amount;
-    chanceDirection = &direction;
+void Knob::ShowChance(const RandomDial& dial, double share) {
+    chance = &dial;
     chanceShare = share;
 }
 
+double Knob::AngleOf(double position) const {
+    const double share = std::clamp(position, 0.0, 1.0);
+    return isChance ? 0.5 * kSweep * share : kStart + kSweep * share;
+}
+
 bool Knob::Tick(double seconds) {
-    bool moved = ControlWidget::Tick(seconds);
-    if (chanceAmount == nullptr)
-        return moved;
-    const float chance = chanceDial->IsShown() ? chanceAmount->Position() : 0.0f;
-    moved |= chance != shownChance || chanceDirection->Position() != shownDirection;
-    shownChance = chance;
-    shownDirection = chanceDirection->Position();
-    return moved;
+    const bool moved = ControlWidget::Tick(seconds);
+    Reach now;
+    if (chance != nullptr && chance->IsShown())
+        now = {chance->Amount(), chance->GoesUp(), chance->GoesDown()};
+    return std::exchange(shownChance, now) != now || moved;
 }
 
 void Knob::Draw(Painter& painter) {
-    const Point centre = Middle();
-    const double position = static_cast<double>(control->Position());
-    const Influence influence = control->Influences();
-    painter.Arc(centre, kRadius, AngleOf(0.0), AngleOf(1.0), Theme::kTrack, 4.0);
-    const double from = bipolar ? 0.5 : 0.0;
-    if (std::abs(position - from) > 0.001)
-        painter.Arc(centre, kRadius, AngleOf(from), AngleOf(position),
-                    hovered || dragging ? Theme::kText : Theme::kAccent.Faded(0.9), 4.0);
-    painter.Disc(centre, 14.0, hovered || dragging ? Theme::kRaisedHover : Theme::kRaised);
+    DrawDial(painter);
     DrawChance(painter);
-    const double angle = AngleOf(position);
-    painter.Line(OnRing(centre, 5.0, angle), OnRing(centre, 11.5, angle), Theme::kText, 2.0);
-    DrawRoutes(painter, influence);
+    DrawRoutes(painter, control->Influences());
     const Rect name{box.x + 2.0, box.y + 56.0, box.width - 4.0, 14.0};
     painter.Text(name, label, {Theme::kSmall, Theme::kDim}, Align::Centre);
     painter.Text(name.Shifted(0.0, 15.0), control->Text(), {Theme::kSmall, Theme::kText},
@@ -67,21 +55,35 @@ void Knob::Draw(Painter& painter) {
     DrawFocus(painter, box);
 }
 
-/// The directions of all random depths begin with "up" and "down"; a third is both.
+void Knob::DrawDial(Painter& painter) const {
+    const Point centre = Middle();
+    const double position = static_cast<double>(control->Position());
+    const bool lit = hovered || dragging;
+    painter.Arc(centre, kRadius, kStart, kStart + kSweep, Theme::kTrack, 4.0);
+    const double angle = AngleOf(position);
+    const double from = isChance ? -angle : AngleOf(bipolar ? 0.5 : 0.0);
+    const Colour ink = isChance ? Theme::kOn : Theme::kAccent.Faded(0.9);
+    if (std::abs(angle - from) > 0.001)
+        painter.Arc(centre, kRadius, from, angle, lit ? Theme::kText : ink, 4.0);
+    painter.Disc(centre, 14.0, lit ? Theme::kRaisedHover : Theme::kRaised);
+    if (isChance) {
+        const Colour arrows = position > 0.001 ? Theme::kText : Theme::kDim;
+        painter.Arrow({centre.x, centre.y - 4.0}, 4.5, 0.0, arrows);
+        painter.Arrow({centre.x, centre.y + 4.0}, 4.5, 0.5, arrows);
+    } else
+        painter.Line(OnRing(centre, 5.0, angle), OnRing(centre, 11.5, angle), Theme::kText, 2.0);
+}
+
 void Knob::DrawChance(Painter& painter) const {
-    if (chanceAmount == nullptr || !chanceDial->IsShown() || chanceAmount->Position() <= 0.0f)
+    if (shownChance.amount <= 0.0)
         return;
     const double position = static_cast<double>(control->Position());
-    const double amount = static_cast<double>(chanceAmount->Position());
-    const uint32_t way = chanceDirection->Choice();
-    const std::string first = std::string(chanceDirection->Choices().front());
-    const bool firstIsDown = first == "Shorter";
-    const bool up = way == 2 || (way == 0) != firstIsDown, down = way == 2 || !up;
     const auto reach = [&](double room) {
-        return chanceShare > 0.0 ? std::min(room, amount * chanceShare) : amount * room;
+        return chanceShare > 0.0 ? std::min(room, shownChance.amount * chanceShare)
+                                 : shownChance.amount * room;
     };
-    const double low = position - (down ? reach(position) : 0.0);
-    const double high = position + (up ? reach(1.0 - position) : 0.0);
+    const double low = position - (shownChance.down ? reach(position) : 0.0);
+    const double high = position + (shownChance.up ? reach(1.0 - position) : 0.0);
     painter.Arc(Middle(), 15.5, AngleOf(low), AngleOf(high), Theme::kOn, 2.0);
 }
 

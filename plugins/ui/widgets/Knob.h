@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugins/ui/widgets/ControlWidget.h"
+#include "plugins/ui/widgets/RandomDial.h"
 
 namespace Quorvan::Ui {
 
@@ -9,15 +9,15 @@ namespace Quorvan::Ui {
 /// amount is dragged on its ring, that of the first one with Alt on the dial too.
 class Knob final : public ControlWidget {
 public:
-    static constexpr double kWidth = 72.0, kHeight = 88.0;
+    static constexpr double kWidth = 80.0, kHeight = 88.0;
 
     Knob(const Rect& place, Stage& face, std::unique_ptr<Control> moved, std::string itsLabel);
 
-    /// Shows how far chance reaches; both outlive the knob. share: of the knob's travel at 100 %;
-    /// 0: up to its end.
-    /// nothing is shown where dial is not.
-    void ShowChance(const Widget& dial, const Control& amount, const Control& direction,
-                    double share);
+    /// Shows how far the chance of a dial reaches, while that is shown. share: of the knob's travel
+    /// at 100 %; 0: up to its end.
+    void ShowChance(const RandomDial& dial, double share);
+    /// It is a reach of chance itself, to both sides of the top.
+    void MakeChance() { isChance = true; }
     /// The travel has its middle at rest: pitch, pan.
     void MakeBipolar() { bipolar = true; }
 
@@ -32,12 +32,17 @@ private:
     void DrawChance(Painter& painter) const;
     void DrawRoutes(Painter& painter, const Influence& influence) const;
 
-    const Widget* chanceDial = nullptr;
-    const Control* chanceAmount = nullptr;
-    const Control* chanceDirection = nullptr;
+    double AngleOf(double position) const;
+    void DrawDial(Painter& painter) const;
+
+    const RandomDial* chance = nullptr;
     double chanceShare = 0.0;
-    float shownChance = -1.0f, shownDirection = -1.0f;
-    bool bipolar = false;
+    struct Reach {
+        double amount = 0.0;
+        bool up = false, down = false;
+        bool operator==(const Reach&) const = default;
+    } shownChance;
+    bool bipolar = false, isChance = false;
 };
 
 }  // namespace Quorvan::Ui

@@ -17,11 +17,6 @@ public:
     void Draw(Painter& painter) override;
     bool Tick(double seconds) override;
     void Press(const PointerEvent&) override { held = {}; }
-    std::string TipTitle(Point) override { return label + " level"; }
-    std::string TipText(Point) override {
-        return "Peaks from -60 to +6 dB; the mark keeps the highest of the last two seconds. Click "
-               "to forget it.";
-    }
 
 private:
     std::string label;

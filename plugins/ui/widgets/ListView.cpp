@@ -5,11 +5,8 @@
 
 namespace Quorvan::Ui {
 
-ListView::ListView(const Rect& place, std::string tip, std::string sentence, Actions itsActions)
-    : Widget(place),
-      title(std::move(tip)),
-      help(std::move(sentence)),
-      actions(std::move(itsActions)) {}
+ListView::ListView(const Rect& place, Actions itsActions)
+    : Widget(place), actions(std::move(itsActions)) {}
 
 bool ListView::Tick(double) {
     std::vector<Line> lines = actions.lines();

@@ -24,7 +24,7 @@ public:
         std::string none;                                ///< said where there are no lines
     };
 
-    ListView(const Rect& place, std::string tip, std::string sentence, Actions itsActions);
+    ListView(const Rect& place, Actions itsActions);
 
     /// Brings the chosen line into sight with the next picture.
     void Reveal() { isToReveal = true; }
@@ -35,8 +35,6 @@ public:
     bool Wheel(const WheelEvent& event) override;
     bool Key(const KeyEvent& event) override;
     bool CanFocus() const override { return true; }
-    std::string TipTitle(Point) override { return title; }
-    std::string TipText(Point) override { return help; }
 
 private:
     static constexpr double kRow = 24.0;
@@ -45,7 +43,6 @@ private:
     void Step(int way);
     void ShowChosen();
 
-    std::string title, help;
     Actions actions;
     std::vector<Line> shown;
     size_t top = 0;

@@ -5,16 +5,23 @@
 
 namespace Quorvan::Ui {
 
+namespace {
+
+constexpr double kHead = 4.0;    ///< free above
+constexpr double kNotch = 0.01;  ///< of a control's travel: 2 %
+
+}  // namespace
+
 MatrixView::MatrixView(const Rect& place, Actions itsActions)
     : Widget(place), actions(std::move(itsActions)) {
     shown[0][0] = 2.0f;  // no amount: the first picture is always new
 }
 
 Rect MatrixView::BoxOf(uint32_t source, uint32_t row) const {
-    const double block = box.width / kBlocks, height = box.height / (kBlockRows + 1);
+    const double block = box.width / kBlocks, height = (box.height - kHead) / (kBlockRows + 1);
     const uint32_t column = row / kBlockRows;
     return {box.x + block * column + block - 8.0 - kCell * (kSources - source),
-            box.y + height * (row % kBlockRows + 1), kCell, height};
+            box.y + kHead + height * (row % kBlockRows + 1), kCell, height};
 }
 
 MatrixView::Cell MatrixView::At(Point at) const {
@@ -41,7 +48,7 @@ void MatrixView::Draw(Painter& painter) {
     for (uint32_t column = 0; column < kBlocks; ++column)
         for (uint32_t source = 0; source < kSources; ++source) {
             const Rect below = BoxOf(source, column * kBlockRows);
-            painter.Text({below.x, box.y, below.width, below.height - 1.0},
+            painter.Text({below.x, box.y + kHead, below.width, below.height - 1.0},
                          actions.sourceMark(source), {Theme::kSmall, Theme::Source(source)},
                          Align::Centre);
         }
@@ -76,37 +83,34 @@ void MatrixView::Press(const PointerEvent& event) {
     held = At(event.at);
     isHeld = held.isOne;
     last = event.at;
-    amount = isHeld ? static_cast<double>(actions.amount(held.source, held.row)) : 0.0;
     if (isHeld) {
         chosen = held;
-        actions.begin(held.source, held.row);
+        position = static_cast<double>(Of(held).Position());
+        Of(held).Begin();
     }
 }
 
 void MatrixView::Drag(const PointerEvent& event) {
     if (!isHeld)
         return;
-    const double way = (last.y - event.at.y) / 120.0;
+    const double way = (last.y - event.at.y) / 240.0;
     last = event.at;
-    amount = std::clamp(amount + way * (event.modifiers.shift ? 0.1 : 1.0), -1.0, 1.0);
-    actions.set(held.source, held.row, static_cast<float>(amount));
-}
-
-void MatrixView::Nudge(const Cell& cell, double by) {
-    const double now = static_cast<double>(actions.amount(cell.source, cell.row));
-    actions.begin(cell.source, cell.row);
-    actions.set(cell.source, cell.row, static_cast<float>(std::clamp(now + by, -1.0, 1.0)));
-    actions.end();
+    position = std::clamp(position + way * (event.modifiers.shift ? 0.1 : 1.0), 0.0, 1.0);
+    Of(held).Move(static_cast<float>(position));
 }
 
 bool MatrixView::Wheel(const WheelEvent& event) {
-    if (const Cell cell = At(event.at); cell.isOne && event.steps != 0.0)
-        Nudge(cell, event.steps * (event.modifiers.shift ? 0.002 : 0.02));
+    const Cell cell = At(event.at);
+    if (cell.isOne && event.steps != 0.0)
+        Of(cell).MoveOnce(Of(cell).Nudged(kNotch * event.steps, event.modifiers.shift));
     return true;
 }
 
 bool MatrixView::Key(const KeyEvent& event) {
-    const double step = event.modifiers.shift ? 0.01 : 0.1;
+    const auto nudge = [&](double way) {
+        Of(chosen).MoveOnce(Of(chosen).Nudged(5.0 * kNotch * way, event.modifiers.shift));
+        return true;
+    };
     const auto choose = [this](uint32_t source, uint32_t row) {
         chosen.source = (chosen.source + source) % kSources;
         chosen.row = (chosen.row + row) % kRows;
@@ -123,12 +127,12 @@ bool MatrixView::Key(const KeyEvent& event) {
         case Ui::Key::Down:
             return choose(0, 1);
         case Ui::Key::PageUp:
-            return Nudge(chosen, step), true;
+            return nudge(1.0);
         case Ui::Key::PageDown:
-            return Nudge(chosen, -step), true;
+            return nudge(-1.0);
         case Ui::Key::Delete:
         case Ui::Key::Backspace:
-            return actions.clear(chosen.source, chosen.row), true;
+            return Of(chosen).MoveOnce(Of(chosen).Default()), true;
         default:
             return false;
     }
@@ -137,16 +141,12 @@ bool MatrixView::Key(const KeyEvent& event) {
 void MatrixView::DoubleClick(const PointerEvent& event) {
     const Cell cell = At(event.at);
     if (cell.isOne)
-        actions.clear(cell.source, cell.row);
+        Of(cell).MoveOnce(Of(cell).Default());
 }
 
-std::string MatrixView::TipTitle(Point at) {
+Control* MatrixView::ControlAt(Point at) {
     const Cell cell = At(at);
-    if (!cell.isOne)
-        return {};
-    const long percent = std::lround(100.0f * shown[cell.source][cell.row]);
-    return actions.sourceName(cell.source) + " \u2192 " + actions.rowName(cell.row) + "   " +
-           std::to_string(percent) + " %";
+    return cell.isOne ? &Of(cell) : nullptr;
 }
 
 }  // namespace Quorvan::Ui

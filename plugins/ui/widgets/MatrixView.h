@@ -15,13 +15,10 @@ namespace Quorvan::Ui {
 class MatrixView final : public Widget {
 public:
     struct Actions {
-        std::function<float(uint32_t source, uint32_t row)> amount;
-        std::function<void(uint32_t source, uint32_t row)> begin;
-        std::function<void(uint32_t source, uint32_t row, float amount)> set;
-        std::function<void()> end;
-        std::function<void(uint32_t source, uint32_t row)> clear;
+        std::function<float(uint32_t source, uint32_t row)> amount;  ///< -1..1
+        /// The same as a control, with nothing in its middle.
+        std::function<Control&(uint32_t source, uint32_t row)> control;
         std::function<std::string(uint32_t row)> rowName;
-        std::function<std::string(uint32_t source)> sourceName;
         std::function<std::string(uint32_t source)> sourceMark;  ///< a letter above its cells
     };
     static constexpr uint32_t kSources = 7, kRows = 95, kBlocks = 5, kBlockRows = 19;
@@ -34,17 +31,14 @@ public:
     void Drag(const PointerEvent& event) override;
     void Release(const PointerEvent&) override {
         if (std::exchange(isHeld, false))
-            actions.end();
+            Of(held).End();
     }
     void DoubleClick(const PointerEvent& event) override;
     bool Wheel(const WheelEvent& event) override;
     bool Key(const KeyEvent& event) override;
     bool CanFocus() const override { return true; }
-    std::string TipTitle(Point at) override;
-    std::string TipText(Point) override {
-        return "Drag a cell up or down to say how far the source moves it. A double click empties "
-               "it.";
-    }
+    Point FocusPoint() const override { return BoxOf(chosen.source, chosen.row).Centre(); }
+    Control* ControlAt(Point at) override;
 
 private:
     static constexpr double kCell = 11.0;
@@ -54,14 +48,14 @@ private:
     };
     Rect BoxOf(uint32_t source, uint32_t row) const;
     Cell At(Point at) const;
-    void Nudge(const Cell& cell, double by);
+    Control& Of(const Cell& cell) const { return actions.control(cell.source, cell.row); }
 
     Actions actions;
     std::array<std::array<float, kRows>, kSources> shown{};
     Cell held;
     Cell chosen{0, 0, true};  ///< that keys move
     bool isHeld = false;
-    double amount = 0.0;
+    double position = 0.0;
     Point last;
 };
 

@@ -1,6 +1,7 @@
 #include "plugins/ui/widgets/Menu.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace Quorvan::Ui {
 
@@ -110,12 +111,47 @@ void Menu::Step(int way) {
 }
 
 bool Menu::Key(const KeyEvent& event) {
-    if (event.key == Key::Down || event.key == Key::Up)
-        Step(event.key == Key::Down ? 1 : -1);
-    if (event.key == Key::Enter)
-        Choose(marked);
-    if (event.key == Key::Escape || event.key == Key::Tab)
-        done = true;
+    const auto count = static_cast<int>(items.size()), column = static_cast<int>(rows);
+    switch (event.key) {
+        case Key::Down:
+        case Key::Up:
+            Step(event.key == Key::Down ? 1 : -1);
+            break;
+        case Key::Home:
+        case Key::End:
+            marked = -1;
+            Step(event.key == Key::Home ? 1 : -1);
+            break;
+        case Key::Left:
+        case Key::Right: {
+            const int beside = marked + (event.key == Key::Left ? -column : column);
+            if (marked >= 0 && beside >= 0 && beside < count) {
+                marked = beside - 1;
+                Step(1);
+            }
+            break;
+        }
+        case Key::Enter:
+            Choose(marked);
+            break;
+        case Key::Escape:
+        case Key::Tab:
+            done = true;
+            break;
+        default:
+            break;
+    }
+    return true;
+}
+
+bool Menu::Text(std::string_view signs) {
+    const auto lower = [](char sign) { return std::tolower(static_cast<unsigned char>(sign)); };
+    for (size_t tries = 0; tries < items.size() && !signs.empty(); ++tries) {
+        Step(1);
+        const std::string& text = items[static_cast<size_t>(marked)].text;
+        if (!text.empty() && lower(text.front()) == lower(signs.front()))
+            break;
+    }
     return true;
 }
 

@@ -18,6 +18,8 @@ public:
     void Hover(Point at) override;
     bool Wheel(const WheelEvent& event) override;
     bool Key(const KeyEvent& event) override;
+    /// To the next item that begins so.
+    bool Text(std::string_view signs) override;
     bool IsDone() const { return done; }
 
 private:

@@ -1,6 +1,7 @@
 #include "plugins/ui/widgets/RandomDial.h"
 
 #include <cmath>
+#include <utility>
 
 namespace Quorvan::Ui {
 
@@ -9,15 +10,28 @@ RandomDial::RandomDial(const Rect& place, Stage& face, std::unique_ptr<Control> 
     : ControlWidget(place, face, std::move(amount), "Chance"), direction(std::move(itsDirection)) {}
 
 bool RandomDial::Tick(double seconds) {
-    const bool moved = ControlWidget::Tick(seconds) || direction->Position() != shownDirection;
-    shownDirection = direction->Position();
-    return moved;
+    const float now = direction ? direction->Position() : 0.0f;
+    return ControlWidget::Tick(seconds) || std::exchange(shownDirection, now) != now;
+}
+
+std::string_view RandomDial::Way() const {
+    return direction ? std::string_view(direction->Choices()[direction->Choice()]) : "Both";
+}
+
+bool RandomDial::GoesUp() const {
+    const std::string_view way = Way();
+    return way == "Both" || way == "Up" || way == "Longer" || way == "More";
+}
+
+bool RandomDial::GoesDown() const {
+    const std::string_view way = Way();
+    return way == "Both" || way == "Down" || way == "Shorter" || way == "Fewer";
 }
 
 void RandomDial::Draw(Painter& painter) {
     const Point centre = box.Centre();
     const Influence influence = control->Influences();
-    const double amount = static_cast<double>(control->Position());
+    const double amount = Amount();
     const bool lit = hovered || dragging;
     painter.Disc(centre, 10.0, lit ? Theme::kRaisedHover : Theme::kRaised);
     painter.Arc(centre, 9.0, 0.0, 0.999, Theme::kTrack, 2.0);
@@ -30,8 +44,8 @@ void RandomDial::Draw(Painter& painter) {
                      Theme::Source(influence.routes[0].source));
     }
     const Colour ink = amount > 0.001 ? Theme::kText : Theme::kDim;
-    const std::string_view way = direction->Choices()[direction->Choice()];
-    const bool both = way == "Both";
+    const std::string_view way = Way();
+    const bool up = GoesUp(), down = GoesDown(), both = up && down;
     if (way == "Jitter" || way == "Skip") {
         const auto bar = [&](double x) {
             painter.Fill({centre.x + x - 0.75, centre.y - 3.5, 1.5, 7.0}, ink);
@@ -41,9 +55,9 @@ void RandomDial::Draw(Painter& painter) {
         if (way == "Jitter")
             bar(-1.0);
     } else {
-        if (both || way == "Up" || way == "Longer" || way == "More")
+        if (up)
             painter.Arrow({centre.x, centre.y - (both ? 3.0 : 0.0)}, both ? 3.2 : 4.5, 0.0, ink);
-        if (both || way == "Down" || way == "Shorter" || way == "Fewer")
+        if (down)
             painter.Arrow({centre.x, centre.y + (both ? 3.0 : 0.0)}, both ? 3.2 : 4.5, 0.5, ink);
     }
     if (focused)
@@ -60,7 +74,7 @@ void RandomDial::Press(const PointerEvent& event) {
 void RandomDial::Release(const PointerEvent& event) {
     ControlWidget::Release(event);
     const bool still = std::hypot(event.at.x - pressed.x, event.at.y - pressed.y) < 3.0;
-    if (still && control->Position() == pressedPosition)
+    if (direction && still && control->Position() == pressedPosition)
         direction->MoveOnce(
             direction->PositionOfChoice((direction->Choice() + 1) % direction->Steps()));
 }

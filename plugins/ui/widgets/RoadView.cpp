@@ -7,13 +7,13 @@ namespace Quorvan::Ui {
 namespace {
 
 // Two lanes: the road itself and, below it, the way back round the grains.
-constexpr double kLane = 18.0, kLower = 22.0;
+constexpr double kLane = 16.0, kLower = 20.0;
 constexpr double kJoin = 25.0, kSplit = 268.0;
 constexpr Rect kGrainBox{46.0, 0.0, 92.0, kLane}, kLimiterBox{150.0, 0.0, 92.0, kLane};
-constexpr Rect kMixBox{520.0, 0.0, 36.0, kLane};
-constexpr double kStationWidth = 228.0, kName = 50.0, kChip = 88.0;
+constexpr Rect kMixBox{516.0, 0.0, 36.0, kLane};
+constexpr double kStationWidth = 226.0, kName = 48.0, kChip = 88.0;
 constexpr std::array<Point, RoadView::kPlaces> kStations{
-    {{34.0, kLower}, {280.0, 0.0}, {568.0, 0.0}}};
+    {{34.0, kLower}, {278.0, 0.0}, {560.0, 0.0}}};
 constexpr const char* kNames[]{"Loop", "Grains", "After"};
 constexpr Type kSmallDim{Theme::kSmall, Theme::kDim};
 
@@ -59,19 +59,19 @@ void RoadView::DrawWays(Painter& painter) const {
     const auto across = [&](double from, double to, double y) {
         painter.Fill({box.x + from, y - 1.0, to - from, 2.0}, ink);
     };
-    across(14.0, 788.0, upper);
-    painter.Arrow({box.x + 791.0, upper}, 5.0, 0.25, Theme::kDim);
+    across(14.0, 780.0, upper);
+    painter.Arrow({box.x + 783.0, upper}, 5.0, 0.25, Theme::kDim);
     across(kJoin, kSplit, lower);
     painter.Fill({box.x + kSplit - 1.0, upper, 2.0, lower - upper + 1.0}, ink);
     painter.Fill({box.x + kJoin - 1.0, upper + 5.0, 2.0, lower - upper - 4.0}, ink);
     painter.Arrow({box.x + kJoin, upper + 6.0}, 5.0, 0.0, Theme::kDim);
     painter.Disc({box.x + kSplit, upper}, 3.0, Theme::kDim);
-    painter.Fill({box.x + kMixBox.Centre().x - 1.0, box.y + kLane, 2.0, 8.0}, ink);
+    painter.Fill({box.x + kMixBox.Centre().x - 1.0, box.y + kLane, 2.0, 7.0}, ink);
     painter.Arrow({box.x + kMixBox.Centre().x, box.y + kLane + 5.0}, 4.0, 0.0, Theme::kDim);
     painter.Text({box.x + kMixBox.Centre().x - 40.0, box.y + kLane + 8.0, 80.0, 14.0}, "dry sound",
                  kSmallDim, Align::Centre);
     painter.Text({box.x, box.y, 16.0, kLane}, "In", kSmallDim);
-    painter.Text({box.x + 798.0, box.y, 20.0, kLane}, "Out", kSmallDim);
+    painter.Text({box.x + 788.0, box.y, 20.0, kLane}, "Out", kSmallDim);
     for (const auto& [place, name] :
          {std::pair(kGrainBox, "Grains"), std::pair(kLimiterBox, "Limiter"),
           std::pair(kMixBox, "Mix")}) {

@@ -36,11 +36,6 @@ public:
     bool Key(const KeyEvent& event) override;
     bool CanFocus() const override { return true; }
     Control* ControlAt(Point at) override;
-    std::string TipTitle(Point) override { return "Road"; }
-    std::string TipText(Point) override {
-        return "The sound's way. Drag a slot into the feedback loop, onto the grains alone or "
-               "behind the mix.";
-    }
 
 private:
     Rect Station(uint32_t place) const;

@@ -69,20 +69,38 @@ void RouteList::Press(const PointerEvent& event) {
     if (event.at.x > box.Right() - 20.0)
         return actions.remove(shown[static_cast<size_t>(row)].row);
     chosen = static_cast<size_t>(row);
-    held = static_cast<int>(shown[chosen].row);
-    amount = shown[static_cast<size_t>(row)].amount;
+    held = &actions.control(shown[chosen].row);
+    position = static_cast<double>(held->Position());
     last = event.at;
-    actions.begin(static_cast<uint32_t>(held));
+    held->Begin();
+}
+
+/// At nothing the route would be none, and vanish under the pointer.
+void RouteList::Put(Control& control, double position) {
+    const double nothing = static_cast<double>(control.Default());
+    const double way = position - nothing;
+    constexpr double kLeast = 0.0025;
+    control.Move(static_cast<float>(std::abs(way) < kLeast ? nothing + std::copysign(kLeast, way)
+                                                           : position));
 }
 
 void RouteList::Drag(const PointerEvent& event) {
-    if (held < 0)
+    if (held == nullptr)
         return;
-    const double way = 2.0 * (event.at.x - last.x) / BarWidth(box);
+    const double way = (event.at.x - last.x) / BarWidth(box);
     last = event.at;
-    amount = std::clamp(amount + way * (event.modifiers.shift ? 0.1 : 1.0), -1.0, 1.0);
-    // At nothing the route would be none, and vanish under the pointer.
-    actions.set(static_cast<uint32_t>(held), std::abs(amount) < 0.005 ? 0.005 : amount);
+    position = std::clamp(position + way * (event.modifiers.shift ? 0.1 : 1.0), 0.0, 1.0);
+    Put(*held, position);
+}
+
+Control* RouteList::ControlAt(Point at) {
+    const int row = RowAt(at);
+    return row < 0 ? nullptr : &actions.control(shown[static_cast<size_t>(row)].row);
+}
+
+Point RouteList::FocusPoint() const {
+    const double row = static_cast<double>(std::max(chosen, top) - top);
+    return {box.Centre().x, box.y + kRow * (row + 0.5)};
 }
 
 bool RouteList::Wheel(const WheelEvent& event) {
@@ -94,19 +112,17 @@ bool RouteList::Wheel(const WheelEvent& event) {
     return true;
 }
 
-void RouteList::Nudge(double by) {
-    const Route route = shown[chosen];
-    const double wanted = std::clamp(route.amount + by, -1.0, 1.0);
-    actions.begin(route.row);
-    actions.set(route.row, std::abs(wanted) < 0.005 ? std::copysign(0.005, by) : wanted);
-    actions.end();
-}
-
 bool RouteList::Key(const KeyEvent& event) {
     if (shown.empty())
         return false;
     chosen = std::min(chosen, shown.size() - 1);
-    const double step = event.modifiers.shift ? 0.002 : 0.02;
+    Control& control = actions.control(shown[chosen].row);
+    const auto nudge = [&](double way) {
+        control.Begin();
+        Put(control, static_cast<double>(control.Nudged(0.01 * way, event.modifiers.shift)));
+        control.End();
+        return true;
+    };
     const size_t visible = static_cast<size_t>(std::max(1.0, box.height / kRow));
     switch (event.key) {
         case Ui::Key::Up:
@@ -116,9 +132,9 @@ bool RouteList::Key(const KeyEvent& event) {
             Invalidate();
             return true;
         case Ui::Key::Left:
-            return Nudge(-step), true;
+            return nudge(-1.0);
         case Ui::Key::Right:
-            return Nudge(step), true;
+            return nudge(1.0);
         case Ui::Key::Delete:
         case Ui::Key::Backspace:
             return actions.remove(shown[chosen].row), true;

@@ -21,9 +21,8 @@ public:
     };
     struct Actions {
         std::function<std::vector<Route>()> routes;
-        std::function<void(uint32_t row)> begin;
-        std::function<void(uint32_t row, double amount)> set;
-        std::function<void()> end;
+        /// Its amount, with nothing in the middle.
+        std::function<Control&(uint32_t row)> control;
         std::function<void(uint32_t row)> remove;
         std::function<Colour()> colour;
     };
@@ -35,28 +34,26 @@ public:
     void Press(const PointerEvent& event) override;
     void Drag(const PointerEvent& event) override;
     void Release(const PointerEvent&) override {
-        if (std::exchange(held, -1) >= 0)
-            actions.end();
+        if (Control* const one = std::exchange(held, nullptr))
+            one->End();
     }
     bool Wheel(const WheelEvent& event) override;
     bool Key(const KeyEvent& event) override;
     bool CanFocus() const override { return !shown.empty(); }
-    std::string TipTitle(Point) override { return "Routes"; }
-    std::string TipText(Point) override {
-        return "What this source moves, and how far: drag across. The cross takes a route off.";
-    }
+    Point FocusPoint() const override;
+    Control* ControlAt(Point at) override;
 
 private:
     static constexpr double kRow = 24.0;
     int RowAt(Point at) const;
-    void Nudge(double by);
+    static void Put(Control& control, double position);
 
     Actions actions;
     std::vector<Route> shown;
     size_t top = 0;
     size_t chosen = 0;  ///< that keys move
-    int held = -1;
-    double amount = 0.0;
+    Control* held = nullptr;
+    double position = 0.0;
     Point last;
 };
 

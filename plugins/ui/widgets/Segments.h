@@ -1,7 +1,5 @@
 #pragma once
 
-#include <vector>
-
 #include "plugins/ui/widgets/ControlWidget.h"
 
 namespace Quorvan::Ui {
@@ -9,16 +7,15 @@ namespace Quorvan::Ui {
 /// All names of a choice beside each other, of which one is chosen.
 class Segments final : public ControlWidget {
 public:
-    /// names: to show in place of the choices' own, or none.
-    Segments(const Rect& place, Stage& face, std::unique_ptr<Control> moved,
-             std::vector<std::string> names = {});
+    /// A label stands above, for which place has to have 16 pixels more.
+    Segments(const Rect& place, Stage& face, std::unique_ptr<Control> moved, std::string itsLabel);
 
     void Draw(Painter& painter) override;
     void Press(const PointerEvent& event) override;
     void DoubleClick(const PointerEvent& event) override { Press(event); }
 
 private:
-    std::vector<std::string> names;
+    Rect Row() const;
 };
 
 }  // namespace Quorvan::Ui

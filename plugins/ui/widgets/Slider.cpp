@@ -12,9 +12,9 @@ void Slider::Draw(Painter& painter) {
     painter.Clip({box.x, box.y, box.width * position, box.height});
     painter.Round(box, 4.0, colour);
     painter.Unclip();
-    painter.Text({box.x + 8.0, box.y, 0.55 * box.width, box.height}, label,
+    painter.Text({box.x + 8.0, box.y, 0.5 * box.width, box.height}, label,
                  {Theme::kSmall, Theme::kText});
-    painter.Text({box.x + 0.6 * box.width, box.y, 0.4 * box.width - 8.0, box.height},
+    painter.Text({box.x + 0.5 * box.width, box.y, 0.5 * box.width - 8.0, box.height},
                  control->Text(), {Theme::kSmall, Theme::kText}, Align::Right);
     DrawRouteBars(painter, box);
     DrawFocus(painter, box);

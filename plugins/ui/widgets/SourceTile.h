@@ -31,12 +31,6 @@ public:
     void Release(const PointerEvent& event) override;
     bool Key(const KeyEvent& event) override;
     bool CanFocus() const override { return true; }
-    std::string TipTitle(Point) override { return name; }
-    std::string TipText(Point) override {
-        return "Drag it onto a control to move that; over the name of a page to get there. Click "
-               "to "
-               "edit it.";
-    }
 
 private:
     static constexpr size_t kKept = 200;

@@ -10,7 +10,8 @@ namespace {
 
 constexpr double kFlashSeconds = 0.35;
 constexpr double kMostSemitones = 36.0;
-constexpr double kGrab = 7.0;  ///< pixels around a line that take hold of it
+constexpr double kGrab = 7.0;    ///< pixels around a line that take hold of it
+constexpr double kNudge = 0.02;  ///< of the travel, for a notch of the wheel or an arrow
 
 constexpr double kLaneReach = 30.0;  ///< pixels that grains of one pitch spread over
 
@@ -73,8 +74,8 @@ void TapeView::Draw(Painter& painter) {
     DrawPitches(painter);
     DrawHeads(painter);
     painter.Unclip();
-    painter.RoundLine(box, 8.0, picture.frozen ? Theme::kFreeze : Theme::kLine,
-                      picture.frozen ? 1.5 : 1.0);
+    const Colour line = focused ? Theme::kFocus : picture.frozen ? Theme::kFreeze : Theme::kLine;
+    painter.RoundLine(box, 8.0, line, focused || picture.frozen ? 1.5 : 1.0);
 }
 
 void TapeView::DrawRuler(Painter& painter) const {
@@ -223,7 +224,7 @@ void TapeView::DrawHeads(Painter& painter) const {
             painter.Round({XOf(Wrapped(edge)) - 3.0, box.y + 0.72 * box.height, 6.0, 32.0}, 3.0,
                           Theme::kPlayHead);
     if (!picture.alive)
-        painter.Text({box.x + 16.0, box.Bottom() - 26.0, 400.0, 16.0},
+        painter.Text({box.x + 368.0, box.Bottom() - 28.0, 400.0, 16.0},
                      "No sound comes: the host does not run this processor.",
                      {Theme::kBody, Theme::kDim});
 }
@@ -261,19 +262,23 @@ void TapeView::Press(const PointerEvent& event) {
     held = At(event.at);
     if (held == Held::Nothing && picture.canDragHead)
         held = Held::Head;
-    if (held == Held::Head)
+    grip = last = event.at;
+    if (held == Held::Head) {
         actions.holdHead(true, false);
+        Drag(event);
+    }
     if (held == Held::Spray)
         actions.holdSpray(true, false);
-    if (held == Held::Head)
-        Drag(event);
 }
 
 void TapeView::Drag(const PointerEvent& event) {
+    const double fine = event.modifiers.shift ? 0.1 : 1.0;
+    grip.x += fine * (event.at.x - last.x);
+    last = event.at;
     if (held == Held::Head)
-        actions.moveHead(PlaceOf(event.at));
+        actions.moveHead(PlaceOf(grip));
     if (held == Held::Spray)
-        actions.moveSpray(ReachTo(event.at));
+        actions.moveSpray(ReachTo(grip));
 }
 
 void TapeView::Release(const PointerEvent&) {
@@ -284,16 +289,51 @@ void TapeView::Release(const PointerEvent&) {
     held = Held::Nothing;
 }
 
-Control* TapeView::ControlAt(Point at) {
-    const Held what = At(at);
-    return what == Held::Nothing ? nullptr : actions.control(at, what == Held::Spray);
+void TapeView::DoubleClick(const PointerEvent& event) {
+    Control* const control = ControlAt(event.at);
+    if (control != nullptr)
+        control->MoveOnce(control->Default());
+    else
+        Press(event);
 }
 
-std::string TapeView::TipText(Point) {
-    return "The loop that is being recorded, with every grain where it reads: higher is higher in "
-           "pitch, brighter is louder, upper edge left and lower edge right. Arrows point backward "
-           "where grains do. Pull the edges of the yellow band to spray the starts, low on "
-           "the tape where they lie on the head.";
+bool TapeView::Wheel(const WheelEvent& event) {
+    Control* const control = actions.control(At(event.at) == Held::Spray);
+    if (control != nullptr && event.steps != 0.0)
+        control->MoveOnce(control->Nudged(kNudge * event.steps, event.modifiers.shift));
+    return true;
+}
+
+bool TapeView::Key(const KeyEvent& event) {
+    const auto nudge = [&](bool spray, double way) {
+        if (Control* const control = actions.control(spray))
+            control->MoveOnce(control->Nudged(kNudge * way, event.modifiers.shift));
+        return true;
+    };
+    switch (event.key) {
+        case Ui::Key::Left:
+            return nudge(false, -1.0);
+        case Ui::Key::Right:
+            return nudge(false, 1.0);
+        case Ui::Key::Down:
+            return nudge(true, -1.0);
+        case Ui::Key::Up:
+            return nudge(true, 1.0);
+        case Ui::Key::Delete:
+        case Ui::Key::Backspace:
+            if (Control* const control = actions.control(false))
+                control->MoveOnce(control->Default());
+            return true;
+        default:
+            return false;
+    }
+}
+
+Point TapeView::FocusPoint() const { return {XOf(picture.playPlace), box.Centre().y}; }
+
+Control* TapeView::ControlAt(Point at) {
+    const Held what = At(at);
+    return what == Held::Nothing ? nullptr : actions.control(what == Held::Spray);
 }
 
 }  // namespace Quorvan::Ui

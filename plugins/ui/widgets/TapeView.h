@@ -33,7 +33,10 @@ struct TapePicture {
 };
 
 /// The tape with its heads and every grain that sounds: place across, pitch up, light as level. The
-/// upper half of a grain is its left channel, the lower half its right one.
+/// upper half of a grain is its left channel, the lower half its right one. The play head and the
+/// edges of the spray are dragged, by tenths with Shift, moved by the wheel and set back by a
+/// double click. Keys: Left and Right move the head, Up and Down the edges, Delete sets the head
+/// back.
 class TapeView final : public Widget {
 public:
     struct Actions {
@@ -41,7 +44,7 @@ public:
         std::function<void(bool begins, bool ends)> holdHead, holdSpray;
         std::function<void(double place)> moveHead;
         std::function<void(double reach)> moveSpray;
-        std::function<Control*(Point, bool spray)> control;
+        std::function<Control*(bool spray)> control;  ///< null: nothing moves the head now
     };
 
     TapeView(const Rect& place, Actions itsActions);
@@ -52,9 +55,12 @@ public:
     void Drag(const PointerEvent& event) override;
     void Release(const PointerEvent& event) override;
     void Hover(Point at) override;
+    void DoubleClick(const PointerEvent& event) override;
+    bool Wheel(const WheelEvent& event) override;
+    bool Key(const KeyEvent& event) override;
+    bool CanFocus() const override { return true; }
+    Point FocusPoint() const override;
     Control* ControlAt(Point at) override;
-    std::string TipTitle(Point) override { return "Tape"; }
-    std::string TipText(Point) override;
 
 private:
     enum class Held : uint8_t { Nothing, Head, Spray };
@@ -85,6 +91,8 @@ private:
     std::vector<Flash> flashes;
     uint64_t newest = 0;  ///< number of the latest grain that was seen
     double now = 0.0;
+    Point grip;  ///< where what is held would be under the pointer
+    Point last;
     Held held = Held::Nothing;
     Held under = Held::Nothing;  ///< the pointer
 };

@@ -22,7 +22,7 @@ public:
     /// Told of every change, for searches.
     void OnChange(std::function<void(const std::string&)> told) { changed = std::move(told); }
     const std::string& Written() const { return text; }
-    static constexpr double kHeight = 26.0;
+    static constexpr double kHeight = 24.0;
 
 private:
     size_t Before(size_t at) const;

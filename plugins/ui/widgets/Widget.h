@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "plugins/ui/Events.h"
 #include "plugins/ui/look/Painter.h"
@@ -39,8 +40,12 @@ public:
     /// Answers whether the right mouse button was dealt with here.
     virtual bool RightPress(const PointerEvent&) { return false; }
     /// Name and sentence of a tool tip, for what is no control.
-    virtual std::string TipTitle(Point) { return {}; }
-    virtual std::string TipText(Point) { return {}; }
+    virtual std::string TipTitle(Point) { return tipTitle; }
+    const std::string& TipText() const { return tipText; }
+    void Explain(std::string_view title, std::string_view sentence) {
+        tipTitle = title;
+        tipText = sentence;
+    }
 
     bool IsShown() const { return shown; }
     void Show(bool on) {
@@ -70,6 +75,7 @@ protected:
 
 private:
     bool shown = true, stale = true;
+    std::string tipTitle, tipText;
 };
 
 }  // namespace Quorvan::Ui
