@@ -100,8 +100,9 @@ def curve_and_route(steps):
 
 def lessons(check, live, player):
     live.choose("Dry / Wet", LEARN)
-    for value in (3, 127):
-        player.tell(0xB0, 74, value)
+    player.tell(0xB0, 74, 3)
+    live.until(lambda state: state["midi"])
+    player.tell(0xB0, 74, 127)
     now = live.until(lambda state: state["midi"] and state["parameters"]["Dry / Wet"] == 1.0)
     check(len(now["midi"]) == 1 and now["parameters"]["Dry / Wet"] == 1.0,
           f"MIDI is learnt and moves the knob: {now['midi']}.")

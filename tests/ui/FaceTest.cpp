@@ -187,9 +187,10 @@ TEST_F(FaceTest, TheHeadIsHeldOnTheTapeItselfAndAmountsAreTyped) {
     EXPECT_NEAR(Position("Play Head Position"), 0.75f, 1e-3f);
     Drag(at(0.5), 0.1 * tape.width, 0.0, true);
     EXPECT_NEAR(Position("Play Head Position"), 0.51f, 1e-3f);
-    face.Wheel({at(0.1), -1.0, {}});
-    EXPECT_NEAR(Position("Play Head Position"), 0.49f, 1e-3f);
+    Play();
     Put("Spray", "0 %");
+    face.Wheel({at(0.51), -1.0, {}});
+    EXPECT_NEAR(Position("Play Head Position"), 0.49f, 1e-3f);
     face.Key({Key::Up, 0, {}});
     EXPECT_NEAR(Position("Spray"), 0.02f, 1e-3f);
     face.OpenPage(3);

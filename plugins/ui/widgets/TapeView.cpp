@@ -298,7 +298,7 @@ void TapeView::DoubleClick(const PointerEvent& event) {
 }
 
 bool TapeView::Wheel(const WheelEvent& event) {
-    Control* const control = actions.control(At(event.at) == Held::Spray);
+    Control* const control = ControlAt(event.at);
     if (control != nullptr && event.steps != 0.0)
         control->MoveOnce(control->Nudged(kNudge * event.steps, event.modifiers.shift));
     return true;
