@@ -200,9 +200,11 @@ DrawnView::Actions StereoField(FaceModel& model) {
             const Host::ShownGrain& grain = frame.grains[i];
             const double light =
                 std::clamp(static_cast<double>(grain.envelope * grain.gain), 0.0, 1.0);
-            painter.Disc({inner.x + inner.width * static_cast<double>(grain.pan),
-                          inner.Bottom() - (inner.height - 2.0) * light},
-                         2.5, Theme::Pitch(static_cast<double>(grain.semitones)).Faded(0.75));
+            // Whole pixels are drawn several times as fast as discs.
+            const double x = inner.x + inner.width * static_cast<double>(grain.pan);
+            const double y = inner.Bottom() - (inner.height - 4.0) * light;
+            painter.Fill({painter.Snap(x - 2.0), painter.Snap(y - 4.0), 4.0, 4.0},
+                         Theme::Pitch(static_cast<double>(grain.semitones)).Faded(0.75));
         }
         painter.Text({inner.x - 4.0, inner.y - 4.0, 16.0, 14.0}, "L", {Theme::kSmall, Theme::kDim});
         painter.Text({inner.Right() - 12.0, inner.y - 4.0, 16.0, 14.0}, "R",
