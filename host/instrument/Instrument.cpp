@@ -111,9 +111,13 @@ void Instrument::Move(uint32_t index, float position, float own) {
 }
 
 void Instrument::TellHost(FaceKind kind, uint32_t index) {
+    bool isControl = false;
     controls.ForEachOf(index, [&](uint32_t id) {
+        isControl = true;
         player.TellHost({kind, id, positions.Position(index)});
     });
+    if (!isControl && kind == FaceKind::Move)
+        ++changes;
 }
 
 void Instrument::Edit(uint32_t index, float position) {

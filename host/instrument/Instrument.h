@@ -179,8 +179,9 @@ public:
     std::vector<PortValue> LoadedPorts() const;
     void SetWindowSize(WindowSize size);
     WindowSize GetWindowSize() const;
-    /// Counts changes of what a state holds beside the parameters: MIDI map, assignments, seed, the
-    /// other sound, the window's size.
+    /// Counts changes of what a state holds and hosts hear nothing else of: parameters that no host
+    /// control moves, where they were edited; MIDI map, assignments, seed, the other sound, the
+    /// window's size.
     uint32_t Changes() const { return changes; }
 
 private:

@@ -245,7 +245,7 @@ void ClapPlugin::Poll() {
     TellOfChanges();
 }
 
-/// What is no parameter moves nothing that the host could see.
+/// What no host control shows moves nothing that the host could see.
 void ClapPlugin::TellOfChanges() {
     const uint32_t changes = instrument.Changes();
     if (std::exchange(knownChanges, changes) == changes)

@@ -41,11 +41,12 @@ void FaceCore::MakePanels() {
 }
 
 void FaceCore::OpenBrowser(bool open) {
+    LetGo();
     browserIsOpen = open;
-    hovered = held = nullptr;
+    hovered = nullptr;
     Focus(nullptr);
     if (open)
-        browser->Opened();
+        Focus(browser->Opened());
     Invalidate(Layout::kWhole);
 }
 
@@ -89,8 +90,9 @@ void FaceCore::AddTabs() {
 void FaceCore::OpenPage(size_t chosen) {
     if (chosen >= pages.size() || chosen == page)
         return;
+    LetGo();
     page = chosen;
-    hovered = held = nullptr;
+    hovered = nullptr;
     Focus(nullptr);
     Invalidate(Layout::kPage);
     Invalidate(Layout::kTabs);
@@ -152,7 +154,8 @@ bool FaceCore::Key(const KeyEvent& event) {
         TidyOverlays();
         return true;
     }
-    if (CommandKey(event))
+    const bool isOwn = event.key == Key::Letter && IsTyping();
+    if (!isOwn && CommandKey(event))
         return true;
     if (browserIsOpen && event.key == Key::Escape) {
         OpenBrowser(false);
@@ -235,7 +238,10 @@ void FaceCore::Focus(Widget* widget) {
 
 void FaceCore::StepFocus(int way) {
     std::vector<Widget*> all = Shown();
-    std::erase_if(all, [](Widget* widget) { return !widget->CanFocus(); });
+    // The browser hides what lies under it.
+    std::erase_if(all, [this](Widget* widget) {
+        return !widget->CanFocus() || (browserIsOpen && !browser->Has(*widget));
+    });
     if (all.empty())
         return;
     const auto count = static_cast<int>(all.size());

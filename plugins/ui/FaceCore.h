@@ -83,6 +83,7 @@ private:
     bool TypeInFocus(const std::string& begun);
     void OpenControlMenu(Control& control, const Rect& anchor);
     void TidyOverlays();
+    void LetGo();
     void UpdateWaiting();
     void Invalidate(const Rect& area) { canvas.Invalidate(area); }
 

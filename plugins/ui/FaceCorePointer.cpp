@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/parameters/ModulationNames.h"
 #include "plugins/ui/FaceCore.h"
+#include "plugins/ui/model/FunctionCurve.h"
 #include "plugins/ui/panels/Layout.h"
 
 namespace Quorvan::Ui {
@@ -11,6 +14,16 @@ namespace {
 constexpr double kDoubleClickSeconds = 0.35;
 constexpr double kStill = 4.0;  ///< pixels that a click may move
 constexpr float kDropAmount = 0.25f;
+
+/// Whether a source is a function that nobody has drawn yet.
+bool IsFlat(FaceModel& model, uint32_t source) {
+    constexpr uint32_t kFirst = 1, kFunctions = 3;
+    if (source < kFirst || source >= kFirst + kFunctions)
+        return false;
+    const std::vector<Point> points = FunctionCurve(model, source).Points();
+    return std::all_of(points.begin(), points.end(),
+                       [&](const Point& point) { return point.y == points.front().y; });
+}
 
 PointerEvent Moved(const PointerEvent& event, Point at) {
     PointerEvent moved = event;
@@ -60,7 +73,8 @@ bool FaceCore::Press(const PointerEvent& event) {
     Focus(widget != nullptr && widget->CanFocus() ? widget : nullptr);
     if (widget == nullptr || event.button != Button::Left)
         return false;
-    const bool isDouble = widget == lastPressed && event.time >= lastPressTime &&
+    const bool isNear = std::hypot(moved.at.x - pressedAt.x, moved.at.y - pressedAt.y) <= kStill;
+    const bool isDouble = widget == lastPressed && isNear && event.time >= lastPressTime &&
                           event.time - lastPressTime < kDoubleClickSeconds;
     lastPressed = isDouble ? nullptr : widget;
     lastPressTime = event.time;
@@ -141,7 +155,7 @@ void FaceCore::OpenMenu(const Rect& anchor, std::vector<MenuItem> items) {
     auto next = std::make_unique<Menu>(anchor, Layout::kWhole.Inset(8.0), std::move(items));
     std::swap(menu, next);
     retired = std::move(next);
-    held = nullptr;
+    LetGo();
     Invalidate(menu->box.Inset(-4.0));
 }
 
@@ -159,7 +173,13 @@ void FaceCore::OpenForm(const Rect& anchor, const std::vector<EntryLine>& lines,
         Invalidate(entry->Reach());
     entry =
         std::make_unique<EntryForm>(anchor, Layout::kWhole.Inset(8.0), lines, std::move(accept));
-    held = nullptr;
+    LetGo();
+}
+
+/// A gesture ends where something else takes the pointer.
+void FaceCore::LetGo() {
+    if (Widget* const widget = std::exchange(held, nullptr))
+        widget->Release({pointer, Button::Left, {}, now});
 }
 
 /// Closes what is done with, whatever that is.
@@ -188,7 +208,7 @@ void FaceCore::CarrySource(uint32_t source, Point at) {
     if (Layout::kTabs.Contains(at)) {
         const auto tab = static_cast<size_t>((at.x - Layout::kTabs.x) / 128.0);
         if (tab < pages.size() && tab != page) {
-            Widget* const carrier = held;
+            Widget* const carrier = std::exchange(held, nullptr);
             OpenPage(tab);
             held = carrier;
             Invalidate(Layout::kWhole);
@@ -206,8 +226,14 @@ void FaceCore::DropSource(uint32_t source, Point at) {
     const std::string& name = Host::SourceName(source);
     if (!control->Row())
         return Say(control->Name() + " can't be modulated.");
+    const Influence before = control->Influences();
+    if (std::any_of(before.routes.begin(), before.routes.begin() + before.count,
+                    [source](const Influence::Route& route) { return route.source == source; }))
+        return Say(name + " moves " + control->Name() + " already. Drag its ring to say how far.");
     control->Route(source, kDropAmount);
-    Say(name + " moves " + control->Name() + " now. Drag its ring to say how far.");
+    Say(name + " moves " + control->Name() + " now. " +
+        (IsFlat(model, source) ? "Its curve is flat: click the tile to draw one."
+                               : "Drag its ring to say how far."));
 }
 
 void FaceCore::Say(const std::string& sentence) {

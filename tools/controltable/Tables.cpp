@@ -65,9 +65,9 @@ std::string ControlTable() {
         const auto text = [&](float position) {
             return instrument.ControlText(control.id, position);
         };
-        table += Row({std::to_string(control.id), std::string(control.name),
-                      std::string(control.group), text(0.0f), text(1.0f),
-                      text(instrument.ControlPosition(control.id))});
+        table +=
+            Row({std::to_string(control.id), std::string(control.name), std::string(control.group),
+                 text(0.0f), text(1.0f), text(instrument.ControlPosition(control.id))});
     }
     return table;
 }
@@ -90,8 +90,7 @@ std::string HelpOnTheWindow() {
         tables += "\n## " + std::string(group.title) +
                   "\n\n| on the window | what it shows and does |\n| --- | --- |\n";
         for (const Ui::HelpEntry& entry : group.entries)
-            tables +=
-                Row({"**" + std::string(entry.Title()) + "**", std::string(entry.sentence)});
+            tables += Row({"**" + std::string(entry.Title()) + "**", std::string(entry.sentence)});
     }
     return tables + "\n";
 }

@@ -13,10 +13,8 @@ constexpr HelpEntry kHead[]{
     {"Next preset", "Loads the preset behind this one."},
     {"Undo (Ctrl-Z)", "Takes the last change back."},
     {"Redo (Ctrl-Shift-Z)", "Makes it again."},
-    {"Sound A",
-     "Two sounds to compare: this one is played from now on, the other one is kept."},
-    {"Sound B",
-     "Two sounds to compare: this one is played from now on, the other one is kept."},
+    {"Sound A", "Two sounds to compare: this one is played from now on, the other one is kept."},
+    {"Sound B", "Two sounds to compare: this one is played from now on, the other one is kept."},
     {"Copy sound", "Makes the other sound the same as this one."},
     {"Randomise", "Moves the knobs of a group by chance. Undo takes it back."},
     {"Seed",
@@ -28,10 +26,9 @@ constexpr HelpEntry kHead[]{
 };
 constexpr HelpEntry kTape[]{
     {"Tape",
-     "The loop that is being recorded, with every grain where it reads: higher is higher in "
-     "pitch, brighter is louder, upper edge left and lower edge right. Arrows point backward "
-     "where grains do. Drag the yellow head, and pull the edges of its band to spray the starts: "
-     "low on the tape where they lie on the head. The wheel moves what is under the pointer."},
+     "The loop that is being recorded, with every grain where it reads: higher in pitch is higher, "
+     "louder is brighter, arrows run backward. Drag the yellow head; pull an edge of its band to "
+     "spray the starts, low on the tape where it lies on the head."},
 };
 constexpr HelpEntry kPages[]{
     {"Page", "Shows this page."},

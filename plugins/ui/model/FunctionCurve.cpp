@@ -87,10 +87,15 @@ void FunctionCurve::Put(size_t point, Point to) {
     model.Edit(firstY + static_cast<uint32_t>(point), static_cast<float>(to.y));
 }
 
-void FunctionCurve::TakeChance(size_t to, size_t from) {
-    for (const uint32_t first : {firstRandomX, firstRandomY})
-        model.Edit(first + static_cast<uint32_t>(to),
-                   model.Position(first + static_cast<uint32_t>(from)));
+std::array<float, 2> FunctionCurve::Chance(size_t point) const {
+    const auto number = static_cast<uint32_t>(point);
+    return {model.Position(firstRandomX + number), model.Position(firstRandomY + number)};
+}
+
+void FunctionCurve::SetChance(size_t point, const std::array<float, 2>& chance) {
+    const auto number = static_cast<uint32_t>(point);
+    model.Edit(firstRandomX + number, chance[0]);
+    model.Edit(firstRandomY + number, chance[1]);
 }
 
 void FunctionCurve::Move(size_t point, Point to) {
@@ -113,11 +118,12 @@ void FunctionCurve::Add(Point at) {
         ++place;
     for (size_t i = points.size(); i > place; --i) {
         Put(i, points[i - 1]);
-        TakeChance(i, i - 1);
+        SetChance(i, Chance(i - 1));
         if (i < points.size())
             SetTension(i, Tension(i - 1));
     }
     Put(place, at);
+    SetChance(place, {0.0f, 0.0f});
     SetTension(place, 0.0);
     SetCount(points.size() + 1);
 }
@@ -128,7 +134,7 @@ void FunctionCurve::Remove(size_t point) {
         return;
     for (size_t i = point; i + 1 < points.size(); ++i) {
         Put(i, points[i + 1]);
-        TakeChance(i, i + 1);
+        SetChance(i, Chance(i + 1));
         if (i + 2 < points.size())
             SetTension(i, Tension(i + 1));
     }
@@ -148,6 +154,7 @@ void FunctionCurve::Bend(size_t segment, double by) {
 void FunctionCurve::Draw(const std::vector<Point>& points) {
     for (size_t i = 0; i < points.size(); ++i) {
         Put(i, points[i]);
+        SetChance(i, {0.0f, 0.0f});
         if (i + 1 < points.size())
             SetTension(i, 0.0);
     }
@@ -157,8 +164,11 @@ void FunctionCurve::Draw(const std::vector<Point>& points) {
 void FunctionCurve::CopyFrom(const FunctionCurve& other) {
     const std::vector<Point> points = other.Points();
     Draw(points);
-    for (size_t i = 0; i + 1 < points.size(); ++i)
-        SetTension(i, other.Tension(i));
+    for (size_t i = 0; i < points.size(); ++i) {
+        SetChance(i, other.Chance(i));
+        if (i + 1 < points.size())
+            SetTension(i, other.Tension(i));
+    }
 }
 
 }  // namespace Quorvan::Ui

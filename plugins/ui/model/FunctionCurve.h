@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -36,8 +37,9 @@ private:
     void SetTension(size_t segment, double tension);
     void SetCount(size_t count);
     void Put(size_t point, Point to);
-    /// What chance may do to a point, for one that goes to another number.
-    void TakeChance(size_t to, size_t from);
+    /// How far chance moves a point, in time and height.
+    std::array<float, 2> Chance(size_t point) const;
+    void SetChance(size_t point, const std::array<float, 2>& chance);
 
     FaceModel& model;
     uint32_t lastPoint, firstX, firstY, firstTension, firstRandomX, firstRandomY;  ///< indices

@@ -17,7 +17,7 @@ BrowserPanel::BrowserPanel(FaceModel& faceModel, Stage& face, const std::functio
     : Panel(kPlace, "Presets"),
       model(faceModel),
       stage(face),
-      actions(faceModel, face, [this] { Opened(); }) {
+      actions(faceModel, face, [this] { Rescan(); }) {
     AddLists();
     AddDescription();
     AddButtons(close);
@@ -31,10 +31,23 @@ void BrowserPanel::DrawGround(Painter& painter) const {
     painter.Text(At(24.0, 16.0, 128.0, 24.0), title, {Theme::kHeading, Theme::kText, true});
 }
 
-void BrowserPanel::Opened() {
+Widget* BrowserPanel::Opened() {
+    Rescan();
+    return search;
+}
+
+void BrowserPanel::Rescan() {
     model.Presets().Scan();
     Search();
     presets->Reveal();
+}
+
+void BrowserPanel::Load(size_t line) {
+    if (line >= found.size())
+        return;
+    const std::string problem = model.LoadPreset(found[line]);
+    if (!problem.empty())
+        stage.Say(problem);
 }
 
 void BrowserPanel::Search() {
@@ -46,12 +59,13 @@ void BrowserPanel::Search() {
 }
 
 void BrowserPanel::AddLists() {
-    TextField& search = Add<TextField>(At(176.0, 16.0, 400.0, TextField::kHeight), "",
-                                       "Search names, descriptions and tags");
-    search.OnChange([this](const std::string& text) {
+    search = &Add<TextField>(At(176.0, 16.0, 400.0, TextField::kHeight), "",
+                             "Search names, descriptions and tags");
+    search->OnChange([this](const std::string& text) {
         words = text;
         Search();
     });
+    search->OnEnter([this] { Load(0); });
     AddView<ActionButton>(
         "Favourites", At(584.0, 16.0, 160.0, 24.0),
         [this] {
@@ -93,11 +107,7 @@ void BrowserPanel::AddLists() {
         return lines;
     };
     list.none = "No preset has all of these words and tags.";
-    list.choose = [this](size_t line) {
-        const std::string problem = model.LoadPreset(found[line]);
-        if (!problem.empty())
-            stage.Say(problem);
-    };
+    list.choose = [this](size_t line) { Load(line); };
     list.star = [this](size_t line) {
         const size_t number = found[line];
         const std::string problem =

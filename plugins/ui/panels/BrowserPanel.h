@@ -19,8 +19,8 @@ public:
     BrowserPanel(FaceModel& faceModel, Stage& face, const std::function<void()>& close);
 
     void DrawGround(Painter& painter) const override;
-    /// Looks at the folder again.
-    void Opened();
+    /// Looks at the folder again; answers what takes the keys first.
+    Widget* Opened();
 
 private:
     void AddLists();
@@ -28,11 +28,15 @@ private:
     void AddButtons(const std::function<void()>& close);
     /// A button that works while a preset of the user's is heard.
     void AddOwn(const Rect& place, const char* text, std::function<void(const Rect&)> act);
+    void Rescan();
     void Search();
+    /// A line of the list.
+    void Load(size_t line);
 
     FaceModel& model;
     Stage& stage;
     PresetActions actions;
+    TextField* search = nullptr;
     ListView* presets = nullptr;
     std::string words;
     std::set<std::string> tags;

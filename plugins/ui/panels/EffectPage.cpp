@@ -19,8 +19,8 @@ constexpr double kWide = 80.0;
 
 constexpr PlacedControl kHead[]{
     {Kind::Field, "Effect", "Effect", 48.0, 8.0, 120.0, 24.0},
-    {Kind::Slider, "Dry / Wet", "Mix", 264.0, 8.0, 120.0, 24.0},
 };
+constexpr PlacedControl kMix{Kind::Slider, "Dry / Wet", "Mix", 264.0, 8.0, 120.0, 24.0};
 constexpr PlacedControl kFilter[]{
     {Kind::Knob, "Filter Freq", "Cutoff", kX0, kRow1},
     {Kind::Knob, "Filter Resonance", "Resonance", kX1, kRow1},
@@ -134,6 +134,7 @@ public:
         bypass = &Add<Toggle>(At(176.0, 8.0, 80.0, 24.0), face,
                               std::make_unique<ParameterControl>(faceModel, slot + " Bypass"),
                               "Bypass", Theme::kAlarm);
+        mix = &Place(kMix);
         DrawnView::Actions hint;
         hint.tick = [](double) { return false; };
         hint.draw = [](Painter& painter, const Rect& all) {
@@ -151,12 +152,14 @@ public:
         const bool isEmpty = model.ChoiceOf(selector) == 0;
         empty->Show(isEmpty);
         bypass->Show(!isEmpty);
+        mix->Show(!isEmpty);
     }
 
 private:
     std::string selector;
     Widget* empty = nullptr;
     Widget* bypass = nullptr;
+    Widget* mix = nullptr;
 };
 
 /// The controls of one effect in one slot and its picture, shown while the slot holds it.

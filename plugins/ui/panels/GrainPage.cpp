@@ -72,7 +72,7 @@ class StartsPanel final : public TablePanel {
 public:
     StartsPanel(const Rect& place, FaceModel& faceModel, Stage& face)
         : TablePanel(place, "Starts and size", faceModel, face, kStarts, kStartChances),
-          steps(AddView<BarEditor>("Beat pattern", At(16.0, 160.0, 200.0, 64.0),
+          steps(AddView<BarEditor>("Beat pattern", At(16.0, 160.0, 200.0, 64.0), Theme::kOn,
                                    BeatSteps(faceModel))),
           count(
               AddView<DrawnView>("Grains", At(176.0, 160.0, 152.0, 64.0), GrainCount(faceModel))) {}

@@ -55,46 +55,6 @@ void DrawKeys(Painter& painter, const Rect& box, uint32_t scale, double pitch) {
 
 constexpr double kNudge = 0.02;  ///< of the travel, for a notch of the wheel or an arrow
 
-/// The figure that a point runs: where it has been lately, however slowly it goes.
-class Trail {
-public:
-    /// Answers whether the point is elsewhere now.
-    bool Take(Point p, double seconds) {
-        constexpr double kApart = 0.012;
-        if (last.x == p.x && last.y == p.y)
-            return false;
-        last = p;
-        if (kept.empty() || std::hypot(p.x - kept.back().at.x, p.y - kept.back().at.y) > kApart)
-            kept.push_back({p, seconds});
-        return true;
-    }
-    /// Answers whether something is gone.
-    bool Forget(double seconds) {
-        constexpr double kSeconds = 22.0;  // a turn of the slowest that an eye follows
-        constexpr size_t kMost = 500;
-        const size_t before = kept.size();
-        while (!kept.empty() && (kept.size() > kMost || seconds - kept.front().since > kSeconds))
-            kept.pop_front();
-        return kept.size() != before;
-    }
-    /// The newest is where the point is.
-    std::vector<Point> Places() const {
-        std::vector<Point> places;
-        for (const Kept& one : kept)
-            places.push_back(one.at);
-        places.push_back(last);
-        return places;
-    }
-
-private:
-    struct Kept {
-        Point at;
-        double since = 0.0;
-    };
-    std::deque<Kept> kept;
-    Point last{0.5, 0.0};
-};
-
 }  // namespace
 
 DrawnView::Actions ScaleKeyboard(FaceModel& model) {
@@ -130,7 +90,13 @@ DrawnView::Actions ScaleKeyboard(FaceModel& model) {
         pitch->Move(
             model.Catalog().PositionOfValue(*pitch->Index(), std::round(semitones), model.Texts()));
     };
-    actions.control = [pitch] { return pitch.get(); };
+    actions.doubleClick = [pitch] { pitch->MoveOnce(pitch->Default()); };
+    actions.nudge = [&model, pitch](Point way, bool) {
+        const double now = model.Catalog().Value(*pitch->Index(), pitch->Position(), model.Texts());
+        pitch->MoveOnce(model.Catalog().PositionOfValue(
+            *pitch->Index(), std::round(now) + std::copysign(1.0, way.x + way.y), model.Texts()));
+    };
+    actions.control = [pitch](Point, const Rect&) { return pitch.get(); };
     return actions;
 }
 
@@ -178,7 +144,7 @@ DrawnView::Actions ShapeCurve(FaceModel& model) {
     actions.nudge = [amount](Point way, bool fine) {
         amount->MoveOnce(amount->Nudged(kNudge * (way.x + way.y), fine));
     };
-    actions.control = [amount] { return amount.get(); };
+    actions.control = [amount](Point, const Rect&) { return amount.get(); };
     return actions;
 }
 
@@ -221,7 +187,7 @@ DrawnView::Actions StereoField(FaceModel& model) {
     actions.nudge = [position](Point way, bool fine) {
         position->MoveOnce(position->Nudged(kNudge * (way.x + way.y), fine));
     };
-    actions.control = [position] { return position.get(); };
+    actions.control = [position](Point, const Rect&) { return position.get(); };
     return actions;
 }
 
@@ -258,78 +224,6 @@ BarEditor::Actions BeatSteps(FaceModel& model) {
     for (uint32_t i = 0; i < 16; ++i)
         controls->emplace_back(model, model.Catalog()[value + i].title);
     actions.control = [controls](uint32_t i) { return &(*controls)[i]; };
-    return actions;
-}
-
-DrawnView::Actions SpacePad(FaceModel& model) {
-    DrawnView::Actions actions;
-    const auto x = std::make_shared<ParameterControl>(model, "Stereo Position");
-    const auto y = std::make_shared<ParameterControl>(model, "Distance");
-    const auto trail = std::make_shared<Trail>();
-    const auto heard = std::make_shared<uint64_t>(0);
-    actions.tick = [&model, trail, heard](double seconds) {
-        if (!model.IsFrameNew())
-            return false;
-        bool moved = trail->Forget(seconds);
-        model.Listen(*heard, [&](const Host::DisplayMoment& moment) {
-            moved |= trail->Take(
-                {static_cast<double>(moment.space[0]), static_cast<double>(moment.space[1])},
-                seconds);
-        });
-        return moved;
-    };
-    actions.draw = [trail, x, y](Painter& painter, const Rect& box) {
-        painter.Round(box, 4.0, Theme::kWell);
-        const Rect inner = box.Inset(10.0);
-        painter.Fill({painter.Snap(inner.Centre().x), inner.y, 1.0, inner.height}, Theme::kLine);
-        painter.Fill({inner.x, painter.Snap(inner.Bottom()), inner.width, 1.0}, Theme::kLine);
-        painter.Text({inner.x, inner.y, 60.0, 14.0}, "far", {Theme::kSmall, Theme::kDim});
-        painter.Text({inner.x, inner.Bottom() - 15.0, 20.0, 14.0}, "L",
-                     {Theme::kSmall, Theme::kDim});
-        painter.Text({inner.Right() - 20.0, inner.Bottom() - 15.0, 20.0, 14.0}, "R",
-                     {Theme::kSmall, Theme::kDim}, Align::Right);
-        const auto place = [&](Point p) {
-            return Point{inner.x + inner.width * p.x, inner.Bottom() - inner.height * p.y};
-        };
-        const Point centre =
-            place({static_cast<double>(x->Position()), static_cast<double>(y->Position())});
-        painter.Ring(centre, 6.0, Theme::kDim, 1.5);
-        std::vector<Point> line = trail->Places();
-        for (Point& p : line)
-            p = place(p);
-        const size_t half = line.size() / 2;
-        if (line.size() > 4) {
-            painter.Path(std::span(line).first(half + 1), Theme::kOn.Faded(0.25), 1.5);
-            painter.Path(std::span(line).subspan(half), Theme::kOn.Faded(0.7), 1.5);
-        }
-        if (!line.empty()) {
-            painter.Disc(line.back(), 8.0, Theme::kOn.Faded(0.25));
-            painter.Disc(line.back(), 4.0, Theme::kText);
-        }
-    };
-    actions.begin = [x] { x->Begin(); };
-    actions.end = [x] { x->End(); };
-    actions.drag = [x, y](const PointerEvent& event, Point way, const Rect&) {
-        const double fine = event.modifiers.shift ? 0.1 : 1.0;
-        const auto to = [fine](const Control& control, double step) {
-            return static_cast<float>(
-                std::clamp(static_cast<double>(control.Position()) + step * fine, 0.0, 1.0));
-        };
-        if (way.x != 0.0)
-            x->Move(to(*x, way.x / 148.0));
-        if (way.y != 0.0)
-            y->Move(to(*y, -way.y / 100.0));
-    };
-    actions.doubleClick = [x, y] {
-        x->Begin();
-        x->Move(x->Default());
-        y->Move(y->Default());
-        x->End();
-    };
-    actions.nudge = [x, y](Point way, bool fine) {
-        ParameterControl& moved = way.x != 0.0 ? *x : *y;
-        moved.MoveOnce(moved.Nudged(kNudge * (way.x + way.y), fine));
-    };
     return actions;
 }
 

@@ -236,7 +236,7 @@ public:
         for (uint32_t i = 0; i < 16; ++i)
             steps.emplace_back(model, model.Catalog()[first + i].title);
         actions.control = [this](uint32_t i) { return &steps[i]; };
-        AddView<BarEditor>("Steps", kDrawing, std::move(actions));
+        AddView<BarEditor>("Steps", kDrawing, Theme::Source(kSteps), std::move(actions));
     }
 
 private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -27,6 +28,10 @@ public:
 
     std::vector<std::unique_ptr<Widget>>& Widgets() { return widgets; }
     const Rect& Box() const { return box; }
+    bool Has(const Widget& widget) const {
+        return std::any_of(widgets.begin(), widgets.end(),
+                           [&](const auto& one) { return one.get() == &widget; });
+    }
 
 protected:
     template <class Made, class... Arguments>

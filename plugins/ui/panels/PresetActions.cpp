@@ -57,7 +57,7 @@ void PresetActions::AskSave(const Rect& anchor) {
         [this](const std::vector<std::string>& lines) { return Save(lines[0], lines[1]); });
 }
 
-/// One's own present preset is written over; any other name that is taken is refused.
+/// One's own present preset is written over, another of one's own where that is said twice.
 std::string PresetActions::Save(const std::string& name, const std::string& tags) {
     if (name.empty())
         return "A preset needs a name.";
@@ -65,7 +65,13 @@ std::string PresetActions::Save(const std::string& name, const std::string& tags
     const Host::PresetEntry* const entry = Present();
     if (entry != nullptr)
         preset.description = entry->description;
-    const bool replaces = entry != nullptr && !entry->IsFactory() && entry->name == name;
+    const auto taken = model.Presets().Find(name);
+    const bool isOwn = taken && !model.Presets().Entries()[*taken].IsFactory();
+    const bool isPresent = entry != nullptr && entry->name == name;
+    if (isOwn && !isPresent && std::exchange(refused, name) != name)
+        return "You have a preset of that name. Enter again replaces it.";
+    refused.clear();
+    const bool replaces = isOwn;
     preset.name = name;
     preset.tags = Split(tags);
     std::string problem = model.Presets().Save(preset, replaces);

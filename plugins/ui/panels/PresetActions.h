@@ -35,6 +35,7 @@ private:
     FaceModel& model;
     Stage& stage;
     std::function<void()> changed;
+    std::string refused;  ///< the name that was taken at the last try
 };
 
 }  // namespace Quorvan::Ui

@@ -29,7 +29,7 @@ constexpr PlacedControl kBelow[]{
     {Kind::Choice, "Buffer Length", "Loop", 16.0, 24.0, 72.0, 40.0},
     {Kind::Toggle, "Write Head Crossfade", "Soft seam", 96.0, 40.0, 80.0, 24.0},
     {Kind::Knob, "Persistence", "Persistence", 176.0, 0.0},
-    {Kind::Segments, "Start Quantization", "Starts", 272.0, 24.0, 208.0, 40.0},
+    {Kind::Segments, "Start Quantization", "Starts", 264.0, 24.0, 216.0, 40.0},
     {Kind::Choice, "Grid Size", "Grid cells", 488.0, 24.0, 80.0, 40.0, IsGrid},
     {Kind::Knob, "Transient Sensitivity", "Sensitivity", 488.0, 0.0, 0.0, 0.0, IsTransients},
     {Kind::Knob, "Play Head Offset", "Offset", 576.0, 0.0, 0.0, 0.0, IsFollow},

@@ -32,48 +32,74 @@ TapePanel::TapePanel(FaceModel& faceModel)
       freeze(faceModel, "Freeze") {
     TapeView::Actions actions;
     actions.look = [this](TapePicture& picture) { return Look(picture); };
-    actions.holdHead = [this](bool begins, bool) {
-        if (Control* const head = Head())
-            begins ? head->Begin() : head->End();
-    };
-    actions.holdSpray = [this](bool begins, bool) { begins ? spray.Begin() : spray.End(); };
-    actions.moveHead = [this](double place) { MoveHead(place); };
-    actions.moveSpray = [this](double reach) {
-        spray.Move(model.Catalog().PositionOfValue(*spray.Index(), 100.0 * reach));
-    };
+    actions.holdHead = [this](bool begins) { begins ? Take(Head()) : Take(nullptr); };
+    actions.holdSpray = [this](bool begins) { Take(begins ? &spray : nullptr); };
+    actions.bringHead = [this](double place) { BringHead(place); };
+    actions.moveHead = [this](double way) { MoveHead(way); };
+    actions.moveSpray = [this](double way) { MoveHeld(100.0 * way); };
     actions.control = [this](bool isSpray) -> Control* { return isSpray ? &spray : Head(); };
     AddView<TapeView>("Tape", box, std::move(actions));
 }
 
 /// What dragging the play head moves, as its mode has it.
-Control* TapePanel::Head() {
+ParameterControl* TapePanel::Head() {
     const uint32_t mode = model.ChoiceOf("Play Head Mode");
     if (mode == kManual)
         return &position;
     return mode == kFollow && offset.Steps() == 0 ? &offset : nullptr;
 }
 
-void TapePanel::MoveHead(double place) {
-    Control* const head = Head();
-    if (head == &position)
-        position.Move(static_cast<float>(place));
-    if (head == &offset) {
+/// Takes hold of a control, with where it stands, or lets go of the one before.
+void TapePanel::Take(ParameterControl* control) {
+    if (held != nullptr)
+        held->End();
+    held = control;
+    if (held == nullptr)
+        return;
+    heldValue = model.Catalog().Value(*held->Index(), held->Position(), model.Texts());
+    held->Begin();
+}
+
+void TapePanel::MoveHeld(double way) {
+    if (held != nullptr)
+        held->Move(model.Catalog().PositionOfValue(*held->Index(), heldValue + way, model.Texts()));
+}
+
+void TapePanel::BringHead(double place) {
+    if (held == &position) {
+        heldValue += 100.0 * (place - static_cast<double>(position.Influences().present));
+    } else {
         const Host::DisplayFrame& frame = model.Frame();
-        const double behind = static_cast<double>(frame.writePlace) - place;
-        const double seconds =
-            (behind - std::floor(behind)) * static_cast<double>(frame.tapeSeconds);
-        offset.Move(model.Catalog().PositionOfValue(*offset.Index(), 1000.0 * seconds));
+        const double drawn = static_cast<double>(frame.writePlace - frame.playPlace);
+        const double wanted = static_cast<double>(frame.writePlace) - place;
+        heldValue += 1000.0 * static_cast<double>(frame.tapeSeconds) *
+                     (wanted - std::floor(wanted) - (drawn - std::floor(drawn)));
     }
+    MoveHeld(0.0);
+}
+
+/// An offset lies the other way, in milliseconds.
+void TapePanel::MoveHead(double way) {
+    MoveHeld(held == &position ? 100.0 * way
+                               : -1000.0 * way * static_cast<double>(model.Frame().tapeSeconds));
 }
 
 void TapePanel::LookAtSettings(TapePicture& picture) const {
     const uint32_t direction = model.ChoiceOf("Spray Direction");
     const double reach = model.Catalog().Value(*spray.Index(), spray.Influences().present) / 100.0;
+    picture.spraysBack = direction != 1;
+    picture.spraysAhead = direction != 0;
     picture.sprayBack = direction != 1 ? reach : 0.0;
     picture.sprayAhead = direction != 0 ? reach : 0.0;
     picture.frozen = freeze.Influences().present > 0.5f;
     picture.beats = BeatsOfNote(model.Text(*model.Find("Buffer Length")));
     picture.alive = model.IsAlive();
+    if (!picture.alive) {
+        // Nobody tells where they are.
+        picture.grains.clear();
+        if (model.ChoiceOf("Play Head Mode") == kManual)
+            picture.playPlace = static_cast<double>(position.Influences().present);
+    }
 }
 
 bool TapePanel::Look(TapePicture& picture) {
@@ -85,8 +111,8 @@ bool TapePanel::Look(TapePicture& picture) {
                                     picture.beats,
                                     picture.alive ? 1.0 : 0.0,
                                     picture.canDragHead ? 1.0 : 0.0,
-                                    0.0,
-                                    0.0};
+                                    picture.alive ? 0.0 : picture.playPlace,
+                                    picture.spraysBack ? 1.0 : 0.0};
     const bool isOther = std::exchange(seen, now) != now;
     if (!model.IsFrameNew())
         return isOther;

@@ -14,11 +14,16 @@ public:
 private:
     bool Look(TapePicture& picture);
     void LookAtSettings(TapePicture& picture) const;
-    Control* Head();
-    void MoveHead(double place);
+    ParameterControl* Head();
+    void Take(ParameterControl* control);
+    void MoveHeld(double way);
+    void BringHead(double place);
+    void MoveHead(double way);
 
     FaceModel& model;
     ParameterControl spray, position, offset, freeze;
+    ParameterControl* held = nullptr;
+    double heldValue = 0.0;        ///< where it stood when it was taken hold of
     std::array<double, 8> seen{};  ///< settings as they were drawn
 };
 

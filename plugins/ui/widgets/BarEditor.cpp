@@ -6,8 +6,8 @@
 
 namespace Quorvan::Ui {
 
-BarEditor::BarEditor(const Rect& place, Actions itsActions)
-    : Widget(place), actions(std::move(itsActions)) {}
+BarEditor::BarEditor(const Rect& place, const Colour& ink, Actions itsActions)
+    : Widget(place), colour(ink), actions(std::move(itsActions)) {}
 
 bool BarEditor::Tick(double) {
     std::vector<double> values(actions.count());
@@ -30,11 +30,11 @@ void BarEditor::Draw(Painter& painter) {
         painter.Fill(cell, isPlayed ? Theme::kRaisedHover : Theme::kPanel);
         const double height = shown[i] * cell.height;
         painter.Fill({cell.x, cell.Bottom() - height, cell.width, height},
-                     Theme::kTrack.Towards(Theme::kOn, 0.25));
+                     Theme::kTrack.Towards(colour, isPlayed ? 0.5 : 0.25));
         painter.Fill({cell.x, cell.Bottom() - std::max(height, 2.0), cell.width, 2.0},
-                     shown[i] > 0.0 ? Theme::kOn : Theme::kTrack);
+                     shown[i] > 0.0 ? colour : Theme::kTrack);
         if (isPlayed)
-            painter.Fill({cell.x, cell.y, cell.width, 3.0}, Theme::kPlayHead);
+            painter.Fill({cell.x, cell.y, cell.width, 3.0}, Theme::kText);
         painter.Text({cell.x, cell.Bottom() - 15.0, cell.width, 14.0}, actions.text(i),
                      {Theme::kSmall, Theme::kText}, Align::Centre);
         if (focused && i == chosen)

@@ -24,7 +24,7 @@ public:
         std::function<Control*(uint32_t)> control;
     };
 
-    BarEditor(const Rect& place, Actions itsActions);
+    BarEditor(const Rect& place, const Colour& ink, Actions itsActions);
 
     void Draw(Painter& painter) override;
     bool Tick(double seconds) override;
@@ -44,6 +44,7 @@ private:
     void Nudge(uint32_t bar, double steps, bool fine);
     void Reset(uint32_t bar);
 
+    Colour colour;
     Actions actions;
     std::vector<double> shown;
     int shownPlayed = -1;

@@ -20,7 +20,7 @@ public:
         std::function<void()> doubleClick;
         /// One way of the two at a time, in steps; with fine tenths of them. By wheel and arrows.
         std::function<void(Point way, bool fine)> nudge;
-        std::function<Control*()> control;
+        std::function<Control*(Point at, const Rect& box)> control;
     };
 
     DrawnView(const Rect& place, Actions itsActions)
@@ -75,7 +75,9 @@ public:
                 return false;
         }
     }
-    Control* ControlAt(Point) override { return actions.control ? actions.control() : nullptr; }
+    Control* ControlAt(Point at) override {
+        return actions.control ? actions.control(at, box) : nullptr;
+    }
 
 private:
     Actions actions;

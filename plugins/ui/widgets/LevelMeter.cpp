@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <utility>
 
 namespace Quorvan::Ui {
@@ -36,13 +37,20 @@ bool LevelMeter::Tick(double seconds) {
             heldSince[side] = seconds;
         }
         next[side] = static_cast<int>(shares[side] * box.width * 2.0);
-        next[side + 2] = static_cast<int>(held[side] * box.width * 2.0);
+        next[side + 2] = static_cast<int>(std::lround(10.0 * (kTop - kBottom) * held[side]));
     }
     return std::exchange(drawn, next) != next;
 }
 
 void LevelMeter::Draw(Painter& painter) {
-    painter.Text({box.x, box.y, box.width, 14.0}, label, {Theme::kSmall, Theme::kDim});
+    painter.Text({box.x, box.y, 0.5 * box.width, 14.0}, label, {Theme::kSmall, Theme::kDim});
+    const double highest = std::max(held[0], held[1]);
+    if (highest > 0.0) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%.1f dB", kBottom + (kTop - kBottom) * highest);
+        painter.Text({box.x + 0.5 * box.width, box.y, 0.5 * box.width, 14.0}, text,
+                     {Theme::kSmall, highest > kZero ? Theme::kAlarm : Theme::kText}, Align::Right);
+    }
     for (size_t side = 0; side < 2; ++side) {
         const Rect bar{box.x, box.y + 17.0 + 5.0 * static_cast<double>(side), box.width, 4.0};
         painter.Fill(bar, Theme::kWell);

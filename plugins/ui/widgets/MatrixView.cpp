@@ -60,7 +60,7 @@ void MatrixView::Draw(Painter& painter) {
                      {Theme::kSmall, Theme::kDim});
         for (uint32_t source = 0; source < kSources; ++source) {
             const Rect cell = BoxOf(source, row).Inset(1.0, 1.5);
-            painter.Fill(cell, Theme::kWell);
+            painter.Fill(cell, Theme::kLine.Faded(0.6));
             if (focused && source == chosen.source && row == chosen.row)
                 painter.RoundLine(cell.Inset(-1.0), 2.0, Theme::kFocus, 1.5);
             const double value = static_cast<double>(shown[source][row]);

@@ -10,10 +10,10 @@ namespace {
 constexpr double kLane = 16.0, kLower = 20.0;
 constexpr double kJoin = 25.0, kSplit = 268.0;
 constexpr Rect kGrainBox{46.0, 0.0, 92.0, kLane}, kLimiterBox{150.0, 0.0, 92.0, kLane};
-constexpr Rect kMixBox{516.0, 0.0, 36.0, kLane};
-constexpr double kStationWidth = 226.0, kName = 48.0, kChip = 88.0;
+constexpr Rect kMixBox{504.0, 0.0, 30.0, kLane};
+constexpr double kStationWidth = 222.0, kName = 48.0, kChip = 88.0;
 constexpr std::array<Point, RoadView::kPlaces> kStations{
-    {{34.0, kLower}, {278.0, 0.0}, {560.0, 0.0}}};
+    {{34.0, kLower}, {278.0, 0.0}, {542.0, 0.0}}};
 constexpr const char* kNames[]{"Loop", "Grains", "After"};
 constexpr Type kSmallDim{Theme::kSmall, Theme::kDim};
 
@@ -59,8 +59,8 @@ void RoadView::DrawWays(Painter& painter) const {
     const auto across = [&](double from, double to, double y) {
         painter.Fill({box.x + from, y - 1.0, to - from, 2.0}, ink);
     };
-    across(14.0, 780.0, upper);
-    painter.Arrow({box.x + 783.0, upper}, 5.0, 0.25, Theme::kDim);
+    across(14.0, 774.0, upper);
+    painter.Arrow({box.x + 779.0, upper}, 5.0, 0.25, Theme::kDim);
     across(kJoin, kSplit, lower);
     painter.Fill({box.x + kSplit - 1.0, upper, 2.0, lower - upper + 1.0}, ink);
     painter.Fill({box.x + kJoin - 1.0, upper + 5.0, 2.0, lower - upper - 4.0}, ink);

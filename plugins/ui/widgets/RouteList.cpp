@@ -8,7 +8,7 @@ namespace Quorvan::Ui {
 
 namespace {
 
-constexpr double kName = 156.0, kBehindBar = 72.0;  // widths of the name, and of amount and cross
+constexpr double kName = 128.0, kBehindBar = 72.0;  // widths of the name, and of amount and cross
 
 double BarWidth(const Rect& box) { return box.width - kName - kBehindBar; }
 

@@ -13,7 +13,7 @@ constexpr double kMostSemitones = 36.0;
 constexpr double kGrab = 7.0;    ///< pixels around a line that take hold of it
 constexpr double kNudge = 0.02;  ///< of the travel, for a notch of the wheel or an arrow
 
-constexpr double kLaneReach = 30.0;  ///< pixels that grains of one pitch spread over
+constexpr double kLaneReach = 18.0;  ///< pixels that grains of one pitch spread over
 
 /// Grains of one pitch lie beside each other; each keeps its lane. -1..1, even over many numbers.
 double LaneOf(uint64_t number) {
@@ -67,12 +67,13 @@ void TapeView::Draw(Painter& painter) {
     painter.Clip(box);
     DrawRuler(painter);
     DrawWave(painter);
+    DrawMarks(painter);
     DrawSpray(painter);
     for (const TapeGrain& grain : picture.grains)
         DrawGrain(painter, grain);
     DrawFlashes(painter);
-    DrawPitches(painter);
     DrawHeads(painter);
+    DrawPitches(painter);
     painter.Unclip();
     const Colour line = focused ? Theme::kFocus : picture.frozen ? Theme::kFreeze : Theme::kLine;
     painter.RoundLine(box, 8.0, line, focused || picture.frozen ? 1.5 : 1.0);
@@ -102,9 +103,16 @@ void TapeView::DrawRuler(Painter& painter) const {
         const double y = painter.Snap(YOf(octave));
         painter.Fill({box.x, y, box.width, 1.0}, Theme::kLine.Faded(octave == 0 ? 0.9 : 0.35));
     }
-    for (const double mark : picture.marks)
-        painter.Fill({painter.Snap(XOf(mark)), box.y + 0.5 * box.height - 24.0, 1.0, 48.0},
-                     Theme::kText.Faded(0.45));
+}
+
+/// Over the wave, with a foot and a head that are seen where it is loud.
+void TapeView::DrawMarks(Painter& painter) const {
+    for (const double mark : picture.marks) {
+        const double x = painter.Snap(XOf(mark)), middle = box.y + 0.5 * box.height;
+        painter.Fill({x, middle - 48.0, 1.0, 96.0}, Theme::kText.Faded(0.35));
+        for (const double y : {middle - 48.0, middle + 44.0})
+            painter.Fill({x - 1.0, y, 3.0, 4.0}, Theme::kText.Faded(0.7));
+    }
 }
 
 /// On plates, since waves and grains run under them.
@@ -164,7 +172,7 @@ void TapeView::DrawSpray(Painter& painter) const {
         return;
     const double from = picture.playPlace - picture.sprayBack;
     const double to = std::min(picture.playPlace + picture.sprayAhead, from + 1.0);
-    const bool lit = held == Held::Spray || hovered;
+    const bool lit = IsEdge(held) || hovered;
     Stretch(painter, from, to, box.y, box.height, Theme::kPlayHead.Faded(lit ? 0.09 : 0.06));
     for (const double edge : {from, to})
         painter.Fill({XOf(Wrapped(edge)) - 1.0, box.y, 2.0, box.height},
@@ -214,15 +222,16 @@ void TapeView::DrawHeads(Painter& painter) const {
         painter.Fill({x - 1.0, box.y, 2.0, box.height}, colour.Faded(0.9));
         painter.Arrow({x, box.Bottom() - 5.0}, 6.0, 0.0, colour);
     }
-    const double x = painter.Snap(XOf(picture.playPlace));
+    // Wholly seen at the ends of the tape too.
+    const double x =
+        std::clamp(painter.Snap(XOf(picture.playPlace)), box.x + 4.0, box.Right() - 4.0);
     const bool lit = picture.canDragHead && (hovered || held == Held::Head);
     painter.Fill({x - 1.0, box.y, 2.0, box.height}, Theme::kPlayHead.Faded(lit ? 1.0 : 0.85));
     painter.Arrow({x, box.y + 5.0}, lit ? 8.0 : 6.0, 0.5, Theme::kPlayHead);
-    if ((hovered && under == Held::Spray) || held == Held::Spray)
-        for (const double edge :
-             {picture.playPlace - picture.sprayBack, picture.playPlace + picture.sprayAhead})
-            painter.Round({XOf(Wrapped(edge)) - 3.0, box.y + 0.72 * box.height, 6.0, 32.0}, 3.0,
-                          Theme::kPlayHead);
+    const Held edge = held != Held::Nothing ? held : hovered ? under : Held::Nothing;
+    if (IsEdge(edge))
+        painter.Round({XOf(Wrapped(EdgeOf(edge))) - 3.0, box.y + 0.66 * box.height, 6.0, 32.0}, 3.0,
+                      Theme::kPlayHead);
     if (!picture.alive)
         painter.Text({box.x + 368.0, box.Bottom() - 28.0, 400.0, 16.0},
                      "No sound comes: the host does not run this processor.",
@@ -231,15 +240,27 @@ void TapeView::DrawHeads(Painter& painter) const {
 
 // ---- Gestures
 
-/// Low on the tape the band's edges come ahead of the head, which they may lie on.
+double TapeView::EdgeOf(Held edge) const {
+    return edge == Held::Back ? picture.playPlace - picture.sprayBack
+                              : picture.playPlace + picture.sprayAhead;
+}
+
+double TapeView::WayTo(Point at) const {
+    const double way = (at.x - box.x) / box.width - picture.playPlace;
+    return way - std::round(way);
+}
+
+/// Low on the tape the band's edges come ahead of the head, which they may lie on. An edge that is
+/// not used is none, and of two in one place the pointer's side is meant.
 TapeView::Held TapeView::At(Point at) const {
     const bool isLow = at.y > box.y + 0.6 * box.height;
-    if (picture.canDragHead && !isLow && std::abs(at.x - XOf(picture.playPlace)) < kGrab)
+    if (picture.canDragHead && !isLow && std::abs(WayTo(at)) * box.width < kGrab)
         return Held::Head;
-    for (const double edge :
-         {picture.playPlace - picture.sprayBack, picture.playPlace + picture.sprayAhead})
-        if (std::abs(at.x - XOf(Wrapped(edge))) < kGrab)
-            return Held::Spray;
+    const bool isRight = WayTo(at) > 0.0;
+    for (const Held edge : {isRight ? Held::Ahead : Held::Back, isRight ? Held::Back : Held::Ahead})
+        if ((edge == Held::Back ? picture.spraysBack : picture.spraysAhead) &&
+            std::abs(at.x - XOf(Wrapped(EdgeOf(edge)))) < kGrab)
+            return edge;
     return Held::Nothing;
 }
 
@@ -248,44 +269,35 @@ void TapeView::Hover(Point at) {
         Invalidate();
 }
 
-double TapeView::ReachTo(Point at) const {
-    const double ahead = Wrapped((at.x - box.x) / box.width - picture.playPlace);
-    if (picture.sprayBack <= 0.0 && picture.sprayAhead > 0.0)
-        return ahead;
-    if (picture.sprayAhead <= 0.0 && picture.sprayBack > 0.0)
-        return 1.0 - ahead;
-    return std::min(ahead, 1.0 - ahead);
-}
-
 /// Elsewhere the head comes to the pointer, where it can be moved at all.
 void TapeView::Press(const PointerEvent& event) {
     held = At(event.at);
-    if (held == Held::Nothing && picture.canDragHead)
-        held = Held::Head;
-    grip = last = event.at;
-    if (held == Held::Head) {
-        actions.holdHead(true, false);
-        Drag(event);
-    }
-    if (held == Held::Spray)
-        actions.holdSpray(true, false);
+    last = event.at;
+    moved = 0.0;
+    if (IsEdge(held))
+        return actions.holdSpray(true);
+    if (!picture.canDragHead)
+        return;
+    actions.holdHead(true);
+    if (std::exchange(held, Held::Head) == Held::Nothing)
+        actions.bringHead(PlaceOf(event.at));
 }
 
 void TapeView::Drag(const PointerEvent& event) {
     const double fine = event.modifiers.shift ? 0.1 : 1.0;
-    grip.x += fine * (event.at.x - last.x);
+    const double step = fine * (event.at.x - last.x) / box.width;
     last = event.at;
-    if (held == Held::Head)
-        actions.moveHead(PlaceOf(grip));
-    if (held == Held::Spray)
-        actions.moveSpray(ReachTo(grip));
+    if (held == Held::Nothing || step == 0.0)
+        return;
+    moved += held == Held::Back ? -step : step;
+    held == Held::Head ? actions.moveHead(moved) : actions.moveSpray(moved);
 }
 
 void TapeView::Release(const PointerEvent&) {
     if (held == Held::Head)
-        actions.holdHead(false, true);
-    if (held == Held::Spray)
-        actions.holdSpray(false, true);
+        actions.holdHead(false);
+    if (IsEdge(held))
+        actions.holdSpray(false);
     held = Held::Nothing;
 }
 
@@ -333,7 +345,7 @@ Point TapeView::FocusPoint() const { return {XOf(picture.playPlace), box.Centre(
 
 Control* TapeView::ControlAt(Point at) {
     const Held what = At(at);
-    return what == Held::Nothing ? nullptr : actions.control(what == Held::Spray);
+    return what == Held::Nothing ? nullptr : actions.control(IsEdge(what));
 }
 
 }  // namespace Quorvan::Ui

@@ -26,8 +26,9 @@ struct TapePicture {
     std::vector<double> marks;  ///< transients or grid lines
     double writePlace = 0.0, playPlace = 0.0;
     double seconds = 0.0;
-    double beats = 4.0;                        ///< quarter notes of the loop
-    double sprayBack = 0.0, sprayAhead = 0.0;  ///< reach of the starts
+    double beats = 4.0;                           ///< quarter notes of the loop
+    double sprayBack = 0.0, sprayAhead = 0.0;     ///< reach of the starts
+    bool spraysBack = true, spraysAhead = false;  ///< where they may lie
     bool frozen = false, hasWriteHead = true, alive = false;
     bool canDragHead = false;
 };
@@ -41,9 +42,12 @@ class TapeView final : public Widget {
 public:
     struct Actions {
         std::function<bool(TapePicture&)> look;  ///< fills it; answers whether it is another one
-        std::function<void(bool begins, bool ends)> holdHead, holdSpray;
-        std::function<void(double place)> moveHead;
-        std::function<void(double reach)> moveSpray;
+        std::function<void(bool begins)> holdHead, holdSpray;  ///< or let go
+        /// Brings the head that is held to a place, modulation included.
+        std::function<void(double place)> bringHead;
+        /// By a share of the tape from where it stood when it was taken hold of or brought.
+        std::function<void(double way)> moveHead;
+        std::function<void(double way)> moveSpray;    ///< outward
         std::function<Control*(bool spray)> control;  ///< null: nothing moves the head now
     };
 
@@ -63,7 +67,7 @@ public:
     Control* ControlAt(Point at) override;
 
 private:
-    enum class Held : uint8_t { Nothing, Head, Spray };
+    enum class Held : uint8_t { Nothing, Head, Back, Ahead };  ///< the two edges of the spray
     struct Flash {
         double place, semitones, y, since;
     };
@@ -73,12 +77,16 @@ private:
     double YOf(const TapeGrain& grain) const;
     double PlaceOf(Point at) const;
     Held At(Point at) const;
-    double ReachTo(Point at) const;
+    double EdgeOf(Held edge) const;
+    /// Across the tape from one place to another, the shorter way round.
+    double WayTo(Point at) const;
+    static bool IsEdge(Held what) { return what == Held::Back || what == Held::Ahead; }
     void NoteStarts(double seconds);
 
     void DrawRuler(Painter& painter) const;
     void DrawPitches(Painter& painter) const;
     void DrawWave(Painter& painter) const;
+    void DrawMarks(Painter& painter) const;
     void DrawSpray(Painter& painter) const;
     void DrawGrain(Painter& painter, const TapeGrain& grain) const;
     void DrawFlashes(Painter& painter) const;
@@ -91,7 +99,7 @@ private:
     std::vector<Flash> flashes;
     uint64_t newest = 0;  ///< number of the latest grain that was seen
     double now = 0.0;
-    Point grip;  ///< where what is held would be under the pointer
+    double moved = 0.0;  ///< what is held, so far
     Point last;
     Held held = Held::Nothing;
     Held under = Held::Nothing;  ///< the pointer

@@ -104,6 +104,8 @@ bool TextField::Key(const KeyEvent& event) {
             allChosen |= event.letter == 'a' && event.modifiers.control && !text.empty();
             return true;
         default:
+            if (event.key == Key::Enter && entered)
+                entered();
             return event.key == Key::Enter;
     }
 }

@@ -21,6 +21,7 @@ public:
     bool CanFocus() const override { return true; }
     /// Told of every change, for searches.
     void OnChange(std::function<void(const std::string&)> told) { changed = std::move(told); }
+    void OnEnter(std::function<void()> act) { entered = std::move(act); }
     const std::string& Written() const { return text; }
     static constexpr double kHeight = 24.0;
 
@@ -32,6 +33,7 @@ private:
 
     std::string text, hint;
     std::function<void(const std::string&)> changed;
+    std::function<void()> entered;
     size_t caret = 0;
     bool allChosen = true;
 };
