@@ -80,7 +80,7 @@ TEST_F(Check, TheSameEventsSoundTheSame) {
     // Also none at all, which this plug-in takes in process too.
     const auto odd = [&] { return ++turn % 3 == 0 ? 0 : 1 + any.Below(4096); };
     std::vector<RunPlan> plans{{[&] { return kUsual[++turn % std::size(kUsual)]; }}, {odd}};
-    for (const uint32_t frames : {441, 64, 17, 1, 4096})
+    for (const uint32_t frames : {441u, 64u, 17u, 1u, 4096u})
         plans.insert(plans.begin(), {fixed(frames)});
     for (int kind = 1; kind < 4; ++kind)
         plans.push_back({.inPlace = kind != 2, .wide = kind > 1});

@@ -24,25 +24,26 @@ struct Stream {
     struct Functions : v3_funknown {
         v3_bstream stream;
     };
+    static const Functions kFunctions;
+    static Stream& Of(void* self) { return *static_cast<Stream*>(self); }
     const void* functions = &kFunctions;
     std::string bytes;
     size_t at = 0;
-    static Stream& Of(void* self) { return *static_cast<Stream*>(self); }
-    static inline const Functions kFunctions{
-        {No, One, One},
-        {[](void* self, void* to, int32_t most, int32_t* count) -> v3_result {
-             const std::string part = Of(self).bytes.substr(Of(self).at, static_cast<size_t>(most));
-             Of(self).at += part.copy(static_cast<char*>(to), part.size());
-             *count = static_cast<int32_t>(part.size());
-             return V3_OK;
-         },
-         [](void* self, void* from, int32_t size, int32_t* count) -> v3_result {
-             Of(self).bytes.append(static_cast<char*>(from), static_cast<size_t>(size));
-             *count = size;
-             return V3_OK;
-         },
-         nullptr, nullptr}};
 };
+inline const Stream::Functions Stream::kFunctions{
+    {No, One, One},
+    {[](void* self, void* to, int32_t most, int32_t* count) -> v3_result {
+         const std::string part = Of(self).bytes.substr(Of(self).at, static_cast<size_t>(most));
+         Of(self).at += part.copy(static_cast<char*>(to), part.size());
+         *count = static_cast<int32_t>(part.size());
+         return V3_OK;
+     },
+     [](void* self, void* from, int32_t size, int32_t* count) -> v3_result {
+         Of(self).bytes.append(static_cast<char*>(from), static_cast<size_t>(size));
+         *count = size;
+         return V3_OK;
+     },
+     nullptr, nullptr}};
 
 /// The moves of one parameter, and the list that holds them.
 struct Moves {
