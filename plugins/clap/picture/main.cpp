@@ -43,11 +43,11 @@ std::string StateOf(const Options& options) {
         Ui::FaceModel model(instrument, presets);
         const size_t sign = setting.find('=');
         const auto index = model.Find(setting.substr(0, sign));
-        const std::string problem = index && sign != std::string::npos
-                                        ? model.Type(*index, setting.substr(sign + 1))
-                                        : "There is no such parameter.";
+        std::string problem = index && sign != std::string::npos
+                                  ? model.Type(*index, setting.substr(sign + 1))
+                                  : "There is no such parameter.";
         if (!problem.empty())
-            throw std::runtime_error(setting + ": " + problem);
+            throw std::runtime_error(problem.insert(0, setting + ": "));
     }
     return instrument.SaveState();
 }
