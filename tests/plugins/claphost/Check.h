@@ -85,8 +85,7 @@ protected:
 
 /// Checks of plug-ins that have these extensions; all others hold for any.
 template <const auto&... kExtensions>
-class With : public Check {
-protected:
+struct With : Check {
     void SetUp() override {
         if (!(Has(kExtensions) && ...))
             GTEST_SKIP() << "It lacks an extension.";

@@ -5,8 +5,6 @@
 
 namespace Quorvan::ClapHost {
 
-namespace {
-
 /// A host's window with a plug-in's in it. Throws where a call fails.
 struct Frame : HostWindow {
     Frame(Display* shown, ClapInstance& shownPlugin, double scale = 1.0)
@@ -75,8 +73,6 @@ struct Frame : HostWindow {
 };
 
 using Face = OnDisplay<With<CLAP_EXT_GUI>>;
-
-}  // namespace
 
 TEST_F(Face, ShowsWhatMovesAndTellsTheHostOfGestures) {
     ClapInstance instance(Library());

@@ -20,8 +20,7 @@ inline size_t Colours(const Pixels& pixels) {
 
 /// Checks that need a display.
 template <class Base>
-class OnDisplay : public Base {
-protected:
+struct OnDisplay : Base {
     void SetUp() override {
         Base::SetUp();
         if (display == nullptr)
