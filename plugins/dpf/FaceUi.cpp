@@ -39,6 +39,12 @@ void FaceUi::parameterChanged(uint32_t index, float value) {
         told[index] = value;
 }
 
+/// A host may tell it with the window open already; a size that is kept stays.
+void FaceUi::uiScaleFactorChanged(double scale) {
+    const auto size = Ui::FaceWindow::FirstSize(plugin.Played(), scale);
+    setSize(size.width, size.height);
+}
+
 void FaceUi::uiIdle() {
     Look();
     const Host::WindowSize size{getWidth(), getHeight()};

@@ -18,6 +18,7 @@ protected:
     void parameterChanged(uint32_t index, float value) override;
     void programLoaded(uint32_t) override {}
     void stateChanged(const char*, const char*) override {}
+    void uiScaleFactorChanged(double scale) override;
     void uiIdle() override;
 
 private:

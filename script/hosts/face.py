@@ -1,8 +1,17 @@
 """Plays on the window of tesserae-live at random, by the X server's own pointer and keys, while a JACK
-server without a sound card runs: it has to stay alive, and its memory where it is."""
+server without a sound card runs: it has to stay alive, its memory where it is, and no buffer may be late of its
+own making.
+
+JACK counts a buffer as late whoever was to blame, and on a machine that is shared it mostly is the machine, which gave
+the audio thread no processor in time. So the program's process callback is measured from outside of the program, by a
+library in front of JACK's (tests/plugins/live/ProcessTrap.cpp): the processor time that the thread has spent in it,
+which stands still while others have the processor. A buffer is late of the program's own making where the callback
+worked for longer than the buffer lasts, or where it gave the processor away by itself, as for a lock, and came back
+too late. What it allocates or locks is counted too, and has to be nothing."""
 
 import os
 import random
+import re
 import signal
 import subprocess
 import sys
@@ -66,7 +75,19 @@ def play(check, live, env, seconds, seed):
         check(live.wait(10) == 0, "Ctrl-C ends it.")
 
 
-def main(program, scratch, seconds, seed):
+def listen(check, log):
+    """What the library in front of the program has measured."""
+    found = re.search(r"(\d+) buffers, (\d+) allocations or locks, (\d+) late, (\d+) of its own making; ([\d.]+) %",
+                      log)
+    if not check(found is not None and int(found[1]) > 0, "Its process callback was measured."):
+        return
+    buffers, trapped, late, own = (int(found[i]) for i in range(1, 5))
+    check(own == 0, f"Of {buffers} buffers {own} were late of its own making, {late - own} because they waited for the "
+          f"machine; they took {found[5]} % of their time at most.")
+    check(trapped == 0, f"Its process callback allocates or locks {trapped} times.")
+
+
+def main(program, trap, scratch, seconds, seed):
     check = Checks()
     env = dict(os.environ, HOME=scratch, XDG_DATA_HOME=f"{scratch}/data", JACK_DEFAULT_SERVER=SERVER,
                JACK_NO_AUDIO_RESERVATION="1")
@@ -75,9 +96,13 @@ def main(program, scratch, seconds, seed):
     late = []
     watcher.set_xrun_callback(late.append)
     watcher.activate()
-    live = subprocess.Popen([program, "--name", "live", "--preset", "dense-cloud", "--run", "--quiet"], env=env)
+    log = open(f"{scratch}/log", "w+", encoding="utf-8")
+    live = subprocess.Popen([program, "--name", "live", "--preset", "dense-cloud", "--run", "--quiet"],
+                            env=dict(env, LD_PRELOAD=trap), stderr=log)
     try:
         play(check, live, env, float(seconds), int(seed))
+        log.seek(0)
+        listen(check, log.read())
         watcher.deactivate()
         print(f"JACK was late {len(late)} times, with a load of {os.getloadavg()[0]:.1f} on the machine.")
     finally:

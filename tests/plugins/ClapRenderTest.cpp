@@ -7,13 +7,10 @@ namespace {
 class ClapRenderTest : public RenderRig {};
 
 /// Controls of the plug-in and parameters of the renderer that are the same.
-struct Pair {
-    clap_id id;
-    const char* name;
-};
-constexpr Pair kPairs[]{{1, "Dry / Wet"},         {2, "Feedback"},
-                        {11, "MoteWeaver_Pitch"}, {13, "MoteWeaver_RandomPitch"},
-                        {19, "MoteWeaver_Spray"}, {20, "MoteWeaver_Width"}};
+constexpr std::pair<clap_id, const char*> kPairs[]{
+    {1, "Dry / Wet"},         {2, "Feedback"},
+    {11, "MoteWeaver_Pitch"}, {13, "MoteWeaver_RandomPitch"},
+    {19, "MoteWeaver_Spray"}, {20, "MoteWeaver_Width"}};
 
 TEST_F(ClapRenderTest, TheSameEventsSoundAsInTheRenderer) {
     constexpr uint32_t kFrames = 96000, kSeed = 5;
@@ -22,10 +19,10 @@ TEST_F(ClapRenderTest, TheSameEventsSoundAsInTheRenderer) {
     ClapHost::EventList events;
     std::string automation = "seconds,parameter,position\n";
     for (uint32_t frame = 1010; frame < 90000; frame += 1777) {
-        const Pair& pair = kPairs[frame % std::size(kPairs)];
+        const auto& [id, name] = kPairs[frame % std::size(kPairs)];
         const double position = frame % 1000 / 1000.0;
-        events.Add(ClapHost::ValueAt(frame, pair.id, position));
-        automation += std::to_string((frame + 0.5) / 48000.0) + "," + pair.name + ",@" +
+        events.Add(ClapHost::ValueAt(frame, id, position));
+        automation += std::to_string((frame + 0.5) / 48000.0) + "," + name + ",@" +
                       std::to_string(position) + "\n";
     }
     WriteFile(folder / "moves.csv", automation);

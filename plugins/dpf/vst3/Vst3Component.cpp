@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "plugins/dpf/vst3/Vst3Midi.h"
+#include "plugins/dpf/vst3/Vst3View.h"
 
 namespace Quorvan::Plugins {
 
@@ -133,7 +134,9 @@ v3_result Vst3Component::Query(const v3_tuid id, void** object) {
         processor.Surround(static_cast<v3_audio_processor**>(*object));
         *object = &face;
     } else if (v3_tuid_match(id, v3_edit_controller_iid)) {
-        Vst3Midi::AddParameters(static_cast<v3_edit_controller**>(*object));
+        auto** const controller = static_cast<v3_edit_controller**>(*object);
+        Vst3Midi::AddParameters(controller);
+        Vst3View::AddSizes(controller, processor);
     }
     return result;
 }
@@ -187,8 +190,10 @@ v3_result Vst3Component::ActivateBus(int32_t media, int32_t direction, int32_t b
 }
 
 void Vst3Component::LetGo() {
-    if (--holds == 0)
-        delete this;
+    if (--holds > 0)
+        return;
+    Vst3View::Forget(processor);
+    delete this;
 }
 
 }  // namespace Quorvan::Plugins

@@ -17,6 +17,7 @@ class Vst3Processor {
 public:
     /// What plays; no plug-in once it is gone.
     void Begin(DpfPlugin* played) { plugin = played; }
+    DpfPlugin* Played() const { return plugin; }
     /// The framework's own processor, of which this one counts as a part.
     void Surround(v3_audio_processor** framework) { inner = framework; }
     v3_audio_processor** Inner() const { return inner; }

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
 
 #include <array>
+#include <fstream>
 
 #include "plugins/claphost/ClapInstance.h"
 #include "plugins/claphost/Trap.h"
@@ -18,6 +21,14 @@ struct Options {
     const uint32_t& soakSeconds = numbers[1];
     const uint32_t& seed = numbers[2];  ///< start of all that is random
 };
+
+/// What has been freed is given back first, so that it does not hide what is taken next.
+inline double ResidentMegabytes() {
+    malloc_trim(0);
+    double all = 0.0, resident = 0.0;
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1048576.0;
+}
 
 /// Whatever is random.
 struct Chance {
@@ -70,6 +81,15 @@ protected:
     }
     Chance any{std::mt19937(options.seed)};
     const uint64_t caught = Trap::Caught();
+};
+
+/// Checks of plug-ins that have these extensions; all others hold for any.
+template <const auto&... kExtensions>
+struct With : Check {
+    void SetUp() override {
+        if (!(Has(kExtensions) && ...))
+            GTEST_SKIP() << "It lacks an extension.";
+    }
 };
 
 }  // namespace Quorvan::ClapHost

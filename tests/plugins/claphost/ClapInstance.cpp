@@ -153,10 +153,9 @@ Sound ClapInstance::ProcessOnce(const Sound& input, uint32_t frames, const Event
     for (size_t i = shared ? 1 : 0; i < inputs.size(); ++i)
         Require(inputs[i].Holds(given[i]), "An input is written to.");
     for (size_t i = 0; i < outputs.size(); ++i)
-        CheckMask(i == 0 && shared ? inputs[0].Content() : outputs[i].Content(),
-                  out[i].constant_mask);
+        CheckOutput(i == 0 && shared ? inputs[0].Content() : outputs[i].Content(),
+                    out[i].constant_mask, plan.loudest);
     const Sound sound = (shared ? inputs : outputs).at(0).Content();
-    CheckOutput(sound, plan.loudest);
     // Asleep is what needs no call until something comes in: it gives silence if called all the
     // same.
     isAsleep = isAsleep && events.events.empty() &&
@@ -196,17 +195,13 @@ void ClapInstance::Flush(const EventList& events) {
     Take(sink);
 }
 
-void ClapInstance::RunTimers(uint32_t times) {
-    const auto& timer = Get<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
-    for (uint32_t i = 0; i < times; ++i) {
-        if (active)
-            Run(Noise(800, i));
-        for (const clap_id id : std::set<clap_id>(running))
-            timer.on_timer(plugin, id);
-        const auto* const descriptors = Find<Clap::PluginPosixFd>(Clap::kPosixFdExtension);
-        for (const int fd : std::set<int>(files))
-            descriptors->onFd(plugin, fd, Clap::kFdReadable);
-    }
+void ClapInstance::RunTimers() {
+    if (active)
+        Run(Noise(800, static_cast<uint32_t>(steadyTime)));
+    for (const clap_id id : std::set<clap_id>(running))
+        Get<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT).on_timer(plugin, id);
+    for (const int fd : std::set<int>(files))
+        Get<Clap::PluginPosixFd>(Clap::kPosixFdExtension).onFd(plugin, fd, Clap::kFdReadable);
 }
 
 double ClapInstance::Value(clap_id id) const {

@@ -73,8 +73,8 @@ public:
     bool Load(const std::string& state, uint64_t bytesAtATime = ~0ull);
     /// Makes all chance repeat, where it is known how for this plug-in.
     bool FixChance(uint32_t seed = 7);
-    /// Every timer runs out, so many times, with a buffer of noise ahead of each.
-    void RunTimers(uint32_t times);
+    /// Every timer runs out, behind a buffer of noise.
+    void RunTimers();
     bool LoadPreset(uint32_t kind, const char* location, const char* key);
     uint32_t Latency() const {
         const auto* const latency = Find<clap_plugin_latency_t>(CLAP_EXT_LATENCY);

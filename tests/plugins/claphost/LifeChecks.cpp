@@ -1,8 +1,4 @@
-#include <malloc.h>
-#include <unistd.h>
-
 #include <chrono>
-#include <fstream>
 #include <future>
 #include <memory>
 
@@ -12,14 +8,6 @@
 namespace Quorvan::ClapHost {
 
 namespace {
-
-/// What has been freed is given back first, so that it does not hide what is taken next.
-double ResidentMegabytes() {
-    malloc_trim(0);
-    double all = 0.0, resident = 0.0;
-    std::ifstream("/proc/self/statm") >> all >> resident;
-    return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1048576.0;
-}
 
 /// Sensible or not.
 Event AnyEvent(Chance& any, const ClapInstance& instance, uint32_t frame) {
@@ -52,7 +40,6 @@ TEST_F(Check, SoundRunsOnWhileStatesAndPresetsChange) {
     ClapInstance instance(Library());
     instance.Activate();
     std::atomic<bool> stop{false};
-    const auto stopAtTheEnd = [](std::atomic<bool>* flag) { *flag = true; };
     const std::string saved = instance.Find<void>(CLAP_EXT_STATE) ? instance.Save() : "";
     auto audio = std::async(std::launch::async, [&] {
         Chance own{std::mt19937(options.seed)};
@@ -67,13 +54,13 @@ TEST_F(Check, SoundRunsOnWhileStatesAndPresetsChange) {
         }
     });
     // Goes ahead of the future, which waits for its thread, whatever throws below.
-    const std::unique_ptr<std::atomic<bool>, decltype(stopAtTheEnd)> end(&stop, stopAtTheEnd);
-    const auto* const timer = instance.Find<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
+    const std::shared_ptr<void> end(nullptr, [&](void*) { stop = true; });
     for (uint32_t i = 0; i < 30; ++i) {
         EXPECT_TRUE(saved.empty() || instance.Load(instance.Save()));
         if (!options.presets.empty())
             instance.LoadPreset(Clap::kLocationPlugin, nullptr, any.Of(options.presets).c_str());
-        if (timer != nullptr)
+        using Timers = clap_plugin_timer_support_t;
+        if (const auto* const timer = instance.Find<Timers>(CLAP_EXT_TIMER_SUPPORT))
             timer->on_timer(instance.plugin, 0);
     }
     stop = true;

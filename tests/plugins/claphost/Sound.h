@@ -72,19 +72,15 @@ struct Port {
     }
 };
 
-/// A channel whose bit is set has to hold one value.
-inline void CheckMask(const Sound& sound, uint64_t mask) {
+/// A channel whose bit is set has to hold one value; all is finite and not too loud.
+inline void CheckOutput(const Sound& sound, uint64_t mask, float loudest) {
     for (size_t c = 0; c < sound.size(); ++c)
-        for (const float sample : sound[c])
+        for (const float sample : sound[c]) {
             if ((mask >> c & 1) != 0 && sample != sound[c][0])
                 throw std::runtime_error("An output said to be constant is not.");
-}
-
-inline void CheckOutput(const Sound& sound, float loudest) {
-    for (const auto& channel : sound)
-        for (const float sample : channel)
             if ((sample != 0.0f && !std::isnormal(sample)) || std::abs(sample) >= loudest)
                 throw std::runtime_error("The output holds " + std::to_string(sample) + ".");
+        }
 }
 
 }  // namespace Quorvan::ClapHost

@@ -6,19 +6,8 @@
 
 namespace Quorvan::ClapHost {
 
-/// Of these checks each has a condition; the others hold for any plug-in.
-class WithParameters : public Check {
-    void SetUp() override {
-        if (!Has(CLAP_EXT_PARAMS))
-            GTEST_SKIP() << "It has no parameters.";
-    }
-};
-class WithState : public Check {
-    void SetUp() override {
-        if (!Has(CLAP_EXT_PARAMS) || !Has(CLAP_EXT_STATE))
-            GTEST_SKIP() << "It has no parameters or keeps no state.";
-    }
-};
+using WithParameters = With<CLAP_EXT_PARAMS>;
+using WithState = With<CLAP_EXT_PARAMS, CLAP_EXT_STATE>;
 
 TEST_F(WithParameters, NewInstancesAreAtTheDefaultsTold) {
     const ClapInstance instance(Library());

@@ -1,53 +1,18 @@
 // Runs the VST3 with the trap set, states coming and going beside it: vst3host Tesserae.so
-#include <atomic>
-#include <cmath>
 #include <memory>
-#include <random>
-#include <thread>
 
 #include "plugins/vst3host/Vst3Instance.h"
 
 namespace Quorvan::test {
 
-/// A state with a seed, so that chance repeats, and other settings.
-std::string With(std::string state, const std::string& entries, const std::string& settings) {
-    const size_t at = state.find("\"parameters\"");
-    EXPECT_NE(at, std::string::npos) << state;
-    return state.insert(state.find('}', at), "," + settings).insert(at, entries + ",\n ");
-}
-
 TEST(Vst3Test, ProcessNeitherAllocatesNorLocksAndStatesComeBackToTheByte) {
-    Vst3 vst3, second;
-    const std::string plain = vst3.Save();
-    const std::string seeded = With(plain, "\"seed\": 7", "\"Feedback\": 0.5");
-    std::atomic<bool> ends{false};
-    std::thread other([&] {
-        for (; !ends; vst3.Restore(plain)) {
-            vst3.Restore(seeded);
-            vst3.Save();
-        }
-    });
-    std::mt19937 random(3);
     Moves moves;
-    float loudest = 0.0f;
-    for (int i = 0; i < 2000; ++i) {
-        const auto frames = static_cast<int32_t>(random() % (Vst3::kMost + 1));
-        for (size_t n = 0; n < 4 * Vst3::kMost; ++n)
-            vst3.floats[n % 4][n / 4] = static_cast<float>(random() % 2001) / 2000.0f - 0.5f;
-        moves.id = i % 2 == 0 ? vst3.Find("Dry / Wet") : vst3.Find("MIDI controller 7");
+    RunsBesideStates<Vst3>([&](Vst3& vst3, uint32_t most, int turn) {
+        const auto frames = static_cast<int32_t>(most);
+        moves.id = vst3.Find(turn % 2 == 0 ? "Dry / Wet" : "MIDI controller 7");
         moves.points = {{0, 0.3}, {frames / 2, 0.7}, {frames + 5, 0.5}};
         vst3.Run(frames, &moves);
-        for (int32_t n = 0; n < frames; ++n)
-            loudest = std::max(loudest, std::abs(vst3.floats[4][n]));
-    }
-    ends = true;
-    other.join();
-    EXPECT_TRUE(loudest > 0.05f && loudest < 10.0f) << loudest;
-    EXPECT_EQ(ClapHost::Trap::Caught(), 0u);
-    vst3.Restore(seeded);
-    const std::string saved = vst3.Save();
-    second.Restore(saved);
-    EXPECT_TRUE(saved != plain && second.Save() == saved);
+    });
 }
 
 /// Dry only and fully: what comes out is what went in, late by the latency.
@@ -101,12 +66,8 @@ TEST(Vst3Test, SideChainMonoMidiAndTailReachTheInstrument) {
 
     Vst3 vst3;
     const v3_param_id dryWet = vst3.Find("Dry / Wet");
-    const std::string map =
-        R"("midi": [{"source": "controller", "number": 7, "parameter": "Dry / Wet"}])";
-    std::string state = vst3.Save();
-    const std::string none = "\"midi\": []";
-    ASSERT_NE(state.find(none), std::string::npos);
-    vst3.Restore(state.replace(state.find(none), none.size(), map));
+    vst3.Restore(With(vst3.Save(), R"("midi": [{"source": "controller", "number": 7,
+                                                "parameter": "Dry / Wet"}])"));
     moves.id = vst3.Find("MIDI controller 7");
     moves.points = {{100, 1.0}};
     vst3.Run(512, &moves);
@@ -121,10 +82,8 @@ TEST(Vst3Test, SideChainMonoMidiAndTailReachTheInstrument) {
 }  // namespace Quorvan::test
 
 int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    Quorvan::test::library = dlopen(argc > 1 ? argv[1] : "Tesserae.so", RTLD_NOW | RTLD_LOCAL);
-    if (Quorvan::test::library == nullptr)
+    if (!Quorvan::test::Begin(argc, argv))
         return 2;
-    reinterpret_cast<bool (*)(void*)>(dlsym(Quorvan::test::library, "ModuleEntry"))(nullptr);
+    Quorvan::test::Symbol<bool (*)(void*)>("ModuleEntry")(nullptr);
     return RUN_ALL_TESTS();
 }

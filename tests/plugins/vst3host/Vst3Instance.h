@@ -1,15 +1,12 @@
 #pragma once
 
-#include <dlfcn.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <map>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include "plugins/claphost/Trap.h"
+#include "plugins/claphost/Beside.h"
 #include "travesty/audio_processor.h"
 #include "travesty/component.h"
 #include "travesty/edit_controller.h"
@@ -19,8 +16,6 @@
 
 namespace Quorvan::test {
 
-inline void* library = nullptr;
-
 inline v3_result No(void*, const v3_tuid, void**) { return V3_NO_INTERFACE; }
 inline uint32_t One(void*) { return 1; }
 
@@ -29,24 +24,26 @@ struct Stream {
     struct Functions : v3_funknown {
         v3_bstream stream;
     };
-    static v3_result Read(void* self, void* to, int32_t most, int32_t* count) {
-        auto& me = *static_cast<Stream*>(self);
-        const auto size = static_cast<size_t>(most);
-        *count = static_cast<int32_t>(me.bytes.copy(static_cast<char*>(to), size, me.at));
-        me.at += static_cast<size_t>(*count);
-        return V3_OK;
-    }
-    static v3_result Write(void* self, void* from, int32_t size, int32_t* count) {
-        static_cast<Stream*>(self)->bytes.append(static_cast<char*>(from),
-                                                 static_cast<size_t>(size));
-        *count = size;
-        return V3_OK;
-    }
-    static inline const Functions kFunctions{{No, One, One}, {Read, Write, nullptr, nullptr}};
+    static const Functions kFunctions;
+    static Stream& Of(void* self) { return *static_cast<Stream*>(self); }
     const void* functions = &kFunctions;
     std::string bytes;
     size_t at = 0;
 };
+inline const Stream::Functions Stream::kFunctions{
+    {No, One, One},
+    {[](void* self, void* to, int32_t most, int32_t* count) -> v3_result {
+         const std::string part = Of(self).bytes.substr(Of(self).at, static_cast<size_t>(most));
+         Of(self).at += part.copy(static_cast<char*>(to), part.size());
+         *count = static_cast<int32_t>(part.size());
+         return V3_OK;
+     },
+     [](void* self, void* from, int32_t size, int32_t* count) -> v3_result {
+         Of(self).bytes.append(static_cast<char*>(from), static_cast<size_t>(size));
+         *count = size;
+         return V3_OK;
+     },
+     nullptr, nullptr}};
 
 /// The moves of one parameter, and the list that holds them.
 struct Moves {
@@ -100,6 +97,18 @@ struct Message {
     std::map<std::string, int64_t> whole;
     std::map<std::string, double> real;
     std::map<std::string, std::vector<int16_t>> texts;  ///< each with its end
+    template <auto Kept, class Value>
+    static v3_result Set(void* self, const char* name, Value value) {
+        (Of(self).*Kept)[name] = value;
+        return V3_OK;
+    }
+    template <auto Kept, class Value>
+    static v3_result Get(void* self, const char* name, Value* value) {
+        const auto found = (Of(self).*Kept).find(name);
+        const bool isThere = found != (Of(self).*Kept).end();
+        *value = isThere ? found->second : Value{};
+        return isThere ? V3_OK : V3_INVALID_ARG;
+    }
 };
 inline const v3_message_cpp Message::kMessage{
     {No, One,
@@ -110,31 +119,12 @@ inline const v3_message_cpp Message::kMessage{
     {[](void* self) { return static_cast<Message*>(self)->id.c_str(); },
      [](void* self, const char* name) { static_cast<Message*>(self)->id = name; },
      [](void* self) { return As<v3_attribute_list>(&static_cast<Message*>(self)->attributes); }}};
-template <class Number>
-v3_result Find(const std::map<std::string, Number>& known, const char* name, Number* value) {
-    const auto found = known.find(name);
-    if (found != known.end())
-        *value = found->second;
-    return found != known.end() ? V3_OK : V3_INVALID_ARG;
-}
 inline const v3_attribute_list_cpp Message::kAttributes{
     {No, One, One},
-    {[](void* self, const char* name, int64_t value) -> v3_result {
-         Of(self).whole[name] = value;
-         return V3_OK;
-     },
-     [](void* self, const char* name, int64_t* value) { return Find(Of(self).whole, name, value); },
-     [](void* self, const char* name, double value) -> v3_result {
-         Of(self).real[name] = value;
-         return V3_OK;
-     },
-     [](void* self, const char* name, double* value) { return Find(Of(self).real, name, value); },
+    {Message::Set<&Message::whole, int64_t>, Message::Get<&Message::whole, int64_t>,
+     Message::Set<&Message::real, double>, Message::Get<&Message::real, double>,
      [](void* self, const char* name, const int16_t* value) -> v3_result {
-         std::vector<int16_t>& kept = Of(self).texts[name];
-         kept.clear();
-         do {
-             kept.push_back(*value);
-         } while (*value++ != 0);
+         Of(self).texts[name] = {value, std::find(value, value + 4096, 0) + 1};
          return V3_OK;
      },
      [](void* self, const char* name, int16_t* value, uint32_t bytes) -> v3_result {
@@ -159,14 +149,12 @@ inline const v3_host_application_cpp kApplication{
 /// An active instance at 48000 Hz.
 struct Vst3 {
     explicit Vst3(v3_speaker_arrangement input = 3, int32_t size = V3_SAMPLE_32)
-        : sampleSize(size) {
-        auto* const get = reinterpret_cast<void* (*)()>(dlsym(library, "GetPluginFactory"));
-        auto** const factory = As<v3_plugin_factory>(get());
+        : sampleSize(size), mainChannels(input == 3 ? 2 : 1) {
+        auto** const factory = As<v3_plugin_factory>(Symbol<void* (*)()>("GetPluginFactory")());
         v3_class_info info{};
         v3_cpp_obj(factory)->get_class_info(factory, 0, &info);
-        void* made = nullptr;
-        v3_cpp_obj(factory)->create_instance(factory, info.class_id, v3_component_iid, &made);
-        component = As<v3_component>(made);
+        v3_cpp_obj(factory)->create_instance(factory, info.class_id, v3_component_iid,
+                                             reinterpret_cast<void**>(&component));
         v3_cpp_obj_initialize(component, As<v3_funknown>(&application));
         v3_cpp_obj_query_interface(component, v3_audio_processor_iid, &processor);
         v3_cpp_obj_query_interface(component, v3_edit_controller_iid, &controller);
@@ -180,7 +168,6 @@ struct Vst3 {
         EXPECT_EQ(v3_cpp_obj(processor)->setup_processing(processor, &setup), V3_OK);
         v3_cpp_obj(component)->set_active(component, 1);
         v3_cpp_obj_unref(factory);
-        mainChannels = input == 3 ? 2 : 1;
     }
     ~Vst3() {
         v3_cpp_obj(component)->set_active(component, 0);
@@ -198,13 +185,9 @@ struct Vst3 {
         v3_audio_bus_buffers in[2]{{mainChannels, 0, {reinterpret_cast<float**>(all)}},
                                    {2, 0, {reinterpret_cast<float**>(all + 2)}}};
         v3_audio_bus_buffers out{2, 0, {reinterpret_cast<float**>(all + 4)}};
-        v3_process_data data{
-            V3_REALTIME, sampleSize,
-            frames,      2,
-            1,           in,
-            &out,        moves == nullptr ? nullptr : As<v3_param_changes>(&moves->list),
-            nullptr,     nullptr,
-            nullptr,     nullptr};
+        auto** const changes = moves == nullptr ? nullptr : As<v3_param_changes>(&moves->list);
+        v3_process_data data{V3_REALTIME, sampleSize, frames,  2,       1,       in,
+                             &out,        changes,    nullptr, nullptr, nullptr, nullptr};
         const ClapHost::Trap trap;
         v3_cpp_obj(processor)->process(processor, &data);
     }
@@ -221,12 +204,10 @@ struct Vst3 {
     /// The number of a parameter by its name.
     v3_param_id Find(const std::string& name) const {
         v3_param_info info{};
-        const int32_t count = v3_cpp_obj(controller)->get_parameter_count(controller);
-        for (int32_t i = 0; i < count; ++i) {
-            v3_cpp_obj(controller)->get_parameter_info(controller, i, &info);
+        for (int32_t i = 0;
+             v3_cpp_obj(controller)->get_parameter_info(controller, i, &info) == V3_OK; ++i)
             if (std::equal(name.begin(), name.end(), info.title) && info.title[name.size()] == 0)
                 return info.param_id;
-        }
         ADD_FAILURE() << name;
         return 0;
     }
@@ -238,7 +219,7 @@ struct Vst3 {
     static constexpr int32_t kMost = 2048;
     float floats[6][kMost]{};
     double doubles[6][kMost]{};
-    int32_t sampleSize, mainChannels = 2;
+    int32_t sampleSize, mainChannels;
     v3_component** component = nullptr;
     v3_audio_processor** processor = nullptr;
     v3_edit_controller** controller = nullptr;
