@@ -247,6 +247,8 @@ TEST_F(FaceTest, AnyControlTakesASourceAndItsAmountIsDragged) {
 TEST_F(FaceTest, ASlotIsDraggedAlongTheRoadAndBypassed) {
     face.OpenPage(1);
     Put("FX1 Effect", "Reverb");
+    EXPECT_NEAR(face.Model().ValueOf("FX1 Reverb Decay"), 70.0, 0.1);
+    EXPECT_NEAR(Position("FX1 Dry / Wet"), 0.35f, 1e-3f);
     const Rect road = Find<RoadView>("Road")->box;
     Put("FX1 Position", "After Mix");
     Drag(Point{road.x + 640.0, road.y + 9.0}, -580.0, 22.0);

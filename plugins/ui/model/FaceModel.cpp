@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 #include <utility>
 
 #include "host/parameters/ModulationNames.h"
 #include "host/state/PresetFormat.h"
+#include "plugins/ui/model/EffectStarts.h"
 #include "presets/FactoryPresets.h"
 
 namespace Quorvan::Ui {
@@ -14,6 +16,8 @@ using Host::ActivatedIndex;
 using Host::AmountIndex;
 
 namespace {
+
+constexpr std::array<const char*, 2> kSlots{"FX1", "FX2"};
 
 /// A new plug-in stands where the first preset puts it.
 std::vector<float> FreshPositions(const Host::ParameterCatalog& catalog) {
@@ -38,6 +42,14 @@ FaceModel::FaceModel(Host::Instrument& anInstrument, Host::PresetLibrary& librar
         if (info.index < Host::kProcessorParameters && Catalog().Decides(info.index))
             deciders.push_back(info.index);
     deciders.push_back(Host::kScaleIndex);
+    for (size_t i = 0; i < effectIndices.size(); ++i) {
+        const std::string slot = kSlots[i];
+        effectIndices[i] = *Find(slot + " Effect");
+        for (uint32_t effect = 1; effect < Catalog()[effectIndices[i]].StepCount(); ++effect)
+            for (const Start& start : StartsIn(kSlots[i], effect))
+                fresh[start.index] = start.position;
+        fresh[*Find(slot + " Dry / Wet")] = 1.0f;
+    }
     for (const char* const depth :
          {"Random Pitch", "Random Size", "Random Density", "Random Layers", "Spray"})
         if (const auto index = Find(depth))
@@ -90,6 +102,42 @@ std::string FaceModel::Text(uint32_t index) const {
 std::string FaceModel::EffectIn(const std::string& slot) const {
     const std::string name = Text(*Find(slot + " Effect"));
     return name == "Octaver Delay" ? "Octaver" : name;
+}
+
+std::vector<FaceModel::Start> FaceModel::StartsIn(const char* slot, uint32_t effect) const {
+    std::vector<Start> starts;
+    for (const EffectStart& start : EffectStartsOf(effect)) {
+        const std::string name = std::string(slot) + " " + std::string(start.setting);
+        const auto index = Catalog().Resolve(name, settings);
+        const auto position =
+            index ? Catalog().Position(*index, start.text, {}).position : std::nullopt;
+        if (!position)
+            throw std::logic_error("An effect can't begin with " + name);
+        starts.push_back({*index, *position});
+    }
+    return starts;
+}
+
+void FaceModel::Edit(uint32_t index, float position) {
+    instrument.Edit(index, position);
+    for (size_t slot = 0; slot < effectIndices.size(); ++slot)
+        if (index == effectIndices[slot])
+            Furnish(kSlots[slot]);
+}
+
+/// Where nobody has moved anything yet; the mix where nothing of it would be heard.
+void FaceModel::Furnish(const char* slot) {
+    const std::vector<Start> starts = StartsIn(slot, ChoiceOf(std::string(slot) + " Effect"));
+    if (starts.empty())
+        return;
+    if (Position(starts.front().index) == 0.0f)
+        instrument.Edit(starts.front().index, starts.front().position);
+    const bool isUntouched =
+        std::all_of(starts.begin() + 1, starts.end(), [this](const Start& start) {
+            return Position(start.index) == Catalog()[start.index].defaultPosition;
+        });
+    for (size_t i = 1; isUntouched && i < starts.size(); ++i)
+        instrument.Edit(starts[i].index, starts[i].position);
 }
 
 void FaceModel::EditOnce(uint32_t index, float position) {

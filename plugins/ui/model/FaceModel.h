@@ -47,7 +47,7 @@ public:
     std::optional<uint32_t> Find(std::string_view name) const;
     float Position(uint32_t index) const { return instrument.Position(index); }
     float PositionOf(std::string_view name) const;
-    /// Where a new plug-in has it.
+    /// Where a new plug-in has it; of an effect's settings, where the effect begins.
     float Default(uint32_t index) const { return fresh[index]; }
     uint32_t ChoiceOf(std::string_view name) const;
     /// The number behind a parameter's text.
@@ -58,7 +58,8 @@ public:
     Host::TextContext Texts() const { return settings.Texts(); }
 
     void Begin(uint32_t index) { instrument.BeginGesture(index); }
-    void Edit(uint32_t index, float position) { instrument.Edit(index, position); }
+    /// An effect that comes into a slot brings its first settings along, in the same step.
+    void Edit(uint32_t index, float position);
     void End(uint32_t index) { instrument.EndGesture(index); }
     /// All of it is one step.
     void EditOnce(uint32_t index, float position);
@@ -87,9 +88,17 @@ public:
 
 private:
     float PresentPosition(uint32_t row, uint32_t index) const;
+    /// One of an effect's first settings.
+    struct Start {
+        uint32_t index = 0;
+        float position = 0.0f;
+    };
+    std::vector<Start> StartsIn(const char* slot, uint32_t effect) const;
+    void Furnish(const char* slot);
 
     Host::Instrument& instrument;
-    std::vector<float> fresh;  ///< a position for each parameter
+    std::vector<float> fresh;                 ///< a position for each parameter
+    std::array<uint32_t, 2> effectIndices{};  ///< of what the slots hold
     Host::PresetLibrary& presets;
     Host::PresentSettings settings;
     std::vector<uint32_t> deciders;       ///< indices that names and texts depend on
