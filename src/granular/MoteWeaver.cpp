@@ -485,19 +485,21 @@ void MoteWeaver::RunSamples(const ProcessBlock& block, bool transportStarted) {
                                              .songPosition = block.songPosition,
                                              .wholeNote = WholeNote(),
                                              .typeFactor = TimeTypeFactor(settings.grainSizeMode)};
-    // The heads matter where a grain starts; in between they are moved on in one go.
+    // The heads matter where a grain starts, and whether one does may hang on the markers that they
+    // pass; in between they are moved on in one go.
     const bool marking = capture.quantizationMode == CaptureBuffer::kTransients;
+    const uint32_t end = block.numFrames;
     uint32_t done = 0;
     const auto catchUp = [&](uint32_t n) {
         RunHeads(block, transport, done, n);
         done = n;
     };
-    for (uint32_t n = 0; n < block.numFrames; ++n) {
+    for (uint32_t n = scheduler.PassTo(0, end); n < end; n = scheduler.PassTo(n + 1, end)) {
         if (marking)
             catchUp(n);
         scheduler.Step(n, [&catchUp, n] { catchUp(n); });
     }
-    catchUp(block.numFrames);
+    catchUp(end);
 }
 
 /// Records the samples from first to ahead of end, and moves the heads over them.
@@ -507,12 +509,18 @@ void MoteWeaver::RunHeads(const ProcessBlock& block, const CaptureBuffer::Transp
     const float* const right = block.inputs[Row::AudioRight];
     const bool watched = capture.retrigPlayHead || capture.retrigSequencer ||
                          capture.quantizationMode == CaptureBuffer::kTransients;
-    if (!capture.frozen && !transport.playing && !watched && first < end) {
+    const bool straight = !capture.frozen && !watched && first < end;
+    if (straight && !transport.playing) {
         capture.RunFree(left + first, right + first, persistence + first, end - first, transport);
         return;
     }
     const float* const cycles = SongClock().CycleBuffer();
     const float* const phases = SongClock().PhaseBuffer();
+    if (straight && SongClock().StaysInCycle() && !(transport.started && first == 0) &&
+        capture.RunLocked(left + first, right + first, persistence + first, end - first,
+                          cycles[first] + phases[first], cycles[end - 1] + phases[end - 1],
+                          transport))
+        return;
     for (uint32_t n = first; n < end; ++n) {
         if (!capture.frozen) {
             RecordSample(n, left[n], right[n]);

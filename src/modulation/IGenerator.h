@@ -77,6 +77,8 @@ public:
     const float* CycleBuffer() const { return cycleBuffer; }
     /// Whether a cycle began in the last block.
     bool HasTicked() const { return ticked; }
+    /// Whether the last block lay inside one cycle, with no phase below the one ahead of it.
+    bool StaysInCycle() const { return phasesClimb; }
     bool IsSynced() const { return synced; }
     float Tempo() const { return tempo; }
     /// Rate of a step in hertz, free or synced.
@@ -134,7 +136,7 @@ protected:
     bool wasPlaying = false;
     bool controlRate = false;
     bool hardFollow = false;
-    bool phasesClimb = false;  ///< no phase of this block is below the one ahead of it
+    bool phasesClimb = false;  ///< no phase is below the one ahead of it, all are of one cycle
 
 private:
     /// What one block fixes for its steps.
