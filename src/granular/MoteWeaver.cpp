@@ -52,6 +52,10 @@ void MoteWeaver::ConfigureChildren() {
           static_cast<IGenerator*>(&Sequencer())})
         clock->SetSyncedRates(kMainRates.data(), kMainRates.size());
     TextureClock().SetSyncedRates(kTextureRates.data(), kTextureRates.size());
+    for (IGenerator* clock :
+         {static_cast<IGenerator*>(&MainClock()), static_cast<IGenerator*>(&TextureClock()),
+          static_cast<IGenerator*>(&Sequencer())})
+        clock->NeedPhases(false);
     for (GranularPhaseHelper* clock : {&MainClock(), &TextureClock(), &SongClock()})
         clock->SetParameterValue(G::Mode, static_cast<float>(G::kFree));
 
@@ -409,6 +413,7 @@ void MoteWeaver::RunClocks(const ProcessBlock& block) {
     TextureClock().Process(inner);
     inner.inputs = nullptr;
     inner.numInputs = 0;
+    SongClock().NeedPhases(block.transportPlaying != 0);
     SongClock().Process(inner);
 }
 
@@ -443,7 +448,11 @@ void MoteWeaver::FillTextureRate(uint32_t frames) {
     const auto rateAt = [&](uint32_t n) {
         const auto layer = static_cast<size_t>(
             std::clamp(density[n] + offset, 0.0f, static_cast<float>(kTextureLayers.size() - 1)));
-        return knob.PositionOf(kTextureLayers[layer] * 1000.0f / size[n]) - now;
+        const float hertz = kTextureLayers[layer] * 1000.0f / size[n];
+        if (hertz != textureHertz)
+            texturePosition = knob.PositionOf(hertz);
+        textureHertz = hertz;
+        return texturePosition - now;
     };
     // The curve's inverse is a logarithm: it is taken where something has moved.
     if (Rests(Curve::TextureSizeAbsolute, frames) && Rests(Curve::TextureDensity, frames)) {

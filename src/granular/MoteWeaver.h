@@ -136,6 +136,8 @@ private:
     AlignedVector rateStorage, textureRateStorage;  ///< rows with their heads
     float* rateInput = nullptr;
     float* textureRateInput = nullptr;
+    float textureHertz = 0.0f;     ///< the rate that was last looked up on the clock's knob
+    float texturePosition = 0.0f;  ///< where it stands
 
     GrainRenderer renderer;
     GrainScheduler scheduler;

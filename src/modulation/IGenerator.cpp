@@ -117,6 +117,7 @@ bool IGenerator::UpdateParameters(ProcessBlock& block) {
             syncedTypeFactor = type == 1 ? kTripletFactor : type == 2 ? kDottedFactor : 1.0f;
         }
         UpdateRate();
+        knownRow = std::numeric_limits<float>::quiet_NaN();
     }
     if (IsChanged(PhaseInit))
         UpdatePhaseInit();
@@ -200,24 +201,34 @@ void IGenerator::FillRates(const ProcessBlock& block) {
         return heldRates.Fill(rateBuffer, frames, rate);
     Parameter& knob = parameters[synced ? RateSynced : RateUnSynced];
     const float* const row = block.inputs[rateInputIndex];
-    const auto hold = [&](float value) {
-        heldRates.Fill(rateBuffer, frames, synced ? TableEntry(value) : value);
-    };
-    if (rateInputMode == kPerBlock)
-        return hold(knob.GetModulatedValue(row[0]));
-    if (IsConstant(row, frames)) {
-        ProcessBlock first = block;
-        first.numFrames = 1;
-        float value = 0.0f;
-        knob.FillBlockValues(first, rateInputIndex, &value);
-        return hold(value);
-    }
+    if (rateInputMode == kPerBlock || IsConstant(row, frames))
+        return heldRates.Fill(rateBuffer, frames, RateAt(knob, block));
     heldRates.Forget();
     knob.FillBlockValues(block, rateInputIndex, rateBuffer);
     if (synced)
         for (uint32_t i = 0; i < frames; ++i)
             rateBuffer[i] = TableEntry(rateBuffer[i]);
     ratesRest = IsConstant(rateBuffer, controlRate ? 1 : frames);
+}
+
+/// The rate where the row stands at its first entry. While row and knob rest, it is what it was.
+float IGenerator::RateAt(Parameter& knob, const ProcessBlock& block) {
+    const float row = block.inputs[rateInputIndex][0];
+    const float position = knob.GetNormalized();
+    if (row == knownRow && position == knownPosition)
+        return knownRate;
+    float value = 0.0f;
+    if (rateInputMode == kPerBlock) {
+        value = knob.GetModulatedValue(row);
+    } else {
+        ProcessBlock first = block;
+        first.numFrames = 1;
+        knob.FillBlockValues(first, rateInputIndex, &value);
+    }
+    knownRow = row;
+    knownPosition = position;
+    knownRate = synced ? TableEntry(value) : value;
+    return knownRate;
 }
 
 void IGenerator::ClearTicks() {
@@ -367,7 +378,7 @@ bool IGenerator::RunSyncedStraight(const Run& run) {
     const auto phaseAt = [start, perBeat, turn, origin = clockOrigin](double clock) {
         return start + (clock - origin) * perBeat - turn;
     };
-    previousClock = FillByClock(run, phaseAt);
+    previousClock = phasesNeeded ? FillByClock(run, phaseAt) : LastClock(run);
     syncedPhase = phaseAt(previousClock);
     heldCycles.Fill(cycleBuffer, run.steps, static_cast<float>(cycle));
     phasesClimb = perBeat >= 0.0 && beatsPerSample >= 0.0;
@@ -392,6 +403,14 @@ double IGenerator::FillByClock(const Run& run, const PhaseAt& phaseAt) {
         last = clocks[count - 1];
     }
     return last;
+}
+
+/// Of a run's last step: clocks are rounded one after the other.
+double IGenerator::LastClock(const Run& run) const {
+    double clock = run.clock;
+    for (uint32_t i = 1; i < run.steps; ++i)
+        clock += beatsPerSample;
+    return clock;
 }
 
 /// Cycles are counted on the clock. Between their starts the phase runs on by itself, unless it
@@ -443,7 +462,8 @@ bool IGenerator::RunFreeStraight(const Run& run) {
     const double last = first + static_cast<double>(run.steps - 1) * advance;
     if (!(first >= 0.0 && last < 1.0) || Crosses(from - start, last + 1.0 - start))
         return false;
-    FillPhases(first, advance, run.steps);
+    if (phasesNeeded)
+        FillPhases(first, advance, run.steps);
     heldCycles.Fill(cycleBuffer, run.steps, cycleCount);
     phasesClimb = advance >= 0.0;
     freePhase = last;

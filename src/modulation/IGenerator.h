@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -64,6 +65,10 @@ public:
     /// Writes all outputs from the buffers; the block's frame count is the number of steps.
     virtual bool Generate(ProcessBlock& block) = 0;
     virtual void UpdateRate();
+
+    /// Whether anybody reads PhaseBuffer, as is taken for granted. Where nobody does, a block may
+    /// leave it as it is.
+    void NeedPhases(bool areNeeded) { phasesNeeded = areNeeded; }
 
     /// Replaces the table of note lengths, in whole notes; "RateSynced" gets as many steps.
     void SetSyncedRates(const std::vector<float>& table);
@@ -136,6 +141,7 @@ protected:
     bool wasPlaying = false;
     bool controlRate = false;
     bool hardFollow = false;
+    bool phasesNeeded = true;
     bool phasesClimb = false;  ///< no phase is below the one ahead of it, all are of one cycle
 
 private:
@@ -150,6 +156,7 @@ private:
 
     void UpdatePhaseInit();
     void FillRates(const ProcessBlock& block);
+    float RateAt(Parameter& knob, const ProcessBlock& block);
     float TableEntry(float index) const;
     void FollowSongPosition(const ProcessBlock& block, bool justStarted);
     void FollowTransport(const Run& run);
@@ -167,6 +174,7 @@ private:
     bool RunSyncedStraight(const Run& run);
     template <class PhaseAt>
     double FillByClock(const Run& run, const PhaseAt& phaseAt);
+    double LastClock(const Run& run) const;
     void FillPhases(double first, double advance, uint32_t steps);
     void ClearTicks();
     void Tick(uint32_t step) {
@@ -177,6 +185,9 @@ private:
     double CyclesAt(double clock, double perBeat) const;
     double Warp(double cycles) const;
 
+    /// Where RateAt was last asked, and its answer; no row is where a new one is to be worked out.
+    float knownRow = std::numeric_limits<float>::quiet_NaN();
+    float knownPosition = 0.0f, knownRate = 0.0f;
     HeldRow heldRates, heldCycles;  ///< what rateBuffer and cycleBuffer hold
     bool ratesRest = false;         ///< all rates of this block are equal
     bool ticked = false;            ///< a step of this block has a tick

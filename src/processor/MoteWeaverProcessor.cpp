@@ -87,6 +87,7 @@ void MoteWeaverProcessor::TuneSources() {
     for (uint32_t i = 0; i < 32; ++i)
         Sequencer().Configure(S::StepVal1 + i, Kind::kLinear, 0.0f, 1.0f);
     Sequencer().SetParameterNormalized(S::SppHardFollow, 1.0f);
+    Sequencer().NeedPhases(false);
 }
 
 void MoteWeaverProcessor::TuneSpatializer() {
