@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "primitives/RepeatedSum.h"
+
 namespace Quorvan::dsp {
 
 namespace {
@@ -120,17 +122,14 @@ void CaptureBuffer::RunPlayHead(uint32_t count, const Transport& transport) {
 
 /// Steps of a play head that scans. Where the wrap gives back each place as it was, it is left out.
 void CaptureBuffer::Scan(uint32_t count, double wrap) {
-    double p = playPosition + speed;
-    if (IsWrapExact(p, wrap)) {
-        const double first = p;
-        for (uint32_t i = 1; i < count; ++i)
-            p += speed;
-        if (IsWrapExact(p, wrap) && ExponentOf(p) == ExponentOf(first)) {
-            playPosition = p;
+    double p = playPosition;
+    if (const double first = p + speed; IsWrapExact(first, wrap)) {
+        const double last = RepeatedSum(p, speed, count).End();
+        if (IsWrapExact(last, wrap) && ExponentOf(last) == ExponentOf(first)) {
+            playPosition = last;
             return;
         }
     }
-    p = playPosition;
     for (uint32_t i = 0; i < count; ++i) {
         p += speed;
         if (p <= 0.0)

@@ -8,6 +8,7 @@
 #include "framework/ParameterTable.h"
 #include "modulation/PhaseMath.h"
 #include "primitives/BlockTests.h"
+#include "primitives/RepeatedSum.h"
 
 namespace Quorvan::dsp {
 
@@ -378,39 +379,29 @@ bool IGenerator::RunSyncedStraight(const Run& run) {
     const auto phaseAt = [start, perBeat, turn, origin = clockOrigin](double clock) {
         return start + (clock - origin) * perBeat - turn;
     };
-    previousClock = phasesNeeded ? FillByClock(run, phaseAt) : LastClock(run);
+    previousClock = FillByClock(run, phaseAt);
     syncedPhase = phaseAt(previousClock);
     heldCycles.Fill(cycleBuffer, run.steps, static_cast<float>(cycle));
     phasesClimb = perBeat >= 0.0 && beatsPerSample >= 0.0;
     return true;
 }
 
-/// Phases of a run's steps by their clocks; answers with the last clock. Clocks are rounded one
-/// after the other, and so worked out ahead of the phases, which wait for nothing.
+/// Phases of a run's steps by their clocks, where anybody needs them; answers with the last clock.
 template <class PhaseAt>
 double IGenerator::FillByClock(const Run& run, const PhaseAt& phaseAt) {
     constexpr uint32_t kStretch = 64;
     double clocks[kStretch];
     double next = run.clock;
-    double last = next;
-    for (uint32_t done = 0; done < run.steps; done += kStretch) {
+    for (uint32_t done = 0; phasesNeeded && done < run.steps; done += kStretch) {
         const uint32_t count = std::min(kStretch, run.steps - done);
+        const RepeatedSum sum(next, beatsPerSample, count);
+        sum.Fill(clocks, count);
         float* const phases = phaseBuffer + done;
-        for (uint32_t i = 0; i < count; ++i, next += beatsPerSample)
-            clocks[i] = next;
         for (uint32_t i = 0; i < count; ++i)
             phases[i] = static_cast<float>(phaseAt(clocks[i]));
-        last = clocks[count - 1];
+        next = sum.End();
     }
-    return last;
-}
-
-/// Of a run's last step: clocks are rounded one after the other.
-double IGenerator::LastClock(const Run& run) const {
-    double clock = run.clock;
-    for (uint32_t i = 1; i < run.steps; ++i)
-        clock += beatsPerSample;
-    return clock;
+    return RepeatedSum(run.clock, beatsPerSample, run.steps - 1).End();
 }
 
 /// Cycles are counted on the clock. Between their starts the phase runs on by itself, unless it

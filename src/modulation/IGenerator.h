@@ -174,7 +174,6 @@ private:
     bool RunSyncedStraight(const Run& run);
     template <class PhaseAt>
     double FillByClock(const Run& run, const PhaseAt& phaseAt);
-    double LastClock(const Run& run) const;
     void FillPhases(double first, double advance, uint32_t steps);
     void ClearTicks();
     void Tick(uint32_t step) {
