@@ -51,15 +51,15 @@ void DigitalPPM::ProcessPair(DigitalPPM& first, DigitalPPM& second, const Proces
     } else {
         using Bits = int32_t __attribute__((vector_size(16)));
         const Bits magnitude = Bits{} + 0x7fffffff;
-        const StereoLanes gain = BothSides(first.inputGain, second.inputGain);
-        const StereoLanes decay = BothSides(first.negativeDecay, second.negativeDecay);
-        StereoLanes levels = BothSides(first.level, second.level);
-        const auto step = [&](StereoLanes x) {
-            const auto a = std::bit_cast<StereoLanes>(std::bit_cast<Bits>(x) & magnitude);
+        const FloatLanes gain = BothSides(first.inputGain, second.inputGain);
+        const FloatLanes decay = BothSides(first.negativeDecay, second.negativeDecay);
+        FloatLanes levels = BothSides(first.level, second.level);
+        const auto step = [&](FloatLanes x) {
+            const auto a = std::bit_cast<FloatLanes>(std::bit_cast<Bits>(x) & magnitude);
             return levels = a > levels ? a : a * gain - levels * decay;
         };
         ForEachStereoSample(inputs[0], inputs[1], block.numFrames, step,
-                            [](uint32_t, StereoLanes, StereoLanes) {});
+                            [](uint32_t, FloatLanes, FloatLanes) {});
         first.level = levels[0];
         second.level = levels[1];
         first.Show();

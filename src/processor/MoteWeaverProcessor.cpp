@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 #include <string>
 #include <tuple>
@@ -290,13 +289,13 @@ void MoteWeaverProcessor::HighPass(uint32_t frames) {
         dcInput[c] = x[frames - 1];
     }
     const float feedback = dcA1;
-    dsp::StereoLanes last = dsp::BothSides(dcOutput[0], dcOutput[1]);
-    const auto step = [&last, feedback](dsp::StereoLanes forward) {
+    dsp::FloatLanes last = dsp::BothSides(dcOutput[0], dcOutput[1]);
+    const auto step = [&last, feedback](dsp::FloatLanes forward) {
         return last = forward - feedback * last;
     };
-    const auto take = [this](uint32_t i, dsp::StereoLanes left, dsp::StereoLanes right) {
-        std::memcpy(feedbackReturn[0] + i, &left, sizeof left);
-        std::memcpy(feedbackReturn[1] + i, &right, sizeof right);
+    const auto take = [this](uint32_t i, dsp::FloatLanes left, dsp::FloatLanes right) {
+        dsp::StoreLanes(feedbackReturn[0] + i, left);
+        dsp::StoreLanes(feedbackReturn[1] + i, right);
     };
     dsp::ForEachStereoSample(stage[0], stage[1], frames, step, take);
     dcOutput[0] = last[0];
