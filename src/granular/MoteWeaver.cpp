@@ -514,22 +514,18 @@ void MoteWeaver::RunSamples(const ProcessBlock& block, bool transportStarted) {
 /// Records the samples from first to ahead of end, and moves the heads over them.
 void MoteWeaver::RunHeads(const ProcessBlock& block, const CaptureBuffer::Transport& transport,
                           uint32_t first, uint32_t end) {
-    const float* const left = block.inputs[Row::AudioLeft];
-    const float* const right = block.inputs[Row::AudioRight];
-    const bool watched = capture.retrigPlayHead || capture.retrigSequencer ||
-                         capture.quantizationMode == CaptureBuffer::kTransients;
-    const bool straight = !capture.frozen && !watched && first < end;
-    if (straight && !transport.playing) {
-        capture.RunFree(left + first, right + first, persistence + first, end - first, transport);
+    const uint32_t from = capture.writePosition;
+    if (first == end)
+        return;
+    if (RunHeadsStraight(block, transport, first, end)) {
+        if (capture.quantizationMode == CaptureBuffer::kTransients)
+            MarkStretch(first, end, from);
         return;
     }
+    const float* const left = block.inputs[Row::AudioLeft];
+    const float* const right = block.inputs[Row::AudioRight];
     const float* const cycles = SongClock().CycleBuffer();
     const float* const phases = SongClock().PhaseBuffer();
-    if (straight && SongClock().StaysInCycle() && !(transport.started && first == 0) &&
-        capture.RunLocked(left + first, right + first, persistence + first, end - first,
-                          cycles[first] + phases[first], cycles[end - 1] + phases[end - 1],
-                          transport))
-        return;
     for (uint32_t n = first; n < end; ++n) {
         if (!capture.frozen) {
             RecordSample(n, left[n], right[n]);
@@ -541,6 +537,42 @@ void MoteWeaver::RunHeads(const ProcessBlock& block, const CaptureBuffer::Transp
         const bool atStart = capture.AdvancePlayHead(transport, n == 0);
         if (atStart && capture.retrigSequencer)
             Sequencer().Restart();
+    }
+}
+
+/// RunHeads in one go; false, and nothing is done, where something has to be looked at on the way.
+bool MoteWeaver::RunHeadsStraight(const ProcessBlock& block,
+                                  const CaptureBuffer::Transport& transport, uint32_t first,
+                                  uint32_t end) {
+    if (capture.frozen || capture.retrigPlayHead || capture.retrigSequencer)
+        return false;
+    const float* const left = block.inputs[Row::AudioLeft] + first;
+    const float* const right = block.inputs[Row::AudioRight] + first;
+    const uint32_t count = end - first;
+    if (!transport.playing) {
+        if (capture.quantizationMode == CaptureBuffer::kTransients &&
+            capture.writePosition + count >= capture.length)
+            return false;
+        capture.RunFree(left, right, persistence + first, count, transport);
+        return true;
+    }
+    if (!SongClock().StaysInCycle() || (transport.started && first == 0))
+        return false;
+    const float* const cycles = SongClock().CycleBuffer();
+    const float* const phases = SongClock().PhaseBuffer();
+    return capture.RunLocked(left, right, persistence + first, count, cycles[first] + phases[first],
+                             cycles[end - 1] + phases[end - 1], transport);
+}
+
+/// Shows the detector what has been recorded from a place on, and drops the markers passed over.
+void MoteWeaver::MarkStretch(uint32_t first, uint32_t end, uint32_t from) {
+    for (uint32_t n = first; n < end; ++n)
+        detector.PushSample(n, capture.mono[from + n - first]);
+    const auto behind = static_cast<int32_t>(from + end - first);
+    auto passed = static_cast<int32_t>(from);
+    while (markers.Count() > 0 && markers.Front() >= passed && markers.Front() < behind) {
+        passed = markers.Front() + 1;
+        markers.DropFront();
     }
 }
 

@@ -100,6 +100,9 @@ private:
     void RunSamples(const ProcessBlock& block, bool transportStarted);
     void RunHeads(const ProcessBlock& block, const CaptureBuffer::Transport& transport,
                   uint32_t first, uint32_t end);
+    bool RunHeadsStraight(const ProcessBlock& block, const CaptureBuffer::Transport& transport,
+                          uint32_t first, uint32_t end);
+    void MarkStretch(uint32_t first, uint32_t end, uint32_t from);
     void RecordSample(uint32_t n, float left, float right);
     void FindTransients();
     void RenderGrains(const ProcessBlock& block);

@@ -26,9 +26,7 @@ struct RadixFourFft::Complex {
     }
     Complex operator+(Complex y) const { return {re + y.re, im + y.im}; }
     Complex operator-(Complex y) const { return {re - y.re, im - y.im}; }
-    Complex operator*(Complex y) const {
-        return {re * y.re - im * y.im, re * y.im + im * y.re};
-    }
+    Complex operator*(Complex y) const { return {re * y.re - im * y.im, re * y.im + im * y.re}; }
 
     /// Of four values, turned already, their transform.
     static void Butterfly(Complex (&x)[kRadix]) {
@@ -116,7 +114,8 @@ void RadixFourFft::RunFirstStage(const float* src) {
             x[q] = {EvenLanes(a, b), OddLanes(a, b)};
         }
         Complex::Butterfly(x);
-        const auto scatter = [&](float* to, FloatLanes a, FloatLanes b, FloatLanes c, FloatLanes d) {
+        const auto scatter = [&](float* to, FloatLanes a, FloatLanes b, FloatLanes c,
+                                 FloatLanes d) {
             const FloatLanes ab = ZipLower(a, b), cd = ZipLower(c, d);
             const FloatLanes abUpper = ZipUpper(a, b), cdUpper = ZipUpper(c, d);
             StoreLanes(to + places[r], LowerPairs(ab, cd));
