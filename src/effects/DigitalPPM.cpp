@@ -58,8 +58,9 @@ void DigitalPPM::ProcessPair(DigitalPPM& first, DigitalPPM& second, const Proces
             const auto a = std::bit_cast<FloatLanes>(std::bit_cast<Bits>(x) & magnitude);
             return levels = a > levels ? a : a * gain - levels * decay;
         };
-        ForEachStereoSample(inputs[0], inputs[1], block.numFrames, step,
-                            [](uint32_t, FloatLanes, FloatLanes) {});
+        ForEachStereoSample(
+            inputs[0], inputs[1], block.numFrames, step, [](uint32_t, FloatLanes, FloatLanes) {},
+            [](uint32_t, float, float) {});
         first.level = levels[0];
         second.level = levels[1];
         first.Show();

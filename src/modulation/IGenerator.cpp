@@ -443,21 +443,29 @@ void IGenerator::RunSynced(const Run& run) {
 /// something else does. Behind the first step phases are whole multiples of the last place of a
 /// number between 1 and 2, and so is each step: all sums are exact, in whatever order.
 bool IGenerator::RunFreeStraight(const Run& run) {
-    if (swingOn || rateBuffer[0] != previousRate || !ratesRest)
+    if (swingOn || !ratesRest)
         return false;
     const auto start = static_cast<double>(phaseInit);
     const double step = FreeStep(previousRate, run);
+    // A new rate counts from the second step on.
+    const float newRate = rateBuffer[0];
+    const double newStep = newRate == previousRate ? step : FreeStep(newRate, run);
     const double from = freePhase + 1.0;
     const double first = from + step - 1.0;
-    const double advance = 1.0 + step - 1.0;
+    const double advance = 1.0 + newStep - 1.0;
     const double last = first + static_cast<double>(run.steps - 1) * advance;
-    if (!(first >= 0.0 && last < 1.0) || Crosses(from - start, last + 1.0 - start))
+    // A half of the last place goes up from some phases and down from others; behind one step all
+    // are even.
+    const bool isAlike = first + 1.0 + newStep - 1.0 == first + advance;
+    const bool climbs = step >= 0.0 && newStep >= 0.0 && first >= 0.0 && last < 1.0;
+    if (!isAlike || !climbs || Crosses(from - start, last + 1.0 - start))
         return false;
     if (phasesNeeded)
         FillPhases(first, advance, run.steps);
     heldCycles.Fill(cycleBuffer, run.steps, cycleCount);
     phasesClimb = advance >= 0.0;
     freePhase = last;
+    previousRate = newRate;
     previousClock = run.clock + static_cast<double>(run.steps - 1) * beatsPerSample;
     return true;
 }

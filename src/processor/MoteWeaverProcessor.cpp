@@ -293,11 +293,7 @@ void MoteWeaverProcessor::HighPass(uint32_t frames) {
     const auto step = [&last, feedback](dsp::FloatLanes forward) {
         return last = forward - feedback * last;
     };
-    const auto take = [this](uint32_t i, dsp::FloatLanes left, dsp::FloatLanes right) {
-        dsp::StoreLanes(feedbackReturn[0] + i, left);
-        dsp::StoreLanes(feedbackReturn[1] + i, right);
-    };
-    dsp::ForEachStereoSample(stage[0], stage[1], frames, step, take);
+    dsp::MapStereoSamples(stage[0], stage[1], feedbackReturn[0], feedbackReturn[1], frames, step);
     dcOutput[0] = last[0];
     dcOutput[1] = last[1];
 }
