@@ -273,14 +273,15 @@ void PitchTaps::Read(const Course& course, float* out, uint32_t count) const {
 void PitchTaps::ReadTap(const Tap& tap, float* out, uint32_t count) const {
     const auto longest = static_cast<float>(ring.size - static_cast<int32_t>(kChunk) - 2);
     const int32_t start = ring.writeIndex - static_cast<int32_t>(count);
-    LinearReads<kChunk> reads;
+    std::array<int32_t, kChunk> places;
+    Samples fractions;
     for (uint32_t i = 0; i < count; ++i) {
         const float delay = tap.delay[i] < longest ? tap.delay[i] : longest;
         const auto whole = static_cast<int32_t>(delay);
-        reads.fraction[i] = delay - static_cast<float>(whole);
-        reads.place[i] = start + static_cast<int32_t>(i) - whole;
+        fractions[i] = delay - static_cast<float>(whole);
+        places[i] = start + static_cast<int32_t>(i) - whole;
     }
-    reads.Read(ring.data, ring.size, count, out);
+    LinearReads(ring.data, ring.size).Read(places.data(), fractions.data(), count, out);
 }
 
 }  // namespace Quorvan::dsp

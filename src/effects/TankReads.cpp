@@ -26,12 +26,10 @@ void Modulate(Taps& taps, const float* modulation, uint32_t count) {
 }
 
 void ReadTaps(const DelayLine& ring, int32_t start, const Taps& taps, uint32_t count, float* out) {
-    LinearReads<kTankChunk> reads;
-    for (uint32_t n = 0; n < count; ++n) {
-        reads.place[n] = start + static_cast<int32_t>(n) - taps.back[n];
-        reads.fraction[n] = taps.fraction[n];
-    }
-    reads.Read(ring.data, ring.size, count, out);
+    std::array<int32_t, kTankChunk> places;
+    for (uint32_t n = 0; n < count; ++n)
+        places[n] = start + static_cast<int32_t>(n) - taps.back[n];
+    LinearReads(ring.data, ring.size).Read(places.data(), taps.fraction.data(), count, out);
 }
 
 Taps GlidingTaps(uint32_t place, const float* scale, uint32_t count) {
