@@ -22,8 +22,8 @@ public:
         if (AllBetween(delays, whole, shortest, longest))
             done = ReadPieces(line.data + line.writeIndex, delays, fractions, whole, out);
         else if (AllBetween(delays, whole, shortest + line.size, longest + line.size))
-            done = ReadPieces(line.data + line.writeIndex + line.size, delays, fractions, whole,
-                              out);
+            done =
+                ReadPieces(line.data + line.writeIndex + line.size, delays, fractions, whole, out);
         for (uint32_t n = done; n < count; ++n)
             out[n] = DelayLine::Polynomial(line.PointsAround(delays[n]), fractions[n]);
     }
@@ -45,9 +45,9 @@ private:
             const FloatLanes w = points(0), x = points(1), y = points(2), z = points(3);
             const FloatLanes qb0 = ZipLower(w, x), qb1 = ZipLower(y, z);
             const FloatLanes ap0 = ZipUpper(w, x), ap1 = ZipUpper(y, z);
-            StoreLanes(out + n, Between(UpperPairs(ap0, ap1), LowerPairs(ap0, ap1),
-                                        UpperPairs(qb0, qb1), LowerPairs(qb0, qb1),
-                                        LoadLanes(fractions + n)));
+            StoreLanes(out + n,
+                       Between(UpperPairs(ap0, ap1), LowerPairs(ap0, ap1), UpperPairs(qb0, qb1),
+                               LowerPairs(qb0, qb1), LoadLanes(fractions + n)));
         }
         return count;
     }
