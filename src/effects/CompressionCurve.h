@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 
 namespace Quorvan::dsp {
 
@@ -12,6 +13,10 @@ public:
     /// slope is the rise of the output above the threshold, 1 / ratio; threshold and knee in dB.
     CompressionCurve(float thresholdDb, float slope, float kneeDb);
 
+    /// Whether it was made of these.
+    bool Is(float thresholdDb, float slope, float kneeDb) const {
+        return thresholdDb == threshold && slope - 1.0f == slopeMinusOne && kneeDb == knee;
+    }
     /// Whether the gain is 0 dB at all of count levels. Without a jump in the loop, so that it runs
     /// in vectors.
     bool LeavesAll(const float* levels, uint32_t count) const {
@@ -35,7 +40,7 @@ private:
 
     float GainDb(float level, float db) const;
 
-    float threshold = 0.0f;
+    float threshold = std::numeric_limits<float>::quiet_NaN();
     float slopeMinusOne = 0.0f;
     float knee = 0.0f;
     bool kneeIsZero = true;

@@ -62,6 +62,8 @@ void Compressor::OnSetup(float rate, uint32_t blockSize) {
     for (AlignedVector* buffer :
          {&wetBuffer, &gainBuffers[0], &gainBuffers[1], &drivenSignal, &delayedSignal})
         buffer->assign(blockSize, 0.0f);
+    heldWet.Forget();
+    releaseTime = -1.0f;
 
     wetSmoother.stepLength = 1;
     wetSmoother.sampleRate = rate;
@@ -136,11 +138,9 @@ bool Compressor::OnProcess(ProcessBlock& block) {
             detectorLevel[pass] = gainBuffers[pass][count - 1];
     }
     FillGains(passes, count);
-    for (uint32_t pass = 0; pass < passes; ++pass) {
-        if (lookaheadSamples != 0)
-            gainRings[pass].Process(gainBuffers[pass].data(), count);
+    DelayGains(passes, count);
+    for (uint32_t pass = 0; pass < passes; ++pass)
         WriteChannel(pass, pass, own[pass], block.outputs[pass], count);
-    }
     if (stereoLinked)
         WriteChannel(1, 0, right, right == nullptr ? nullptr : block.outputs[1], count);
     SetParameterValue(OutGainReduction, MeterValue(passes));
@@ -192,14 +192,29 @@ void Compressor::ReadBlockTargets(const ProcessBlock& block) {
     wetSmoother.SetTarget(parameters[Wet].GetBlockValue(block, kWetRow));
     thresholdSmoother.SetTarget(parameters[Threshold].GetBlockValue(block, kThresholdRow));
     ratioSmoother.SetTarget(parameters[Ratio].GetBlockValue(block, kRatioRow));
-    releaseCoefficient = PerSample(parameters[Release].GetBlockValue(block, kReleaseRow));
-    wetSmoother.FillBlock(wetBuffer.data(), block.numFrames);
+    const float time = parameters[Release].GetBlockValue(block, kReleaseRow);
+    if (time != releaseTime)
+        releaseCoefficient = PerSample(time);
+    releaseTime = time;
+    FillWet(block.numFrames);
+}
+
+void Compressor::FillWet(uint32_t count) {
+    allWet = wetSmoother.IsAtRestAt(1.0);
+    if (allWet) {
+        heldWet.Fill(wetBuffer.data(), count, 1.0f);
+        return;
+    }
+    heldWet.Forget();
+    wetSmoother.FillBlock(wetBuffer.data(), count);
 }
 
 void Compressor::UpdateCurve() {
     const float ratio = ratioSmoother.Tick();
     const float slope = ratioInfinite ? 0.0f : 1.0f / ratio;
-    curve = CompressionCurve(thresholdSmoother.Tick(), slope, kneeWidth);
+    const float threshold = thresholdSmoother.Tick();
+    if (!curve.Is(threshold, slope, kneeWidth))
+        curve = CompressionCurve(threshold, slope, kneeWidth);
     makeupGain = makeupOn ? curve.MakeupGain() : 1.0f;
 }
 
@@ -237,7 +252,8 @@ void Compressor::FillGains(uint32_t passes, uint32_t count) {
     std::array<uint32_t, kChannels> busy{};
     uint32_t busyCount = 0;
     for (uint32_t pass = 0; pass < passes; ++pass) {
-        if (IsIdle(pass, count))
+        unity[pass] = IsIdle(pass, count);
+        if (unity[pass])
             std::fill_n(gainBuffers[pass].begin(), count, 1.0f);
         else
             busy[busyCount++] = pass;
@@ -248,6 +264,16 @@ void Compressor::FillGains(uint32_t passes, uint32_t count) {
         FollowGains(busy[0], busy[busyCount - 1], count);
     for (uint32_t k = 0; k < busyCount; ++k)
         DecibelsToGains(gainBuffers[busy[k]].data(), count);
+}
+
+void Compressor::DelayGains(uint32_t passes, uint32_t count) {
+    for (uint32_t pass = 0; lookaheadSamples != 0 && pass < passes; ++pass) {
+        float* const gains = gainBuffers[pass].data();
+        if (unity[pass])
+            unity[pass] = gainRings[pass].ProcessUnity(gains, count);
+        else
+            gainRings[pass].Process(gains, count);
+    }
 }
 
 /// Attack and release of the gains in dB. Two passes go side by side in a vector, which also keeps
@@ -271,9 +297,26 @@ void Compressor::FollowGains(uint32_t a, uint32_t b, uint32_t count) {
     gainReduction[b] = smoothed[1];
 }
 
+/// Whether nothing is done to the signal but that it is late.
+bool Compressor::IsPlain(uint32_t pass) const {
+    return unity[pass] && allWet && lookaheadSamples != 0 && inGainLinear == 1.0f &&
+           outGainLinear == 1.0f && makeupGain == 1.0f;
+}
+
+/// What WriteChannel comes to then. The dry share is 0 of the input, which can take the sign off a
+/// zero.
+void Compressor::WritePlain(uint32_t channel, const float* in, float* out, uint32_t count) {
+    float* const delayed = delayedSignal.data();
+    RunBlockDelay(inputRings[channel], static_cast<uint32_t>(lookaheadSamples), in, delayed, count);
+    for (uint32_t i = 0; i < count; ++i)
+        out[i] = 0.0f * in[i] + delayed[i];
+}
+
 /// Mixes one channel with the gains of a pass. An absent input still runs its delay, with silence.
 void Compressor::WriteChannel(uint32_t channel, uint32_t pass, const float* in, float* out,
                               uint32_t count) {
+    if (in != nullptr && out != nullptr && IsPlain(pass))
+        return WritePlain(channel, in, out, count);
     float* const driven = drivenSignal.data();
     const float inGain = inGainLinear;
     if (in == nullptr)

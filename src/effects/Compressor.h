@@ -9,6 +9,7 @@
 #include "framework/UnitModule.h"
 #include "primitives/AlignedVector.h"
 #include "primitives/DelayLine.h"
+#include "primitives/HeldRow.h"
 #include "primitives/SmootherInterpLPF.h"
 #include "primitives/SmootherLPF.h"
 
@@ -80,14 +81,18 @@ private:
     void ClearRings();
     void UpdateGains();
     void ReadBlockTargets(const ProcessBlock& block);
+    void FillWet(uint32_t count);
     void UpdateCurve();
 
     void FillDetectorInput(uint32_t pass, const float* a, const float* b, uint32_t count);
     void FollowLevel(uint32_t pass, uint32_t count);
     bool IsIdle(uint32_t pass, uint32_t count) const;
     void FillGains(uint32_t passes, uint32_t count);
+    void DelayGains(uint32_t passes, uint32_t count);
+    bool IsPlain(uint32_t pass) const;
     void FollowGains(uint32_t a, uint32_t b, uint32_t count);
     void WriteChannel(uint32_t channel, uint32_t pass, const float* in, float* out, uint32_t count);
+    void WritePlain(uint32_t channel, const float* in, float* out, uint32_t count);
     float MeterValue(uint32_t passes) const;
 
     float sampleRate = 0.0f;
@@ -98,6 +103,7 @@ private:
     float outGainLinear = 0.0f;  ///< of this block
     float attackCoefficient = 0.0f;
     float releaseCoefficient = 0.0f;
+    float releaseTime = -1.0f;  ///< milliseconds that the coefficient is for
     bool stereoLinked = false;
     uint32_t detectorCount = 1;  ///< 1 linked, 2 separate
     float kneeWidth = 0.0f;      ///< dB
@@ -119,7 +125,10 @@ private:
     SmootherInterpLPF wetSmoother{0.01};                       // one tick a sample
 
     // Block buffers.
-    AlignedVector wetBuffer;  ///< wet share of each sample
+    AlignedVector wetBuffer;              ///< wet share of each sample
+    HeldRow heldWet;                      ///< what it holds
+    bool allWet = false;                  ///< all shares are 1
+    std::array<bool, kChannels> unity{};  ///< of each pass: all gains of this block are 1
     /// Of each pass: detector input, level, then gain.
     std::array<AlignedVector, kChannels> gainBuffers;
     AlignedVector drivenSignal;   ///< one channel behind the input gain

@@ -1,10 +1,12 @@
 #include "effects/DigitalPPM.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <utility>
 
 #include "framework/ParameterTable.h"
+#include "primitives/StereoLanes.h"
 
 namespace Quorvan::dsp {
 
@@ -47,14 +49,20 @@ void DigitalPPM::ProcessPair(DigitalPPM& first, DigitalPPM& second, const Proces
         first.SetParameterNormalized(Level, 0.0f);
         second.SetParameterNormalized(Level, 0.0f);
     } else {
-        float one = first.level;
-        float other = second.level;
-        for (uint32_t i = 0; i < block.numFrames; ++i) {
-            one = first.Next(one, inputs[0][i]);
-            other = second.Next(other, inputs[1][i]);
-        }
-        first.level = one;
-        second.level = other;
+        using Bits = int32_t __attribute__((vector_size(16)));
+        const Bits magnitude = Bits{} + 0x7fffffff;
+        const FloatLanes gain = BothSides(first.inputGain, second.inputGain);
+        const FloatLanes decay = BothSides(first.negativeDecay, second.negativeDecay);
+        FloatLanes levels = BothSides(first.level, second.level);
+        const auto step = [&](FloatLanes x) {
+            const auto a = std::bit_cast<FloatLanes>(std::bit_cast<Bits>(x) & magnitude);
+            return levels = a > levels ? a : a * gain - levels * decay;
+        };
+        ForEachStereoSample(
+            inputs[0], inputs[1], block.numFrames, step, [](uint32_t, FloatLanes, FloatLanes) {},
+            [](uint32_t, float, float) {});
+        first.level = levels[0];
+        second.level = levels[1];
         first.Show();
         second.Show();
     }

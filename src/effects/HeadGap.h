@@ -19,6 +19,11 @@ public:
     void Watch(const float* samples, uint32_t count);
 
 private:
+    static constexpr uint32_t kMost = 16;  ///< samples that go at once
+
+    bool ProcessAtOnce(float* samples, const float* seconds, const float* gaps, uint32_t count);
+    void Take(const float* samples, uint32_t count);
+
     float inverseSampleRate = 0.0f;
 
     // State.

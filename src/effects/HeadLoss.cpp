@@ -12,9 +12,9 @@ void HeadLoss::Setup(float rate) {
 }
 
 void HeadLoss::Clear() {
-    for (StereoBiquadState& stage : headStages)
+    for (StereoBiquadState& stage : stages.head)
         stage.Clear();
-    gapStage.Clear();
+    stages.gap.Clear();
 }
 
 void HeadLoss::Process(const std::array<float*, 2>& samples,
@@ -22,18 +22,30 @@ void HeadLoss::Process(const std::array<float*, 2>& samples,
     const bool leftStays = Stays(0, delays[0], count);
     const bool rightStays = Stays(1, delays[1], count);
     if (leftStays && rightStays) {
-        const std::array<Filters, 2> f = last;
-        for (StereoBiquadState& stage : headStages)
-            stage.Process([&f](uint32_t c, uint32_t) { return f[c].head; }, samples, count);
-        gapStage.Process([&f](uint32_t c, uint32_t) { return f[c].gap; }, samples, count);
+        const StereoBiquadCoefficients head(last[0].head, last[1].head);
+        const StereoBiquadCoefficients gap(last[0].gap, last[1].gap);
+        Cascade local = stages;
+        MapStereoSamples(samples[0], samples[1], samples[0], samples[1], count,
+                         [&](FloatLanes x) { return local.Tick(head, gap, x); });
+        stages = local;
         return;
     }
-    Fill(0, delays[0], count);
-    Fill(1, delays[1], count);
-    for (StereoBiquadState& stage : headStages)
-        stage.Process([this](uint32_t c, uint32_t i) { return courses[c][i].head; }, samples,
-                      count);
-    gapStage.Process([this](uint32_t c, uint32_t i) { return courses[c][i].gap; }, samples, count);
+    FillBoth(delays, count);
+    Cascade local = stages;
+    uint32_t i = 0;
+    MapStereoSamples(samples[0], samples[1], samples[0], samples[1], count, [&](FloatLanes x) {
+        const Filters &left = courses[0][i], &right = courses[1][i];
+        ++i;
+        return local.Tick({left.head, right.head}, {left.gap, right.gap}, x);
+    });
+    stages = local;
+}
+
+FloatLanes HeadLoss::Cascade::Tick(const StereoBiquadCoefficients& headPass,
+                                   const StereoBiquadCoefficients& gapPass, FloatLanes x) {
+    for (StereoBiquadState& stage : head)
+        x = stage.Tick(headPass, x);
+    return gap.Tick(gapPass, x);
 }
 
 bool HeadLoss::Stays(uint32_t channel, const float* delays, uint32_t count) {
@@ -54,6 +66,20 @@ HeadLoss::Filters HeadLoss::FiltersAt(float ms) const {
         return BiquadCoefficients::LowPass(w, UnpairedSine(w) * 0.5f / q);
     };
     return {lowPass(entry.headFrequency, entry.headQ), lowPass(entry.gapFrequency, entry.gapQ)};
+}
+
+/// Where both channels have one delay, they have one course.
+void HeadLoss::FillBoth(const std::array<const float*, 2>& delays, uint32_t count) {
+    const bool alike =
+        lastMs[0] == lastMs[1] && std::equal(delays[0], delays[0] + count, delays[1]);
+    Fill(0, delays[0], count);
+    if (!alike) {
+        Fill(1, delays[1], count);
+        return;
+    }
+    std::copy_n(courses[0].begin(), count, courses[1].begin());
+    last[1] = last[0];
+    lastMs[1] = lastMs[0];
 }
 
 void HeadLoss::Fill(uint32_t channel, const float* delays, uint32_t count) {

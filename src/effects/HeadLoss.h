@@ -28,12 +28,21 @@ private:
     struct Filters {
         BiquadCoefficients head, gap;
     };
+    /// Memory of all of them.
+    struct Cascade {
+        FloatLanes Tick(const StereoBiquadCoefficients& headPass,
+                        const StereoBiquadCoefficients& gapPass, FloatLanes x);
+
+        std::array<StereoBiquadState, kHeadStages> head;
+        StereoBiquadState gap;
+    };
     using Course = std::array<Filters, kChunk>;
 
     /// Whether the filters of the last sample hold for the whole call.
     bool Stays(uint32_t channel, const float* delays, uint32_t count);
     float Milliseconds(float samples) const;
     Filters FiltersAt(float ms) const;
+    void FillBoth(const std::array<const float*, 2>& delays, uint32_t count);
     void Fill(uint32_t channel, const float* delays, uint32_t count);
 
     // Coefficients.
@@ -42,9 +51,7 @@ private:
     std::array<float, 2> lastMs{};  ///< that last belongs to; 0 for none
     std::array<Filters, 2> last;    ///< of the last sample
 
-    // State.
-    std::array<StereoBiquadState, kHeadStages> headStages;
-    StereoBiquadState gapStage;
+    Cascade stages;  ///< state
 
     // Buffers of one call.
     std::array<Course, 2> courses;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "primitives/RingStretch.h"
+
 namespace Quorvan::dsp {
 
 namespace {
@@ -12,6 +14,12 @@ void LookaheadGain::Resize(int32_t capacity) {
     ring.Resize(capacity);
     weights.assign(static_cast<size_t>(capacity), 0.0f);
     length = 0;
+    unityCount = 0;
+}
+
+void LookaheadGain::Clear() {
+    ring.Clear();
+    unityCount = 0;
 }
 
 void LookaheadGain::SetLength(int32_t samples) {
@@ -40,6 +48,18 @@ void LookaheadGain::Process(float* gains, uint32_t count) {
         read = read + 1 == size ? 0 : read + 1;
     }
     ring.writeIndex = write;
+    unityCount = 0;
+}
+
+bool LookaheadGain::ProcessUnity(float* gains, uint32_t count) {
+    const auto added = static_cast<int32_t>(count);
+    const int32_t known = unityCount;
+    if (known >= length && added <= ring.size)
+        WriteToRing(ring, gains, added);
+    else
+        Process(gains, count);
+    unityCount = std::min(known + added, ring.size);
+    return known >= length;
 }
 
 /// From the newest place backwards, until the curve is found to lie below the ramp. At most two

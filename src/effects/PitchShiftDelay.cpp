@@ -8,6 +8,7 @@
 #include "effects/StereoInputs.h"
 #include "framework/ParameterTable.h"
 #include "primitives/Clock.h"
+#include "primitives/PolynomialReads.h"
 #include "primitives/RingStretch.h"
 #include "primitives/Xorshift.h"
 
@@ -253,19 +254,13 @@ void PitchShiftDelay::ReadMainLine(uint32_t channel, uint32_t from, uint32_t cou
 void PitchShiftDelay::ReadBetween(const DelayLine& line, const int32_t* whole,
                                   const float* fraction, bool interpolate, float* out,
                                   uint32_t count) const {
-    Samples p, a, b, q;
-    for (uint32_t i = 0; i < count; ++i) {
-        const auto points = line.PointsAround(whole[i] - static_cast<int32_t>(i));
-        p[i] = points.p;
-        a[i] = points.a;
-        b[i] = points.b;
-        q[i] = points.q;
-    }
+    std::array<int32_t, kChunk> back;
     for (uint32_t i = 0; i < count; ++i)
-        out[i] = DelayLine::Polynomial({p[i], a[i], b[i], q[i]}, fraction[i]);
+        back[i] = whole[i] - static_cast<int32_t>(i);
+    PolynomialReads::Read(line, back.data(), fraction, count, out);
     for (uint32_t i = 0; !interpolate && i < count; ++i)
         if (!HasSpanMoving(i))
-            out[i] = a[i];
+            out[i] = line.PointsAround(back[i]).a;
 }
 
 void PitchShiftDelay::FillDetuneMix(float* mix, uint32_t count) {

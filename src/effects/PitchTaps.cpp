@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "primitives/LinearReads.h"
 #include "primitives/RingStretch.h"
 #include "primitives/SmootherLPFPair.h"
 #include "primitives/Xorshift.h"
@@ -136,6 +137,15 @@ void PitchTaps::GlidePitch(const Two& taps, TwoMotions& motions, uint32_t count)
     for (size_t c = 0; c < 2; ++c) {
         Motion& motion = motions[c];
         const float rate = taps[c]->sampleRate;
+        // Without detuning both channels have one shift.
+        if (c > 0 && std::equal(motion.pitch.begin(), motion.pitch.begin() + count,
+                                motions[0].pitch.begin())) {
+            motion.goal = motions[0].goal;
+            motion.step = motions[0].step;
+            taps[c]->appliedPitch = taps[0]->appliedPitch;
+            taps[c]->cycleStep = taps[0]->cycleStep;
+            continue;
+        }
         motion.goal.Fill(motion.pitch.data(), count);
         for (uint32_t i = 0; i < count; ++i) {
             motion.step[i] = motion.goal.rate[i] / rate;
@@ -263,21 +273,15 @@ void PitchTaps::Read(const Course& course, float* out, uint32_t count) const {
 void PitchTaps::ReadTap(const Tap& tap, float* out, uint32_t count) const {
     const auto longest = static_cast<float>(ring.size - static_cast<int32_t>(kChunk) - 2);
     const int32_t start = ring.writeIndex - static_cast<int32_t>(count);
-    std::array<int32_t, kChunk> place;
-    Samples fraction, from, to;
+    std::array<int32_t, kChunk> places;
+    Samples fractions;
     for (uint32_t i = 0; i < count; ++i) {
         const float delay = tap.delay[i] < longest ? tap.delay[i] : longest;
         const auto whole = static_cast<int32_t>(delay);
-        fraction[i] = delay - static_cast<float>(whole);
-        place[i] = start + static_cast<int32_t>(i) - whole;
+        fractions[i] = delay - static_cast<float>(whole);
+        places[i] = start + static_cast<int32_t>(i) - whole;
     }
-    for (uint32_t i = 0; i < count; ++i) {
-        const int32_t newer = place[i] < 0 ? place[i] + ring.size : place[i];
-        from[i] = ring.data[newer];
-        to[i] = ring.data[newer == 0 ? ring.size - 1 : newer - 1];
-    }
-    for (uint32_t i = 0; i < count; ++i)
-        out[i] = (to[i] - from[i]) * fraction[i] + from[i];
+    LinearReads(ring.data, ring.size).Read(places.data(), fractions.data(), count, out);
 }
 
 }  // namespace Quorvan::dsp

@@ -243,6 +243,7 @@ void SpaceEchoLite::RunChunk(const ProcessBlock& block, uint32_t from, uint32_t 
     TakeInput(block, from, count);
     transport.Play(tape, from, count, !IsPingPong());
     PassHeads(count);
+    FillIntensity(count);
     if (IsPingPong())
         RecordPingPong(from, count);
     else
@@ -257,8 +258,7 @@ void SpaceEchoLite::TakeInput(const ProcessBlock& block, uint32_t from, uint32_t
         input[0][i] = inputs[0][from + i] * gain;
         input[1][i] = inputs[1][from + i] * gain;
     }
-    highPass.Process(Pointers(input), count);
-    lowPass.Process(Pointers(input), count);
+    StereoBiquad::ProcessInSeries(highPass, lowPass, Pointers(input), count);
     recorded = input;
     recordShelf.Process(Pointers(recorded), count);
 }
@@ -280,9 +280,17 @@ void SpaceEchoLite::PassHeads(uint32_t count) {
     }
 }
 
+void SpaceEchoLite::FillIntensity(uint32_t count) {
+    if (intensitySmoother.HasArrived())
+        std::fill_n(intensity.begin(), count, static_cast<float>(intensitySmoother.current));
+    else
+        for (uint32_t i = 0; i < count; ++i)
+            intensity[i] = intensitySmoother.Tick();
+}
+
 void SpaceEchoLite::RecordStereo(uint32_t from, uint32_t count) {
     for (uint32_t i = 0; i < count; ++i) {
-        const float gain = intensitySmoother.Tick();
+        const float gain = intensity[i];
         const float left = head[0][i] * gain, right = head[1][i] * gain;
         transport.Record(0, left + recorded[0][i]);
         transport.Record(1, right + recorded[1][i]);
@@ -294,7 +302,7 @@ void SpaceEchoLite::RecordStereo(uint32_t from, uint32_t count) {
 /// the left one.
 void SpaceEchoLite::RecordPingPong(uint32_t from, uint32_t count) {
     for (uint32_t i = 0; i < count; ++i) {
-        const float back = tape.played[1][i] * intensitySmoother.Tick();
+        const float back = tape.played[1][i] * intensity[i];
         transport.Record(1, head[0][i]);
         transport.Record(0, 0.5f * (recorded[1][i] + recorded[0][i]) + back);
         envelopeIn[from + i] = std::max(0.5f * (input[1][i] + input[0][i]) + back, head[0][i]);

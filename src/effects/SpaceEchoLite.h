@@ -90,6 +90,7 @@ private:
     void RunChunk(const ProcessBlock& block, uint32_t from, uint32_t count);
     void TakeInput(const ProcessBlock& block, uint32_t from, uint32_t count);
     void PassHeads(uint32_t count);
+    void FillIntensity(uint32_t count);
     void RecordStereo(uint32_t from, uint32_t count);
     void RecordPingPong(uint32_t from, uint32_t count);
     void Mix(const ProcessBlock& block, uint32_t from, uint32_t count);
@@ -126,6 +127,7 @@ private:
     Stereo recorded;  ///< the same behind the record equaliser
     Stereo head;      ///< from the playback heads
     Stereo wet;
+    Samples intensity;  ///< gain of the loop
 };
 
 }  // namespace Quorvan::dsp

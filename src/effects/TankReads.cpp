@@ -1,5 +1,6 @@
 #include "effects/TankReads.h"
 
+#include "primitives/LinearReads.h"
 #include "primitives/RingStretch.h"
 
 namespace Quorvan::dsp {
@@ -25,18 +26,10 @@ void Modulate(Taps& taps, const float* modulation, uint32_t count) {
 }
 
 void ReadTaps(const DelayLine& ring, int32_t start, const Taps& taps, uint32_t count, float* out) {
-    const int32_t size = ring.size;
-    std::array<int32_t, kTankChunk> near, far;
-    for (uint32_t n = 0; n < count; ++n) {
-        const int32_t place = start + static_cast<int32_t>(n) - taps.back[n];
-        near[n] = place < 0 ? place + size : place;
-        far[n] = near[n] < 1 ? size - 1 : near[n] - 1;
-    }
-    const float* const data = ring.data;
-    for (uint32_t n = 0; n < count; ++n) {
-        const float a = data[near[n]];
-        out[n] = (data[far[n]] - a) * taps.fraction[n] + a;
-    }
+    std::array<int32_t, kTankChunk> places;
+    for (uint32_t n = 0; n < count; ++n)
+        places[n] = start + static_cast<int32_t>(n) - taps.back[n];
+    LinearReads(ring.data, ring.size).Read(places.data(), taps.fraction.data(), count, out);
 }
 
 Taps GlidingTaps(uint32_t place, const float* scale, uint32_t count) {

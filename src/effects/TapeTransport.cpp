@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "primitives/Clock.h"
+#include "primitives/PolynomialReads.h"
 #include "primitives/Xorshift.h"
 
 namespace Quorvan::dsp {
@@ -76,6 +77,8 @@ void TapeTransport::Play(Chunk& chunk, uint32_t from, uint32_t count, bool right
     MoveMotors(chunk, count);
     for (uint32_t c = 0; c < kChannels; ++c) {
         DelayLine& sent = wobbleLine[c];
+        std::array<int32_t, kChunk> back;
+        Samples fraction;
         for (uint32_t i = 0; i < count; ++i) {
             const float delay = chunk.delay[c][i];
             const float seconds =
@@ -89,13 +92,13 @@ void TapeTransport::Play(Chunk& chunk, uint32_t from, uint32_t count, bool right
             sent.Write(wobble);
             const float readDelay = before * kPassedOn + wobble + delay - gap;
             const auto whole = static_cast<int32_t>(readDelay);
-            // The tape still stands at the chunk's start.
-            chunk.played[c][i] =
-                tape[c].Read(whole - static_cast<int32_t>(i), readDelay - static_cast<float>(whole),
-                             DelayLine::kPolynomial);
+            back[i] = whole - static_cast<int32_t>(i);
+            fraction[i] = readDelay - static_cast<float>(whole);
             chunk.seconds[c][i] = seconds;
             chunk.gap[c][i] = gap;
         }
+        // The tape still stands at the chunk's start.
+        PolynomialReads::Read(tape[c], back.data(), fraction.data(), count, chunk.played[c].data());
     }
 }
 

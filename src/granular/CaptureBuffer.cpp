@@ -1,6 +1,9 @@
 #include "granular/CaptureBuffer.h"
 
 #include <algorithm>
+#include <bit>
+
+#include "primitives/RepeatedSum.h"
 
 namespace Quorvan::dsp {
 
@@ -13,6 +16,8 @@ constexpr float kLongestLoopMs = 16000.0f;
 constexpr float kFarthestSample = 2.0e9f;
 /// The longest tape is wiped in so many blocks.
 constexpr uint32_t kWipingBlocks = 64;
+
+uint64_t ExponentOf(double x) { return std::bit_cast<uint64_t>(x) >> 52; }
 
 }  // namespace
 
@@ -79,9 +84,70 @@ void CaptureBuffer::RunFree(const float* inLeft, const float* inRight, const flo
         done += n;
     }
     // While it scans, the play head goes its own way; else only its last place counts.
-    const uint32_t steps = playbackMode == kScan ? count : 1;
-    for (uint32_t i = 0; i < steps; ++i)
+    RunPlayHead(playbackMode == kScan ? count : 1, transport);
+}
+
+bool CaptureBuffer::RunLocked(const float* inLeft, const float* inRight, const float* persistence,
+                              uint32_t count, float firstClock, float lastClockOfAll,
+                              const Transport& transport) {
+    const auto units = static_cast<double>(lengthUnits);
+    const double firstTurn = static_cast<double>(firstClock) / units;
+    const double lastTurn = static_cast<double>(lastClockOfAll) / units;
+    const double firstWrapped = Wrap(static_cast<double>(firstClock), units);
+    // Neither the clock jumps nor does a lap end, nor does the head reach the end of the loop.
+    const bool follows = !resync && std::abs(firstClock - lastClock) <= 1.0f &&
+                         lastClockOfAll - firstClock <= 1.0f && lastWrapped <= firstWrapped &&
+                         firstTurn >= 0.0 && std::floor(firstTurn) == std::floor(lastTurn);
+    const uint32_t end = writePosition + count;
+    if (!follows || !(transport.songPosition >= 0.0f) || end >= length || end >= maxLength)
+        return false;
+    WriteStretch(inLeft, inRight, persistence, count);
+    writePosition = end;
+    lastClock = lastClockOfAll;
+    lastWrapped = Wrap(static_cast<double>(lastClockOfAll), units);
+    RunPlayHead(playbackMode == kFollow ? 1 : count, transport);
+    return true;
+}
+
+/// Steps of the play head while the write head stands.
+void CaptureBuffer::RunPlayHead(uint32_t count, const Transport& transport) {
+    const bool scans = playbackMode == kScan && transport.songPosition >= 0.0f && !retrigPlayHead;
+    if (scans && writePosition < length) {
+        Scan(count, static_cast<double>(length));
+        return;
+    }
+    for (uint32_t i = 0; i < count; ++i)
         AdvancePlayHead(transport, false);
+}
+
+/// Steps of a play head that scans. Where the wrap gives back each place as it was, it is left out.
+void CaptureBuffer::Scan(uint32_t count, double wrap) {
+    double p = playPosition;
+    if (const double first = p + speed; IsWrapExact(first, wrap)) {
+        const double last = RepeatedSum(p, speed, count).End();
+        if (IsWrapExact(last, wrap) && ExponentOf(last) == ExponentOf(first)) {
+            playPosition = last;
+            return;
+        }
+    }
+    for (uint32_t i = 0; i < count; ++i) {
+        p += speed;
+        if (p <= 0.0)
+            p += wrap;
+        p = Wrap(p, wrap);
+    }
+    playPosition = p;
+}
+
+/// Whether Wrap answers x itself, and does so for all between two such x of one power of two. Where
+/// the fraction of x is below that of wrap, the quotient lies between a half and 1, but for a power
+/// of two. Its rounding, times wrap, is less than half of the last place of x, so that the product
+/// is rounded to x; but an x that is a power of two has half as much room below.
+bool CaptureBuffer::IsWrapExact(double x, double wrap) {
+    constexpr uint64_t kFraction = (uint64_t{1} << 52) - 1;
+    const uint64_t fraction = std::bit_cast<uint64_t>(x) & kFraction;
+    return x > 1.0 && x < wrap && fraction != 0 &&
+           fraction < (std::bit_cast<uint64_t>(wrap) & kFraction);
 }
 
 void CaptureBuffer::WriteStretch(const float* inLeft, const float* inRight,

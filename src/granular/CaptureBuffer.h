@@ -81,6 +81,13 @@ struct CaptureBuffer {
     /// and no head is watched for passing the loop's start.
     void RunFree(const float* inLeft, const float* inRight, const float* persistence,
                  uint32_t count, const Transport& transport);
+    /// count samples of Write, AdvanceLocked and AdvancePlayHead at once, on a clock that climbs
+    /// from first to last inside one of its cycles; false, and nothing is done, where more can
+    /// happen than that the heads move on. Not for the first sample of a transport start, nor where
+    /// a head is watched.
+    bool RunLocked(const float* inLeft, const float* inRight, const float* persistence,
+                   uint32_t count, float firstClock, float lastClockOfAll,
+                   const Transport& transport);
     /// One step of the write head locked to the song clock, in units of sixty-fourth notes.
     void AdvanceLocked(float clock, const Transport& transport, bool firstSample,
                        MarkerRing& markers);
@@ -138,6 +145,9 @@ private:
     }
     void WriteStretch(const float* inLeft, const float* inRight, const float* persistence,
                       uint32_t count);
+    void RunPlayHead(uint32_t count, const Transport& transport);
+    void Scan(uint32_t count, double wrap);
+    static bool IsWrapExact(double x, double wrap);
     uint32_t SamplesOf(float seconds) const;
     /// Loops x into 0..wrap.
     static double Wrap(double x, double wrap) {

@@ -35,6 +35,14 @@ double WrapInto(double x, double wrap) {
     return (turns - std::floor(turns)) * wrap;
 }
 
+/// Without a jump in the loop, so that it runs in vectors.
+bool AnyAboveHalf(const float* values, uint32_t count) {
+    uint32_t above = 0;
+    for (uint32_t i = 0; i < count; ++i)
+        above += values[i] > 0.5f ? 1 : 0;
+    return above != 0;
+}
+
 uint32_t IndexAt(const BlockCurves& curves, Curve curve, uint32_t n) {
     return static_cast<uint32_t>(curves.At(curve, n));
 }
@@ -52,6 +60,22 @@ GrainScheduler::GrainScheduler(GrainPool& pool, CaptureBuffer& tape, MarkerRing&
       position(place),
       gate(pulse),
       randomA(prims::SeedFromClock()) {}
+
+uint32_t GrainScheduler::PassTo(uint32_t n, uint32_t end) {
+    constexpr uint32_t kLeap = 16;
+    for (; n + kLeap <= end && !AnyMayStart(n, kLeap); n += kLeap)
+        randomA = prims::XorshiftLeap<kLeap>::From(randomA);
+    for (; n < end && !MayStart(n); ++n)
+        prims::XorshiftStep(randomA);
+    return n;
+}
+
+/// True also where trigger and gate are open at different samples only.
+bool GrainScheduler::AnyMayStart(uint32_t first, uint32_t count) const {
+    const float* const doors = curves[Curve::GrainTrigger] + first;
+    return (settings.triggerMode != 1 || AnyAboveHalf(doors, count)) &&
+           (pendingTrigger || AnyAboveHalf(clocks.tick + first, count));
+}
 
 /// Of a sample that may start a grain.
 bool GrainScheduler::Decide(uint32_t n, uint32_t draw) const {

@@ -58,6 +58,9 @@ public:
     void Step(uint32_t n) {
         Step(n, [] {});
     }
+    /// Step for all samples from n to the first one that may start a grain, which is answered and
+    /// still to be stepped; end where there is none ahead of it.
+    uint32_t PassTo(uint32_t n, uint32_t end);
     /// Lets the oldest count grains fade out.
     void ReleaseOldest(uint32_t count);
     /// Releases what the pool holds above the limit, in pairs.
@@ -99,6 +102,7 @@ private:
         return (pendingTrigger || clocks.tick[n] > 0.5f) &&
                (settings.triggerMode != 1 || curves.At(Curve::GrainTrigger, n) > 0.5f);
     }
+    bool AnyMayStart(uint32_t first, uint32_t count) const;
     bool Decide(uint32_t n, uint32_t draw) const;
     void Start(uint32_t n);
     void DrawJitter(uint32_t n);

@@ -52,6 +52,10 @@ void MoteWeaver::ConfigureChildren() {
           static_cast<IGenerator*>(&Sequencer())})
         clock->SetSyncedRates(kMainRates.data(), kMainRates.size());
     TextureClock().SetSyncedRates(kTextureRates.data(), kTextureRates.size());
+    for (IGenerator* clock :
+         {static_cast<IGenerator*>(&MainClock()), static_cast<IGenerator*>(&TextureClock()),
+          static_cast<IGenerator*>(&Sequencer())})
+        clock->NeedPhases(false);
     for (GranularPhaseHelper* clock : {&MainClock(), &TextureClock(), &SongClock()})
         clock->SetParameterValue(G::Mode, static_cast<float>(G::kFree));
 
@@ -409,6 +413,7 @@ void MoteWeaver::RunClocks(const ProcessBlock& block) {
     TextureClock().Process(inner);
     inner.inputs = nullptr;
     inner.numInputs = 0;
+    SongClock().NeedPhases(block.transportPlaying != 0);
     SongClock().Process(inner);
 }
 
@@ -443,7 +448,11 @@ void MoteWeaver::FillTextureRate(uint32_t frames) {
     const auto rateAt = [&](uint32_t n) {
         const auto layer = static_cast<size_t>(
             std::clamp(density[n] + offset, 0.0f, static_cast<float>(kTextureLayers.size() - 1)));
-        return knob.PositionOf(kTextureLayers[layer] * 1000.0f / size[n]) - now;
+        const float hertz = kTextureLayers[layer] * 1000.0f / size[n];
+        if (hertz != textureHertz)
+            texturePosition = knob.PositionOf(hertz);
+        textureHertz = hertz;
+        return texturePosition - now;
     };
     // The curve's inverse is a logarithm: it is taken where something has moved.
     if (Rests(Curve::TextureSizeAbsolute, frames) && Rests(Curve::TextureDensity, frames)) {
@@ -485,32 +494,36 @@ void MoteWeaver::RunSamples(const ProcessBlock& block, bool transportStarted) {
                                              .songPosition = block.songPosition,
                                              .wholeNote = WholeNote(),
                                              .typeFactor = TimeTypeFactor(settings.grainSizeMode)};
-    // The heads matter where a grain starts; in between they are moved on in one go.
+    // The heads matter where a grain starts, and whether one does may hang on the markers that they
+    // pass; in between they are moved on in one go.
     const bool marking = capture.quantizationMode == CaptureBuffer::kTransients;
+    const uint32_t end = block.numFrames;
     uint32_t done = 0;
     const auto catchUp = [&](uint32_t n) {
         RunHeads(block, transport, done, n);
         done = n;
     };
-    for (uint32_t n = 0; n < block.numFrames; ++n) {
+    for (uint32_t n = scheduler.PassTo(0, end); n < end; n = scheduler.PassTo(n + 1, end)) {
         if (marking)
             catchUp(n);
         scheduler.Step(n, [&catchUp, n] { catchUp(n); });
     }
-    catchUp(block.numFrames);
+    catchUp(end);
 }
 
 /// Records the samples from first to ahead of end, and moves the heads over them.
 void MoteWeaver::RunHeads(const ProcessBlock& block, const CaptureBuffer::Transport& transport,
                           uint32_t first, uint32_t end) {
-    const float* const left = block.inputs[Row::AudioLeft];
-    const float* const right = block.inputs[Row::AudioRight];
-    const bool watched = capture.retrigPlayHead || capture.retrigSequencer ||
-                         capture.quantizationMode == CaptureBuffer::kTransients;
-    if (!capture.frozen && !transport.playing && !watched && first < end) {
-        capture.RunFree(left + first, right + first, persistence + first, end - first, transport);
+    const uint32_t from = capture.writePosition;
+    if (first == end)
+        return;
+    if (RunHeadsStraight(block, transport, first, end)) {
+        if (capture.quantizationMode == CaptureBuffer::kTransients)
+            MarkStretch(first, end, from);
         return;
     }
+    const float* const left = block.inputs[Row::AudioLeft];
+    const float* const right = block.inputs[Row::AudioRight];
     const float* const cycles = SongClock().CycleBuffer();
     const float* const phases = SongClock().PhaseBuffer();
     for (uint32_t n = first; n < end; ++n) {
@@ -524,6 +537,42 @@ void MoteWeaver::RunHeads(const ProcessBlock& block, const CaptureBuffer::Transp
         const bool atStart = capture.AdvancePlayHead(transport, n == 0);
         if (atStart && capture.retrigSequencer)
             Sequencer().Restart();
+    }
+}
+
+/// RunHeads in one go; false, and nothing is done, where something has to be looked at on the way.
+bool MoteWeaver::RunHeadsStraight(const ProcessBlock& block,
+                                  const CaptureBuffer::Transport& transport, uint32_t first,
+                                  uint32_t end) {
+    if (capture.frozen || capture.retrigPlayHead || capture.retrigSequencer)
+        return false;
+    const float* const left = block.inputs[Row::AudioLeft] + first;
+    const float* const right = block.inputs[Row::AudioRight] + first;
+    const uint32_t count = end - first;
+    if (!transport.playing) {
+        if (capture.quantizationMode == CaptureBuffer::kTransients &&
+            capture.writePosition + count >= capture.length)
+            return false;
+        capture.RunFree(left, right, persistence + first, count, transport);
+        return true;
+    }
+    if (!SongClock().StaysInCycle() || (transport.started && first == 0))
+        return false;
+    const float* const cycles = SongClock().CycleBuffer();
+    const float* const phases = SongClock().PhaseBuffer();
+    return capture.RunLocked(left, right, persistence + first, count, cycles[first] + phases[first],
+                             cycles[end - 1] + phases[end - 1], transport);
+}
+
+/// Shows the detector what has been recorded from a place on, and drops the markers passed over.
+void MoteWeaver::MarkStretch(uint32_t first, uint32_t end, uint32_t from) {
+    for (uint32_t n = first; n < end; ++n)
+        detector.PushSample(n, capture.mono[from + n - first]);
+    const auto behind = static_cast<int32_t>(from + end - first);
+    auto passed = static_cast<int32_t>(from);
+    while (markers.Count() > 0 && markers.Front() >= passed && markers.Front() < behind) {
+        passed = markers.Front() + 1;
+        markers.DropFront();
     }
 }
 

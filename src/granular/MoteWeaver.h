@@ -100,6 +100,9 @@ private:
     void RunSamples(const ProcessBlock& block, bool transportStarted);
     void RunHeads(const ProcessBlock& block, const CaptureBuffer::Transport& transport,
                   uint32_t first, uint32_t end);
+    bool RunHeadsStraight(const ProcessBlock& block, const CaptureBuffer::Transport& transport,
+                          uint32_t first, uint32_t end);
+    void MarkStretch(uint32_t first, uint32_t end, uint32_t from);
     void RecordSample(uint32_t n, float left, float right);
     void FindTransients();
     void RenderGrains(const ProcessBlock& block);
@@ -136,6 +139,8 @@ private:
     AlignedVector rateStorage, textureRateStorage;  ///< rows with their heads
     float* rateInput = nullptr;
     float* textureRateInput = nullptr;
+    float textureHertz = 0.0f;     ///< the rate that was last looked up on the clock's knob
+    float texturePosition = 0.0f;  ///< where it stands
 
     GrainRenderer renderer;
     GrainScheduler scheduler;

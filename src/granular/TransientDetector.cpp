@@ -5,6 +5,8 @@
 #include <cmath>
 #include <numeric>
 
+#include "primitives/FloatLanes.h"
+
 namespace Quorvan::dsp {
 
 namespace {
@@ -90,21 +92,21 @@ float TransientDetector::DetectionValue() {
     fft.Forward(windowed.data(), spectrum.data());
 
     // Four partial sums each, for the sake of vectors.
-    constexpr uint32_t kLanes = 4;
-    std::array<float, kLanes> energies{};
-    std::array<float, kLanes> contents{};
-    for (uint32_t k = 0; k < frameSize / 2; k += kLanes)
-        for (uint32_t lane = 0; lane < kLanes; ++lane) {
-            const float re = spectrum[2 * (k + lane)];
-            const float im = spectrum[2 * (k + lane) + 1];
-            const float m = re * re + im * im;
-            energies[lane] += m;
-            contents[lane] += static_cast<float>(k + lane) * m;
-        }
-    const float energy = std::accumulate(energies.begin(), energies.end(), 1.0f);
+    FloatLanes energies{}, contents{};
+    FloatLanes bins{0.0f, 1.0f, 2.0f, 3.0f};
+    for (uint32_t at = 0; at < frameSize; at += 8, bins += 4.0f) {
+        const FloatLanes a = LoadLanes(spectrum.data() + at);
+        const FloatLanes b = LoadLanes(spectrum.data() + at + 4);
+        const FloatLanes re = EvenLanes(a, b), im = OddLanes(a, b);
+        const FloatLanes m = re * re + im * im;
+        energies += m;
+        contents += bins * m;
+    }
+    const auto sum = [](FloatLanes x, float start) { return start + x[0] + x[1] + x[2] + x[3]; };
+    const float energy = sum(energies, 1.0f);
     // What the window spreads into bin 1 says nothing of an onset.
     const float lowest = spectrum[2] * spectrum[2] + spectrum[3] * spectrum[3];
-    const float content = std::accumulate(contents.begin(), contents.end(), -lowest);
+    const float content = sum(contents, -lowest);
     const float value = content * content / ((previousValue + 1.0f) * energy);
     // A recorded infinity would stay in the low-pass for ever.
     return std::isfinite(value) ? value : 0.0f;

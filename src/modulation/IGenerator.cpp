@@ -8,6 +8,7 @@
 #include "framework/ParameterTable.h"
 #include "modulation/PhaseMath.h"
 #include "primitives/BlockTests.h"
+#include "primitives/RepeatedSum.h"
 
 namespace Quorvan::dsp {
 
@@ -117,6 +118,7 @@ bool IGenerator::UpdateParameters(ProcessBlock& block) {
             syncedTypeFactor = type == 1 ? kTripletFactor : type == 2 ? kDottedFactor : 1.0f;
         }
         UpdateRate();
+        knownRow = std::numeric_limits<float>::quiet_NaN();
     }
     if (IsChanged(PhaseInit))
         UpdatePhaseInit();
@@ -200,24 +202,34 @@ void IGenerator::FillRates(const ProcessBlock& block) {
         return heldRates.Fill(rateBuffer, frames, rate);
     Parameter& knob = parameters[synced ? RateSynced : RateUnSynced];
     const float* const row = block.inputs[rateInputIndex];
-    const auto hold = [&](float value) {
-        heldRates.Fill(rateBuffer, frames, synced ? TableEntry(value) : value);
-    };
-    if (rateInputMode == kPerBlock)
-        return hold(knob.GetModulatedValue(row[0]));
-    if (IsConstant(row, frames)) {
-        ProcessBlock first = block;
-        first.numFrames = 1;
-        float value = 0.0f;
-        knob.FillBlockValues(first, rateInputIndex, &value);
-        return hold(value);
-    }
+    if (rateInputMode == kPerBlock || IsConstant(row, frames))
+        return heldRates.Fill(rateBuffer, frames, RateAt(knob, block));
     heldRates.Forget();
     knob.FillBlockValues(block, rateInputIndex, rateBuffer);
     if (synced)
         for (uint32_t i = 0; i < frames; ++i)
             rateBuffer[i] = TableEntry(rateBuffer[i]);
     ratesRest = IsConstant(rateBuffer, controlRate ? 1 : frames);
+}
+
+/// The rate where the row stands at its first entry. While row and knob rest, it is what it was.
+float IGenerator::RateAt(Parameter& knob, const ProcessBlock& block) {
+    const float row = block.inputs[rateInputIndex][0];
+    const float position = knob.GetNormalized();
+    if (row == knownRow && position == knownPosition)
+        return knownRate;
+    float value = 0.0f;
+    if (rateInputMode == kPerBlock) {
+        value = knob.GetModulatedValue(row);
+    } else {
+        ProcessBlock first = block;
+        first.numFrames = 1;
+        knob.FillBlockValues(first, rateInputIndex, &value);
+    }
+    knownRow = row;
+    knownPosition = position;
+    knownRate = synced ? TableEntry(value) : value;
+    return knownRate;
 }
 
 void IGenerator::ClearTicks() {
@@ -374,24 +386,22 @@ bool IGenerator::RunSyncedStraight(const Run& run) {
     return true;
 }
 
-/// Phases of a run's steps by their clocks; answers with the last clock. Clocks are rounded one
-/// after the other, and so worked out ahead of the phases, which wait for nothing.
+/// Phases of a run's steps by their clocks, where anybody needs them; answers with the last clock.
 template <class PhaseAt>
 double IGenerator::FillByClock(const Run& run, const PhaseAt& phaseAt) {
     constexpr uint32_t kStretch = 64;
     double clocks[kStretch];
     double next = run.clock;
-    double last = next;
-    for (uint32_t done = 0; done < run.steps; done += kStretch) {
+    for (uint32_t done = 0; phasesNeeded && done < run.steps; done += kStretch) {
         const uint32_t count = std::min(kStretch, run.steps - done);
+        const RepeatedSum sum(next, beatsPerSample, count);
+        sum.Fill(clocks, count);
         float* const phases = phaseBuffer + done;
-        for (uint32_t i = 0; i < count; ++i, next += beatsPerSample)
-            clocks[i] = next;
         for (uint32_t i = 0; i < count; ++i)
             phases[i] = static_cast<float>(phaseAt(clocks[i]));
-        last = clocks[count - 1];
+        next = sum.End();
     }
-    return last;
+    return RepeatedSum(run.clock, beatsPerSample, run.steps - 1).End();
 }
 
 /// Cycles are counted on the clock. Between their starts the phase runs on by itself, unless it
@@ -433,20 +443,29 @@ void IGenerator::RunSynced(const Run& run) {
 /// something else does. Behind the first step phases are whole multiples of the last place of a
 /// number between 1 and 2, and so is each step: all sums are exact, in whatever order.
 bool IGenerator::RunFreeStraight(const Run& run) {
-    if (swingOn || rateBuffer[0] != previousRate || !ratesRest)
+    if (swingOn || !ratesRest)
         return false;
     const auto start = static_cast<double>(phaseInit);
     const double step = FreeStep(previousRate, run);
+    // A new rate counts from the second step on.
+    const float newRate = rateBuffer[0];
+    const double newStep = newRate == previousRate ? step : FreeStep(newRate, run);
     const double from = freePhase + 1.0;
     const double first = from + step - 1.0;
-    const double advance = 1.0 + step - 1.0;
+    const double advance = 1.0 + newStep - 1.0;
     const double last = first + static_cast<double>(run.steps - 1) * advance;
-    if (!(first >= 0.0 && last < 1.0) || Crosses(from - start, last + 1.0 - start))
+    // A half of the last place goes up from some phases and down from others; behind one step all
+    // are even.
+    const bool isAlike = first + 1.0 + newStep - 1.0 == first + advance;
+    const bool climbs = step >= 0.0 && newStep >= 0.0 && first >= 0.0 && last < 1.0;
+    if (!isAlike || !climbs || Crosses(from - start, last + 1.0 - start))
         return false;
-    FillPhases(first, advance, run.steps);
+    if (phasesNeeded)
+        FillPhases(first, advance, run.steps);
     heldCycles.Fill(cycleBuffer, run.steps, cycleCount);
     phasesClimb = advance >= 0.0;
     freePhase = last;
+    previousRate = newRate;
     previousClock = run.clock + static_cast<double>(run.steps - 1) * beatsPerSample;
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,10 @@ public:
     virtual bool Generate(ProcessBlock& block) = 0;
     virtual void UpdateRate();
 
+    /// Whether anybody reads PhaseBuffer, as is taken for granted. Where nobody does, a block may
+    /// leave it as it is.
+    void NeedPhases(bool areNeeded) { phasesNeeded = areNeeded; }
+
     /// Replaces the table of note lengths, in whole notes; "RateSynced" gets as many steps.
     void SetSyncedRates(const std::vector<float>& table);
     void SetSyncedRates(const float* table, size_t count);
@@ -77,6 +82,8 @@ public:
     const float* CycleBuffer() const { return cycleBuffer; }
     /// Whether a cycle began in the last block.
     bool HasTicked() const { return ticked; }
+    /// Whether the last block lay inside one cycle, with no phase below the one ahead of it.
+    bool StaysInCycle() const { return phasesClimb; }
     bool IsSynced() const { return synced; }
     float Tempo() const { return tempo; }
     /// Rate of a step in hertz, free or synced.
@@ -134,7 +141,8 @@ protected:
     bool wasPlaying = false;
     bool controlRate = false;
     bool hardFollow = false;
-    bool phasesClimb = false;  ///< no phase of this block is below the one ahead of it
+    bool phasesNeeded = true;
+    bool phasesClimb = false;  ///< no phase is below the one ahead of it, all are of one cycle
 
 private:
     /// What one block fixes for its steps.
@@ -148,6 +156,7 @@ private:
 
     void UpdatePhaseInit();
     void FillRates(const ProcessBlock& block);
+    float RateAt(Parameter& knob, const ProcessBlock& block);
     float TableEntry(float index) const;
     void FollowSongPosition(const ProcessBlock& block, bool justStarted);
     void FollowTransport(const Run& run);
@@ -175,6 +184,9 @@ private:
     double CyclesAt(double clock, double perBeat) const;
     double Warp(double cycles) const;
 
+    /// Where RateAt was last asked, and its answer; no row is where a new one is to be worked out.
+    float knownRow = std::numeric_limits<float>::quiet_NaN();
+    float knownPosition = 0.0f, knownRate = 0.0f;
     HeldRow heldRates, heldCycles;  ///< what rateBuffer and cycleBuffer hold
     bool ratesRest = false;         ///< all rates of this block are equal
     bool ticked = false;            ///< a step of this block has a tick

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 
+#include "primitives/StereoLanes.h"
 #include "primitives/UnpairedSine.h"
 
 namespace Quorvan::dsp {
@@ -54,38 +56,42 @@ struct BiquadState {
     float x1 = 0.0f, x2 = 0.0f, y1 = 0.0f, y2 = 0.0f;
 };
 
-/// One section for each of two channels.
+/// Coefficients of two channels side by side.
+struct StereoBiquadCoefficients {
+    StereoBiquadCoefficients(const BiquadCoefficients& l, const BiquadCoefficients& r)
+        : b0(BothSides(l.b0, r.b0)),
+          b1(BothSides(l.b1, r.b1)),
+          b2(BothSides(l.b2, r.b2)),
+          a1(BothSides(l.a1, r.a1)),
+          a2(BothSides(l.a2, r.a2)) {}
+
+    FloatLanes b0, b1, b2, a1, a2;
+};
+
+/// One section for each of two channels, which go side by side, with the sums of BiquadState.
 class StereoBiquadState {
 public:
-    using Both = std::array<BiquadState, 2>;
-
-    const Both& Get() const { return states; }
-    void Set(const Both& both) { states = both; }
-    void Clear() { states = {}; }
-
-    /// Runs both channels in place, in step, so that their recursions overlap. at(channel, sample)
-    /// gives the coefficients.
-    template <class At>
-    void Process(At at, const std::array<float*, 2>& samples, uint32_t count) {
-        BiquadState left = states[0], right = states[1];
-        float* const l = samples[0];
-        float* const r = samples[1];
-        for (uint32_t i = 0; i < count; ++i) {
-            l[i] = left.Tick(at(0, i), l[i]);
-            r[i] = right.Tick(at(1, i), r[i]);
-        }
-        states = {left, right};
+    void Clear() { x1 = x2 = y1 = y2 = FloatLanes{}; }
+    FloatLanes Tick(const StereoBiquadCoefficients& c, FloatLanes x) {
+        const FloatLanes y = c.b0 * x + c.b1 * x1 + c.b2 * x2 - c.a1 * y1 - c.a2 * y2;
+        x2 = x1;
+        x1 = x;
+        y2 = y1;
+        y1 = y;
+        return y;
     }
-
     void ProcessOne(const BiquadCoefficients& c, uint32_t channel, float* samples, uint32_t count) {
-        BiquadState state = states[channel];
+        BiquadState state{x1[channel], x2[channel], y1[channel], y2[channel]};
         for (uint32_t i = 0; i < count; ++i)
             samples[i] = state.Tick(c, samples[i]);
-        states[channel] = state;
+        x1[channel] = state.x1;
+        x2[channel] = state.x2;
+        y1[channel] = state.y1;
+        y2[channel] = state.y2;
     }
 
 private:
-    Both states;
+    FloatLanes x1{}, x2{}, y1{}, y2{};
 };
 
 /// The same with one set of coefficients for both channels.
@@ -93,31 +99,43 @@ class StereoBiquad {
 public:
     void Clear() { states.Clear(); }
     void Process(const std::array<float*, 2>& samples, uint32_t count) {
-        const BiquadCoefficients c = coefficients;
-        states.Process([&c](uint32_t, uint32_t) -> const BiquadCoefficients& { return c; }, samples,
-                       count);
+        RunInSeries(samples, count, *this);
     }
     void ProcessOne(uint32_t channel, float* samples, uint32_t count) {
         states.ProcessOne(coefficients, channel, samples, count);
     }
-    /// first.Process and then second.Process in one go: their recursions overlap too.
+    /// first.Process and then second.Process in one go: their recursions overlap.
     static void ProcessInSeries(StereoBiquad& first, StereoBiquad& second,
                                 const std::array<float*, 2>& samples, uint32_t count) {
-        const BiquadCoefficients a = first.coefficients, b = second.coefficients;
-        StereoBiquadState::Both fromA = first.states.Get(), fromB = second.states.Get();
-        float* const l = samples[0];
-        float* const r = samples[1];
-        for (uint32_t i = 0; i < count; ++i) {
-            l[i] = fromB[0].Tick(b, fromA[0].Tick(a, l[i]));
-            r[i] = fromB[1].Tick(b, fromA[1].Tick(a, r[i]));
-        }
-        first.states.Set(fromA);
-        second.states.Set(fromB);
+        RunInSeries(samples, count, first, second);
     }
 
     BiquadCoefficients coefficients;
 
 private:
+    /// A section for the length of a loop.
+    struct Running {
+        explicit Running(const StereoBiquad& section)
+            : coefficients(section.coefficients, section.coefficients), states(section.states) {}
+
+        StereoBiquadCoefficients coefficients;
+        StereoBiquadState states;
+    };
+
+    template <class... Sections>
+    static void RunInSeries(const std::array<float*, 2>& samples, uint32_t count,
+                            Sections&... sections) {
+        std::array<Running, sizeof...(Sections)> local{Running(sections)...};
+        MapStereoSamples(samples[0], samples[1], samples[0], samples[1], count,
+                         [&local](FloatLanes x) {
+                             for (Running& each : local)
+                                 x = each.states.Tick(each.coefficients, x);
+                             return x;
+                         });
+        size_t k = 0;
+        ((sections.states = local[k++].states), ...);
+    }
+
     StereoBiquadState states;
 };
 

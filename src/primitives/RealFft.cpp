@@ -14,6 +14,10 @@ void RealFft::Resize(int64_t length) {
         return;
     Free();
     size = length;
+    if (RadixFourFft::Fits(static_cast<uint32_t>(length))) {
+        vectorFft.Resize(static_cast<uint32_t>(length));
+        return;
+    }
     const int order = std::countr_zero(std::bit_floor(static_cast<uint64_t>(length)));
     int specSize = 0, initSize = 0, workSize = 0;
     prims::ippsFFTGetSize_R_32f(order, kDivideInverse, kFast, &specSize, &initSize, &workSize);

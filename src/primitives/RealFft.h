@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "primitives/RadixFourFft.h"
 #include "primitives/VectorKernels.h"
 
 namespace Quorvan::dsp {
@@ -18,14 +19,18 @@ public:
     void Resize(int64_t length);
     /// N samples to N/2 + 1 interleaved complex bins, unscaled; dst has room for N + 2 floats and
     /// is not src.
-    void Forward(const float* src, float* dst) const {
-        prims::ippsFFTFwd_RToCCS_32f(src, dst, spec, workMemory);
+    void Forward(const float* src, float* dst) {
+        if (spec == nullptr)
+            vectorFft.Forward(src, dst);
+        else
+            prims::ippsFFTFwd_RToCCS_32f(src, dst, spec, workMemory);
     }
 
 private:
     void Free();
 
     int64_t size = 0;
+    RadixFourFft vectorFft;                    ///< for the lengths that it takes
     prims::IppsFFTSpec_R_32f* spec = nullptr;  ///< inside specMemory
     uint8_t* specMemory = nullptr;
     uint8_t* workMemory = nullptr;

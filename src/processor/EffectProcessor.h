@@ -207,10 +207,12 @@ bool EffectProcessor<N, B, M...>::OnProcess(dsp::ProcessBlock& block) {
     inner.numOutputs = 2;
     const bool result = ProcessEffect(inner, mode);
 
-    outputGainSmoother.FillBlock(gainRamp, block.numFrames);
-    for (uint32_t c = 0; c < channelCount; ++c)
-        for (uint32_t i = 0; i < block.numFrames; ++i)
-            wet[c][i] *= gainRamp[i];
+    if (!outputGainSmoother.IsAtRestAt(1.0)) {
+        outputGainSmoother.FillBlock(gainRamp, block.numFrames);
+        for (uint32_t c = 0; c < channelCount; ++c)
+            for (uint32_t i = 0; i < block.numFrames; ++i)
+                wet[c][i] *= gainRamp[i];
+    }
     WriteOutputs(block, channelCount);
     return result;
 }

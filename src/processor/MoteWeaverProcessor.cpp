@@ -10,6 +10,7 @@
 #include "primitives/FiniteSamples.h"
 #include "primitives/PeakHold.h"
 #include "primitives/RingStretch.h"
+#include "primitives/StereoLanes.h"
 #include "primitives/UnpairedSine.h"
 
 namespace Quorvan::Processor {
@@ -87,6 +88,7 @@ void MoteWeaverProcessor::TuneSources() {
     for (uint32_t i = 0; i < 32; ++i)
         Sequencer().Configure(S::StepVal1 + i, Kind::kLinear, 0.0f, 1.0f);
     Sequencer().SetParameterNormalized(S::SppHardFollow, 1.0f);
+    Sequencer().NeedPhases(false);
 }
 
 void MoteWeaverProcessor::TuneSpatializer() {
@@ -218,14 +220,27 @@ void MoteWeaverProcessor::RunGranular(const dsp::ProcessBlock& block, const Inpu
     feedbackGain.FillBlock(ramp, frames);
     if (stagesWatched)
         WatchFeedback(frames);
-    const float* const sides[] = {in.left, in.right};
-    for (uint32_t c = 0; c < 2; ++c)
-        for (uint32_t i = 0; i < frames; ++i)
-            feedbackReturn[c][i] = SoftClip(feedbackReturn[c][i] * ramp[i]) + sides[c][i];
+    JoinFeedback(in, frames);
     HighPass(frames);
     RunChild(Granular(), block, granularInputs.data(), static_cast<uint32_t>(granularInputs.size()),
              stage, 2);
     display.Fill(Granular());
+}
+
+/// What a gain of 0 has taken, the clip leaves as it is.
+void MoteWeaverProcessor::JoinFeedback(const Inputs& in, uint32_t frames) {
+    const float* const sides[] = {in.left, in.right};
+    const bool silent = feedbackGain.IsAtRestAt(0.0);
+    for (uint32_t c = 0; c < 2; ++c) {
+        float* const back = feedbackReturn[c];
+        const float* const side = sides[c];
+        if (silent)
+            for (uint32_t i = 0; i < frames; ++i)
+                back[i] = back[i] * 0.0f + side[i];
+        else
+            for (uint32_t i = 0; i < frames; ++i)
+                back[i] = SoftClip(back[i] * ramp[i]) + side[i];
+    }
 }
 
 /// The clip keeps the order of levels, so that it can wait until they are asked for; so can a gain
@@ -261,7 +276,7 @@ StagePeaks MoteWeaverProcessor::TakePeaks() {
 }
 
 /// The inputs' part waits for nothing and comes ahead, into a buffer that the grains fill later.
-/// Then both channels go in one loop: each waits for its own last output.
+/// Then both channels go side by side: each waits for its own last output.
 void MoteWeaverProcessor::HighPass(uint32_t frames) {
     if (frames == 0)
         return;
@@ -274,16 +289,13 @@ void MoteWeaverProcessor::HighPass(uint32_t frames) {
         dcInput[c] = x[frames - 1];
     }
     const float feedback = dcA1;
-    float left = dcOutput[0];
-    float right = dcOutput[1];
-    for (uint32_t i = 0; i < frames; ++i) {
-        left = stage[0][i] - feedback * left;
-        right = stage[1][i] - feedback * right;
-        feedbackReturn[0][i] = left;
-        feedbackReturn[1][i] = right;
-    }
-    dcOutput[0] = left;
-    dcOutput[1] = right;
+    dsp::FloatLanes last = dsp::BothSides(dcOutput[0], dcOutput[1]);
+    const auto step = [&last, feedback](dsp::FloatLanes forward) {
+        return last = forward - feedback * last;
+    };
+    dsp::MapStereoSamples(stage[0], stage[1], feedbackReturn[0], feedbackReturn[1], frames, step);
+    dcOutput[0] = last[0];
+    dcOutput[1] = last[1];
 }
 
 /// What comes out of the lines here goes into the grains with the next block. That one may be
@@ -327,9 +339,15 @@ void MoteWeaverProcessor::MixDry(const dsp::ProcessBlock& block, const Inputs& i
     constexpr float kQuarterTurn = std::numbers::pi_v<float> * 0.5f;
     const bool resting = dryWetMix.IsAtRest();
     dryWetMix.FillBlock(ramp, frames);
-    float wetGain = dsp::UnpairedSine(ramp[0] * kQuarterTurn);
-    float dryGain = std::cos(ramp[0] * kQuarterTurn);
+    float wetGain = 0.0f, dryGain = 0.0f;
     if (resting) {
+        if (ramp[0] != restingMix) {
+            restingMix = ramp[0];
+            restingWet = dsp::UnpairedSine(restingMix * kQuarterTurn);
+            restingDry = std::cos(restingMix * kQuarterTurn);
+        }
+        wetGain = restingWet;
+        dryGain = restingDry;
         for (uint32_t c = 0; c < 2; ++c)
             for (uint32_t i = 0; i < frames; ++i)
                 signal[c][i] = wetGain * signal[c][i] + dryGain * stage[c][i];

@@ -18,6 +18,7 @@
 #include "primitives/SmootherLPF.h"
 #include "primitives/SmootherSRL.h"
 #include "processor/EffectProcessor.h"
+#include "processor/KnownGain.h"
 #include "processor/LoopDisplay.h"
 #include "processor/ProcessorIndex.h"
 #include "processor/ProcessorTables.h"
@@ -127,6 +128,7 @@ private:
     void RunSequencer(const dsp::ProcessBlock& block);
     void RunSpatializer(const dsp::ProcessBlock& block);
     void RunGranular(const dsp::ProcessBlock& block, const Inputs& in);
+    void JoinFeedback(const Inputs& in, uint32_t frames);
     void WatchFeedback(uint32_t frames);
     void FoldFeedback();
     void HighPass(uint32_t frames);
@@ -160,6 +162,7 @@ private:
     dsp::SmootherLPF masterVolume{0.01};
     dsp::SmootherLPF envelopeGain{0.01};  // ahead of the envelope follower
     dsp::SmootherSRL transportGain{0.2};
+    KnownGain knownEnvelopeGain, knownFeedbackGain, knownGranularGain;
 
     // High-pass of the loop at 20 Hz.
     float dcB0 = 0.0f, dcB1 = 0.0f, dcA1 = 0.0f;
@@ -186,6 +189,8 @@ private:
     std::array<float, 2> feedbackPeaks{};  ///< ahead of the clip
     dsp::PeakHold restingPeaks;            ///< what is not in those yet, without its gain
     float restingGain = 0.0f;
+    float restingMix = -1.0f;  ///< the mix at rest that the two gains below are for
+    float restingWet = 0.0f, restingDry = 0.0f;
 
     // Control state.
     bool lastTransportPlaying = false;

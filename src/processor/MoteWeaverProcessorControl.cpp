@@ -159,15 +159,15 @@ void MoteWeaverProcessor::UpdateGains(const dsp::ProcessBlock& block) {
     const auto aim = [this](dsp::Smoother& smoother, float target) {
         needsFullUpdate ? smoother.Reset(target) : smoother.SetTarget(target);
     };
-    const auto gainOf = [&](uint32_t id, uint32_t row) {
-        return dsp::DecibelsToGain(LiveValue(id, row, block));
+    const auto gainOf = [&](uint32_t id, uint32_t row, KnownGain& known) {
+        return known.Of(LiveValue(id, row, block));
     };
-    aim(envelopeGain, gainOf(kEnvelopeFollowerGain, 26));
+    aim(envelopeGain, gainOf(kEnvelopeFollowerGain, 26, knownEnvelopeGain));
     const float feedback = LiveValue(kFeedback, 1, block);
     // The bottom of the knob is silence.
     aim(feedbackGain,
-        feedback > ParameterAt(kFeedback).minValue ? dsp::DecibelsToGain(feedback) : 0.0f);
-    aim(granularVolume, gainOf(kGranularVolume, 2));
+        feedback > ParameterAt(kFeedback).minValue ? knownFeedbackGain.Of(feedback) : 0.0f);
+    aim(granularVolume, gainOf(kGranularVolume, 2, knownGranularGain));
     aim(dryWetMix, LiveValue(kDryWet, 0, block));
     if (needsFullUpdate || IsChanged(kMasterVolume))
         aim(masterVolume, dsp::DecibelsToGain(Value(kMasterVolume)));

@@ -45,15 +45,17 @@ void MoteWeaverProcessor::RunFollower(dsp::ProcessBlock& block, const Inputs& in
         heard.right = heard.stereo ? block.auxInputs[1] : block.auxInputs[0];
     }
     Follower().SetParameterNormalized(dsp::EnvFollower::StereoInput, heard.stereo ? 1.0f : 0.0f);
-    envelopeGain.FillBlock(ramp, frames);
-    for (uint32_t i = 0; i < frames; ++i)
-        stage[0][i] = ramp[i] * heard.left[i];
-    if (heard.stereo)
-        for (uint32_t i = 0; i < frames; ++i)
-            stage[1][i] = ramp[i] * heard.right[i];
-
+    float* followed[] = {heard.left, heard.right};
+    if (!envelopeGain.IsAtRestAt(1.0)) {
+        envelopeGain.FillBlock(ramp, frames);
+        for (uint32_t c = 0; c < (heard.stereo ? 2u : 1u); ++c) {
+            for (uint32_t i = 0; i < frames; ++i)
+                stage[c][i] = ramp[i] * followed[c][i];
+            followed[c] = stage[c];
+        }
+    }
     float* source[] = {Matrix().GetSourceRow(kFollowerSource)};
-    RunChild(Follower(), block, stage, heard.stereo ? 2 : 1, source, 1);
+    RunChild(Follower(), block, followed, heard.stereo ? 2 : 1, source, 1);
     Matrix().SourceUpdated(kFollowerSource, frames);
     std::copy_n(heard.left, frames, block.auxOutputs[0]);
     std::copy_n(source[0], frames, block.auxOutputs[1]);
