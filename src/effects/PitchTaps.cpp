@@ -138,8 +138,8 @@ void PitchTaps::GlidePitch(const Two& taps, TwoMotions& motions, uint32_t count)
         Motion& motion = motions[c];
         const float rate = taps[c]->sampleRate;
         // Without detuning both channels have one shift.
-        if (c > 0 && std::equal(motion.pitch.begin(), motion.pitch.begin() + count,
-                                motions[0].pitch.begin())) {
+        const float* const shifts = motion.pitch.data();
+        if (c > 0 && std::equal(shifts, shifts + count, motions[0].pitch.data())) {
             motion.goal = motions[0].goal;
             motion.step = motions[0].step;
             taps[c]->appliedPitch = taps[0]->appliedPitch;

@@ -40,12 +40,9 @@ constexpr EffectStart kTapeEcho[]{{kMix, "35 %"},
                                   {"Tape Echo Intensity", "45 %"},
                                   {"Tape Echo Input Volume", "0 dB"},
                                   {"Tape Echo Ping-Pong Width", "100 %"}};
-constexpr EffectStart kChorus[]{{kMix, "50 %"},
-                                {"Chorus Rate (Free)", "0.6 Hz"},
-                                {"Chorus Depth", "2 ms"},
-                                {"Chorus Delay", "7 ms"},
-                                {"Chorus Voices", "2"},
-                                {"Chorus Channels", "Stereo"}};
+constexpr EffectStart kChorus[]{{kMix, "50 %"},           {"Chorus Rate (Free)", "0.6 Hz"},
+                                {"Chorus Depth", "2 ms"}, {"Chorus Delay", "7 ms"},
+                                {"Chorus Voices", "2"},   {"Chorus Channels", "Stereo"}};
 constexpr EffectStart kFlanger[]{{kMix, "50 %"},
                                  {"Flanger Rate (Free)", "0.15 Hz"},
                                  {"Flanger Rate (Synced)", "1/1"},

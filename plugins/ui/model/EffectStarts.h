@@ -11,8 +11,8 @@ struct EffectStart {
     std::string_view setting, text;
 };
 
-/// Where an effect stands when it first comes into a slot, by its choice of "Effect": heard at once,
-/// and of use with most sounds. The first is that of the slot's mix.
+/// Where an effect stands when it first comes into a slot, by its choice of "Effect": heard at
+/// once, and of use with most sounds. The first is that of the slot's mix.
 std::span<const EffectStart> EffectStartsOf(uint32_t choice);
 
 }  // namespace Quorvan::Ui
