@@ -140,6 +140,15 @@ TEST_F(FaceTest, ADragIsOneStepAndOneGestureForTheHost) {
     EXPECT_EQ(instrument.sink.ended, 1);
     face.Key({Key::Letter, 'z', {.control = true}});
     EXPECT_FLOAT_EQ(Position("Dry / Wet"), before);
+    // A menu ends what the pointer holds. Of what is no host control, hosts hear that it is dirty.
+    face.Press(At(Find("Dry / Wet")->box.Centre()));
+    face.Key({Key::Menu, 0, {}});
+    Play();
+    EXPECT_EQ(instrument.sink.ended, 2);
+    face.Key({Key::Escape, 0, {}});
+    const uint32_t changes = instrument.Changes();
+    Drag("Distance", 0.0, -30.0);
+    EXPECT_GT(instrument.Changes(), changes);
 }
 
 TEST_F(FaceTest, TypedValuesAreReadAndRefused) {
