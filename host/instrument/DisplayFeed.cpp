@@ -163,7 +163,7 @@ void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame)
 }
 
 void DisplayFeed::ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& frame) {
-    const double tape = std::max(1u, granular.Capture().length);
+    const double perTape = 1.0 / std::max(1u, granular.Capture().length);
     const dsp::GrainPool& pool = granular.Grains();
     frame.grainCount = 0;
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
@@ -173,12 +173,11 @@ void DisplayFeed::ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& fram
         const Known& seen = Recognise(slot, grain);
         ShownGrain& shown = frame.grains[frame.grainCount++];
         shown.number = seen.number;
-        shown.place =
-            static_cast<float>((grain.swapped ? grain.wrappedPosition : grain.readPosition) / tape);
-        shown.length = static_cast<float>(static_cast<double>(grain.length) / tape);
-        shown.progress = std::clamp(
-            static_cast<float>(grain.elapsed / std::max(1.0, static_cast<double>(grain.length))),
-            0.0f, 1.0f);
+        shown.place = static_cast<float>(
+            (grain.swapped ? grain.wrappedPosition : grain.readPosition) * perTape);
+        shown.length = static_cast<float>(static_cast<double>(grain.length) * perTape);
+        shown.progress =
+            std::min(static_cast<float>(grain.elapsed) / std::max(1.0f, grain.length), 1.0f);
         shown.semitones = seen.semitones;
         shown.pan = 0.5f * grain.panGainRight;
         shown.gain = 0.5f * (grain.outGainLeft + grain.outGainRight);
