@@ -65,16 +65,19 @@ public:
     };
     Points PointsAround(int32_t delay) const { return PointsAt(int64_t{writeIndex} - delay); }
     /// kPolynomial between a and b: runs through these two with slope and curvature taken from all
-    /// four.
-    static float Polynomial(const Points& points, float x) {
-        const auto [p, a, b, q] = points;
-        const float e = b - a;
-        const float g = q - p;
-        float result = (2.5f * g - 7.5f * e) + (3.0f * e + p - q) * x;
+    /// four. Of numbers or of vectors.
+    template <class Number>
+    static Number Between(Number p, Number a, Number b, Number q, Number x) {
+        const Number e = b - a;
+        const Number g = q - p;
+        Number result = (2.5f * g - 7.5f * e) + (3.0f * e + p - q) * x;
         result = result * x + (4.5f * e - 1.5f * g);
         result = result * x + ((b + p) * 0.5f - a);
         result = result * x + (b - p) * 0.5f;
         return result * x + a;
+    }
+    static float Polynomial(const Points& points, float x) {
+        return Between(points.p, points.a, points.b, points.q, x);
     }
 
     ZeroedArray storage;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "primitives/AllBetween.h"
 #include "primitives/FloatLanes.h"
 
 namespace Quorvan::dsp {
@@ -32,12 +33,6 @@ public:
     }
 
 private:
-    static bool AllBetween(const int32_t* places, uint32_t count, int32_t low, int32_t high) {
-        int32_t outside = 0;
-        for (uint32_t n = 0; n < count; ++n)
-            outside |= (places[n] - low) | (high - places[n]);
-        return outside >= 0;
-    }
     /// count is a multiple of 4, and answered.
     static uint32_t ReadPairs(const float* base, const int32_t* places, const float* fractions,
                               uint32_t count, float* out) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "primitives/AllBetween.h"
 #include "primitives/DelayLine.h"
 #include "primitives/FloatLanes.h"
 
@@ -29,12 +30,6 @@ public:
     }
 
 private:
-    static bool AllBetween(const int32_t* delays, uint32_t count, int32_t low, int32_t high) {
-        int32_t outside = 0;
-        for (uint32_t n = 0; n < count; ++n)
-            outside |= (delays[n] - low) | (high - delays[n]);
-        return outside >= 0;
-    }
     /// count is a multiple of 4, and answered.
     static uint32_t ReadPieces(const float* newest, const int32_t* delays, const float* fractions,
                                uint32_t count, float* out) {
@@ -45,22 +40,11 @@ private:
             const FloatLanes w = points(0), x = points(1), y = points(2), z = points(3);
             const FloatLanes qb0 = ZipLower(w, x), qb1 = ZipLower(y, z);
             const FloatLanes ap0 = ZipUpper(w, x), ap1 = ZipUpper(y, z);
-            StoreLanes(out + n,
-                       Between(UpperPairs(ap0, ap1), LowerPairs(ap0, ap1), UpperPairs(qb0, qb1),
-                               LowerPairs(qb0, qb1), LoadLanes(fractions + n)));
+            StoreLanes(out + n, DelayLine::Between(UpperPairs(ap0, ap1), LowerPairs(ap0, ap1),
+                                                   UpperPairs(qb0, qb1), LowerPairs(qb0, qb1),
+                                                   LoadLanes(fractions + n)));
         }
         return count;
-    }
-    /// DelayLine::Polynomial of four.
-    static FloatLanes Between(FloatLanes p, FloatLanes a, FloatLanes b, FloatLanes q,
-                              FloatLanes x) {
-        const FloatLanes e = b - a;
-        const FloatLanes g = q - p;
-        FloatLanes result = (2.5f * g - 7.5f * e) + (3.0f * e + p - q) * x;
-        result = result * x + (4.5f * e - 1.5f * g);
-        result = result * x + ((b + p) * 0.5f - a);
-        result = result * x + (b - p) * 0.5f;
-        return result * x + a;
     }
 };
 
