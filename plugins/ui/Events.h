@@ -15,7 +15,8 @@ enum class Button : uint8_t { Absent, Left, Middle, Right };
 /// The pointer, in pixels of the window.
 struct PointerEvent {
     Point at;
-    Button button = Button::Absent;  ///< what was pressed or released; Absent: moves
+    /// What was pressed or released; Absent: moves, and a release that something else brings about.
+    Button button = Button::Absent;
     Modifiers modifiers;
     double time = 0.0;  ///< seconds since any moment; double clicks are told by it
 };

@@ -15,7 +15,10 @@ FaceCore::FaceCore(Host::Instrument& instrument, Host::PresetLibrary& library)
     MakePanels();
 }
 
-FaceCore::~FaceCore() { model.TheInstrument().Display().Watch(false); }
+FaceCore::~FaceCore() {
+    LetGo();
+    model.TheInstrument().Display().Watch(false);
+}
 
 void FaceCore::MakePanels() {
     panels.push_back(

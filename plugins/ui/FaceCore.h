@@ -84,6 +84,7 @@ private:
     void OpenControlMenu(Control& control, const Rect& anchor);
     void TidyOverlays();
     void LetGo();
+    void RouteTo(Control& control, uint32_t source);
     void UpdateWaiting();
     void Invalidate(const Rect& area) { canvas.Invalidate(area); }
 

@@ -179,7 +179,7 @@ void FaceCore::OpenForm(const Rect& anchor, const std::vector<EntryLine>& lines,
 /// A gesture ends where something else takes the pointer.
 void FaceCore::LetGo() {
     if (Widget* const widget = std::exchange(held, nullptr))
-        widget->Release({pointer, Button::Left, {}, now});
+        widget->Release({pointer, Button::Absent, {}, now});
 }
 
 /// Closes what is done with, whatever that is.
@@ -223,15 +223,20 @@ void FaceCore::DropSource(uint32_t source, Point at) {
     Control* const control = widget != nullptr ? widget->ControlAt(at) : nullptr;
     if (control == nullptr)
         return;
+    RouteTo(*control, source);
+}
+
+/// Lets a source move a control, and says so. A route that is there already stays as it is.
+void FaceCore::RouteTo(Control& control, uint32_t source) {
     const std::string& name = Host::SourceName(source);
-    if (!control->Row())
-        return Say(control->Name() + " can't be modulated.");
-    const Influence before = control->Influences();
+    if (!control.Row())
+        return Say(control.Name() + " can't be modulated.");
+    const Influence before = control.Influences();
     if (std::any_of(before.routes.begin(), before.routes.begin() + before.count,
                     [source](const Influence::Route& route) { return route.source == source; }))
-        return Say(name + " moves " + control->Name() + " already. Drag its ring to say how far.");
-    control->Route(source, kDropAmount);
-    Say(name + " moves " + control->Name() + " now. " +
+        return Say(name + " moves " + control.Name() + " already. Drag its ring to say how far.");
+    control.Route(source, kDropAmount);
+    Say(name + " moves " + control.Name() + " now. " +
         (IsFlat(model, source) ? "Its curve is flat: click the tile to draw one."
                                : "Drag its ring to say how far."));
 }

@@ -175,10 +175,10 @@ TEST_F(FaceTest, ACurveTakesNewPointsAndMovesThem) {
     EXPECT_NEAR(Position("Function1_PointY3"), 0.8f, 0.01f);
     Drag(fresh, 0.0, 0.4 * box.height);
     EXPECT_NEAR(Position("Function1_PointY3"), 0.4f, 0.01f);
-    Type("50");  // the height of the point that keys work on, the first
-    EXPECT_NEAR(Position("Function1_PointY1"), 0.5f, 1e-4f);
+    Type("50");  // the height of the point that keys work on, which was clicked last
+    EXPECT_NEAR(Position("Function1_PointY3"), 0.5f, 1e-4f);
     Click(Find("Snap")->box.Centre());
-    Drag(Point{fresh.x, box.y + 0.6 * box.height}, 3.0, 0.05 * box.height);
+    Drag(Point{fresh.x, box.y + 0.5 * box.height}, 3.0, 0.1 * box.height);
     EXPECT_NEAR(Position("Function1_PointY3"), 0.375f, 1e-4f);
     for (int i = 0; i < 4; ++i)
         instrument.Undo();
@@ -255,6 +255,8 @@ TEST_F(FaceTest, AnyControlTakesASourceAndItsAmountIsDragged) {
 
 TEST_F(FaceTest, ASlotIsDraggedAlongTheRoadAndBypassed) {
     face.OpenPage(1);
+    Put("FX1 Effect", "Filter");
+    EXPECT_NEAR(Position("FX1 Dry / Wet"), 1.0f, 1e-3f);
     Put("FX1 Effect", "Reverb");
     EXPECT_NEAR(face.Model().ValueOf("FX1 Reverb Decay"), 70.0, 0.1);
     EXPECT_NEAR(Position("FX1 Dry / Wet"), 0.35f, 1e-3f);

@@ -48,7 +48,7 @@ FaceModel::FaceModel(Host::Instrument& anInstrument, Host::PresetLibrary& librar
         for (uint32_t effect = 1; effect < Catalog()[effectIndices[i]].StepCount(); ++effect)
             for (const Start& start : StartsIn(kSlots[i], effect))
                 fresh[start.index] = start.position;
-        fresh[*Find(slot + " Dry / Wet")] = 1.0f;
+        mixIndices[i] = *Find(slot + " Dry / Wet");
     }
     for (const char* const depth :
          {"Random Pitch", "Random Size", "Random Density", "Random Layers", "Spray"})
@@ -118,20 +118,37 @@ std::vector<FaceModel::Start> FaceModel::StartsIn(const char* slot, uint32_t eff
     return starts;
 }
 
-void FaceModel::Edit(uint32_t index, float position) {
-    instrument.Edit(index, position);
-    for (size_t slot = 0; slot < effectIndices.size(); ++slot)
-        if (index == effectIndices[slot])
-            Furnish(kSlots[slot]);
+float FaceModel::Default(uint32_t index) const {
+    for (size_t slot = 0; slot < mixIndices.size(); ++slot)
+        if (index == mixIndices[slot])
+            return StartMix(ChoiceOf(std::string(kSlots[slot]) + " Effect"));
+    return fresh[index];
 }
 
-/// Where nobody has moved anything yet; the mix where nothing of it would be heard.
-void FaceModel::Furnish(const char* slot) {
-    const std::vector<Start> starts = StartsIn(slot, ChoiceOf(std::string(slot) + " Effect"));
-    if (starts.empty())
+/// Of an empty slot: none.
+float FaceModel::StartMix(uint32_t effect) const {
+    const auto starts = StartsIn(kSlots.front(), effect);
+    return starts.empty() ? 0.0f : starts.front().position;
+}
+
+void FaceModel::Edit(uint32_t index, float position) {
+    for (size_t slot = 0; slot < effectIndices.size(); ++slot)
+        if (index == effectIndices[slot]) {
+            const uint32_t before = ChoiceOf(std::string(kSlots[slot]) + " Effect");
+            instrument.Edit(index, position);
+            return Furnish(slot, before);
+        }
+    instrument.Edit(index, position);
+}
+
+/// Where nobody has moved anything yet: the mix is still that of the effect before.
+void FaceModel::Furnish(size_t slot, uint32_t before) {
+    const uint32_t effect = ChoiceOf(std::string(kSlots[slot]) + " Effect");
+    const std::vector<Start> starts = StartsIn(kSlots[slot], effect);
+    if (starts.empty() || effect == before)
         return;
-    if (Position(starts.front().index) == 0.0f)
-        instrument.Edit(starts.front().index, starts.front().position);
+    if (Position(mixIndices[slot]) == StartMix(before))
+        instrument.Edit(mixIndices[slot], starts.front().position);
     const bool isUntouched =
         std::all_of(starts.begin() + 1, starts.end(), [this](const Start& start) {
             return Position(start.index) == Catalog()[start.index].defaultPosition;

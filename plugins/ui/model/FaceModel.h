@@ -48,7 +48,7 @@ public:
     float Position(uint32_t index) const { return instrument.Position(index); }
     float PositionOf(std::string_view name) const;
     /// Where a new plug-in has it; of an effect's settings, where the effect begins.
-    float Default(uint32_t index) const { return fresh[index]; }
+    float Default(uint32_t index) const;
     uint32_t ChoiceOf(std::string_view name) const;
     /// The number behind a parameter's text.
     double ValueOf(std::string_view name) const;
@@ -94,11 +94,12 @@ private:
         float position = 0.0f;
     };
     std::vector<Start> StartsIn(const char* slot, uint32_t effect) const;
-    void Furnish(const char* slot);
+    float StartMix(uint32_t effect) const;
+    void Furnish(size_t slot, uint32_t before);
 
     Host::Instrument& instrument;
-    std::vector<float> fresh;                 ///< a position for each parameter
-    std::array<uint32_t, 2> effectIndices{};  ///< of what the slots hold
+    std::vector<float> fresh;                               ///< a position for each parameter
+    std::array<uint32_t, 2> effectIndices{}, mixIndices{};  ///< of the slots
     Host::PresetLibrary& presets;
     Host::PresentSettings settings;
     std::vector<uint32_t> deciders;       ///< indices that names and texts depend on

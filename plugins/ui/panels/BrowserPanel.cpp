@@ -33,6 +33,7 @@ void BrowserPanel::DrawGround(Painter& painter) const {
 
 Widget* BrowserPanel::Opened() {
     Rescan();
+    search->ChooseAll();
     return search;
 }
 
@@ -65,7 +66,10 @@ void BrowserPanel::AddLists() {
         words = text;
         Search();
     });
-    search->OnEnter([this] { Load(0); });
+    search->OnEnter([this] {
+        if (!words.empty())
+            Load(0);
+    });
     AddView<ActionButton>(
         "Favourites", At(584.0, 16.0, 160.0, 24.0),
         [this] {

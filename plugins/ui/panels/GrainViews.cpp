@@ -6,6 +6,7 @@
 #include "granular/GrainKernels.h"
 #include "granular/GrainShape.h"
 #include "granular/GranularTables.h"
+#include "plugins/ui/help/HelpTable.h"
 #include "plugins/ui/model/ParameterControl.h"
 
 namespace Quorvan::Ui {
@@ -54,6 +55,52 @@ void DrawKeys(Painter& painter, const Rect& box, uint32_t scale, double pitch) {
 }
 
 constexpr double kNudge = 0.02;  ///< of the travel, for a notch of the wheel or an arrow
+
+/// A step of the beat pattern: off, or as many times the clock.
+class BeatStep final : public Control {
+public:
+    BeatStep(FaceModel& faceModel, uint32_t step)
+        : model(faceModel),
+          times(*model.Catalog().Find("MoteWeaver_StepSequencerGranular_StepVal1") + step),
+          on(*model.Catalog().Find("MoteWeaver_StepSequencerGranular_StepOnOff1") + step),
+          number(step + 1) {}
+
+    float Position() const override { return At(model.Position(on), model.Position(times)); }
+    float Default() const override { return At(model.Default(on), model.Default(times)); }
+    uint32_t Steps() const override { return static_cast<uint32_t>(kChoices.size()); }
+    std::span<const std::string> Choices() const override { return kChoices; }
+    std::string Name() const override { return "Beat Sequencer Step " + std::to_string(number); }
+    std::string Text() const override { return kChoices[Choice()]; }
+    std::string Help() const override { return std::string(HelpOn("Beat Sequencer Step")); }
+    void Begin() override { model.Begin(times); }
+    void End() override { model.End(times); }
+    void Move(float position) override {
+        const double wanted = std::round(3.0 * static_cast<double>(position));
+        model.Edit(on, wanted > 0.0 ? 1.0f : 0.0f);
+        if (wanted > 0.0)
+            model.Edit(times, model.Catalog().PositionOfValue(times, wanted - 1.0));
+    }
+    std::string Type(std::string_view text) override {
+        for (uint32_t i = 0; i < Steps(); ++i)
+            if (text == kChoices[i] || text == std::to_string(i)) {
+                MoveOnce(PositionOfChoice(i));
+                return {};
+            }
+        return "A step is Off, 1x, 2x or 3x.";
+    }
+    std::optional<uint32_t> Index() const override { return times; }
+
+private:
+    float At(float switched, float multiplier) const {
+        return switched < 0.5f
+                   ? 0.0f
+                   : static_cast<float>((1.0 + model.Catalog().Value(times, multiplier)) / 3.0);
+    }
+
+    static inline const std::array<std::string, 4> kChoices{"Off", "1x", "2x", "3x"};
+    FaceModel& model;
+    uint32_t times, on, number;
+};
 
 }  // namespace
 
@@ -192,38 +239,29 @@ DrawnView::Actions StereoField(FaceModel& model) {
 }
 
 BarEditor::Actions BeatSteps(FaceModel& model) {
-    const uint32_t value = *model.Catalog().Find("MoteWeaver_StepSequencerGranular_StepVal1");
-    const uint32_t on = *model.Catalog().Find("MoteWeaver_StepSequencerGranular_StepOnOff1");
-    const auto times = [&model, value, on](uint32_t i) {
-        return model.Position(on + i) < 0.5f
-                   ? 0.0
-                   : 1.0 + model.Catalog().Value(value + i, model.Position(value + i));
-    };
+    const auto steps = std::make_shared<std::deque<BeatStep>>();
+    for (uint32_t i = 0; i < 16; ++i)
+        steps->emplace_back(model, i);
     BarEditor::Actions actions;
     actions.count = [&model] { return model.ChoiceOf("Beat Sequencer Steps") + 1; };
-    actions.value = [times](uint32_t i) { return times(i) / 3.0; };
-    actions.text = [times](uint32_t i) {
-        const int shown = static_cast<int>(times(i));
-        return shown == 0 ? std::string() : std::to_string(shown);
+    actions.value = [steps](uint32_t i) { return static_cast<double>((*steps)[i].Position()); };
+    actions.text = [steps](uint32_t i) {
+        const uint32_t times = (*steps)[i].Choice();
+        return times == 0 ? std::string() : std::to_string(times);
     };
     actions.played = [&model] {
         return model.IsAlive() ? static_cast<int>(model.Frame().beatStep) : -1;
     };
-    actions.begin = [&model, value](uint32_t i) { model.Begin(value + i); };
-    actions.set = [&model, value, on](uint32_t i, double height) {
-        const double wanted = std::ceil(height * 4.0) - 1.0;
-        model.Edit(on + i, wanted > 0.0 ? 1.0f : 0.0f);
-        if (wanted > 0.0)
-            model.Edit(value + i, model.Catalog().PositionOfValue(value + i, wanted - 1.0));
+    actions.begin = [steps](uint32_t i) { (*steps)[i].Begin(); };
+    // A quarter of the height each: off is one too.
+    actions.set = [steps](uint32_t i, double height) {
+        (*steps)[i].Move(static_cast<float>((std::ceil(height * 4.0) - 1.0) / 3.0));
     };
-    actions.end = [&model, value](uint32_t i) { model.End(value + i); };
-    actions.nudge = [times, set = actions.set](uint32_t i, double steps, bool) {
-        set(i, std::clamp((times(i) + std::copysign(1.0, steps) + 1.0) / 4.0, 0.25, 1.0));
+    actions.end = [steps](uint32_t i) { (*steps)[i].End(); };
+    actions.nudge = [steps](uint32_t i, double by, bool fine) {
+        (*steps)[i].Move((*steps)[i].Nudged(by, fine));
     };
-    const auto controls = std::make_shared<std::deque<ParameterControl>>();
-    for (uint32_t i = 0; i < 16; ++i)
-        controls->emplace_back(model, model.Catalog()[value + i].title);
-    actions.control = [controls](uint32_t i) { return &(*controls)[i]; };
+    actions.control = [steps](uint32_t i) { return &(*steps)[i]; };
     return actions;
 }
 

@@ -143,16 +143,21 @@ private:
         const auto type = [this, anchor](ParameterControl& control) {
             return [this, anchor, &control] { TypeValue(stage, control, anchor); };
         };
-        ParameterControl& time = Coordinate(point, "Time");
+        const std::vector<Point> points = Curve().Points();
         ParameterControl& height = Heights(point);
+        const std::string time = model.Catalog().Text(*Coordinate(point, "Time").Index(),
+                                                      static_cast<float>(points[point].x), {});
         std::vector<MenuItem> items{
-            {"Point " + std::to_string(point + 1) + "   " + time.Text() + ", " + height.Text(), {}},
-            {"Type its height\u2026", type(height)}};
-        items.push_back({"Type its random height\u2026", type(Coordinate(point, "Random Level"))});
-        items.push_back({"Type its random time\u2026", type(Coordinate(point, "Random Time"))});
-        const bool isBetween = point > 0 && point + 1 < Curve().Points().size();
-        if (isBetween) {
-            items.push_back({"Type its time\u2026", type(time)});
+            {"Point " + std::to_string(point + 1) + "   " + time + ", " + height.Text(), {}},
+            {"Type its height\u2026", type(height)},
+            {"Type its random height\u2026", type(Coordinate(point, "Random Level"))},
+            {"Type its random time\u2026", type(Coordinate(point, "Random Time"))}};
+        if (point > 0 && point + 1 < points.size()) {
+            items.push_back({"Type its time\u2026", [this, anchor, point, time] {
+                                 stage.OpenEntry(anchor, time, [this, point](const auto& text) {
+                                     return TypeTime(point, text);
+                                 });
+                             }});
             items.push_back({"Remove it", [this, point] {
                                  Curve().Begin();
                                  Curve().Remove(point);
@@ -160,6 +165,17 @@ private:
                              }});
         }
         stage.OpenMenu(anchor, std::move(items));
+    }
+    /// Between its neighbours.
+    std::string TypeTime(size_t point, const std::string& text) {
+        const Host::TextResult read =
+            model.Catalog().Position(*Coordinate(point, "Time").Index(), text, {});
+        if (!read.position)
+            return read.problem;
+        Curve().Begin();
+        Curve().Move(point, {static_cast<double>(*read.position), Curve().Points()[point].y});
+        Curve().End();
+        return {};
     }
     /// On the curve's own scale, where its height alone decides the output.
     double ShownLevel() const {

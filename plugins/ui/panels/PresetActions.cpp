@@ -16,21 +16,25 @@ std::string Joined(const std::vector<std::string>& tags) {
     return all;
 }
 
+std::string Trimmed(const std::string& text) {
+    const size_t first = text.find_first_not_of(' ');
+    return first == std::string::npos ? std::string()
+                                      : text.substr(first, text.find_last_not_of(' ') + 1 - first);
+}
+
 /// Words with commas between them.
 std::vector<std::string> Split(const std::string& text) {
     std::vector<std::string> tags;
     for (size_t from = 0; from <= text.size();) {
         const size_t end = std::min(text.find(',', from), text.size());
-        const size_t first = text.find_first_not_of(' ', from);
-        if (first < end)
-            tags.push_back(text.substr(first, text.find_last_not_of(' ', end - 1) + 1 - first));
+        if (std::string tag = Trimmed(text.substr(from, end - from)); !tag.empty())
+            tags.push_back(std::move(tag));
         from = end + 1;
     }
     return tags;
 }
 
-/// Where forms stand: over the button and all of the description above it.
-/// Wide enough to read, and far enough up to stay on the browser.
+/// Where forms stand: wide enough to read, and far enough up to stay on the browser.
 Rect Wide(const Rect& anchor) { return {anchor.x, anchor.y - 48.0, 280.0, anchor.height}; }
 
 }  // namespace
@@ -49,12 +53,14 @@ bool PresetActions::IsOwn() const {
 }
 
 void PresetActions::AskSave(const Rect& anchor) {
+    refused.clear();
     const Host::PresetEntry* const entry = Present();
-    stage.OpenForm(
-        Wide(anchor),
-        {{"Name", model.TheInstrument().PresetName()},
-         {kTagsLabel, entry != nullptr ? Joined(entry->tags) : std::string()}},
-        [this](const std::vector<std::string>& lines) { return Save(lines[0], lines[1]); });
+    stage.OpenForm(Wide(anchor),
+                   {{"Name", model.TheInstrument().PresetName()},
+                    {kTagsLabel, entry != nullptr ? Joined(entry->tags) : std::string()}},
+                   [this](const std::vector<std::string>& lines) {
+                       return Save(Trimmed(lines[0]), lines[1]);
+                   });
 }
 
 /// One's own present preset is written over, another of one's own where that is said twice.
@@ -68,6 +74,8 @@ std::string PresetActions::Save(const std::string& name, const std::string& tags
     const auto taken = model.Presets().Find(name);
     const bool isOwn = taken && !model.Presets().Entries()[*taken].IsFactory();
     const bool isPresent = entry != nullptr && entry->name == name;
+    if (taken && !isOwn)
+        return "A factory preset has that name. Choose another one.";
     if (isOwn && !isPresent && std::exchange(refused, name) != name)
         return "You have a preset of that name. Enter again replaces it.";
     refused.clear();

@@ -49,32 +49,35 @@ ParameterControl* TapePanel::Head() {
     return mode == kFollow && offset.Steps() == 0 ? &offset : nullptr;
 }
 
-/// Takes hold of a control, with where it stands, or lets go of the one before.
+/// Takes hold of a control, with where it stands, or lets go of the one before. What modulation
+/// adds stays on top: it is the head or the edge that is seen which follows the pointer.
 void TapePanel::Take(ParameterControl* control) {
     if (held != nullptr)
         held->End();
     held = control;
     if (held == nullptr)
         return;
-    heldValue = model.Catalog().Value(*held->Index(), held->Position(), model.Texts());
+    const float present = held->Influences().present;
+    heldValue = model.Catalog().Value(*held->Index(), present, model.Texts());
+    heldModulation = present - held->Position();
     held->Begin();
 }
 
 void TapePanel::MoveHeld(double way) {
     if (held != nullptr)
-        held->Move(model.Catalog().PositionOfValue(*held->Index(), heldValue + way, model.Texts()));
+        held->Move(std::clamp(
+            model.Catalog().PositionOfValue(*held->Index(), heldValue + way, model.Texts()) -
+                heldModulation,
+            0.0f, 1.0f));
 }
 
+/// An offset is told in milliseconds behind the write head, and never beyond a round.
 void TapePanel::BringHead(double place) {
-    if (held == &position) {
-        heldValue += 100.0 * (place - static_cast<double>(position.Influences().present));
-    } else {
-        const Host::DisplayFrame& frame = model.Frame();
-        const double drawn = static_cast<double>(frame.writePlace - frame.playPlace);
-        const double wanted = static_cast<double>(frame.writePlace) - place;
-        heldValue += 1000.0 * static_cast<double>(frame.tapeSeconds) *
-                     (wanted - std::floor(wanted) - (drawn - std::floor(drawn)));
-    }
+    const Host::DisplayFrame& frame = model.Frame();
+    const double behind = static_cast<double>(frame.writePlace) - place;
+    heldValue = held == &position ? 100.0 * place
+                                  : 1000.0 * static_cast<double>(frame.tapeSeconds) *
+                                        (behind - std::floor(behind));
     MoveHeld(0.0);
 }
 

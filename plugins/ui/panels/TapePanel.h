@@ -23,7 +23,8 @@ private:
     FaceModel& model;
     ParameterControl spray, position, offset, freeze;
     ParameterControl* held = nullptr;
-    double heldValue = 0.0;        ///< where it stood when it was taken hold of
+    double heldValue = 0.0;        ///< where it was seen when it was taken hold of
+    float heldModulation = 0.0f;   ///< of that, in positions
     std::array<double, 8> seen{};  ///< settings as they were drawn
 };
 

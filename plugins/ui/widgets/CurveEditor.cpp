@@ -95,7 +95,9 @@ void CurveEditor::Press(const PointerEvent& event) {
     last = event.at;
     heldPoint = PointAt(event.at);
     heldSegment = kNone;
-    if (heldPoint == kNone) {
+    if (heldPoint != kNone)
+        chosen = static_cast<size_t>(heldPoint);
+    else {
         const std::vector<Point> points = actions.points();
         const double x = FromScreen(event.at).x;
         for (size_t i = 0; i + 1 < points.size(); ++i)
@@ -140,7 +142,8 @@ void CurveEditor::DoubleClick(const PointerEvent& event) {
 }
 
 Point CurveEditor::FocusPoint() const {
-    return chosen < shownPoints.size() ? ToScreen(shownPoints[chosen]) : box.Centre();
+    const std::vector<Point> points = actions.points();
+    return chosen < points.size() ? ToScreen(points[chosen]) : box.Centre();
 }
 
 bool CurveEditor::Key(const KeyEvent& event) {
@@ -150,6 +153,10 @@ bool CurveEditor::Key(const KeyEvent& event) {
     chosen = std::min(chosen, points.size() - 1);
     const bool whole = event.modifiers.control || actions.snaps();
     const double step = whole ? 1.0 : event.modifiers.shift ? 0.02 : 0.2;
+    const auto stepped = [&](double from, double way, double cells) {
+        const double to = cells * from + step * way;
+        return std::clamp((whole && way != 0.0 ? std::round(to) : to) / cells, 0.0, 1.0);
+    };
     const auto once = [&](auto&& change) {
         actions.begin();
         change();
@@ -160,8 +167,7 @@ bool CurveEditor::Key(const KeyEvent& event) {
     const auto move = [&](double x, double y) {
         const Point p = points[chosen];
         return once([&] {
-            actions.move(chosen, {std::clamp(p.x + step * x / kColumns, 0.0, 1.0),
-                                  std::clamp(p.y + step * y / kRows, 0.0, 1.0)});
+            actions.move(chosen, {stepped(p.x, x, kColumns), stepped(p.y, y, kRows)});
         });
     };
     switch (event.key) {

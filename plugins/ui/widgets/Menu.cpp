@@ -146,11 +146,15 @@ bool Menu::Key(const KeyEvent& event) {
 
 bool Menu::Text(std::string_view signs) {
     const auto lower = [](char sign) { return std::tolower(static_cast<unsigned char>(sign)); };
-    for (size_t tries = 0; tries < items.size() && !signs.empty(); ++tries) {
-        Step(1);
-        const std::string& text = items[static_cast<size_t>(marked)].text;
-        if (!text.empty() && lower(text.front()) == lower(signs.front()))
+    const size_t count = items.size();
+    for (size_t way = 0; way < count && !signs.empty(); ++way) {
+        const size_t item = (static_cast<size_t>(marked + 1) + way) % count;
+        if (items[item].action && !items[item].text.empty() &&
+            lower(items[item].text.front()) == lower(signs.front())) {
+            marked = static_cast<int>(item);
+            Invalidate();
             break;
+        }
     }
     return true;
 }

@@ -68,13 +68,23 @@ void RandomDial::Press(const PointerEvent& event) {
     // What takes hold of a source's amount turns no direction.
     pressed = event.modifiers.alt ? Point{-1e3, -1e3} : event.at;
     pressedPosition = control->Position();
+    pressedDirection = direction ? direction->Position() : 0.0f;
     ControlWidget::Press(event);
+}
+
+/// The first click of the two has turned the arrow.
+void RandomDial::DoubleClick(const PointerEvent&) {
+    pressed = {-1e3, -1e3};
+    if (direction)
+        direction->MoveOnce(pressedDirection);
+    control->MoveOnce(control->Default());
 }
 
 void RandomDial::Release(const PointerEvent& event) {
     ControlWidget::Release(event);
     const bool still = std::hypot(event.at.x - pressed.x, event.at.y - pressed.y) < 3.0;
-    if (direction && still && control->Position() == pressedPosition)
+    const bool isClick = still && event.button == Button::Left;
+    if (direction && isClick && control->Position() == pressedPosition)
         direction->MoveOnce(
             direction->PositionOfChoice((direction->Choice() + 1) % direction->Steps()));
 }

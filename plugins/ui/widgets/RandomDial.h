@@ -21,6 +21,7 @@ public:
     bool Tick(double seconds) override;
     void Press(const PointerEvent& event) override;
     void Release(const PointerEvent& event) override;
+    void DoubleClick(const PointerEvent& event) override;
 
 private:
     std::string_view Way() const;
@@ -28,7 +29,7 @@ private:
     std::unique_ptr<Control> direction;
     float shownDirection = -1.0f;
     Point pressed;
-    float pressedPosition = 0.0f;
+    float pressedPosition = 0.0f, pressedDirection = 0.0f;  ///< as they stood then
 };
 
 }  // namespace Quorvan::Ui

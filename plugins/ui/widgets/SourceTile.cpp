@@ -71,7 +71,7 @@ void SourceTile::Drag(const PointerEvent& event) {
 void SourceTile::Release(const PointerEvent& event) {
     if (carrying)
         stage.DropSource(source, event.at);
-    else
+    else if (event.button == Button::Left)
         actions.choose();
     carrying = false;
 }

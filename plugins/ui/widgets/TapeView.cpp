@@ -10,6 +10,7 @@ namespace {
 
 constexpr double kFlashSeconds = 0.35;
 constexpr double kMostSemitones = 36.0;
+constexpr double kLow = 0.6;     ///< share of the height below which edges come first
 constexpr double kGrab = 7.0;    ///< pixels around a line that take hold of it
 constexpr double kNudge = 0.02;  ///< of the travel, for a notch of the wheel or an arrow
 
@@ -174,8 +175,8 @@ void TapeView::DrawSpray(Painter& painter) const {
     const double to = std::min(picture.playPlace + picture.sprayAhead, from + 1.0);
     const bool lit = IsEdge(held) || hovered;
     Stretch(painter, from, to, box.y, box.height, Theme::kPlayHead.Faded(lit ? 0.09 : 0.06));
-    for (const double edge : {from, to})
-        painter.Fill({XOf(Wrapped(edge)) - 1.0, box.y, 2.0, box.height},
+    for (const Held edge : {Held::Back, Held::Ahead})
+        painter.Fill({XOf(Wrapped(EdgeOf(edge))) - 1.0, box.y, 2.0, box.height},
                      Theme::kPlayHead.Faded(lit ? 0.5 : 0.28));
 }
 
@@ -253,15 +254,16 @@ double TapeView::WayTo(Point at) const {
 /// Low on the tape the band's edges come ahead of the head, which they may lie on. An edge that is
 /// not used is none, and of two in one place the pointer's side is meant.
 TapeView::Held TapeView::At(Point at) const {
-    const bool isLow = at.y > box.y + 0.6 * box.height;
-    if (picture.canDragHead && !isLow && std::abs(WayTo(at)) * box.width < kGrab)
+    const bool isLow = at.y > box.y + kLow * box.height;
+    const bool isHead = picture.canDragHead && std::abs(WayTo(at)) * box.width < kGrab;
+    if (isHead && !isLow)
         return Held::Head;
     const bool isRight = WayTo(at) > 0.0;
     for (const Held edge : {isRight ? Held::Ahead : Held::Back, isRight ? Held::Back : Held::Ahead})
         if ((edge == Held::Back ? picture.spraysBack : picture.spraysAhead) &&
             std::abs(at.x - XOf(Wrapped(EdgeOf(edge)))) < kGrab)
             return edge;
-    return Held::Nothing;
+    return isHead ? Held::Head : Held::Nothing;
 }
 
 void TapeView::Hover(Point at) {
@@ -271,7 +273,7 @@ void TapeView::Hover(Point at) {
 
 /// Elsewhere the head comes to the pointer, where it can be moved at all.
 void TapeView::Press(const PointerEvent& event) {
-    held = At(event.at);
+    held = struck = At(event.at);
     last = event.at;
     moved = 0.0;
     if (IsEdge(held))
@@ -301,8 +303,9 @@ void TapeView::Release(const PointerEvent&) {
     held = Held::Nothing;
 }
 
+/// What the first press has brought to the pointer was not meant.
 void TapeView::DoubleClick(const PointerEvent& event) {
-    Control* const control = ControlAt(event.at);
+    Control* const control = struck == Held::Nothing ? nullptr : actions.control(IsEdge(struck));
     if (control != nullptr)
         control->MoveOnce(control->Default());
     else
@@ -341,7 +344,13 @@ bool TapeView::Key(const KeyEvent& event) {
     }
 }
 
-Point TapeView::FocusPoint() const { return {XOf(picture.playPlace), box.Centre().y}; }
+/// The head, or else an edge of the spray.
+Point TapeView::FocusPoint() const {
+    if (picture.canDragHead)
+        return {XOf(picture.playPlace), box.Centre().y};
+    const Held edge = picture.spraysBack ? Held::Back : Held::Ahead;
+    return {XOf(Wrapped(EdgeOf(edge))), box.y + (kLow + 0.1) * box.height};
+}
 
 Control* TapeView::ControlAt(Point at) {
     const Held what = At(at);

@@ -102,7 +102,8 @@ private:
     double moved = 0.0;  ///< what is held, so far
     Point last;
     Held held = Held::Nothing;
-    Held under = Held::Nothing;  ///< the pointer
+    Held struck = Held::Nothing;  ///< what the last press met
+    Held under = Held::Nothing;   ///< the pointer
 };
 
 }  // namespace Quorvan::Ui

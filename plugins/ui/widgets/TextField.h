@@ -22,6 +22,8 @@ public:
     /// Told of every change, for searches.
     void OnChange(std::function<void(const std::string&)> told) { changed = std::move(told); }
     void OnEnter(std::function<void()> act) { entered = std::move(act); }
+    /// So that the next sign replaces all of it.
+    void ChooseAll() { allChosen = !text.empty(); }
     const std::string& Written() const { return text; }
     static constexpr double kHeight = 24.0;
 
