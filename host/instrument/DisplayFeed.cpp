@@ -41,16 +41,17 @@ void DisplayFeed::OnBlock(const BlockReport& report) {
     WatchStages(*report.processor, isOn);
     if (!isOn)
         return;
-    if (++blocksSince == DisplayMoments::kBlocks) {
-        blocksSince = 0;
-        NoteMoment(report);
-    }
+    draft.pairsStarted += granular->StartedCount();
+    framesSince += report.frames;
+    if (++blocksSince < DisplayMoments::kBlocks)
+        return;
+    blocksSince = 0;
+    NoteMoment(report);
     if (limiterMeter != nullptr)
         draft.limiter = std::max(draft.limiter, limiterMeter->GetNormalized());
-    const dsp::MoteWeaver& granular = Processor::GranularModuleOf(*report.processor);
-    draft.pairsStarted += granular.StartedCount();
-    framesSince += report.frames;
-    if (framesSince * kPicturesPerSecond >= sampleRate)
+    // With the moment that comes nearest.
+    constexpr uint32_t kHalf = DisplayMoments::kBlocks / 2;
+    if ((framesSince + kHalf * report.frames) * kPicturesPerSecond >= sampleRate)
         Publish(report);
 }
 
@@ -60,6 +61,7 @@ void DisplayFeed::WatchStages(Processor::IProcessor_V5& processor, bool on) {
         return;
     Processor::WatchStages(processor, on);
     watched = wanted;
+    granular = on ? &Processor::GranularModuleOf(processor) : nullptr;
     limiterMeter = on ? Processor::ParameterRecordOf(processor, kLimiterMeter) : nullptr;
     beatStep = on ? Processor::ParameterRecordOf(processor, kBeatStep) : nullptr;
     outline.LookAgain();
@@ -108,7 +110,6 @@ void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
 }
 
 void DisplayFeed::Publish(const BlockReport& report) {
-    const dsp::MoteWeaver& granular = Processor::GranularModuleOf(*report.processor);
     draft.time = report.firstFrame + report.frames;
     draft.transport = report.transport;
     ShowLevels(*report.processor);
@@ -120,8 +121,8 @@ void DisplayFeed::Publish(const BlockReport& report) {
         draft.beatStep = static_cast<uint32_t>(beatStep->GetValue());
     ++draft.number;
     DisplayFrame& frame = pictures.Writing();
-    ShowTape(granular, frame);
-    ShowGrains(granular, frame);
+    ShowTape(frame);
+    ShowGrains(frame);
     ShowMoments(frame);
     static_cast<DisplayState&>(frame) = draft;
     pictures.Publish();
@@ -138,8 +139,8 @@ void DisplayFeed::ShowMoments(DisplayFrame& frame) const {
         frame.kept[moment % kKept] = heard.At(moment);
 }
 
-void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame) {
-    const dsp::CaptureBuffer& tape = granular.Capture();
+void DisplayFeed::ShowTape(DisplayFrame& frame) {
+    const dsp::CaptureBuffer& tape = granular->Capture();
     const double length = std::max(1u, tape.length);
     if (std::exchange(clears, tape.clears) != tape.clears)
         outline.Clear();
@@ -151,20 +152,20 @@ void DisplayFeed::ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame)
 
     const auto room = DisplayFrame::kMarkerRoom;
     if (tape.quantizationMode == dsp::CaptureBuffer::kTransients) {
-        frame.markerCount = std::min(room, granular.Markers().Count());
+        frame.markerCount = std::min(room, granular->Markers().Count());
         for (uint32_t i = 0; i < frame.markerCount; ++i)
-            frame.markers[i] = static_cast<float>(granular.Markers()[i] / length);
+            frame.markers[i] = static_cast<float>(granular->Markers()[i] / length);
     } else if (tape.quantizationMode == dsp::CaptureBuffer::kGrid) {
-        frame.markerCount = std::min(room, granular.GridSize());
+        frame.markerCount = std::min(room, granular->GridSize());
         for (uint32_t i = 0; i < frame.markerCount; ++i)
-            frame.markers[i] = static_cast<float>(i) / static_cast<float>(granular.GridSize());
+            frame.markers[i] = static_cast<float>(i) / static_cast<float>(granular->GridSize());
     } else
         frame.markerCount = 0;
 }
 
-void DisplayFeed::ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& frame) {
-    const double perTape = 1.0 / std::max(1u, granular.Capture().length);
-    const dsp::GrainPool& pool = granular.Grains();
+void DisplayFeed::ShowGrains(DisplayFrame& frame) {
+    const double perTape = 1.0 / std::max(1u, granular->Capture().length);
+    const dsp::GrainPool& pool = granular->Grains();
     frame.grainCount = 0;
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
         if (frame.grainCount == DisplayFrame::kGrainRoom)

@@ -66,8 +66,8 @@ private:
     void ShowLevels(Processor::IProcessor_V5& processor);
     void NoteDestinations(Processor::IProcessor_V5& processor);
     void Publish(const BlockReport& report);
-    void ShowTape(const dsp::MoteWeaver& granular, DisplayFrame& frame);
-    void ShowGrains(const dsp::MoteWeaver& granular, DisplayFrame& frame);
+    void ShowTape(DisplayFrame& frame);
+    void ShowGrains(DisplayFrame& frame);
     void ShowMoments(DisplayFrame& frame) const;
     const Known& Recognise(uint32_t slot, const dsp::Grain& grain);
 
@@ -87,8 +87,9 @@ private:
     dsp::PeakHold inputPeaks, outputPeaks;        ///< since the last picture
     uint32_t framesSince = 0;                     ///< that
     Processor::IProcessor_V5* watched = nullptr;  ///< whose stages are watched
-    dsp::Parameter* limiterMeter = nullptr;       ///< its own
-    dsp::Parameter* beatStep = nullptr;           ///< its own as well
+    const dsp::MoteWeaver* granular = nullptr;    ///< its own
+    dsp::Parameter* limiterMeter = nullptr;       ///< its own as well
+    dsp::Parameter* beatStep = nullptr;           ///< and this
     Clock::time_point workBegan;
     double unmeasured = 0.0;  ///< seconds of sound since the load was measured last
     bool isMeasuring = false;
