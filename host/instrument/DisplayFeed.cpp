@@ -14,7 +14,7 @@ namespace Quorvan::Host {
 
 namespace {
 
-constexpr double kPicturesPerSecond = 60.0;
+constexpr double kPicturesPerSecond = 50.0;
 constexpr uint32_t kLimiterMeter = Processor::ModuleIndex::kLimiter + 12;
 /// Three clocks stand ahead of the beat mode's sequencer.
 constexpr uint32_t kBeatStep = Processor::ModuleIndex::kMoteWeaver +
@@ -33,7 +33,7 @@ void DisplayFeed::Prepare(double rate) {
     heard = {};
     outline.Clear();
     known = {};
-    framesSince = 0;
+    framesSince = unfollowed = 0;
 }
 
 void DisplayFeed::OnBlock(const BlockReport& report) {
@@ -43,6 +43,7 @@ void DisplayFeed::OnBlock(const BlockReport& report) {
         return;
     draft.pairsStarted += granular->StartedCount();
     framesSince += report.frames;
+    unfollowed += report.frames;
     if (++blocksSince < DisplayMoments::kBlocks)
         return;
     blocksSince = 0;
@@ -104,16 +105,21 @@ void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
         for (uint32_t row = 0; row < kModulationDestinations; ++row)
             read(row);
     reachedBefore = reached;
-    constexpr uint64_t kSeldom = 4;
+    constexpr uint64_t kSeldom = 8;
     if (draft.number % kSeldom == 0)
         read(static_cast<uint32_t>(draft.number / kSeldom % kModulationDestinations));
 }
 
+/// Grains, heads and sources move with each picture; what the eye follows less, with every other.
 void DisplayFeed::Publish(const BlockReport& report) {
     draft.time = report.firstFrame + report.frames;
     draft.transport = report.transport;
-    ShowLevels(*report.processor);
-    NoteDestinations(*report.processor);
+    const bool isWhole = draft.number % 2 == 0;
+    if (isWhole) {
+        ShowLevels(*report.processor);
+        NoteDestinations(*report.processor);
+        FollowTape();
+    }
     for (uint32_t i = 0; i < draft.functionPhases.size(); ++i)
         draft.functionPhases[i] = Processor::FunctionPhase(*report.processor, i);
     draft.sequencerStep = Processor::SequencerStep(*report.processor);
@@ -139,12 +145,17 @@ void DisplayFeed::ShowMoments(DisplayFrame& frame) const {
         frame.kept[moment % kKept] = heard.At(moment);
 }
 
+void DisplayFeed::FollowTape() {
+    const dsp::CaptureBuffer& tape = granular->Capture();
+    outline.Follow(tape.mono.data(), tape.length, tape.writePosition, unfollowed);
+    unfollowed = 0;
+}
+
 void DisplayFeed::ShowTape(DisplayFrame& frame) {
     const dsp::CaptureBuffer& tape = granular->Capture();
     const double length = std::max(1u, tape.length);
     if (std::exchange(clears, tape.clears) != tape.clears)
         outline.Clear();
-    outline.Follow(tape.mono.data(), tape.length, tape.writePosition, framesSince);
     outline.CopyTo(frame.tape);
     draft.tapeSeconds = static_cast<float>(length / sampleRate);
     draft.writePlace = static_cast<float>(tape.writePosition / length);

@@ -20,7 +20,7 @@ struct Grain;
 
 namespace Quorvan::Host {
 
-/// Makes pictures of what an engine does, some sixty in a second of sound, for a window on
+/// Makes pictures of what an engine does, some fifty in a second of sound, for a window on
 /// another thread. While nobody watches, it costs one look at a flag in each block.
 ///
 /// Threads  OnBlock, BeginWork, EndWork, HearInput and HearOutput on the audio thread, Take and
@@ -66,6 +66,7 @@ private:
     void ShowLevels(Processor::IProcessor_V5& processor);
     void NoteDestinations(Processor::IProcessor_V5& processor);
     void Publish(const BlockReport& report);
+    void FollowTape();
     void ShowTape(DisplayFrame& frame);
     void ShowGrains(DisplayFrame& frame);
     void ShowMoments(DisplayFrame& frame) const;
@@ -80,7 +81,8 @@ private:
     uint32_t blocksSince = 0;  ///< the last moment
     dsp::IndexSet<kModulationDestinations> reachedBefore;
     TapeOutline outline;
-    uint32_t clears = 0;  ///< of the tape, that the outline knows of
+    uint32_t unfollowed = 0;  ///< frames that the outline has not seen
+    uint32_t clears = 0;      ///< of the tape, that the outline knows of
     std::array<Known, DisplayFrame::kGrainRoom> known{};
     uint64_t given = 0;  ///< numbers of grains so far
     double sampleRate = 48000.0;
