@@ -59,9 +59,9 @@ def grouped(entries):
     for entry in entries:
         with open(entry["file"], encoding="utf-8") as file:
             text = file.read()
-        # A source that includes itself for each instruction set stands alone.
+        # A source that includes itself for each instruction set stands alone, and one with X11's macros.
         kept, words = kept_names(text), known_words(text)
-        alone = "foreach_target" in text
+        alone = "foreach_target" in text or "Xlib" in words
         same = groups.setdefault((flags(entry), entry["file"] if alone else ""), [])
         group = next((group for group in same if group.takes(kept, words)), None)
         if group is None:
