@@ -102,6 +102,24 @@ private:
     uint32_t times, on, number;
 };
 
+/// Has a view move one control: across by a drag, by wheel, arrows and a double click. travel:
+/// pixels of a drag for all of it.
+void MoveAcross(DrawnView::Actions& actions, const std::shared_ptr<ParameterControl>& control,
+                double travel) {
+    actions.begin = [control] { control->Begin(); };
+    actions.end = [control] { control->End(); };
+    actions.drag = [control, travel](const PointerEvent& event, Point way, const Rect&) {
+        const double step = way.x / travel * (event.modifiers.shift ? 0.1 : 1.0);
+        if (step != 0.0)
+            control->Move(control->Held(static_cast<double>(control->Position()) + step));
+    };
+    actions.doubleClick = [control] { control->MoveOnce(control->Default()); };
+    actions.nudge = [control](Point way, bool fine) {
+        control->MoveOnce(control->Nudged(kNudge * (way.x + way.y), fine));
+    };
+    actions.control = [control](Point, const Rect&) { return control.get(); };
+}
+
 }  // namespace
 
 DrawnView::Actions ScaleKeyboard(FaceModel& model) {
@@ -179,19 +197,8 @@ DrawnView::Actions ShapeCurve(FaceModel& model) {
         painter.Path(line, Theme::kOn, 2.0);
         painter.Fill({inner.x, painter.Snap(base), inner.width, 1.0}, Theme::kLine);
     };
-    actions.begin = [amount] { amount->Begin(); };
-    actions.end = [amount] { amount->End(); };
-    actions.drag = [amount](const PointerEvent& event, Point way, const Rect&) {
-        const double step = way.x / 144.0 * (event.modifiers.shift ? 0.1 : 1.0);
-        if (step != 0.0)
-            amount->Move(static_cast<float>(
-                std::clamp(static_cast<double>(amount->Position()) + step, 0.0, 1.0)));
-    };
-    actions.doubleClick = [amount] { amount->MoveOnce(amount->Default()); };
-    actions.nudge = [amount](Point way, bool fine) {
-        amount->MoveOnce(amount->Nudged(kNudge * (way.x + way.y), fine));
-    };
-    actions.control = [amount](Point, const Rect&) { return amount.get(); };
+    constexpr double kTravel = 144.0;
+    MoveAcross(actions, amount, kTravel);
     return actions;
 }
 
@@ -223,18 +230,8 @@ DrawnView::Actions StereoField(FaceModel& model) {
         painter.Text({inner.Right() - 12.0, inner.y - 4.0, 16.0, 14.0}, "R",
                      {Theme::kSmall, Theme::kDim}, Align::Right);
     };
-    actions.begin = [position] { position->Begin(); };
-    actions.end = [position] { position->End(); };
-    actions.drag = [position](const PointerEvent& event, Point way, const Rect& box) {
-        const double step = way.x / (box.width - 24.0) * (event.modifiers.shift ? 0.1 : 1.0);
-        if (step != 0.0)
-            position->Move(position->Held(static_cast<double>(position->Position()) + step));
-    };
-    actions.doubleClick = [position] { position->MoveOnce(position->Default()); };
-    actions.nudge = [position](Point way, bool fine) {
-        position->MoveOnce(position->Nudged(kNudge * (way.x + way.y), fine));
-    };
-    actions.control = [position](Point, const Rect&) { return position.get(); };
+    constexpr double kTravel = 152.0;
+    MoveAcross(actions, position, kTravel);
     return actions;
 }
 

@@ -32,7 +32,7 @@ TapePanel::TapePanel(FaceModel& faceModel)
       freeze(faceModel, "Freeze") {
     TapeView::Actions actions;
     actions.look = [this](TapePicture& picture) { return Look(picture); };
-    actions.holdHead = [this](bool begins) { begins ? Take(Head()) : Take(nullptr); };
+    actions.holdHead = [this](bool begins) { Take(begins ? Head() : nullptr); };
     actions.holdSpray = [this](bool begins) { Take(begins ? &spray : nullptr); };
     actions.bringHead = [this](double place) { BringHead(place); };
     actions.moveHead = [this](double way) { MoveHead(way); };
