@@ -7,8 +7,10 @@
 #endif
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
+#include "granular/GrainPhases-inl.h"
 #include "granular/GrainVectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -294,21 +296,43 @@ HWY_INLINE void WithShape(uint32_t shape, const Use& use) {
     }
 }
 
-/// From phases, which rise, to the envelope there, in place.
+/// What the envelope is worked out from at the first sample.
+struct Stretch {
+    double elapsed;  ///< source samples read
+    double speed;    ///< and read each sample
+    double start;    ///< elapsed over the length
+    double step;     ///< speed over the length
+};
+
+/// The envelope over one stretch.
 template <class Shape>
-HWY_INLINE void ShapePhases(const GrainKernels::Envelope& e, uint32_t count, float* x) {
+HWY_INLINE void FillShape(const GrainKernels::Envelope& e, const Stretch& stretch, uint32_t frames,
+                          float* out) {
     const FloatTag d;
     const Shape shape(e);
+    const size_t count = frames;
     constexpr bool kIsPlainForm = HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128;
-    if constexpr (!kIsPlainForm && requires { shape.IsPlain(0.0f, 0.0f); }) {
-        if (shape.IsPlain(x[0], x[count - 1])) {
-            for (uint32_t i = 0; i < count; i += LaneCount())
-                hn::StoreU(shape.Plain(hn::LoadU(d, x + i)), d, x + i);
-            return;
+    if constexpr (!kIsPlainForm) {
+        PhaseLine phases(stretch.start, stretch.step);
+        const auto fill = [&](const auto& form) HWY_ATTR {
+            for (size_t i = 0; i < count; i += LaneCount())
+                hn::StoreU(form(phases.Next()), d, out + i);
+        };
+        if constexpr (requires { shape.IsPlain(0.0f, 0.0f); }) {
+            const double last = stretch.start + stretch.step * static_cast<double>(count - 1);
+            if (shape.IsPlain(static_cast<float>(stretch.start), static_cast<float>(last)))
+                fill([&](Floats x) HWY_ATTR { return shape.Plain(x); });
+            else
+                fill(shape);
+        } else {
+            fill(shape);
         }
+        if (HWY_LIKELY(phases.Clear()))
+            return;
     }
-    for (uint32_t i = 0; i < count; i += LaneCount())
-        hn::StoreU(shape(hn::LoadU(d, x + i)), d, x + i);
+    DividePhases(e.length, stretch.elapsed, stretch.speed, frames, out);
+    for (size_t i = 0; i < count; i += LaneCount())
+        hn::StoreU(shape(hn::LoadU(d, out + i)), d, out + i);
 }
 
 }  // namespace HWY_NAMESPACE

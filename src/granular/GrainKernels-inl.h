@@ -19,25 +19,30 @@ HWY_BEFORE_NAMESPACE();
 namespace Quorvan::dsp {
 namespace HWY_NAMESPACE {
 
-/// In two passes: the processor sees only so far ahead, and each has a long chain of its own.
 void FillEnvelope(const GrainKernels::Envelope& e, double elapsed, double step, uint32_t count,
                   float* out) {
-    FillPhases(e.length, elapsed, step, count, out);
+    const double inverse = 1.0 / static_cast<double>(e.length);
+    const Stretch stretch{elapsed, step, elapsed * inverse, step * inverse};
     WithShape(static_cast<uint32_t>(e.shape), [&](auto shape) HWY_ATTR {
-        ShapePhases<typename decltype(shape)::Type>(e, count, out);
+        FillShape<typename decltype(shape)::Type>(e, stretch, count, out);
     });
 }
 
 void Interpolate(const GrainKernels::ReadHead& head, uint32_t count, float* out) {
     const auto fill = [=](auto reader) HWY_ATTR {
-        for (uint32_t i = 0; i < count; i += LaneCount())
+        for (size_t i = 0; i < count; i += LaneCount())
             hn::StoreU(reader.Next(), FloatTag(), out + i);
     };
-    const LocalHead local(head, count);
     if (head.increment != 1.0 && head.high != head.low + 1)
-        return fill(ApartReader(local));
-    WithPace(PaceOf(head.increment),
-             [&](auto reader) HWY_ATTR { fill(typename decltype(reader)::Type(local)); });
+        return fill(ApartReader(head, count));
+    double positions[kDoubles] = {head.position};
+    double increments[kDoubles] = {head.increment};
+    uint32_t counts[kDoubles] = {count};
+    Courses courses;
+    FillCourses(positions, increments, counts, 0, courses);
+    WithPace(courses.pace[0], [&](auto reader) HWY_ATTR {
+        fill(typename decltype(reader)::Type(head, count, Course{courses, 0}));
+    });
 }
 
 void Shape(const float* envelope, float gain, uint32_t count, float* x) {
@@ -51,13 +56,17 @@ void Shape(const float* envelope, float gain, uint32_t count, float* x) {
 
 /// Reads the tape under the envelope that stands in out.
 template <class Reader>
-HWY_INLINE void ReadVoice(const GrainKernels::Voice& voice, const LocalHead& head) {
+HWY_INLINE void ReadVoice(const GrainKernels::Voices& voices, size_t v, const Courses& courses) {
     const FloatTag d;
-    const Floats level = Constant(voice.gain);
-    Reader reader(head);
-    for (uint32_t i = 0; i < voice.count; i += LaneCount()) {
-        const Floats under = hn::Mul(level, hn::LoadU(d, voice.out + i));
-        hn::StoreU(hn::Mul(under, reader.Next()), d, voice.out + i);
+    const float* const tape = voices.tape[v];
+    float* const out = voices.out[v];
+    const size_t count = voices.count[v];
+    const Floats level = Constant(voices.gain[v]);
+    Reader reader({tape, tape + 1, voices.position[v], voices.increment[v]}, voices.count[v],
+                  Course{courses, v});
+    for (size_t i = 0; i < count; i += LaneCount()) {
+        const Floats under = hn::Mul(level, hn::LoadU(d, out + i));
+        hn::StoreU(hn::Mul(under, reader.Next()), d, out + i);
     }
 }
 
@@ -81,36 +90,43 @@ private:
     uint32_t counts[kKinds] = {};
 };
 
-/// Phases, envelopes and the tape one after the other, each for all voices of one kind at a time:
-/// which way the next voice goes would be a guess, and a wrong one takes as long as two vectors.
-void Play(const GrainKernels::Voice* voices, uint32_t number) {
-    Kinds<kShapes> shapes;
-    Kinds<kPaces> paces;
-    LocalHead heads[GrainKernels::kVoices];
-    for (uint32_t v = 0; v < number; ++v) {
-        const GrainKernels::Voice& voice = voices[v];
-        paces.Add(PaceOf(voice.increment), v);
-        heads[v] =
-            LocalHead({voice.low, voice.low + 1, voice.position, voice.increment}, voice.count);
-        if (voice.envelope.shape == GrainKernels::Envelope::kGiven)
-            continue;
-        shapes.Add(static_cast<uint32_t>(voice.envelope.shape), v);
-        FillPhases(voice.envelope.length, voice.elapsed, std::abs(voice.increment), voice.count,
-                   voice.out);
+/// Envelopes and the tape one after the other, each for all voices of one kind at a time: which way
+/// the next voice goes would be a guess, and a wrong one takes as long as two vectors.
+void Play(const GrainKernels::Voices& voices, uint32_t number) {
+    Courses courses;
+    Phases phases;
+    for (size_t v = 0; v < number; v += kDoubles) {
+        FillCourses(voices.position, voices.increment, voices.count, v, courses);
+        FillPhases(voices.length, voices.elapsed, voices.increment, v, phases);
     }
-    shapes.ForEach([=](uint32_t kind, const uint8_t* list, uint32_t count) HWY_ATTR {
-        WithShape(kind, [=](auto shape) HWY_ATTR {
+    Kinds<kShapes + 1> shapes;
+    Kinds<kPaces> paces;
+    for (uint32_t v = 0; v < number; ++v) {
+        shapes.Add(static_cast<uint32_t>(voices.shape[v]), v);
+        paces.Add(static_cast<uint32_t>(courses.pace[v]), v);
+    }
+    shapes.ForEach([&](uint32_t kind, const uint8_t* list, uint32_t count) HWY_ATTR {
+        if (kind == GrainKernels::Voices::kGiven)
+            return;
+        WithShape(kind, [&](auto shape) HWY_ATTR {
             for (uint32_t i = 0; i < count; ++i) {
-                const GrainKernels::Voice& voice = voices[list[i]];
-                ShapePhases<typename decltype(shape)::Type>(voice.envelope, voice.count, voice.out);
-                *voice.level = voice.out[voice.count - 1];
+                const size_t v = list[i];
+                const Stretch stretch{voices.elapsed[v], std::abs(voices.increment[v]),
+                                      phases.start[v], phases.step[v]};
+                Grain& grain = *voices.grain[v];
+                const GrainKernels::Envelope envelope{grain.shape, grain.shapeA, grain.shapeB,
+                                                      voices.length[v], voices.attackSamples};
+                const uint32_t samples = voices.count[v];
+                float* const out = voices.out[v];
+                FillShape<typename decltype(shape)::Type>(envelope, stretch, samples, out);
+                grain.envelope = out[samples - 1];
             }
         });
     });
     paces.ForEach([&](uint32_t kind, const uint8_t* list, uint32_t count) HWY_ATTR {
-        WithPace(kind, [&](auto reader) HWY_ATTR {
+        WithPace(static_cast<int32_t>(kind), [&](auto reader) HWY_ATTR {
             for (uint32_t i = 0; i < count; ++i)
-                ReadVoice<typename decltype(reader)::Type>(voices[list[i]], heads[list[i]]);
+                ReadVoice<typename decltype(reader)::Type>(voices, list[i], courses);
         });
     });
 }
@@ -154,7 +170,6 @@ HWY_INLINE Doubles Step(Doubles position, Doubles increment, Doubles wrap) {
 }
 
 /// Vectors of heads that hide the time of each other's divisions.
-constexpr size_t kDoubles = hn::MaxLanes(DoubleTag());
 constexpr size_t kBeside = std::min<size_t>(4, GrainKernels::kHeads / kDoubles);
 
 template <bool kLoops>

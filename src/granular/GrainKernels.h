@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+#include "granular/Grain.h"
+
 namespace Quorvan::dsp {
 
 /// Inner loops of the grain renderer, in the vectors of one instruction set. All sets give the same
@@ -19,9 +21,7 @@ struct GrainKernels {
 
     /// What an envelope depends on besides the phase.
     struct Envelope {
-        static constexpr int32_t kGiven = 8;  ///< of a voice whose envelope stands in its out
-
-        int32_t shape;  ///< 0 to 7, or kGiven
+        int32_t shape;  ///< 0 to 7
         float shapeA, shapeB;
         float length;         ///< source samples
         float attackSamples;  ///< fixed attack of shapes 6 and 7
@@ -33,17 +33,22 @@ struct GrainKernels {
         double position;    ///< samples; it and all later ones are at or above 0
         double increment;   ///< a sample
     };
-    /// A grain's part of one block, whose head moves in a straight line over one round of the tape.
-    struct Voice {
-        Envelope envelope;
-        double elapsed;    ///< source samples read so far
-        const float* low;  ///< as in a read head, with high = low + 1
-        double position;
-        double increment;
-        float gain;
-        uint32_t count;
-        float* out;
-        float* level;  ///< takes the last value of its envelope
+    /// Grains' parts of one block, whose heads move in straight lines over one round of the tape.
+    /// What several are worked out from at a time lies side by side.
+    struct Voices {
+        static constexpr int32_t kGiven = 8;  ///< shape of one whose envelope stands in its out
+
+        double position[kVoices];  ///< as in a read head
+        double increment[kVoices];
+        double elapsed[kVoices];  ///< source samples read so far
+        float length[kVoices];    ///< of the whole grain, in source samples
+        uint32_t count[kVoices];  ///< samples, 1 or more
+        int32_t shape[kVoices];   ///< the grain's, or kGiven
+        Grain* grain[kVoices];    ///< has the rest of the shape, takes the envelope's last value
+        const float* tape[kVoices];  ///< low of a read head whose high is low + 1
+        float gain[kVoices];
+        float* out[kVoices];
+        float attackSamples;  ///< as in an envelope
     };
     /// kHeads read heads with the ends of their loops.
     struct Heads {
@@ -56,7 +61,7 @@ struct GrainKernels {
     void (*envelope)(const Envelope& shape, double elapsed, double step, uint32_t count,
                      float* out);
     /// Each voice's out = gain * envelope * the tape along its head, by linear interpolation.
-    void (*play)(const Voice* voices, uint32_t number);
+    void (*play)(const Voices& voices, uint32_t number);
     /// The tape at count places of the read head, by linear interpolation.
     void (*interpolate)(const ReadHead& head, uint32_t count, float* out);
     /// The heads' positions, looped into their wraps and rounded step by step, in steps + 1 rows of

@@ -6,6 +6,7 @@
 #define QUORVAN_GRAIN_PHASES_INL_H
 #endif
 
+#include <cstddef>
 #include <cstdint>
 
 #include "granular/GrainVectors-inl.h"
@@ -24,10 +25,8 @@ public:
     HWY_INLINE void Look([[maybe_unused]] Doubles first, [[maybe_unused]] Doubles second) {
 #if HWY_TARGET != HWY_SCALAR
         const IntTag di;
-        const hn::RebindToUnsigned<DoubleTag> words;
         // What singles leave off lies in the low half of each.
-        const Ints low = hn::OddEven(hn::BitCast(di, hn::ShiftLeft<32>(hn::BitCast(words, second))),
-                                     hn::BitCast(di, first));
+        const Ints low = LowHalves(first, second);
         const Ints beyond = hn::Sub(low, hn::Set(di, kMiddle - kFarthest));
         nearest = hn::Min(nearest, hn::And(beyond, hn::Set(di, 2 * kMiddle - 2 * kFarthest)));
 #endif
@@ -44,31 +43,61 @@ private:
     Ints nearest;
 };
 
-/// How far the grain is at every sample: source samples read over its length. Both elapsed and step
-/// are of so few digits that sums are exact.
-HWY_INLINE void FillPhases(float length, double elapsed, double step, uint32_t count, float* out) {
-    const Doubles inverse = hn::Set(DoubleTag(), 1.0 / static_cast<double>(length));
-    const Doubles ahead = hn::Set(DoubleTag(), step * static_cast<double>(LaneCount()));
-    const Line read(elapsed, step);
-    const Doubles growth = hn::Mul(ahead, inverse);
-    TieWatch ties;
-    Doubles p = hn::Mul(read.First(), inverse);
-    Doubles q = hn::Mul(read.Second(), inverse);
-    for (uint32_t i = 0; i < count; i += LaneCount()) {
-        ties.Look(p, q);
-        hn::StoreU(Narrow(p, q), FloatTag(), out + i);
-        p = hn::Add(p, growth);
-        q = hn::Add(q, growth);
+/// How far grains are at the first sample, source samples read over their lengths, and how far they
+/// come in a sample; a property of all side by side.
+struct Phases {
+    HWY_ALIGN double start[GrainKernels::kVoices];
+    HWY_ALIGN double step[GrainKernels::kVoices];
+};
+
+/// The phases of one vector of grains from that number on.
+HWY_INLINE void FillPhases(const float* length, const double* elapsed, const double* increment,
+                           size_t at, Phases& phases) {
+    const DoubleTag d;
+    const Doubles whole = hn::PromoteTo(d, hn::LoadU(HalfTag(), length + at));
+    const Doubles inverse = hn::Div(hn::Set(d, 1.0), whole);
+    const Doubles speed = hn::Abs(hn::LoadU(d, increment + at));
+    hn::Store(hn::Mul(hn::LoadU(d, elapsed + at), inverse), d, phases.start + at);
+    hn::Store(hn::Mul(speed, inverse), d, phases.step + at);
+}
+
+/// The phases of one grain, a vector after the other.
+class PhaseLine {
+public:
+    HWY_INLINE PhaseLine(double start, double step) {
+        const DoubleTag d;
+        const auto half = static_cast<double>(hn::Lanes(d));
+        const Doubles from = hn::Set(d, start);
+        const Doubles way = hn::Set(d, step);
+        first = hn::Add(from, hn::Mul(hn::Iota(d, 0.0), way));
+        second = hn::Add(from, hn::Mul(hn::Iota(d, half), way));
+        growth = hn::Mul(way, hn::Set(d, static_cast<double>(LaneCount())));
     }
-    if (HWY_LIKELY(ties.Clear()))
-        return;
+
+    HWY_INLINE Floats Next() {
+        ties.Look(first, second);
+        const Floats x = Narrow(first, second);
+        first = hn::Add(first, growth);
+        second = hn::Add(second, growth);
+        return x;
+    }
+    /// Whether all that came were those that quotients would have been.
+    HWY_INLINE bool Clear() const { return ties.Clear(); }
+
+private:
+    Doubles first, second, growth;
+    TieWatch ties;
+};
+
+/// The same by a division each. Both elapsed and step are of so few digits that sums are exact.
+HWY_NOINLINE void DividePhases(float length, double elapsed, double step, uint32_t count,
+                               float* out) {
     const Doubles whole = hn::Set(DoubleTag(), static_cast<double>(length));
-    Doubles x = read.First();
-    Doubles y = read.Second();
-    for (uint32_t i = 0; i < count; i += LaneCount()) {
-        hn::StoreU(Narrow(hn::Div(x, whole), hn::Div(y, whole)), FloatTag(), out + i);
-        x = hn::Add(x, ahead);
-        y = hn::Add(y, ahead);
+    Line read(elapsed, step);
+    for (size_t i = 0; i < count; i += LaneCount()) {
+        const Floats x = Narrow(hn::Div(read.First(), whole), hn::Div(read.Second(), whole));
+        hn::StoreU(x, FloatTag(), out + i);
+        read.GoOn();
     }
 }
 

@@ -2,7 +2,8 @@
 
 namespace Quorvan::dsp {
 
-void GrainPool::Resize(uint16_t capacity) {
+void GrainPool::Resize(uint16_t wanted) {
+    capacity = wanted;
     skip.resize(capacity + 1u);
     age.resize(capacity);
     slots.resize(capacity);

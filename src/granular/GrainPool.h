@@ -18,15 +18,15 @@ public:
     /// Stands for no slot.
     static constexpr uint16_t kNone = 65535;
 
-    /// Takes the memory, once; capacity is from 1 to below kNone.
-    void Resize(uint16_t capacity);
+    /// Takes the memory, once; the capacity is from 1 to below kNone.
+    void Resize(uint16_t wanted);
     void Clear();
     /// Puts a copy into the lowest free slot, of which there is one, and answers the slot.
     uint16_t Add(const Grain& grain);
     void Erase(uint16_t slot);
 
     uint32_t Count() const { return count; }
-    uint16_t Capacity() const { return static_cast<uint16_t>(slots.size()); }
+    uint16_t Capacity() const { return capacity; }
     /// First live slot, and the next one after a live slot; Capacity is the end.
     uint16_t First() const { return skip[0].run; }
     uint16_t Next(uint16_t slot) const {
@@ -63,7 +63,7 @@ private:
     void TakeFromFirstRun(uint16_t slot);
     void InsertRun(uint16_t slot);
 
-    uint16_t count = 0;
+    uint16_t capacity = 0, count = 0;
     std::vector<SkipNode> skip;  ///< one for each slot and a live sentinel at the end
     uint16_t firstFree = kNone, lastFree = kNone;  ///< first and last free run
     uint16_t oldest = kNone, newest = kNone;

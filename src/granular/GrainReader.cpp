@@ -18,6 +18,9 @@ void GrainReader::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool cr
     walk.BeginBlock(frames);
     channels[0] = tape.left;
     channels[1] = tape.right;
+    for (size_t side = 0; side < 2; ++side)
+        for (size_t pass = 0; pass < 2; ++pass)
+            tapes[side][pass] = channels[side][pass].data();
     numFrames = frames;
     interpolate = interpolation;
 }

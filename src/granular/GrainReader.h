@@ -1,7 +1,5 @@
 #pragma once
 
-#include <hwy/cache_control.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -44,15 +42,25 @@ public:
     /// To be called at the end of a block for grains that did not stay clear.
     void LookAhead(Grain& grain) const { runs.LookAhead(grain); }
     /// Passes over the samples of a grain that is clear: tells the voice where its head goes and
-    /// asks for that part of the tape.
-    void Pass(Grain& grain, uint32_t side, GrainKernels::Voice& voice) const {
+    /// asks for that part of the tape: grains lie all over it.
+    void Pass(Grain& grain, uint32_t side, GrainKernels::Voices& voices, uint32_t voice) const {
         TrackCrossfade(grain, false);
-        const Channel channel = channels[side];
-        voice.low = channel[runs.PassOfClear(grain)].data();
-        voice.position = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
-        voice.increment = grain.increment;
-        Prefetch(voice);
-        Advance(grain, runs.Loop(), voice.count);
+        const float* const tape = tapes[side][runs.PassOfClear(grain)];
+        const double position = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
+        const uint32_t count = voices.count[voice];
+        voices.tape[voice] = tape;
+        voices.position[voice] = position;
+        voices.increment[voice] = grain.increment;
+        // What a function of its own did here would be taken for nothing.
+        const double way = grain.increment * count;
+        const float* const first =
+            tape + static_cast<int64_t>(std::max(position + std::min(way, 0.0), 0.0));
+        for (int32_t line = 0; line < kUsualLines; ++line)
+            __builtin_prefetch(first + line * kCacheLine);
+        const auto floats = static_cast<int32_t>(std::abs(way));
+        for (int32_t at = kUsualLines * kCacheLine; at <= floats; at += kCacheLine)
+            __builtin_prefetch(first + at);
+        Advance(grain, runs.Loop(), count);
     }
     /// Reads count samples from the grain's start frame on. out has room for whole vectors.
     void Read(Grain& grain, uint32_t side, uint32_t count, const GrainWalk::Path* path, float* out);
@@ -68,6 +76,8 @@ private:
     using Side = GrainRuns::Side;
     /// Runs shorter than this cost more to set up than single samples do, which round otherwise.
     static constexpr uint32_t kShortestRun = 4;
+    static constexpr int32_t kCacheLine = 16;  ///< floats
+    static constexpr int32_t kUsualLines = 5;  ///< a block's, too few to count
     /// The two passes of one side.
     using Channel = const ZeroedArray*;
 
@@ -87,20 +97,6 @@ private:
             grain.swapped = true;
         grain.wasCrossfading = active;
     }
-    /// Asks for the tape that a voice is about to read, and for what comes next where that is
-    /// little: grains lie all over the tape, and most read on in the next block.
-    static void Prefetch(const GrainKernels::Voice& voice) {
-        constexpr int32_t kCacheLine = 16;  // floats
-        constexpr int32_t kUsual = 5;       // lines; too few to count
-        const double way = voice.increment * voice.count;
-        const double first = std::max(voice.position + std::min(way, 0.0), 0.0);
-        const float* const at = voice.low + static_cast<int64_t>(first);
-        for (int32_t i = 0; i < kUsual; ++i)
-            hwy::Prefetch(at + i * kCacheLine);
-        const auto floats = static_cast<int32_t>(std::abs(way));
-        for (int32_t i = kUsual * kCacheLine; i <= floats; i += kCacheLine)
-            hwy::Prefetch(at + i);
-    }
     float Between(float x, float next, float fraction) const {
         return interpolate ? x + (next - x) * fraction : x;
     }
@@ -113,6 +109,7 @@ private:
 
     // Of the block.
     Channel channels[2] = {};  ///< of the left and the right side
+    const float* tapes[2][2] = {};  ///< their passes
     uint32_t numFrames = 0;
     bool interpolate = true;
 };

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "granular/GrainCourses-inl.h"
 #include "granular/GrainVectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -25,7 +26,6 @@ HWY_INLINE Floats Blend(Floats x, Floats next, Floats fraction) {
 /// A read head whose positions count from the lowest place that it comes to, so that 32 bits hold
 /// them.
 struct LocalHead {
-    LocalHead() = default;
     HWY_INLINE LocalHead(const GrainKernels::ReadHead& head, uint32_t count)
         : increment(head.increment) {
         const double last = head.position + head.increment * (count - 1);
@@ -46,8 +46,12 @@ struct LocalHead {
 /// At unit speed all samples lie between their neighbours at the same place.
 class UnitReader {
 public:
-    HWY_INLINE explicit UnitReader(const LocalHead& head)
-        : low(head.low), high(head.high), fraction(Constant(static_cast<float>(head.start))) {}
+    HWY_INLINE UnitReader(const GrainKernels::ReadHead& head, uint32_t, const Course&) {
+        const auto whole = static_cast<int64_t>(head.position);
+        low = head.low + whole;
+        high = head.high + whole;
+        fraction = Constant(static_cast<float>(head.position - static_cast<double>(whole)));
+    }
 
     HWY_INLINE Floats Next() {
         const Floats x = Blend(hn::LoadU(FloatTag(), low), hn::LoadU(FloatTag(), high), fraction);
@@ -93,11 +97,25 @@ HWY_INLINE Places NextPlaces(Line& positions) {
 #endif
 }
 
+#if HWY_TARGET != HWY_SCALAR
+/// A vector of neighbours side by side, from as many places as half of its lanes.
+template <class Tag>
+HWY_INLINE hn::Vec<Tag> LoadPairs(Tag d, const float* tape, const int32_t* places) {
+    if constexpr (hn::MaxLanes(d) == 2) {
+        return hn::LoadU(d, tape + *places);
+    } else {
+        const hn::Half<Tag> half;
+        return hn::Combine(d, LoadPairs(half, tape, places + hn::MaxLanes(half) / 2),
+                           LoadPairs(half, tape, places));
+    }
+}
+#endif
+
 /// Loads every place by itself, with its neighbour.
 class PairReader {
 public:
-    HWY_INLINE explicit PairReader(const LocalHead& local)
-        : head(local), positions(head.Positions()) {}
+    HWY_INLINE PairReader(const GrainKernels::ReadHead& any, uint32_t count, const Course&)
+        : head(any, count), positions(head.Positions()) {}
 
     HWY_INLINE Floats Next() {
         const Places places = NextPlaces(positions);
@@ -109,8 +127,8 @@ public:
         const Floats next = hn::LoadU(FloatTag(), head.high + whole[0]);
 #else
         const FloatTag d;
-        const auto first = Pairs(d, whole);
-        const auto second = Pairs(d, whole + LaneCount() / 2);
+        const auto first = LoadPairs(d, head.low, whole);
+        const auto second = LoadPairs(d, head.low, whole + LaneCount() / 2);
         const Floats x = hn::ConcatEven(d, second, first);
         const Floats next = hn::ConcatOdd(d, second, first);
 #endif
@@ -118,19 +136,6 @@ public:
     }
 
 private:
-#if HWY_TARGET != HWY_SCALAR
-    /// A vector of neighbours side by side.
-    template <class Tag>
-    HWY_INLINE hn::Vec<Tag> Pairs(Tag d, const int32_t* whole) const {
-        if constexpr (hn::MaxLanes(d) == 2) {
-            return hn::LoadU(d, head.low + *whole);
-        } else {
-            const hn::Half<Tag> half;
-            return hn::Combine(d, Pairs(half, whole + hn::MaxLanes(half) / 2), Pairs(half, whole));
-        }
-    }
-#endif
-
     LocalHead head;
     Line positions;
 };
@@ -138,8 +143,8 @@ private:
 /// The same where the neighbours lie in different rounds of the tape: on the write head.
 class ApartReader {
 public:
-    HWY_INLINE explicit ApartReader(const LocalHead& local)
-        : head(local), positions(head.Positions()) {}
+    HWY_INLINE ApartReader(const GrainKernels::ReadHead& any, uint32_t count)
+        : head(any, count), positions(head.Positions()) {}
 
     HWY_INLINE Floats Next() {
         const Places places = NextPlaces(positions);
@@ -160,6 +165,30 @@ private:
     Line positions;
 };
 
+#if HWY_TARGET != HWY_SCALAR
+/// Loads the pairs as PairReader does.
+class FixedPairReader {
+public:
+    HWY_INLINE FixedPairReader(const GrainKernels::ReadHead& head, uint32_t, const Course& course)
+        : places(head.low, course) {}
+
+    HWY_INLINE Floats Next() {
+        const FloatTag d;
+        HWY_ALIGN int32_t behind[GrainKernels::kMaxLanes];
+        hn::Store(places.BehindFirst(), IntTag(), behind);
+        const float* const window = places.Window();
+        const auto early = LoadPairs(d, window, behind);
+        const auto late = LoadPairs(d, window, behind + LaneCount() / 2);
+        const Floats fractions = places.Fractions();
+        places.GoOn();
+        return Blend(hn::ConcatEven(d, late, early), hn::ConcatOdd(d, late, early), fractions);
+    }
+
+private:
+    FixedPlaces places;
+};
+#endif
+
 #if HWY_TARGET <= HWY_AVX2
 /// For heads so slow that the places of one vector lie within kVectors vectors of the tape:
 /// permutes what lies around them instead of loading each by itself. Up to kVectors samples a
@@ -167,56 +196,29 @@ private:
 template <int kVectors>
 class WindowReader {
 public:
-    HWY_INLINE explicit WindowReader(const LocalHead& local)
-        : head(local),
-          positions(head.Positions()),
-          ahead(head.increment * static_cast<double>(LaneCount())),
-          back(head.increment < 0.0 ? kVectors * static_cast<int32_t>(LaneCount()) - 1 : 0) {}
+    HWY_INLINE WindowReader(const GrainKernels::ReadHead& head, uint32_t, const Course& course)
+        : places(head.low, course),
+          lowest(hn::Set(IntTag(), head.increment < 0.0 ? static_cast<int>(LaneCount()) - 1 : 0)) {}
 
     HWY_INLINE Floats Next() {
-        const Places places = NextPlaces(positions);
-        // The lowest place by another way than through the vector, which would take long.
-        const int32_t base = std::max(static_cast<int32_t>(head.start + way) - back, 0);
-        way += ahead;
-        const Ints inside = hn::Sub(places.whole, hn::Set(IntTag(), base));
-        return Blend(LookUp(head.low + base, inside), LookUp(head.high + base, inside),
-                     places.fraction);
+        const float* const window = places.Window();
+        const Ints bytes = places.Bytes();
+        const Ints inside = hn::Sub(bytes, AnyLane(bytes, lowest));
+        const Floats fractions = places.Fractions();
+        places.GoOn();
+        return Blend(LookUp<kVectors>(window, inside), LookUp<kVectors>(window + 1, inside),
+                     fractions);
     }
 
 private:
-    /// window[place]
-    static HWY_INLINE Floats LookUp(const float* window, Ints place) {
-        const FloatTag d;
-        const IntTag di;
-        const Ints lanes = hn::Set(di, static_cast<int32_t>(LaneCount()));
-        const auto indices = hn::IndicesFromVec(d, hn::And(place, hn::Sub(lanes, hn::Set(di, 1))));
-        const Floats first = hn::TableLookupLanes(hn::LoadU(d, window), indices);
-        if constexpr (kVectors == 1)
-            return first;
-        const Floats second = hn::TableLookupLanes(hn::LoadU(d, window + LaneCount()), indices);
-        return hn::IfThenElse(hn::RebindMask(d, hn::Lt(place, lanes)), first, second);
-    }
-
-    LocalHead head;
-    Line positions;
-    double way = 0.0, ahead;  ///< from the start to the vector, and to the next
-    int32_t back;             ///< from the vector's first place to the lowest that it may have
+    FixedPlaces places;
+    Ints lowest;  ///< the lane whose place is the window's
 };
 #endif
 
-/// How fast a head is, as far as it decides on the reader.
-enum Pace : uint32_t { kUnit, kSlow, kFaster, kAny, kPaces };
-
-/// Without branches, as chance says which of them would be taken.
-HWY_INLINE uint32_t PaceOf(double increment) {
-    const double speed = std::abs(increment);
-    const uint32_t pace = kSlow + uint32_t(speed > 1.0) + uint32_t(speed > 2.0);
-    return increment == 1.0 ? kUnit : pace;
-}
-
 /// Calls use with the TypeOf a reader that suits the pace.
 template <class Use>
-HWY_INLINE void WithPace(uint32_t pace, const Use& use) {
+HWY_INLINE void WithPace(int32_t pace, const Use& use) {
     if (pace == kUnit)
         return use(TypeOf<UnitReader>());
 #if HWY_TARGET <= HWY_AVX2
@@ -224,6 +226,10 @@ HWY_INLINE void WithPace(uint32_t pace, const Use& use) {
         return use(TypeOf<WindowReader<1>>());
     if (pace == kFaster)
         return use(TypeOf<WindowReader<2>>());
+#endif
+#if HWY_TARGET != HWY_SCALAR
+    if (pace != kAny)
+        return use(TypeOf<FixedPairReader>());
 #endif
     use(TypeOf<PairReader>());
 }

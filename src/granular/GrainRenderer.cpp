@@ -1,5 +1,7 @@
 #include "granular/GrainRenderer.h"
 
+#include <hwy/base.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -23,7 +25,7 @@ float GainOf(const Grain& grain) {  // of which one part is 0
 void GrainRenderer::Setup(float sampleRate, uint32_t blockSize) {
     reader.Setup(sampleRate, blockSize);
     releaseStep = kReleasePerSecond / sampleRate;
-    attackSamples = sampleRate * kAttackSeconds;
+    voices.attackSamples = sampleRate * kAttackSeconds;
     constexpr size_t kVector = GrainKernels::kMaxLanes;
     stride = (blockSize + 2 * kVector - 1) / kVector * kVector;
     scratch.assign((3 + kRows) * stride, 0.0f);
@@ -54,7 +56,7 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
                               : TakeGrain(grain, count, reader.PathOf(pool, slot));
         if (ends)
             ended.push_back(slot);
-        if (sides[0].count + sides[1].count == kRows)
+        if (numRows == kRows)
             PlayRows();
     }
     PlayRows();
@@ -64,26 +66,28 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
 
 /// Moves a grain that is clear on by count samples and leaves its row to the kernels, which take
 /// many at a time. Answers whether it ends in this block.
-bool GrainRenderer::PassGrain(Grain& grain, uint32_t count) {
+HWY_INLINE bool GrainRenderer::PassGrain(Grain& grain, uint32_t count) {
     const uint32_t side = SideOf(grain);
     float* const row = NextRow(side);
-    GrainKernels::Voice& voice = voices[numVoices++];
-    voice.envelope = EnvelopeOf(grain);
-    voice.elapsed = grain.elapsed;
-    voice.gain = GainOf(grain);
-    voice.count = count;
-    voice.out = row + grain.startFrame;
-    voice.level = &grain.envelope;
+    const uint32_t voice = numVoices++;
+    float* const out = row + grain.startFrame;
+    voices.elapsed[voice] = grain.elapsed;
+    voices.length[voice] = grain.length;
+    voices.shape[voice] = grain.shape;
+    voices.grain[voice] = &grain;
+    voices.gain[voice] = GainOf(grain);
+    voices.out[voice] = out;
     if (grain.releasing) {
-        voice.envelope.shape = GrainKernels::Envelope::kGiven;
-        voice.count = FillRelease(grain, count, voice.out);
+        voices.shape[voice] = GrainKernels::Voices::kGiven;
+        count = FillRelease(grain, count, out);
     }
-    reader.Pass(grain, side, voice);
-    return Finish(grain, row, voice.count);
+    voices.count[voice] = count;
+    reader.Pass(grain, side, voices, voice);
+    return Finish(grain, row, count);
 }
 
 /// The same for a grain that may meet anything.
-bool GrainRenderer::TakeGrain(Grain& grain, uint32_t count, const GrainWalk::Path* path) {
+HWY_NOINLINE bool GrainRenderer::TakeGrain(Grain& grain, uint32_t count, const GrainWalk::Path* path) {
     bool ends = false;
     if (path == nullptr && reader.IsClear(grain, count)) {
         ends = PassGrain(grain, count);
@@ -102,7 +106,7 @@ bool GrainRenderer::TakeGrain(Grain& grain, uint32_t count, const GrainWalk::Pat
 
 /// Sees to the rest of the row of a grain that has sounded for count samples of it. Answers whether
 /// it has ended.
-bool GrainRenderer::Finish(Grain& grain, float* row, uint32_t count) {
+HWY_INLINE bool GrainRenderer::Finish(Grain& grain, float* row, uint32_t count) {
     const uint32_t start = grain.startFrame;
     if (count < numFrames)
         parts[numParts++] = {row, start, start + count};
@@ -112,8 +116,8 @@ bool GrainRenderer::Finish(Grain& grain, float* row, uint32_t count) {
 }
 
 /// Where the next grain goes.
-float* GrainRenderer::NextRow(uint32_t side) {
-    float* const row = rows + (sides[0].count + sides[1].count) * stride;
+HWY_INLINE float* GrainRenderer::NextRow(uint32_t side) {
+    float* const row = rows + numRows++ * stride;
     Side& sum = sides[side];
     sum.rows[sum.count++] = row;
     return row;
@@ -121,28 +125,26 @@ float* GrainRenderer::NextRow(uint32_t side) {
 
 void GrainRenderer::PlayRows() {
     constexpr float kNothing = -0.0f;  // added to anything it changes no bit, 0 would make -0 a 0
-    kernels->play(voices.data(), numVoices);
+    kernels->play(voices, numVoices);
     for (uint32_t i = 0; i < numParts; ++i) {
         const Part& part = parts[i];
         std::fill(part.row, part.row + part.from, kNothing);
         std::fill(part.row + part.to, part.row + numFrames, kNothing);
     }
-    numVoices = numParts = 0;
+    numRows = numVoices = numParts = 0;
     for (Side& side : sides) {
         kernels->add(side.rows.data(), side.count, numFrames, side.sum);
         side.count = 0;
     }
 }
 
-GrainKernels::Envelope GrainRenderer::EnvelopeOf(const Grain& grain) const {
-    return {grain.shape, grain.shapeA, grain.shapeB, grain.length, attackSamples};
-}
-
 /// Fills the envelope of count samples or up to the release's end, and answers how many there are.
 uint32_t GrainRenderer::FillEnvelope(Grain& grain, uint32_t count) {
     if (grain.releasing)
         return FillRelease(grain, count, envelope);
-    kernels->envelope(EnvelopeOf(grain), grain.elapsed, std::abs(grain.increment), count, envelope);
+    kernels->envelope(
+        {grain.shape, grain.shapeA, grain.shapeB, grain.length, voices.attackSamples},
+        grain.elapsed, std::abs(grain.increment), count, envelope);
     grain.envelope = envelope[count - 1];
     return count;
 }

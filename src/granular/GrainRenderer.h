@@ -56,20 +56,18 @@ private:
     bool Finish(Grain& grain, float* row, uint32_t count);
     float* NextRow(uint32_t side);
     void PlayRows();
-    GrainKernels::Envelope EnvelopeOf(const Grain& grain) const;
     uint32_t FillEnvelope(Grain& grain, uint32_t count);
     uint32_t FillRelease(Grain& grain, uint32_t count, float* out) const;
     uint32_t FramesToEnd(const Grain& grain) const;
 
     const GrainKernels* kernels = &GrainKernels::Best();
     GrainReader reader;
-    float releaseStep = 0.0f;    ///< fade of a released grain, a sample
-    float attackSamples = 0.0f;  ///< fixed attack of the percussive shapes
-    uint32_t numFrames = 0;      ///< of the block
+    float releaseStep = 0.0f;  ///< fade of a released grain, a sample
+    uint32_t numFrames = 0;    ///< of the block
 
     // Some grains on their way to the sums, a row each.
-    std::array<GrainKernels::Voice, kRows> voices{};  ///< those that the kernels play at once
-    uint32_t numVoices = 0;
+    GrainKernels::Voices voices{};  ///< those that the kernels play at once
+    uint32_t numRows = 0, numVoices = 0;
     std::array<Part, kRows> parts{};  ///< those that start or end in the block
     uint32_t numParts = 0;
     std::array<Side, 2> sides;  ///< left and right

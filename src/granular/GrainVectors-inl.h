@@ -31,6 +31,7 @@ using Doubles = hn::Vec<DoubleTag>;
 using HalfTag = hn::Rebind<float, DoubleTag>;
 using HalfIntTag = hn::Rebind<int32_t, DoubleTag>;
 
+constexpr size_t kDoubles = hn::MaxLanes(DoubleTag());
 HWY_INLINE uint32_t LaneCount() { return static_cast<uint32_t>(hn::Lanes(FloatTag())); }
 HWY_INLINE Floats Constant(float value) { return hn::Set(FloatTag(), value); }
 
@@ -78,6 +79,76 @@ HWY_INLINE Ints TruncatedInRange(Floats x) {
     return hn::ConvertTo(IntTag(), x);
 #endif
 }
+
+#if HWY_TARGET == HWY_AVX2
+/// Lane i is x[index[i]]; of indices only the digits that count are looked at.
+HWY_INLINE Floats Permuted(Floats x, Ints index) {
+    return Floats{_mm256_permutevar8x32_ps(x.raw, index.raw)};
+}
+HWY_INLINE Ints AnyLane(Ints x, Ints lane) {
+    return Ints{_mm256_permutevar8x32_epi32(x.raw, lane.raw)};
+}
+/// One or two vectors at window, permuted.
+template <int kVectors>
+HWY_INLINE Floats LookUp(const float* window, Ints index) {
+    const FloatTag d;
+    const Floats first = Permuted(hn::LoadU(d, window), index);
+    if constexpr (kVectors == 1)
+        return first;
+    const Floats second = Permuted(hn::LoadU(d, window + LaneCount()), index);
+    // The sign says which: the digit above those that count.
+    const auto beyond = _mm256_castsi256_ps(hn::ShiftLeft<28>(index).raw);
+    return Floats{_mm256_blendv_ps(first.raw, second.raw, beyond)};
+}
+#elif HWY_TARGET < HWY_AVX2
+HWY_INLINE Ints AnyLane(Ints x, Ints lane) {
+    return Ints{_mm512_permutexvar_epi32(lane.raw, x.raw)};
+}
+/// One or two vectors at window, permuted; of indices only the digits that count are looked at.
+template <int kVectors>
+HWY_INLINE Floats LookUp(const float* window, Ints index) {
+    const FloatTag d;
+    const auto first = hn::LoadU(d, window).raw;
+    if constexpr (kVectors == 1)
+        return Floats{_mm512_permutexvar_ps(index.raw, first)};
+    const auto second = hn::LoadU(d, window + LaneCount()).raw;
+    return Floats{_mm512_permutex2var_ps(first, index.raw, second)};
+}
+#endif
+
+/// All lanes are x's first.
+HWY_INLINE Ints FirstLane(Ints x) {
+#if HWY_TARGET <= HWY_AVX2
+    return AnyLane(x, hn::Zero(IntTag()));
+#else
+    return hn::Broadcast<0>(x);
+#endif
+}
+
+HWY_INLINE hn::Vec<HalfIntTag> TruncatedInRange(Doubles x) {
+#if HWY_TARGET == HWY_AVX3
+    return hn::Vec<HalfIntTag>{_mm512_cvttpd_epi32(x.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    return hn::Vec<HalfIntTag>{_mm256_cvttpd_epi32(x.raw)};
+#else
+    return hn::DemoteTo(HalfIntTag(), x);
+#endif
+}
+
+#if HWY_TARGET != HWY_SCALAR
+/// The low halves of the bits of two vectors, in any order.
+HWY_INLINE Ints LowHalves(Doubles first, Doubles second) {
+#if HWY_TARGET == HWY_AVX3
+    return Ints{_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castpd_ps(first.raw),
+                                                      _mm512_castpd_ps(second.raw), 0x88))};
+#elif HWY_TARGET == HWY_AVX2
+    return Ints{_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castpd_ps(first.raw),
+                                                      _mm256_castpd_ps(second.raw), 0x88))};
+#else
+    return hn::ConcatEven(IntTag(), hn::BitCast(IntTag(), second), hn::BitCast(IntTag(), first));
+#endif
+}
+#endif
 
 /// Two halves of a vector, rounded to single precision.
 HWY_INLINE Floats Narrow(Doubles first, [[maybe_unused]] Doubles second) {
