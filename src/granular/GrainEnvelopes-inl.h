@@ -52,9 +52,10 @@ HWY_INLINE Floats Exp(Floats x) { return Pow2(hn::Mul(x, Constant(kBinaryLogOfE)
 
 /// Parabola sine of turns at or above 0.
 HWY_INLINE Floats SineOfTurn(Floats turns) {
-    const Floats turn = hn::Mul(hn::Sub(turns, hn::Trunc(turns)), Constant(6.2831855f));
-    const auto late = hn::Gt(turn, Constant(3.1415927f));
-    const Floats a = hn::Sub(turn, hn::IfThenElseZero(late, Constant(6.2831855f)));
+    const Floats part = hn::Sub(turns, hn::Trunc(turns));
+    const auto late = hn::Gt(part, Constant(0.5f));
+    const Floats back = hn::IfThenElseZero(late, Constant(6.2831855f));
+    const Floats a = hn::Sub(hn::Mul(part, Constant(6.2831855f)), back);
     const Floats slope = hn::Sub(Constant(1.2732395f), hn::Mul(Constant(0.40528473f), hn::Abs(a)));
     return hn::Mul(slope, a);
 }
@@ -66,8 +67,8 @@ HWY_INLINE Floats Bend(Floats y, float factor) {
 
 // The shapes: what belongs to the grain is worked out by the constructor, ahead of the samples.
 // Some have stretches on which fewer operations give the same: IsPlain tells, from the first and
-// the last of phases that rise, whether all lie on one, and Plain has the envelope there. The
-// sets without vectors, by which the others are judged, go without.
+// the last of phases that rise, whether all lie on one, and Plain has the envelope there, or kPlain
+// where it is one number. The sets without vectors, by which the others are judged, go without.
 
 struct Triangle {
     HWY_INLINE explicit Triangle(const GrainKernels::Envelope& e)
@@ -83,6 +84,8 @@ struct Triangle {
 };
 
 struct Trapezoid {
+    static constexpr float kPlain = 1.0f;
+
     HWY_INLINE explicit Trapezoid(const GrainKernels::Envelope& e) : edge(Constant(e.shapeB)) {}
 
     HWY_INLINE Floats operator()(Floats x) const {
@@ -95,11 +98,18 @@ struct Trapezoid {
         return hn::IfThenElse(flat, one, slope);
     }
 
+    HWY_INLINE bool IsPlain(float first, float last) const {
+        const float rise = hn::GetLane(edge);
+        return first >= rise && 1.0f - last >= rise;
+    }
+
     Floats edge;
 };
 
 /// Raised-cosine rise at both ends of the grain, 1 between.
 struct RaisedEdge {
+    static constexpr float kPlain = 1.0f;
+
     HWY_INLINE RaisedEdge(float turn, float edge) : p(Constant(turn)), q(Constant(edge)) {}
     HWY_INLINE explicit RaisedEdge(const GrainKernels::Envelope& e)
         : RaisedEdge(e.shapeA, e.shapeB) {}
@@ -122,7 +132,6 @@ struct RaisedEdge {
         const float edge = hn::GetLane(q);
         return first >= edge && 1.0f - last >= edge;
     }
-    HWY_INLINE Floats Plain(Floats) const { return Constant(1.0f); }
 
     Floats p, q;
 };
@@ -145,12 +154,11 @@ struct Gaussian {
 private:
     HWY_INLINE Floats Power(Floats x) const {
         const Floats centred = hn::Sub(x, Constant(0.5f));
-        const Floats exponent = hn::Mul(hn::Mul(centred, b), hn::Mul(centred, Constant(-0.5f)));
-        return hn::Mul(exponent, Constant(kBinaryLogOfE));
+        return hn::Mul(hn::Mul(hn::Mul(centred, b), centred), Constant(-0.5f * kBinaryLogOfE));
     }
     HWY_INLINE float PowerAt(float x) const {
         const float centred = x - 0.5f;
-        return (centred * steepness) * (centred * -0.5f) * kBinaryLogOfE;
+        return ((centred * steepness) * centred) * (-0.5f * kBinaryLogOfE);
     }
 
     float steepness;
@@ -219,17 +227,39 @@ private:
 /// The exponential of the percussive shapes: 1 where the attack meets it, 0 at phase 1.
 struct Decay {
     HWY_INLINE explicit Decay(const GrainKernels::Envelope& e)
-        : a(Constant(e.shapeA)),
+        : shape(e),
+          a(Constant(e.shapeA)),
           down(Constant(e.length * -10.0f)),
           way(Constant(e.length - e.attackSamples)),
           scale(Constant(e.shapeB)) {}
 
     HWY_INLINE Floats operator()(Floats behindAttack) const {
-        const Floats one = Constant(1.0f);
-        const Floats exponent = hn::Div(hn::Mul(hn::Mul(behindAttack, a), down), way);
-        return hn::Sub(one, hn::Mul(hn::Sub(Exp(exponent), one), scale));
+        return Behind(Pow2(Power(behindAttack)));
     }
 
+    /// Between two places where powers are not held, at neither of which it is 1.
+    HWY_INLINE bool IsPlain(float nearest, float farthest) const {
+        return PowerAt(nearest) < 0.0f && PowerAt(farthest) >= kLowestPower;
+    }
+    HWY_INLINE Floats Plain(Floats behindAttack) const {
+        return Behind(FallingPow2(Power(behindAttack)));
+    }
+
+private:
+    HWY_INLINE Floats Power(Floats x) const {
+        const Floats exponent = hn::Div(hn::Mul(hn::Mul(x, a), down), way);
+        return hn::Mul(exponent, Constant(kBinaryLogOfE));
+    }
+    HWY_INLINE float PowerAt(float x) const {
+        return x * shape.shapeA * (shape.length * -10.0f) / (shape.length - shape.attackSamples) *
+               kBinaryLogOfE;
+    }
+    HWY_INLINE Floats Behind(Floats power) const {
+        const Floats one = Constant(1.0f);
+        return hn::Sub(one, hn::Mul(hn::Sub(power, one), scale));
+    }
+
+    GrainKernels::Envelope shape;
     Floats a, down, way, scale;
 };
 
@@ -246,6 +276,12 @@ struct Percussive {
         const Floats behind = hn::IfThenElse(over, hn::Zero(FloatTag()), fall);
         return hn::IfThenElse(hn::Lt(x, attack), hn::Mul(rise, x), behind);
     }
+
+    HWY_INLINE bool IsPlain(float first, float last) const {
+        const float from = hn::GetLane(attack);
+        return first >= from && last < 1.0f && decay.IsPlain(first - from, last - from);
+    }
+    HWY_INLINE Floats Plain(Floats x) const { return decay.Plain(hn::Sub(x, attack)); }
 
     Floats attack, rise;
     Decay decay;
@@ -265,6 +301,15 @@ struct MirroredPercussive {
         const Floats fall = decay(hn::Sub(left, attack));
         const Floats behind = hn::IfThenElse(hn::Le(x, zero), zero, fall);
         return hn::IfThenElse(hn::Ge(x, turn), hn::Mul(rise, left), behind);
+    }
+
+    HWY_INLINE bool IsPlain(float first, float last) const {
+        const float rest = hn::GetLane(attack);
+        return first > 0.0f && last < hn::GetLane(turn) &&
+               decay.IsPlain(1.0f - last - rest, 1.0f - first - rest);
+    }
+    HWY_INLINE Floats Plain(Floats x) const {
+        return decay.Plain(hn::Sub(hn::Sub(Constant(1.0f), x), attack));
     }
 
     Floats attack, turn, rise;
@@ -313,13 +358,24 @@ HWY_INLINE void FillShape(const GrainKernels::Envelope& e, const Stretch& stretc
     const size_t count = frames;
     constexpr bool kIsPlainForm = HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128;
     if constexpr (!kIsPlainForm) {
+        const auto steps = static_cast<double>(count - 1);
+        if constexpr (requires { Shape::kPlain; }) {
+            const auto whole = static_cast<double>(e.length);
+            const double last = stretch.elapsed + stretch.speed * steps;
+            if (shape.IsPlain(static_cast<float>(stretch.elapsed / whole),
+                              static_cast<float>(last / whole))) {
+                for (size_t i = 0; i < count; i += LaneCount())
+                    hn::StoreU(Constant(Shape::kPlain), d, out + i);
+                return;
+            }
+        }
         PhaseLine phases(stretch.start, stretch.step);
         const auto fill = [&](const auto& form) HWY_ATTR {
             for (size_t i = 0; i < count; i += LaneCount())
                 hn::StoreU(form(phases.Next()), d, out + i);
         };
-        if constexpr (requires { shape.IsPlain(0.0f, 0.0f); }) {
-            const double last = stretch.start + stretch.step * static_cast<double>(count - 1);
+        if constexpr (requires { shape.Plain(Floats()); }) {
+            const double last = stretch.start + stretch.step * steps;
             if (shape.IsPlain(static_cast<float>(stretch.start), static_cast<float>(last)))
                 fill([&](Floats x) HWY_ATTR { return shape.Plain(x); });
             else
