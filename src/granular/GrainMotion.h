@@ -19,16 +19,20 @@ inline double WrapPosition(double x, double wrap) {
     return (turns >= 0.0 && turns < 1.0 ? turns : FractionOf(turns)) * wrap;
 }
 
-/// Moves both read heads of a grain on by count samples, on a tape of loop samples.
-inline void Advance(Grain& grain, uint32_t loop, uint32_t count) {
-    const double moved = grain.increment * count;
+/// Moves both read heads of a grain on, on a tape that loops at the end.
+inline void MoveOn(Grain& grain, double end, double way) {
     const double read = grain.readPosition;
     const double second = grain.wrappedPosition;
-    grain.readPosition = WrapPosition(read + moved, loop);
-    grain.wrappedPosition = second == read && grain.wrapLength == loop
+    grain.readPosition = WrapPosition(read + way, end);
+    grain.wrappedPosition = second == read && grain.wrapLength == end
                                 ? grain.readPosition
-                                : WrapPosition(second + moved, grain.wrapLength);
-    grain.elapsed += std::abs(moved);
+                                : WrapPosition(second + way, grain.wrapLength);
+    grain.elapsed += std::abs(way);
+}
+
+/// The same by count samples, on a tape of loop samples.
+inline void Advance(Grain& grain, uint32_t loop, uint32_t count) {
+    MoveOn(grain, loop, grain.increment * count);
 }
 
 }  // namespace Quorvan::dsp

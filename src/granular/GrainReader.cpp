@@ -22,6 +22,8 @@ void GrainReader::BeginBlock(const CaptureBuffer& tape, uint32_t frames, bool cr
         for (size_t pass = 0; pass < 2; ++pass)
             tapes[side][pass] = channels[side][pass].data();
     numFrames = frames;
+    blockSteps = frames;
+    loopEnd = runs.Loop();
     interpolate = interpolation;
 }
 

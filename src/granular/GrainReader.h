@@ -31,36 +31,33 @@ public:
     const GrainWalk::Path* PathOf(const GrainPool& pool, uint16_t slot) {
         return runs.NeedsPath(pool[slot]) ? &walk.Next(pool, slot, runs) : nullptr;
     }
-    /// Whether Pass may do what Read does in the next count samples: as an earlier block knew, or
-    /// seen now.
-    bool StaysClear(const Grain& grain, uint32_t count) const {
-        return count >= kShortestRun && runs.StaysClear(grain);
+    /// Whether PassBlock may do what Read does in this block, as an earlier block knew, and the
+    /// grain has more to read behind it.
+    bool StaysClear(const Grain& grain) const {
+        const double read = grain.elapsed + std::abs(grain.increment * blockSteps);
+        return runs.StaysClear(grain) && read < static_cast<double>(grain.length) &&
+               numFrames >= kShortestRun;
     }
+    /// Whether Pass may do what Read does in the next count samples.
     bool IsClear(const Grain& grain, uint32_t count) const {
         return count >= kShortestRun && runs.IsClear(grain, count);
     }
     /// To be called at the end of a block for grains that did not stay clear.
     void LookAhead(Grain& grain) const { runs.LookAhead(grain); }
     /// Passes over the samples of a grain that is clear: tells the voice where its head goes and
-    /// asks for that part of the tape: grains lie all over it.
+    /// asks for that part of the tape, for grains lie all over it.
     void Pass(Grain& grain, uint32_t side, GrainKernels::Voices& voices, uint32_t voice) const {
         TrackCrossfade(grain, false);
-        const float* const tape = tapes[side][runs.PassOfClear(grain)];
-        const double position = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
-        const uint32_t count = voices.count[voice];
-        voices.tape[voice] = tape;
-        voices.position[voice] = position;
-        voices.increment[voice] = grain.increment;
-        // What a function of its own did here would be taken for nothing.
-        const double way = grain.increment * count;
-        const float* const first =
-            tape + static_cast<int64_t>(std::max(position + std::min(way, 0.0), 0.0));
-        for (int32_t line = 0; line < kUsualLines; ++line)
-            __builtin_prefetch(first + line * kCacheLine);
-        const auto floats = static_cast<int32_t>(std::abs(way));
-        for (int32_t at = kUsualLines * kCacheLine; at <= floats; at += kCacheLine)
-            __builtin_prefetch(first + at);
-        Advance(grain, runs.Loop(), count);
+        const double way = grain.increment * voices.count[voice];
+        FillVoice(grain, tapes[side][runs.PassOfClear(grain)], way, voices, voice);
+        MoveOn(grain, loopEnd, way);
+    }
+    /// The same over the whole block, for one that stayed clear.
+    void PassBlock(Grain& grain, uint32_t side, GrainKernels::Voices& voices,
+                   uint32_t voice) const {
+        const double way = grain.increment * blockSteps;
+        FillVoice(grain, tapes[side][runs.PassOfRunning(grain)], way, voices, voice);
+        MoveOn(grain, loopEnd, way);
     }
     /// Reads count samples from the grain's start frame on. out has room for whole vectors.
     void Read(Grain& grain, uint32_t side, uint32_t count, const GrainWalk::Path* path, float* out);
@@ -97,6 +94,21 @@ private:
             grain.swapped = true;
         grain.wasCrossfading = active;
     }
+    static void FillVoice(const Grain& grain, const float* tape, double way,
+                          GrainKernels::Voices& voices, uint32_t voice) {
+        const double position = ReadsWrapped(grain) ? grain.wrappedPosition : grain.readPosition;
+        voices.tape[voice] = tape;
+        voices.position[voice] = position;
+        voices.increment[voice] = grain.increment;
+        const float* const first =
+            tape + static_cast<int64_t>(std::max(position + std::min(way, 0.0), 0.0));
+        // A function of its own would be taken for one that does nothing.
+        for (int32_t line = 0; line < kUsualLines; ++line)
+            __builtin_prefetch(first + line * kCacheLine);
+        const auto floats = static_cast<int32_t>(std::abs(way));
+        for (int32_t at = kUsualLines * kCacheLine; at <= floats; at += kCacheLine)
+            __builtin_prefetch(first + at);
+    }
     float Between(float x, float next, float fraction) const {
         return interpolate ? x + (next - x) * fraction : x;
     }
@@ -111,6 +123,8 @@ private:
     Channel channels[2] = {};  ///< of the left and the right side
     const float* tapes[2][2] = {};  ///< their passes
     uint32_t numFrames = 0;
+    double blockSteps = 0.0;  ///< numFrames
+    double loopEnd = 1.0;
     bool interpolate = true;
 };
 

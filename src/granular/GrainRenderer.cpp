@@ -50,11 +50,9 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
     std::copy_n(outRight, numFrames, sides[1].sum);
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
         Grain& grain = pool[slot];
-        const uint32_t count = FramesToEnd(grain);
-        const bool ends = reader.StaysClear(grain, count)
-                              ? PassGrain(grain, count)
-                              : TakeGrain(grain, count, reader.PathOf(pool, slot));
-        if (ends)
+        if (reader.StaysClear(grain) && !grain.releasing)
+            PassBlock(grain);
+        else if (TakeGrain(grain, reader.PathOf(pool, slot)))
             ended.push_back(slot);
         if (numRows == kRows)
             PlayRows();
@@ -64,49 +62,54 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
     std::copy_n(sides[1].sum, numFrames, outRight);
 }
 
-/// Moves a grain that is clear on by count samples and leaves its row to the kernels, which take
-/// many at a time. Answers whether it ends in this block.
-HWY_INLINE bool GrainRenderer::PassGrain(Grain& grain, uint32_t count) {
-    const uint32_t side = SideOf(grain);
-    float* const row = NextRow(side);
+/// Notes a voice for what the grain plays from its next sample on.
+HWY_INLINE uint32_t GrainRenderer::NextVoice(Grain& grain, uint32_t count, float* out) {
     const uint32_t voice = numVoices++;
-    float* const out = row + grain.startFrame;
     voices.elapsed[voice] = grain.elapsed;
     voices.length[voice] = grain.length;
+    voices.count[voice] = count;
     voices.shape[voice] = grain.shape;
     voices.grain[voice] = &grain;
     voices.gain[voice] = GainOf(grain);
     voices.out[voice] = out;
-    if (grain.releasing) {
-        voices.shape[voice] = GrainKernels::Voices::kGiven;
-        count = FillRelease(grain, count, out);
-    }
-    voices.count[voice] = count;
-    reader.Pass(grain, side, voices, voice);
-    return Finish(grain, row, count);
+    return voice;
 }
 
-/// The same for a grain that may meet anything.
-HWY_NOINLINE bool GrainRenderer::TakeGrain(Grain& grain, uint32_t count, const GrainWalk::Path* path) {
-    bool ends = false;
+/// Moves a grain that stays clear on by a block, and leaves its row to the kernels, which take many
+/// at a time.
+HWY_INLINE void GrainRenderer::PassBlock(Grain& grain) {
+    const uint32_t side = SideOf(grain);
+    const uint32_t voice = NextVoice(grain, numFrames, NextRow(side));
+    reader.PassBlock(grain, side, voices, voice);
+}
+
+/// The same for a grain that may meet anything. Answers whether it ends in this block.
+HWY_NOINLINE bool GrainRenderer::TakeGrain(Grain& grain, const GrainWalk::Path* path) {
+    const uint32_t side = SideOf(grain);
+    float* const row = NextRow(side);
+    float* const out = row + grain.startFrame;
+    uint32_t count = FramesToEnd(grain);
     if (path == nullptr && reader.IsClear(grain, count)) {
-        ends = PassGrain(grain, count);
+        const bool releasing = grain.releasing;
+        if (releasing)
+            count = FillRelease(grain, count, out);
+        const uint32_t voice = NextVoice(grain, count, out);
+        if (releasing)
+            voices.shape[voice] = GrainKernels::Voices::kGiven;
+        reader.Pass(grain, side, voices, voice);
     } else {
-        const uint32_t side = SideOf(grain);
-        float* const row = NextRow(side);
-        float* const out = row + grain.startFrame;
         count = FillEnvelope(grain, count);
         reader.Read(grain, side, count, path, out);
         kernels->shape(envelope, GainOf(grain), count, out);
-        ends = Finish(grain, row, count);
     }
+    const bool ends = Finish(grain, row, count);
     reader.LookAhead(grain);
     return ends;
 }
 
 /// Sees to the rest of the row of a grain that has sounded for count samples of it. Answers whether
 /// it has ended.
-HWY_INLINE bool GrainRenderer::Finish(Grain& grain, float* row, uint32_t count) {
+bool GrainRenderer::Finish(Grain& grain, float* row, uint32_t count) {
     const uint32_t start = grain.startFrame;
     if (count < numFrames)
         parts[numParts++] = {row, start, start + count};

@@ -51,8 +51,9 @@ private:
         uint32_t from, to;
     };
 
-    bool PassGrain(Grain& grain, uint32_t count);
-    bool TakeGrain(Grain& grain, uint32_t count, const GrainWalk::Path* path);
+    uint32_t NextVoice(Grain& grain, uint32_t count, float* out);
+    void PassBlock(Grain& grain);
+    bool TakeGrain(Grain& grain, const GrainWalk::Path* path);
     bool Finish(Grain& grain, float* row, uint32_t count);
     float* NextRow(uint32_t side);
     void PlayRows();

@@ -53,6 +53,10 @@ public:
     uint32_t PassOfClear(const Grain& grain) const {
         return headPass ^ (grain.readPosition > HeadAtStart(grain) ? 1u : 0u);
     }
+    /// The same of one that began before this block.
+    uint32_t PassOfRunning(const Grain& grain) const {
+        return headPass ^ (grain.readPosition > headStart ? 1u : 0u);
+    }
     /// The longest run from frame on, of at most most samples. One of a grain on a path keeps clear
     /// of every place where rounding could have a say in more than the sample read.
     Run Plan(const Grain& grain, uint32_t frame, uint32_t most, bool onPath) const;
