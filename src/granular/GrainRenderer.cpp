@@ -46,6 +46,8 @@ void GrainRenderer::Render(GrainPool& pool, const CaptureBuffer& tape, const Blo
         return;
     numFrames = block.numFrames;
     reader.BeginBlock(tape, numFrames, block.crossfade, block.interpolate);
+    if (pool.Count() == 0)
+        return;
     std::copy_n(outLeft, numFrames, sides[0].sum);
     std::copy_n(outRight, numFrames, sides[1].sum);
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {

@@ -33,10 +33,15 @@ void LoopDisplay::Fill(const dsp::MoteWeaver& granular) {
 
 void LoopDisplay::FillVectors(const dsp::MoteWeaver& granular) {
     const dsp::GrainPool& pool = granular.Grains();
-    grains.clear();
-    for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot))
-        if (pool[slot].displayed)
-            grains.push_back(static_cast<uint32_t>(pool[slot].readPosition));
+    grains.resize(pool.Count());
+    size_t count = 0;
+    // Without a branch, as chance says which grains are displayed.
+    for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
+        const dsp::Grain& grain = pool[slot];
+        grains[count] = static_cast<uint32_t>(grain.readPosition);
+        count += grain.displayed ? 1 : 0;
+    }
+    grains.resize(count);
 
     markers.clear();
     const dsp::CaptureBuffer& capture = granular.Capture();
