@@ -17,7 +17,7 @@ namespace Quorvan::dsp {
 namespace HWY_NAMESPACE {
 
 /// How fast a head is, as far as it decides on the reader. At Any others cannot hold its places.
-enum Pace : int32_t { kUnit, kSlow, kFaster, kFast, kAny, kPaces };
+enum Pace : int32_t { kUnit, kSlow, kFaster, kFast, kFastest, kAny, kPaces };
 
 /// Binary digits that fixed-point places have below 1: those of single precision. What a position
 /// has beyond them stays with its lane, as long as the step of a whole vector has nothing there, so
@@ -26,14 +26,14 @@ constexpr int kDigits = 24;
 constexpr double kOne = 0x1p24;
 /// Keeps the places of a first vector above 0.
 constexpr double kBias = 64.0;
-/// As far as places of a vector may lie apart, so that a byte holds them.
-constexpr double kReach = 60.0;
+/// As far as a vector's step may go, so that a byte holds the places of its lanes.
+constexpr double kReach = 64.0;
 /// Positions behind this have 46 digits below 1 at most, and windows find room before them.
 constexpr double kNear = 128.0;
 
 /// Up to this speed heads are read by windows, where there are any.
 #if HWY_TARGET <= HWY_AVX2
-constexpr double kWindows = 2.0;
+constexpr double kWindows = 4.0;
 #else
 constexpr double kWindows = 0.0;
 #endif
@@ -86,8 +86,10 @@ HWY_INLINE void FillCourses(const double* position, const double* increment,
     const auto isHeld =
         hn::And(hn::And(hn::Ge(far, constant(0.5)), hn::Le(far, constant(kReach))),
                 hn::Ge(lowest, hn::Add(hn::Abs(way), constant(kNear))));
-    const Doubles pace = hn::Add(hn::Add(constant(kSlow), OneWhere(hn::Gt(speed, constant(1.0)))),
-                                 OneWhere(hn::Gt(speed, constant(2.0))));
+    const Doubles faster = hn::Add(OneWhere(hn::Gt(speed, constant(1.0))),
+                                   OneWhere(hn::Gt(speed, constant(2.0))));
+    const Doubles fastest = OneWhere(hn::Gt(speed, constant(4.0)));
+    const Doubles pace = hn::Add(constant(kSlow), hn::Add(faster, fastest));
     const Doubles held = hn::IfThenElse(isHeld, pace, constant(kAny));
     const auto isUnit = hn::Eq(step, constant(1.0));
     hn::Store(hn::DemoteTo(di, hn::IfThenElse(isUnit, constant(kUnit), held)), di,

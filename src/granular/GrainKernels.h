@@ -11,7 +11,8 @@ namespace Quorvan::dsp {
 /// bits: none fuses a multiplication with an addition or puts an inverse for a division.
 ///
 /// Loops work on whole vectors of up to kMaxLanes floats. What they write has room for count
-/// rounded up to that; what they read of the tape goes as far beyond the last sample in use.
+/// rounded up to that; what they read of the tape goes up to four vectors beyond the last sample in
+/// use.
 struct GrainKernels {
     static constexpr uint32_t kMaxLanes = 16;
     /// Voices that are played by one call, at most.

@@ -31,7 +31,10 @@ public:
     uint16_t First() const { return skip[0].run; }
     uint16_t Next(uint16_t slot) const {
         const auto next = static_cast<uint16_t>(slot + 1);
-        return static_cast<uint16_t>(next + skip[next].run);
+        const uint16_t run = skip[next].run;
+        if (run == 0) [[likely]]  // a guess, so that nothing has to wait for the run
+            return next;
+        return static_cast<uint16_t>(next + run);
     }
     /// Oldest live slot and the next younger one, or kNone.
     uint16_t Oldest() const { return oldest; }

@@ -226,6 +226,8 @@ HWY_INLINE void WithPace(int32_t pace, const Use& use) {
         return use(TypeOf<WindowReader<1>>());
     if (pace == kFaster)
         return use(TypeOf<WindowReader<2>>());
+    if (pace == kFast)
+        return use(TypeOf<WindowReader<4>>());
 #endif
 #if HWY_TARGET != HWY_SCALAR
     if (pace != kAny)

@@ -88,31 +88,43 @@ HWY_INLINE Floats Permuted(Floats x, Ints index) {
 HWY_INLINE Ints AnyLane(Ints x, Ints lane) {
     return Ints{_mm256_permutevar8x32_epi32(x.raw, lane.raw)};
 }
-/// One or two vectors at window, permuted.
+/// One, two or four vectors at window, permuted.
 template <int kVectors>
 HWY_INLINE Floats LookUp(const float* window, Ints index) {
-    const FloatTag d;
-    const Floats first = Permuted(hn::LoadU(d, window), index);
-    if constexpr (kVectors == 1)
-        return first;
-    const Floats second = Permuted(hn::LoadU(d, window + LaneCount()), index);
-    // The sign says which: the digit above those that count.
-    const auto beyond = _mm256_castsi256_ps(hn::ShiftLeft<28>(index).raw);
-    return Floats{_mm256_blendv_ps(first.raw, second.raw, beyond)};
+    if constexpr (kVectors == 1) {
+        return Permuted(hn::LoadU(FloatTag(), window), index);
+    } else {
+        const Floats first = LookUp<kVectors / 2>(window, index);
+        const Floats second = LookUp<kVectors / 2>(window + kVectors / 2 * LaneCount(), index);
+        // The sign says which: the highest digit that counts.
+        constexpr int kAbove = kVectors == 2 ? 28 : 27;
+        const auto beyond = _mm256_castsi256_ps(hn::ShiftLeft<kAbove>(index).raw);
+        return Floats{_mm256_blendv_ps(first.raw, second.raw, beyond)};
+    }
 }
 #elif HWY_TARGET < HWY_AVX2
 HWY_INLINE Ints AnyLane(Ints x, Ints lane) {
     return Ints{_mm512_permutexvar_epi32(lane.raw, x.raw)};
 }
-/// One or two vectors at window, permuted; of indices only the digits that count are looked at.
+/// One, two or four vectors at window, permuted; of indices only the digits that count are looked
+/// at.
 template <int kVectors>
 HWY_INLINE Floats LookUp(const float* window, Ints index) {
     const FloatTag d;
     const auto first = hn::LoadU(d, window).raw;
-    if constexpr (kVectors == 1)
+    if constexpr (kVectors == 1) {
         return Floats{_mm512_permutexvar_ps(index.raw, first)};
-    const auto second = hn::LoadU(d, window + LaneCount()).raw;
-    return Floats{_mm512_permutex2var_ps(first, index.raw, second)};
+    } else {
+        const auto second = hn::LoadU(d, window + LaneCount()).raw;
+        const auto either = _mm512_permutex2var_ps(first, index.raw, second);
+        if constexpr (kVectors == 2) {
+            return Floats{either};
+        } else {
+            const Floats behind = LookUp<2>(window + 2 * LaneCount(), index);
+            const auto beyond = _mm512_test_epi32_mask(index.raw, _mm512_set1_epi32(32));
+            return Floats{_mm512_mask_blend_ps(beyond, either, behind.raw)};
+        }
+    }
 }
 #endif
 
