@@ -1,5 +1,5 @@
-// Where grains' heads go in one block, in the vectors of one instruction set. Included once for each
-// set.
+// Where grains' heads go in one block, in the vectors of one instruction set. Included once for
+// each set.
 #if defined(QUORVAN_GRAIN_COURSES_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef QUORVAN_GRAIN_COURSES_INL_H
 #undef QUORVAN_GRAIN_COURSES_INL_H
@@ -41,8 +41,8 @@ constexpr double kWindows = 0.0;
 /// The courses of some heads, a property of all side by side. What cannot be held is for kAny.
 struct Courses {
     // A head's places are tape + whole - kBias + fixed / 2^kDigits.
-    HWY_ALIGN double from[GrainKernels::kVoices];   ///< first fixed one of the first lane
-    HWY_ALIGN double step[GrainKernels::kVoices];   ///< its change a sample
+    HWY_ALIGN double from[GrainKernels::kVoices];  ///< first fixed one of the first lane
+    HWY_ALIGN double step[GrainKernels::kVoices];  ///< its change a sample
     /// The same of the lane that windows are laid by, truncated. It is the first one, but of slow
     /// reversed heads the last, so that it is the lowest.
     HWY_ALIGN int32_t base[GrainKernels::kVoices];
@@ -57,8 +57,8 @@ HWY_INLINE Doubles OneWhere(hn::Mask<DoubleTag> mask) {
 
 /// The courses of the heads of one vector from that number on, over frames samples each. Without
 /// branches, as chance says how fast a head is.
-HWY_INLINE void FillCourses(const double* position, const double* increment,
-                            const uint32_t* frames, size_t at, Courses& courses) {
+HWY_INLINE void FillCourses(const double* position, const double* increment, const uint32_t* frames,
+                            size_t at, Courses& courses) {
     const DoubleTag d;
     const HalfIntTag di;
     const auto constant = [](double x) HWY_ATTR { return hn::Set(DoubleTag(), x); };
@@ -83,11 +83,10 @@ HWY_INLINE void FillCourses(const double* position, const double* increment,
     hn::Store(whole, di, courses.whole + at);
 
     const Doubles far = hn::Mul(speed, constant(lanes));
-    const auto isHeld =
-        hn::And(hn::And(hn::Ge(far, constant(0.5)), hn::Le(far, constant(kReach))),
-                hn::Ge(lowest, hn::Add(hn::Abs(way), constant(kNear))));
-    const Doubles faster = hn::Add(OneWhere(hn::Gt(speed, constant(1.0))),
-                                   OneWhere(hn::Gt(speed, constant(2.0))));
+    const auto isHeld = hn::And(hn::And(hn::Ge(far, constant(0.5)), hn::Le(far, constant(kReach))),
+                                hn::Ge(lowest, hn::Add(hn::Abs(way), constant(kNear))));
+    const Doubles faster =
+        hn::Add(OneWhere(hn::Gt(speed, constant(1.0))), OneWhere(hn::Gt(speed, constant(2.0))));
     const Doubles fastest = OneWhere(hn::Gt(speed, constant(4.0)));
     const Doubles pace = hn::Add(constant(kSlow), hn::Add(faster, fastest));
     const Doubles held = hn::IfThenElse(isHeld, pace, constant(kAny));

@@ -68,7 +68,11 @@ HWY_INLINE Floats Bend(Floats y, float factor) {
 // The shapes: what belongs to the grain is worked out by the constructor, ahead of the samples.
 // Some have stretches on which fewer operations give the same: IsPlain tells, from the first and
 // the last of phases that rise, whether all lie on one, and Plain has the envelope there, or kPlain
-// where it is one number. The sets without vectors, by which the others are judged, go without.
+// where it is one number. Likewise SideOf tells of the edges, and OnEdge has the envelope there.
+// The sets without vectors, by which the others are judged, go without.
+
+/// Edges of a grain.
+enum class Edge { None, Rising, Falling };
 
 struct Triangle {
     HWY_INLINE explicit Triangle(const GrainKernels::Envelope& e)
@@ -121,16 +125,27 @@ struct RaisedEdge {
         const auto flat = hn::And(hn::Ge(x, q), hn::Ge(left, q));
         if (hn::AllTrue(FloatTag(), flat))  // most of the grain, in most grains
             return one;
-        const Floats along = hn::IfThenElse(rising, x, left);
-        const Floats y = SineOfTurn(hn::Add(hn::Div(along, p), Constant(0.75f)));
-        const Floats edge =
-            hn::Add(hn::Add(hn::Mul(Constant(0.5f), y), Bend(y, 0.1125f)), Constant(0.5f));
-        return hn::IfThenElse(flat, one, edge);
+        return hn::IfThenElse(flat, one, Rise(hn::IfThenElse(rising, x, left)));
     }
 
     HWY_INLINE bool IsPlain(float first, float last) const {
         const float edge = hn::GetLane(q);
         return first >= edge && 1.0f - last >= edge;
+    }
+    HWY_INLINE Edge SideOf(float first, float last) const {
+        const float edge = hn::GetLane(q);
+        if (last < edge)
+            return Edge::Rising;
+        return first >= edge && 1.0f - first < edge ? Edge::Falling : Edge::None;
+    }
+    HWY_INLINE Floats OnEdge(Floats x, Edge side) const {
+        return Rise(side == Edge::Rising ? x : hn::Sub(Constant(1.0f), x));
+    }
+
+private:
+    HWY_INLINE Floats Rise(Floats along) const {
+        const Floats y = SineOfTurn(hn::Add(hn::Div(along, p), Constant(0.75f)));
+        return hn::Add(hn::Add(hn::Mul(Constant(0.5f), y), Bend(y, 0.1125f)), Constant(0.5f));
     }
 
     Floats p, q;
@@ -190,6 +205,15 @@ struct WindowedSinc {
     HWY_INLINE Floats Plain(Floats x) const {
         const Floats y = Angle(x);
         return hn::Div(Sine(y), y);
+    }
+    /// Of the window, where it is away from the middle.
+    HWY_INLINE Edge SideOf(float first, float last) const {
+        const bool apart = hn::GetLane(lobes) * 0.25f >= kSincCentre;
+        return apart ? window.SideOf(first, last) : Edge::None;
+    }
+    HWY_INLINE Floats OnEdge(Floats x, Edge side) const {
+        const Floats y = Angle(x);
+        return hn::Div(hn::Mul(window.OnEdge(x, side), Sine(y)), y);
     }
 
 private:
@@ -349,6 +373,34 @@ struct Stretch {
     double step;     ///< speed over the length
 };
 
+/// One form of the envelope over the phases. Answers whether these were all clear.
+template <class Form>
+HWY_INLINE bool FillForm(const Form& form, PhaseLine phases, size_t count, float* out) {
+    for (size_t i = 0; i < count; i += LaneCount())
+        hn::StoreU(form(phases.Next()), FloatTag(), out + i);
+    return phases.Clear();
+}
+
+/// The shortest form that holds from the first phase to the last.
+template <class Shape>
+HWY_INLINE bool FillShortest(const Shape& shape, float first, float last, const PhaseLine& phases,
+                             size_t count, float* out) {
+    if constexpr (requires { shape.Plain(Floats()); }) {
+        if (shape.IsPlain(first, last)) {
+            const auto form = [&](Floats x) HWY_ATTR { return shape.Plain(x); };
+            return FillForm(form, phases, count, out);
+        }
+    }
+    if constexpr (requires { shape.SideOf(first, last); }) {
+        const Edge side = shape.SideOf(first, last);
+        if (side != Edge::None) {
+            const auto form = [&](Floats x) HWY_ATTR { return shape.OnEdge(x, side); };
+            return FillForm(form, phases, count, out);
+        }
+    }
+    return FillForm(shape, phases, count, out);
+}
+
 /// The envelope over one stretch.
 template <class Shape>
 HWY_INLINE void FillShape(const GrainKernels::Envelope& e, const Stretch& stretch, uint32_t frames,
@@ -359,31 +411,21 @@ HWY_INLINE void FillShape(const GrainKernels::Envelope& e, const Stretch& stretc
     constexpr bool kIsPlainForm = HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128;
     if constexpr (!kIsPlainForm) {
         const auto steps = static_cast<double>(count - 1);
+        const auto first = static_cast<float>(stretch.start);
+        const auto last = static_cast<float>(stretch.start + stretch.step * steps);
         if constexpr (requires { Shape::kPlain; }) {
             const auto whole = static_cast<double>(e.length);
-            const double last = stretch.elapsed + stretch.speed * steps;
-            if (shape.IsPlain(static_cast<float>(stretch.elapsed / whole),
-                              static_cast<float>(last / whole))) {
+            const double read = stretch.elapsed + stretch.speed * steps;
+            if (shape.IsPlain(first, last) &&
+                shape.IsPlain(static_cast<float>(stretch.elapsed / whole),
+                              static_cast<float>(read / whole))) {
                 for (size_t i = 0; i < count; i += LaneCount())
                     hn::StoreU(Constant(Shape::kPlain), d, out + i);
                 return;
             }
         }
-        PhaseLine phases(stretch.start, stretch.step);
-        const auto fill = [&](const auto& form) HWY_ATTR {
-            for (size_t i = 0; i < count; i += LaneCount())
-                hn::StoreU(form(phases.Next()), d, out + i);
-        };
-        if constexpr (requires { shape.Plain(Floats()); }) {
-            const double last = stretch.start + stretch.step * steps;
-            if (shape.IsPlain(static_cast<float>(stretch.start), static_cast<float>(last)))
-                fill([&](Floats x) HWY_ATTR { return shape.Plain(x); });
-            else
-                fill(shape);
-        } else {
-            fill(shape);
-        }
-        if (HWY_LIKELY(phases.Clear()))
+        const PhaseLine phases(stretch.start, stretch.step);
+        if (HWY_LIKELY(FillShortest(shape, first, last, phases, count, out)))
             return;
     }
     DividePhases(e.length, stretch.elapsed, stretch.speed, frames, out);

@@ -41,11 +41,11 @@ struct GrainKernels {
 
         double position[kVoices];  ///< as in a read head
         double increment[kVoices];
-        double elapsed[kVoices];  ///< source samples read so far
-        float length[kVoices];    ///< of the whole grain, in source samples
-        uint32_t count[kVoices];  ///< samples, 1 or more
-        int32_t shape[kVoices];   ///< the grain's, or kGiven
-        Grain* grain[kVoices];    ///< has the rest of the shape, takes the envelope's last value
+        double elapsed[kVoices];     ///< source samples read so far
+        float length[kVoices];       ///< of the whole grain, in source samples
+        uint32_t count[kVoices];     ///< samples, 1 or more
+        int32_t shape[kVoices];      ///< the grain's, or kGiven
+        Grain* grain[kVoices];       ///< has the rest of the shape, takes the envelope's last value
         const float* tape[kVoices];  ///< low of a read head whose high is low + 1
         float gain[kVoices];
         float* out[kVoices];

@@ -120,7 +120,7 @@ private:
     AlignedVector faded;       ///< the crossfade's far side, over one run
 
     // Of the block.
-    Channel channels[2] = {};  ///< of the left and the right side
+    Channel channels[2] = {};       ///< of the left and the right side
     const float* tapes[2][2] = {};  ///< their passes
     uint32_t numFrames = 0;
     double blockSteps = 0.0;  ///< numFrames

@@ -147,9 +147,8 @@ void GrainRenderer::PlayRows() {
 uint32_t GrainRenderer::FillEnvelope(Grain& grain, uint32_t count) {
     if (grain.releasing)
         return FillRelease(grain, count, envelope);
-    kernels->envelope(
-        {grain.shape, grain.shapeA, grain.shapeB, grain.length, voices.attackSamples},
-        grain.elapsed, std::abs(grain.increment), count, envelope);
+    kernels->envelope({grain.shape, grain.shapeA, grain.shapeB, grain.length, voices.attackSamples},
+                      grain.elapsed, std::abs(grain.increment), count, envelope);
     grain.envelope = envelope[count - 1];
     return count;
 }

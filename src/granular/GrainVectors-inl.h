@@ -151,11 +151,11 @@ HWY_INLINE hn::Vec<HalfIntTag> TruncatedInRange(Doubles x) {
 /// The low halves of the bits of two vectors, in any order.
 HWY_INLINE Ints LowHalves(Doubles first, Doubles second) {
 #if HWY_TARGET == HWY_AVX3
-    return Ints{_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castpd_ps(first.raw),
-                                                      _mm512_castpd_ps(second.raw), 0x88))};
+    return Ints{_mm512_castps_si512(
+        _mm512_shuffle_ps(_mm512_castpd_ps(first.raw), _mm512_castpd_ps(second.raw), 0x88))};
 #elif HWY_TARGET == HWY_AVX2
-    return Ints{_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castpd_ps(first.raw),
-                                                      _mm256_castpd_ps(second.raw), 0x88))};
+    return Ints{_mm256_castps_si256(
+        _mm256_shuffle_ps(_mm256_castpd_ps(first.raw), _mm256_castpd_ps(second.raw), 0x88))};
 #else
     return hn::ConcatEven(IntTag(), hn::BitCast(IntTag(), second), hn::BitCast(IntTag(), first));
 #endif
