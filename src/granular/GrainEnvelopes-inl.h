@@ -31,19 +31,19 @@ HWY_INLINE Floats Pow2Bits(Floats v, Floats f) {
 HWY_INLINE Floats Pow2(Floats x) {
     const Floats v = hn::Max(x, Constant(kLowestPower));
     const Floats up = hn::IfThenElseZero(hn::Lt(x, hn::Zero(FloatTag())), Constant(1.0f));
-    const Floats bits = Pow2Bits(v, hn::Add(hn::Sub(v, hn::Trunc(v)), up));
+    const Floats bits = Pow2Bits(v, hn::Add(hn::Sub(v, WholeInRange(v)), up));
     return hn::BitCast(FloatTag(), hn::ConvertTo(IntTag(), bits));
 }
 
 /// The same of x from kLowestPower to below 0.
 HWY_INLINE Floats FallingPow2(Floats x) {
-    const Floats bits = Pow2Bits(x, hn::Add(hn::Sub(x, hn::Trunc(x)), Constant(1.0f)));
+    const Floats bits = Pow2Bits(x, hn::Add(hn::Sub(x, WholeInRange(x)), Constant(1.0f)));
     return hn::BitCast(FloatTag(), TruncatedInRange(bits));
 }
 
 /// The same of x from 0 to below 127.
 HWY_INLINE Floats RisingPow2(Floats x) {
-    return hn::BitCast(FloatTag(), TruncatedInRange(Pow2Bits(x, hn::Sub(x, hn::Trunc(x)))));
+    return hn::BitCast(FloatTag(), TruncatedInRange(Pow2Bits(x, hn::Sub(x, WholeInRange(x)))));
 }
 
 constexpr float kBinaryLogOfE = 1.442695f;
@@ -52,7 +52,7 @@ HWY_INLINE Floats Exp(Floats x) { return Pow2(hn::Mul(x, Constant(kBinaryLogOfE)
 
 /// Parabola sine of turns at or above 0.
 HWY_INLINE Floats SineOfTurn(Floats turns) {
-    const Floats part = hn::Sub(turns, hn::Trunc(turns));
+    const Floats part = hn::Sub(turns, WholeInRange(turns));
     const auto late = hn::Gt(part, Constant(0.5f));
     const Floats back = hn::IfThenElseZero(late, Constant(6.2831855f));
     const Floats a = hn::Sub(hn::Mul(part, Constant(6.2831855f)), back);

@@ -137,6 +137,15 @@ HWY_INLINE Ints FirstLane(Ints x) {
 #endif
 }
 
+/// The same as a number.
+HWY_INLINE Floats WholeInRange(Floats x) {
+#if HWY_TARGET == HWY_SSSE3  // which has no instruction for Trunc
+    return hn::ConvertTo(FloatTag(), TruncatedInRange(x));
+#else
+    return hn::Trunc(x);
+#endif
+}
+
 HWY_INLINE hn::Vec<HalfIntTag> TruncatedInRange(Doubles x) {
 #if HWY_TARGET == HWY_AVX3
     return hn::Vec<HalfIntTag>{_mm512_cvttpd_epi32(x.raw)};
