@@ -211,23 +211,23 @@ const DisplayFeed::Known& DisplayFeed::Recognise(uint32_t slot, const dsp::Grain
     return seen;
 }
 
-/// One buffer each fiftieth of a second is measured: a clock costs as much as the levels of several
+/// One buffer each tenth of a second is measured: a clock costs as much as the levels of several
 /// blocks.
 void DisplayFeed::BeginWork() {
-    constexpr double kBetween = 0.02;
+    constexpr double kBetween = 0.1;
     isMeasuring = IsWatched() && unmeasured >= kBetween;
     if (isMeasuring)
         workBegan = Clock::now();
 }
 
-/// Smoothed over some tenth of a second.
+/// Smoothed over some tenths of a second.
 void DisplayFeed::EndWork(uint32_t frames) {
     const double lasts = frames / sampleRate;
     unmeasured += lasts;
     if (!isMeasuring || frames == 0)
         return;
     const double took = std::chrono::duration<double>(Clock::now() - workBegan).count();
-    const double share = 1.0 - std::exp(-std::exchange(unmeasured, 0.0) / 0.1);
+    const double share = 1.0 - std::exp(-std::exchange(unmeasured, 0.0) / 0.3);
     draft.load += static_cast<float>(share * (took / lasts - static_cast<double>(draft.load)));
 }
 

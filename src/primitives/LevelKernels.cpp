@@ -3,12 +3,46 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "primitives/LevelKernels.cpp"
-// Rows are so short that only vectors of eight are worth a form of their own.
-#define HWY_DISABLED_TARGETS                                                            \
-    (HWY_AVX3_DL | HWY_AVX3 | HWY_SSE4 | HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | \
-     HWY_SVE2_128 | HWY_RVV | HWY_WASM)
+// Rows are so short that only vectors of eight are worth a form of their own, and of sixteen where
+// they are what is kept.
+#define HWY_DISABLED_TARGETS                                                                \
+    (HWY_AVX3_DL | HWY_SSE4 | HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | \
+     HWY_RVV | HWY_WASM)
 #include <hwy/foreach_target.h>  // NOLINT
 #include <hwy/highway.h>
+
+#if HWY_TARGET == HWY_AVX3
+HWY_BEFORE_NAMESPACE();
+namespace Quorvan::dsp::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+constexpr hn::Full512<float> kSixteen;
+
+/// As with vectors of eight below; count from kHeld.
+HWY_ATTR void TakePeaks(const float* left, const float* right, uint32_t count, float* held) {
+    constexpr uint32_t kStep = LevelKernels::kHeld;
+    if (count < kStep)
+        return LevelKernels::Plain().peaks(left, right, count, held);
+    auto l = hn::Load(kSixteen, held);
+    auto r = hn::Load(kSixteen, held + kStep);
+    const auto take = [&](size_t i) HWY_ATTR {
+        l = hn::Max(hn::Abs(hn::LoadU(kSixteen, left + i)), l);
+        r = hn::Max(hn::Abs(hn::LoadU(kSixteen, right + i)), r);
+    };
+    const uint32_t whole = count - count % kStep;
+    for (size_t i = 0; i != whole; i += kStep)
+        take(i);
+    if (whole != count)
+        take(count - kStep);
+    hn::Store(l, kSixteen, held);
+    hn::Store(r, kSixteen, held + kStep);
+}
+
+}  // namespace
+}  // namespace Quorvan::dsp::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+#endif  // HWY_AVX3
 
 #if HWY_TARGET == HWY_AVX2
 HWY_BEFORE_NAMESPACE();
@@ -182,6 +216,12 @@ void FindExtremes(const float* samples, uint32_t count, float& lowest, float& hi
 }
 
 const LevelKernels& FindBest() {
+#if (HWY_TARGETS & HWY_AVX3) && (HWY_TARGETS & HWY_AVX2)
+    static constexpr LevelKernels kWide{&N_AVX3::TakePeaks, &N_AVX2::FindSize,
+                                        &N_AVX2::FindExtremes};
+    if (HasInstructionSet(HWY_AVX3))
+        return kWide;
+#endif
 #if HWY_TARGETS & HWY_AVX2
     if (HasInstructionSet(HWY_AVX2))
         return N_AVX2::Table();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -18,14 +17,8 @@ public:
     /// Answers the two and begins anew.
     std::array<float, 2> Release() {
         constexpr uint32_t kHeld = LevelKernels::kHeld;
-        float* const left = held.data();
-        float* const right = left + kHeld;
-        for (uint32_t width = kHeld / 2; width > 0; width /= 2)
-            for (uint32_t i = 0; i < width; ++i) {
-                left[i] = std::max(left[i], left[i + width]);
-                right[i] = std::max(right[i], right[i + width]);
-            }
-        const std::array<float, 2> peaks{left[0], right[0]};
+        const std::array<float, 2> peaks{kernels.size(held.data(), kHeld),
+                                         kernels.size(held.data() + kHeld, kHeld)};
         held.fill(0.0f);
         return peaks;
     }
