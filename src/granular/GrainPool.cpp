@@ -19,6 +19,11 @@ void GrainPool::Clear() {
     oldest = newest = kNone;
 }
 
+/// Out of line: inline the compiler would add the length, also where it is 0.
+uint16_t GrainPool::BehindRun(uint16_t first) const {
+    return static_cast<uint16_t>(first + skip[first].run);
+}
+
 uint16_t GrainPool::Add(const Grain& grain) {
     const uint16_t slot = firstFree;
     TakeFromFirstRun(slot);

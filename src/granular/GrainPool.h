@@ -31,10 +31,8 @@ public:
     uint16_t First() const { return skip[0].run; }
     uint16_t Next(uint16_t slot) const {
         const auto next = static_cast<uint16_t>(slot + 1);
-        const uint16_t run = skip[next].run;
-        if (run == 0) [[likely]]  // a guess, so that nothing has to wait for the run
-            return next;
-        return static_cast<uint16_t>(next + run);
+        // A guess, so that in a full pool nothing waits for the length of a run.
+        return skip[next].run == 0 ? next : BehindRun(next);
     }
     /// Oldest live slot and the next younger one, or kNone.
     uint16_t Oldest() const { return oldest; }
@@ -59,6 +57,7 @@ private:
         uint16_t next = kNone;
     };
 
+    uint16_t BehindRun(uint16_t first) const;
     bool IsFree(uint32_t slot) const { return slot < slots.size() && skip[slot].run != 0; }
     void WriteRun(uint16_t first, uint16_t length, uint16_t previous, uint16_t next);
     /// Makes the runs around one that has moved, or gone where first is kNone, point at it.
