@@ -101,6 +101,7 @@ struct Course {
     size_t number;
 };
 
+#if HWY_TARGET != HWY_SCALAR
 /// The places of one head, a vector after the other.
 class FixedPlaces {
 public:
@@ -114,16 +115,11 @@ public:
         const Doubles increment = hn::Set(d, course.all.step[n]);
         const Doubles first = hn::Add(start, hn::Mul(hn::Iota(d, 0.0), increment));
         const auto x = TruncatedInRange(first);
-#if HWY_TARGET == HWY_SCALAR
-        position = x;
-        rest = hn::DemoteTo(FloatTag(), hn::Sub(first, hn::PromoteTo(d, x)));
-#else
         const auto half = static_cast<double>(hn::Lanes(d));
         const Doubles second = hn::Add(start, hn::Mul(hn::Iota(d, half), increment));
         const auto y = TruncatedInRange(second);
         position = hn::Combine(IntTag(), y, x);
         rest = Narrow(hn::Sub(first, hn::PromoteTo(d, x)), hn::Sub(second, hn::PromoteTo(d, y)));
-#endif
         step = hn::Set(IntTag(), static_cast<int32_t>(move));
     }
 
@@ -155,6 +151,7 @@ private:
     const float* tape;
     int64_t base, move;
 };
+#endif
 
 }  // namespace HWY_NAMESPACE
 }  // namespace Quorvan::dsp

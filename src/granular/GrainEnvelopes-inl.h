@@ -408,26 +408,29 @@ HWY_INLINE void FillShape(const GrainKernels::Envelope& e, const Stretch& stretc
     const FloatTag d;
     const Shape shape(e);
     const size_t count = frames;
-    constexpr bool kIsPlainForm = HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128;
-    if constexpr (!kIsPlainForm) {
-        const auto steps = static_cast<double>(count - 1);
-        const auto first = static_cast<float>(stretch.start);
-        const auto last = static_cast<float>(stretch.start + stretch.step * steps);
-        if constexpr (requires { Shape::kPlain; }) {
-            const auto whole = static_cast<double>(e.length);
-            const double read = stretch.elapsed + stretch.speed * steps;
-            if (shape.IsPlain(first, last) &&
-                shape.IsPlain(static_cast<float>(stretch.elapsed / whole),
-                              static_cast<float>(read / whole))) {
-                for (size_t i = 0; i < count; i += LaneCount())
-                    hn::StoreU(Constant(Shape::kPlain), d, out + i);
-                return;
-            }
-        }
-        const PhaseLine phases(stretch.start, stretch.step);
-        if (HWY_LIKELY(FillShortest(shape, first, last, phases, count, out)))
+#if HWY_TARGET != HWY_SCALAR
+    const PhaseLine phases(stretch.start, stretch.step);
+#if HWY_TARGET == HWY_EMU128
+    if (HWY_LIKELY(FillForm(shape, phases, count, out)))
+        return;
+#else
+    const auto steps = static_cast<double>(count - 1);
+    const auto first = static_cast<float>(stretch.start);
+    const auto last = static_cast<float>(stretch.start + stretch.step * steps);
+    if constexpr (requires { Shape::kPlain; }) {
+        const auto whole = static_cast<double>(e.length);
+        const double read = stretch.elapsed + stretch.speed * steps;
+        if (shape.IsPlain(first, last) && shape.IsPlain(static_cast<float>(stretch.elapsed / whole),
+                                                        static_cast<float>(read / whole))) {
+            for (size_t i = 0; i < count; i += LaneCount())
+                hn::StoreU(Constant(Shape::kPlain), d, out + i);
             return;
+        }
     }
+    if (HWY_LIKELY(FillShortest(shape, first, last, phases, count, out)))
+        return;
+#endif
+#endif
     DividePhases(e.length, stretch.elapsed, stretch.speed, frames, out);
     for (size_t i = 0; i < count; i += LaneCount())
         hn::StoreU(shape(hn::LoadU(d, out + i)), d, out + i);

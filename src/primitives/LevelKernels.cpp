@@ -3,8 +3,8 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "primitives/LevelKernels.cpp"
-// Rows are so short that only vectors of eight are worth a form of their own, and of sixteen where
-// they are what is kept.
+// Rows are so short that only vectors of eight are worth a form of their own, and of sixteen for
+// the longer ones.
 #define HWY_DISABLED_TARGETS                                                                \
     (HWY_AVX3_DL | HWY_SSE4 | HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | \
      HWY_RVV | HWY_WASM)
@@ -37,6 +37,27 @@ HWY_ATTR void TakePeaks(const float* left, const float* right, uint32_t count, f
         take(count - kStep);
     hn::Store(l, kSixteen, held);
     hn::Store(r, kSixteen, held + kStep);
+}
+
+HWY_ATTR void FindExtremes(const float* samples, uint32_t count, float& lowest, float& highest) {
+    constexpr uint32_t kStep = 2 * LevelKernels::kHeld;
+    if (count < kStep)
+        return LevelKernels::Plain().extremes(samples, count, lowest, highest);
+    auto low = hn::Set(kSixteen, samples[0]);
+    auto high = low;
+    const auto take = [&](size_t i) HWY_ATTR {
+        const auto x = hn::LoadU(kSixteen, samples + i);
+        const auto y = hn::LoadU(kSixteen, samples + i + kStep / 2);
+        low = hn::Min(y, hn::Min(x, low));
+        high = hn::Max(y, hn::Max(x, high));
+    };
+    const uint32_t whole = count - count % kStep;
+    for (size_t i = 0; i != whole; i += kStep)
+        take(i);
+    if (whole != count)
+        take(count - kStep);
+    lowest = hn::GetLane(hn::MinOfLanes(kSixteen, low));
+    highest = hn::GetLane(hn::MaxOfLanes(kSixteen, high));
 }
 
 }  // namespace
@@ -218,7 +239,7 @@ void FindExtremes(const float* samples, uint32_t count, float& lowest, float& hi
 const LevelKernels& FindBest() {
 #if (HWY_TARGETS & HWY_AVX3) && (HWY_TARGETS & HWY_AVX2)
     static constexpr LevelKernels kWide{&N_AVX3::TakePeaks, &N_AVX2::FindSize,
-                                        &N_AVX2::FindExtremes};
+                                        &N_AVX3::FindExtremes};
     if (HasInstructionSet(HWY_AVX3))
         return kWide;
 #endif
