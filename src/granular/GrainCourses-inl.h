@@ -114,12 +114,11 @@ public:
         const Doubles start = hn::Set(d, course.all.from[n]);
         const Doubles increment = hn::Set(d, course.all.step[n]);
         const Doubles first = hn::Add(start, hn::Mul(hn::Iota(d, 0.0), increment));
-        const auto x = TruncatedInRange(first);
         const auto half = static_cast<double>(hn::Lanes(d));
         const Doubles second = hn::Add(start, hn::Mul(hn::Iota(d, half), increment));
-        const auto y = TruncatedInRange(second);
-        position = hn::Combine(IntTag(), y, x);
-        rest = Narrow(hn::Sub(first, hn::PromoteTo(d, x)), hn::Sub(second, hn::PromoteTo(d, y)));
+        const Places places = PlacesOf(first, second);
+        position = places.whole;
+        rest = places.fraction;
         step = hn::Set(IntTag(), static_cast<int32_t>(move));
     }
 

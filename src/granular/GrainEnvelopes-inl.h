@@ -48,8 +48,6 @@ HWY_INLINE Floats RisingPow2(Floats x) {
 
 constexpr float kBinaryLogOfE = 1.442695f;
 
-HWY_INLINE Floats Exp(Floats x) { return Pow2(hn::Mul(x, Constant(kBinaryLogOfE))); }
-
 /// Parabola sine of turns at or above 0.
 HWY_INLINE Floats SineOfTurn(Floats turns) {
     const Floats part = hn::Sub(turns, WholeInRange(turns));

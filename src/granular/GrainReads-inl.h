@@ -66,37 +66,6 @@ private:
     Floats fraction;
 };
 
-/// Places on the tape: whole parts of positions, and their fractions.
-struct Places {
-    Ints whole;
-    Floats fraction;
-};
-
-/// Those of one vector of positions at or above 0.
-HWY_INLINE Places NextPlaces(Line& positions) {
-    const Doubles first = positions.First();
-    [[maybe_unused]] const Doubles second = positions.Second();
-    positions.GoOn();
-#if HWY_TARGET == HWY_SCALAR
-    const auto whole = hn::DemoteTo(IntTag(), first);
-    return {whole, hn::DemoteTo(FloatTag(), hn::Sub(first, hn::PromoteTo(DoubleTag(), whole)))};
-#elif HWY_TARGET == HWY_SSSE3  // which has no instruction for Trunc
-    const auto x = hn::DemoteTo(HalfIntTag(), first);
-    const auto y = hn::DemoteTo(HalfIntTag(), second);
-    return {hn::Combine(IntTag(), y, x), Narrow(hn::Sub(first, hn::PromoteTo(DoubleTag(), x)),
-                                                hn::Sub(second, hn::PromoteTo(DoubleTag(), y)))};
-#else
-    const Doubles x = hn::Trunc(first);
-    const Doubles y = hn::Trunc(second);
-    // The low half of the sum is the whole number.
-    const Doubles shift = hn::Set(DoubleTag(), 0x1p52);
-    const IntTag di;
-    return {
-        hn::ConcatEven(di, hn::BitCast(di, hn::Add(y, shift)), hn::BitCast(di, hn::Add(x, shift))),
-        Narrow(hn::Sub(first, x), hn::Sub(second, y))};
-#endif
-}
-
 #if HWY_TARGET != HWY_SCALAR
 /// A vector of neighbours side by side, from as many places as half of its lanes.
 template <class Tag>
@@ -118,7 +87,8 @@ public:
         : head(any, count), positions(head.Positions()) {}
 
     HWY_INLINE Floats Next() {
-        const Places places = NextPlaces(positions);
+        const Places places = PlacesOf(positions.First(), positions.Second());
+        positions.GoOn();
         HWY_ALIGN int32_t whole[GrainKernels::kMaxLanes];
         // Behind the last sample a reversed head may leave the tape.
         hn::Store(hn::Max(places.whole, hn::Zero(IntTag())), IntTag(), whole);
@@ -147,7 +117,8 @@ public:
         : head(any, count), positions(head.Positions()) {}
 
     HWY_INLINE Floats Next() {
-        const Places places = NextPlaces(positions);
+        const Places places = PlacesOf(positions.First(), positions.Second());
+        positions.GoOn();
         HWY_ALIGN int32_t whole[GrainKernels::kMaxLanes];
         HWY_ALIGN float x[GrainKernels::kMaxLanes];
         HWY_ALIGN float next[GrainKernels::kMaxLanes];

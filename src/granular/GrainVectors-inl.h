@@ -81,10 +81,7 @@ HWY_INLINE Ints TruncatedInRange(Floats x) {
 }
 
 #if HWY_TARGET == HWY_AVX2
-/// Lane i is x[index[i]]; of indices only the digits that count are looked at.
-HWY_INLINE Floats Permuted(Floats x, Ints index) {
-    return Floats{_mm256_permutevar8x32_ps(x.raw, index.raw)};
-}
+/// Lane i is x[lane[i]]; of numbers only the digits that count are looked at.
 HWY_INLINE Ints AnyLane(Ints x, Ints lane) {
     return Ints{_mm256_permutevar8x32_epi32(x.raw, lane.raw)};
 }
@@ -92,7 +89,8 @@ HWY_INLINE Ints AnyLane(Ints x, Ints lane) {
 template <int kVectors>
 HWY_INLINE Floats LookUp(const float* window, Ints index) {
     if constexpr (kVectors == 1) {
-        return Permuted(hn::LoadU(FloatTag(), window), index);
+        const Floats all = hn::LoadU(FloatTag(), window);
+        return Floats{_mm256_permutevar8x32_ps(all.raw, index.raw)};
     } else {
         const Floats first = LookUp<kVectors / 2>(window, index);
         const Floats second = LookUp<kVectors / 2>(window + kVectors / 2 * LaneCount(), index);
@@ -177,6 +175,25 @@ HWY_INLINE Floats Narrow(Doubles first, [[maybe_unused]] Doubles second) {
     return hn::DemoteTo(FloatTag(), first);
 #else
     return hn::Combine(FloatTag(), hn::DemoteTo(HalfTag(), second), hn::DemoteTo(HalfTag(), first));
+#endif
+}
+
+/// Places: whole parts of positions, and their fractions.
+struct Places {
+    Ints whole;
+    Floats fraction;
+};
+
+/// Those of two halves of a vector, at or above 0 and in the range of integers.
+HWY_INLINE Places PlacesOf(Doubles first, [[maybe_unused]] Doubles second) {
+    const DoubleTag d;
+    const auto x = TruncatedInRange(first);
+#if HWY_TARGET == HWY_SCALAR
+    return {x, hn::DemoteTo(FloatTag(), hn::Sub(first, hn::PromoteTo(d, x)))};
+#else
+    const auto y = TruncatedInRange(second);
+    return {hn::Combine(IntTag(), y, x),
+            Narrow(hn::Sub(first, hn::PromoteTo(d, x)), hn::Sub(second, hn::PromoteTo(d, y)))};
 #endif
 }
 

@@ -3,84 +3,30 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "primitives/LevelKernels.cpp"
-// Rows are so short that only vectors of eight are worth a form of their own, and of sixteen for
-// the longer ones.
+// Rows are so short that only vectors of eight or sixteen are worth a form of their own.
 #define HWY_DISABLED_TARGETS                                                                \
     (HWY_AVX3_DL | HWY_SSE4 | HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | \
      HWY_RVV | HWY_WASM)
 #include <hwy/foreach_target.h>  // NOLINT
 #include <hwy/highway.h>
 
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
 HWY_BEFORE_NAMESPACE();
 namespace Quorvan::dsp::HWY_NAMESPACE {
 namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
-constexpr hn::Full512<float> kSixteen;
+constexpr hn::CappedTag<float, LevelKernels::kHeld> kAll;
+using Floats = hn::Vec<decltype(kAll)>;
+constexpr uint32_t kLanes = hn::MaxLanes(kAll);
+constexpr uint32_t kStep = LevelKernels::kHeld;
+constexpr uint32_t kVectors = kStep / kLanes;
 
-/// As with vectors of eight below; count from kHeld.
-HWY_ATTR void TakePeaks(const float* left, const float* right, uint32_t count, float* held) {
-    constexpr uint32_t kStep = LevelKernels::kHeld;
-    if (count < kStep)
-        return LevelKernels::Plain().peaks(left, right, count, held);
-    auto l = hn::Load(kSixteen, held);
-    auto r = hn::Load(kSixteen, held + kStep);
-    const auto take = [&](size_t i) HWY_ATTR {
-        l = hn::Max(hn::Abs(hn::LoadU(kSixteen, left + i)), l);
-        r = hn::Max(hn::Abs(hn::LoadU(kSixteen, right + i)), r);
-    };
-    const uint32_t whole = count - count % kStep;
-    for (size_t i = 0; i != whole; i += kStep)
-        take(i);
-    if (whole != count)
-        take(count - kStep);
-    hn::Store(l, kSixteen, held);
-    hn::Store(r, kSixteen, held + kStep);
-}
+HWY_INLINE HWY_ATTR Floats At(const float* samples) { return hn::LoadU(kAll, samples); }
+HWY_INLINE HWY_ATTR Floats SizeAt(const float* samples) { return hn::Abs(At(samples)); }
 
-HWY_ATTR void FindExtremes(const float* samples, uint32_t count, float& lowest, float& highest) {
-    constexpr uint32_t kStep = 2 * LevelKernels::kHeld;
-    if (count < kStep)
-        return LevelKernels::Plain().extremes(samples, count, lowest, highest);
-    auto low = hn::Set(kSixteen, samples[0]);
-    auto high = low;
-    const auto take = [&](size_t i) HWY_ATTR {
-        const auto x = hn::LoadU(kSixteen, samples + i);
-        const auto y = hn::LoadU(kSixteen, samples + i + kStep / 2);
-        low = hn::Min(y, hn::Min(x, low));
-        high = hn::Max(y, hn::Max(x, high));
-    };
-    const uint32_t whole = count - count % kStep;
-    for (size_t i = 0; i != whole; i += kStep)
-        take(i);
-    if (whole != count)
-        take(count - kStep);
-    lowest = hn::GetLane(hn::MinOfLanes(kSixteen, low));
-    highest = hn::GetLane(hn::MaxOfLanes(kSixteen, high));
-}
-
-}  // namespace
-}  // namespace Quorvan::dsp::HWY_NAMESPACE
-HWY_AFTER_NAMESPACE();
-#endif  // HWY_AVX3
-
-#if HWY_TARGET == HWY_AVX2
-HWY_BEFORE_NAMESPACE();
-namespace Quorvan::dsp::HWY_NAMESPACE {
-namespace {
-
-namespace hn = hwy::HWY_NAMESPACE;
-using Eight = hn::Vec<hn::Full256<float>>;
-constexpr hn::Full256<float> kEight;
-constexpr uint32_t kLanes = 8;
-constexpr uint32_t kStep = 2 * kLanes;
-
-HWY_INLINE HWY_ATTR Eight At(const float* samples) { return hn::LoadU(kEight, samples); }
-HWY_INLINE HWY_ATTR Eight SizeAt(const float* samples) { return hn::Abs(At(samples)); }
-
-/// Calls step with each place where two vectors begin. The last ones lie partly on what has been
-/// there before, which changes nothing. count from kStep.
+/// Calls step with each place where kVectors begin. The last ones lie partly on what has been there
+/// before, which changes nothing. count from kStep.
 template <class Step>
 HWY_INLINE HWY_ATTR void ForEachStep(uint32_t count, const Step& step) {
     const uint32_t whole = count & ~(kStep - 1);
@@ -92,46 +38,50 @@ HWY_INLINE HWY_ATTR void ForEachStep(uint32_t count, const Step& step) {
 
 // Max and Min give their second where the first is no number.
 HWY_ATTR void TakePeaks(const float* left, const float* right, uint32_t count, float* held) {
-    static_assert(LevelKernels::kHeld == kStep);
     if (count < kStep)
         return LevelKernels::Plain().peaks(left, right, count, held);
-    Eight l0 = At(held), l1 = At(held + kLanes);
-    Eight r0 = At(held + kStep), r1 = At(held + kStep + kLanes);
+    Floats l[kVectors], r[kVectors];
+    for (uint32_t v = 0; v < kVectors; ++v) {
+        l[v] = At(held + v * kLanes);
+        r[v] = At(held + kStep + v * kLanes);
+    }
     ForEachStep(count, [&](size_t i) HWY_ATTR {
-        l0 = hn::Max(SizeAt(left + i), l0);
-        l1 = hn::Max(SizeAt(left + i + kLanes), l1);
-        r0 = hn::Max(SizeAt(right + i), r0);
-        r1 = hn::Max(SizeAt(right + i + kLanes), r1);
+        for (uint32_t v = 0; v < kVectors; ++v) {
+            l[v] = hn::Max(SizeAt(left + i + v * kLanes), l[v]);
+            r[v] = hn::Max(SizeAt(right + i + v * kLanes), r[v]);
+        }
     });
-    hn::Store(l0, kEight, held);
-    hn::Store(l1, kEight, held + kLanes);
-    hn::Store(r0, kEight, held + kStep);
-    hn::Store(r1, kEight, held + kStep + kLanes);
+    for (uint32_t v = 0; v < kVectors; ++v) {
+        hn::Store(l[v], kAll, held + v * kLanes);
+        hn::Store(r[v], kAll, held + kStep + v * kLanes);
+    }
 }
 
 HWY_ATTR float FindSize(const float* samples, uint32_t count) {
     if (count < kStep)
         return LevelKernels::Plain().size(samples, count);
-    Eight first = hn::Zero(kEight), second = first;
+    Floats size = hn::Zero(kAll);
     ForEachStep(count, [&](size_t i) HWY_ATTR {
-        first = hn::Max(SizeAt(samples + i), first);
-        second = hn::Max(SizeAt(samples + i + kLanes), second);
+        for (uint32_t v = 0; v < kVectors; ++v)
+            size = hn::Max(SizeAt(samples + i + v * kLanes), size);
     });
-    return hn::GetLane(hn::MaxOfLanes(kEight, hn::Max(first, second)));
+    return hn::GetLane(hn::MaxOfLanes(kAll, size));
 }
 
 HWY_ATTR void FindExtremes(const float* samples, uint32_t count, float& lowest, float& highest) {
     if (count < kStep)
         return LevelKernels::Plain().extremes(samples, count, lowest, highest);
-    Eight low = hn::Set(kEight, samples[0]);
-    Eight high = low;
+    Floats low = hn::Set(kAll, samples[0]);
+    Floats high = low;
     ForEachStep(count, [&](size_t i) HWY_ATTR {
-        const Eight x = At(samples + i), y = At(samples + i + kLanes);
-        low = hn::Min(y, hn::Min(x, low));
-        high = hn::Max(y, hn::Max(x, high));
+        for (uint32_t v = 0; v < kVectors; ++v) {
+            const Floats x = At(samples + i + v * kLanes);
+            low = hn::Min(x, low);
+            high = hn::Max(x, high);
+        }
     });
-    lowest = hn::GetLane(hn::MinOfLanes(kEight, low));
-    highest = hn::GetLane(hn::MaxOfLanes(kEight, high));
+    lowest = hn::GetLane(hn::MinOfLanes(kAll, low));
+    highest = hn::GetLane(hn::MaxOfLanes(kAll, high));
 }
 
 const LevelKernels& Table() {
@@ -142,7 +92,7 @@ const LevelKernels& Table() {
 }  // namespace
 }  // namespace Quorvan::dsp::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
-#endif  // HWY_AVX2
+#endif  // HWY_AVX2 or HWY_AVX3
 
 #if HWY_ONCE
 
@@ -237,11 +187,9 @@ void FindExtremes(const float* samples, uint32_t count, float& lowest, float& hi
 }
 
 const LevelKernels& FindBest() {
-#if (HWY_TARGETS & HWY_AVX3) && (HWY_TARGETS & HWY_AVX2)
-    static constexpr LevelKernels kWide{&N_AVX3::TakePeaks, &N_AVX2::FindSize,
-                                        &N_AVX3::FindExtremes};
+#if HWY_TARGETS & HWY_AVX3
     if (HasInstructionSet(HWY_AVX3))
-        return kWide;
+        return N_AVX3::Table();
 #endif
 #if HWY_TARGETS & HWY_AVX2
     if (HasInstructionSet(HWY_AVX2))
