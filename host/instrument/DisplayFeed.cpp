@@ -23,6 +23,20 @@ constexpr uint32_t kBeatStep = Processor::ModuleIndex::kMoteWeaver +
 
 }  // namespace
 
+bool DisplayFeed::Take() {
+    if (!pictures.Take())
+        return false;
+    const Picture& picture = pictures.Reading();
+    static_cast<DisplayState&>(latest) = picture;
+    static_cast<DisplayMarkers&>(latest) = picture;
+    ShowGrains(picture);
+    outline.Take(latest.tape);
+    moments.consume_all([this](const DisplayMoment& moment) {
+        latest.kept[latest.moments++ % DisplayMoments::kMoments] = moment;
+    });
+    return true;
+}
+
 void DisplayFeed::Prepare(double rate) {
     sampleRate = rate;
     watched = nullptr;
@@ -30,10 +44,9 @@ void DisplayFeed::Prepare(double rate) {
     draft = {};
     draft.stream = stream;
     draft.sampleRate = rate;
-    heard = {};
     outline.Clear();
-    known = {};
     framesSince = unfollowed = 0;
+    started = 0;
 }
 
 void DisplayFeed::OnBlock(const BlockReport& report) {
@@ -41,18 +54,14 @@ void DisplayFeed::OnBlock(const BlockReport& report) {
     WatchStages(*report.processor, isOn);
     if (!isOn)
         return;
-    draft.pairsStarted += granular->StartedCount();
+    started += granular->StartedCount();
     framesSince += report.frames;
-    unfollowed += report.frames;
-    if (++blocksSince < DisplayMoments::kBlocks)
-        return;
-    blocksSince = 0;
-    NoteMoment(report);
-    if (limiterMeter != nullptr)
-        draft.limiter = std::max(draft.limiter, limiterMeter->GetNormalized());
-    // With the moment that comes nearest.
-    constexpr uint32_t kHalf = DisplayMoments::kBlocks / 2;
-    if ((framesSince + kHalf * report.frames) * kPicturesPerSecond >= sampleRate)
+    if (++blocksSince == DisplayMoments::kBlocks) {
+        blocksSince = 0;
+        NoteMoment(report);
+    }
+    // With the block that comes nearest.
+    if ((framesSince + 0.5 * report.frames) * kPicturesPerSecond >= sampleRate)
         Publish(report);
 }
 
@@ -69,10 +78,13 @@ void DisplayFeed::WatchStages(Processor::IProcessor_V5& processor, bool on) {
 }
 
 void DisplayFeed::NoteMoment(const BlockReport& report) {
-    DisplayMoment& moment = heard.kept[draft.moments++ % DisplayMoments::kMoments];
+    DisplayMoment moment;
     moment.sources = Processor::SourceValues(*report.processor);
     moment.follower = dsp::LevelKernels::Best().size(report.aux[0], report.frames);
     moment.space = {report.aux[2][0], report.aux[3][0]};
+    moments.push(moment);
+    if (limiterMeter != nullptr)
+        draft.limiter = std::max(draft.limiter, limiterMeter->GetNormalized());
 }
 
 /// One channel stands for both sides.
@@ -114,8 +126,9 @@ void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
 void DisplayFeed::Publish(const BlockReport& report) {
     draft.time = report.firstFrame + report.frames;
     draft.transport = report.transport;
-    const bool isWhole = draft.number % 2 == 0;
-    if (isWhole) {
+    draft.pairsStarted = started;
+    unfollowed += framesSince;
+    if (draft.number % 2 == 0) {
         ShowLevels(*report.processor);
         NoteDestinations(*report.processor);
         FollowTape();
@@ -126,88 +139,94 @@ void DisplayFeed::Publish(const BlockReport& report) {
     if (beatStep != nullptr)
         draft.beatStep = static_cast<uint32_t>(beatStep->GetValue());
     ++draft.number;
-    DisplayFrame& frame = pictures.Writing();
-    ShowTape(frame);
-    ShowGrains(frame);
-    ShowMoments(frame);
-    static_cast<DisplayState&>(frame) = draft;
+    Picture& picture = pictures.Writing();
+    ShowTape(picture);
+    TellGrains(picture);
+    static_cast<DisplayState&>(picture) = draft;
     pictures.Publish();
     draft.limiter = 0.0f;
     framesSince = 0;
 }
 
-/// A slot lacks what has come since it was filled last.
-void DisplayFeed::ShowMoments(DisplayFrame& frame) const {
-    constexpr uint64_t kKept = DisplayMoments::kMoments;
-    const bool isOlder = frame.stream == draft.stream && frame.moments + kKept > draft.moments;
-    uint64_t moment = isOlder ? frame.moments : draft.moments - std::min(draft.moments, kKept);
-    for (; moment < draft.moments; ++moment)
-        frame.kept[moment % kKept] = heard.At(moment);
-}
-
 void DisplayFeed::FollowTape() {
     const dsp::CaptureBuffer& tape = granular->Capture();
-    outline.Follow(tape.mono.data(), tape.length, tape.writePosition, unfollowed);
-    unfollowed = 0;
-}
-
-void DisplayFeed::ShowTape(DisplayFrame& frame) {
-    const dsp::CaptureBuffer& tape = granular->Capture();
-    const double length = std::max(1u, tape.length);
     if (std::exchange(clears, tape.clears) != tape.clears)
         outline.Clear();
-    outline.CopyTo(frame.tape);
+    outline.Follow(tape.mono.data(), tape.length, tape.writePosition, std::exchange(unfollowed, 0));
+}
+
+void DisplayFeed::ShowTape(Picture& picture) {
+    const dsp::CaptureBuffer& tape = granular->Capture();
+    const double length = std::max(1u, tape.length);
     draft.tapeSeconds = static_cast<float>(length / sampleRate);
     draft.writePlace = static_cast<float>(tape.writePosition / length);
     draft.playPlace = static_cast<float>(std::max(tape.playPosition, 0.0) / length);
 
-    const auto room = DisplayFrame::kMarkerRoom;
+    const auto room = Picture::kMarkerRoom;
     if (tape.quantizationMode == dsp::CaptureBuffer::kTransients) {
-        frame.markerCount = std::min(room, granular->Markers().Count());
-        for (uint32_t i = 0; i < frame.markerCount; ++i)
-            frame.markers[i] = static_cast<float>(granular->Markers()[i] / length);
+        picture.markerCount = std::min(room, granular->Markers().Count());
+        for (uint32_t i = 0; i < picture.markerCount; ++i)
+            picture.markers[i] = static_cast<float>(granular->Markers()[i] / length);
     } else if (tape.quantizationMode == dsp::CaptureBuffer::kGrid) {
-        frame.markerCount = std::min(room, granular->GridSize());
-        for (uint32_t i = 0; i < frame.markerCount; ++i)
-            frame.markers[i] = static_cast<float>(i) / static_cast<float>(granular->GridSize());
+        picture.markerCount = std::min(room, granular->GridSize());
+        for (uint32_t i = 0; i < picture.markerCount; ++i)
+            picture.markers[i] = static_cast<float>(i) / static_cast<float>(granular->GridSize());
     } else
-        frame.markerCount = 0;
+        picture.markerCount = 0;
 }
 
-void DisplayFeed::ShowGrains(DisplayFrame& frame) {
-    const double perTape = 1.0 / std::max(1u, granular->Capture().length);
+/// Only what lies at hand: the reader has time for the rest.
+void DisplayFeed::TellGrains(Picture& picture) {
     const dsp::GrainPool& pool = granular->Grains();
-    frame.grainCount = 0;
+    uint32_t count = 0;
     for (uint16_t slot = pool.First(); slot < pool.Capacity(); slot = pool.Next(slot)) {
-        if (frame.grainCount == DisplayFrame::kGrainRoom)
+        if (count == picture.grains.size())
             break;
         const dsp::Grain& grain = pool[slot];
-        const Known& seen = Recognise(slot, grain);
-        ShownGrain& shown = frame.grains[frame.grainCount++];
-        shown.number = seen.number;
-        shown.place = static_cast<float>(
-            (grain.swapped ? grain.wrappedPosition : grain.readPosition) * perTape);
-        shown.length = static_cast<float>(static_cast<double>(grain.length) * perTape);
-        shown.progress =
-            std::min(static_cast<float>(grain.elapsed) / std::max(1.0f, grain.length), 1.0f);
-        shown.semitones = seen.semitones;
-        shown.pan = 0.5f * grain.panGainRight;
-        shown.gain = 0.5f * (grain.outGainLeft + grain.outGainRight);
-        shown.envelope = grain.envelope;
-        shown.reversed = grain.reversed;
+        ToldGrain& told = picture.grains[count++];
+        told.slot = slot;
+        told.place = static_cast<float>(grain.swapped ? grain.wrappedPosition : grain.readPosition);
+        told.length = grain.length;
+        told.elapsed = static_cast<float>(grain.elapsed);
+        told.start = grain.startPosition;
+        told.increment = static_cast<float>(grain.increment);
+        told.pan = 0.5f * grain.panGainRight;
+        told.gain = 0.5f * (grain.outGainLeft + grain.outGainRight);
+        told.envelope = grain.envelope;
+        told.reversed = grain.reversed;
+    }
+    picture.grainCount = count;
+}
+
+void DisplayFeed::ShowGrains(const Picture& picture) {
+    const auto perTape = static_cast<float>(
+        1.0 / std::max(1.0, static_cast<double>(picture.tapeSeconds) * picture.sampleRate));
+    latest.grainCount = picture.grainCount;
+    for (uint32_t i = 0; i < picture.grainCount; ++i) {
+        const ToldGrain& told = picture.grains[i];
+        const Known& seen = Recognise(told);
+        latest.grains[i] = {seen.number,
+                            told.place * perTape,
+                            told.length * perTape,
+                            std::min(told.elapsed / std::max(1.0f, told.length), 1.0f),
+                            seen.semitones,
+                            told.pan,
+                            told.gain,
+                            told.envelope,
+                            told.reversed};
     }
 }
 
 /// A slot holds another grain than before where that starts elsewhere, or is younger.
-const DisplayFeed::Known& DisplayFeed::Recognise(uint32_t slot, const dsp::Grain& grain) {
-    Known& seen = known[slot];
-    if (seen.number == 0 || grain.startPosition != seen.start || grain.elapsed < seen.elapsed)
+const DisplayFeed::Known& DisplayFeed::Recognise(const ToldGrain& grain) {
+    Known& seen = known[grain.slot];
+    if (seen.number == 0 || grain.start != seen.start || grain.elapsed < seen.elapsed)
         seen.number = ++given;
-    seen.start = grain.startPosition;
+    seen.start = grain.start;
     seen.elapsed = grain.elapsed;
-    const double speed = std::abs(grain.increment);
+    const float speed = std::abs(grain.increment);
     if (std::exchange(seen.increment, speed) != speed)
-        seen.semitones = speed > 0.0 ? static_cast<float>(12.0 * std::log2(speed)) : 0.0f;
+        seen.semitones = speed > 0.0f ? 12.0f * std::log2(speed) : 0.0f;
     return seen;
 }
 

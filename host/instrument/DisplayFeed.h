@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <boost/lockfree/spsc_queue.hpp>
 #include <chrono>
 #include <cstdint>
 
@@ -15,7 +16,6 @@
 namespace Quorvan::dsp {
 class MoteWeaver;
 class Parameter;
-struct Grain;
 }  // namespace Quorvan::dsp
 
 namespace Quorvan::Host {
@@ -31,8 +31,8 @@ public:
     bool IsWatched() const { return isWatched.load(std::memory_order_relaxed); }
 
     /// Answers whether Latest is a newer picture now.
-    bool Take() { return pictures.Take(); }
-    const DisplayFrame& Latest() const { return pictures.Reading(); }
+    bool Take();
+    const DisplayFrame& Latest() const { return latest; }
 
     /// For an engine at this rate, while the audio stands still.
     void Prepare(double rate);
@@ -50,13 +50,24 @@ public:
     }
 
 private:
+    /// What the audio thread tells of a grain; places and lengths in samples.
+    struct ToldGrain {
+        uint32_t slot;  ///< in which it lives
+        float place, length, elapsed, start, increment;
+        float pan, gain, envelope;
+        bool reversed;
+    };
+    struct Picture : DisplayState, DisplayMarkers {
+        uint32_t grainCount = 0;
+        std::array<ToldGrain, DisplayFrame::kGrainRoom> grains{};
+    };
     /// The grain that a slot held last, by what tells it from the next one, and what was worked out
     /// for it.
     struct Known {
         uint64_t number = 0;
-        double elapsed = 0.0;
-        double increment = 0.0;
+        float elapsed = 0.0f;
         float start = 0.0f;
+        float increment = 0.0f;
         float semitones = 0.0f;
     };
 
@@ -67,34 +78,41 @@ private:
     void NoteDestinations(Processor::IProcessor_V5& processor);
     void Publish(const BlockReport& report);
     void FollowTape();
-    void ShowTape(DisplayFrame& frame);
-    void ShowGrains(DisplayFrame& frame);
-    void ShowMoments(DisplayFrame& frame) const;
-    const Known& Recognise(uint32_t slot, const dsp::Grain& grain);
+    void ShowTape(Picture& picture);
+    void TellGrains(Picture& picture);
+    void ShowGrains(const Picture& picture);
+    const Known& Recognise(const ToldGrain& grain);
 
     using Clock = std::chrono::steady_clock;
 
-    std::atomic<bool> isWatched{false};
-    TripleBuffer<DisplayFrame> pictures;
-    DisplayState draft;  ///< gathers what the next picture shows
-    DisplayMoments heard;
+    // What each block or buffer looks at stands together.
+    alignas(64) std::atomic<bool> isWatched{false};
+    bool isMeasuring = false;
     uint32_t blocksSince = 0;  ///< the last moment
-    dsp::IndexSet<kModulationDestinations> reachedBefore;
-    TapeOutline outline;
-    uint32_t unfollowed = 0;  ///< frames that the outline has not seen
-    uint32_t clears = 0;      ///< of the tape, that the outline knows of
-    std::array<Known, DisplayFrame::kGrainRoom> known{};
-    uint64_t given = 0;  ///< numbers of grains so far
+    uint32_t framesSince = 0;  ///< the last picture
+    uint64_t started = 0;      ///< pairs, since somebody watches
+    double unmeasured = 0.0;   ///< seconds of sound since the load was measured
     double sampleRate = 48000.0;
-    dsp::PeakHold inputPeaks, outputPeaks;        ///< since the last picture
-    uint32_t framesSince = 0;                     ///< that
     Processor::IProcessor_V5* watched = nullptr;  ///< whose stages are watched
     const dsp::MoteWeaver* granular = nullptr;    ///< its own
-    dsp::Parameter* limiterMeter = nullptr;       ///< its own as well
-    dsp::Parameter* beatStep = nullptr;           ///< and this
+    dsp::PeakHold inputPeaks, outputPeaks;        ///< since the last picture but one
+
     Clock::time_point workBegan;
-    double unmeasured = 0.0;  ///< seconds of sound since the load was measured last
-    bool isMeasuring = false;
+    dsp::Parameter* limiterMeter = nullptr;  ///< of the watched one
+    dsp::Parameter* beatStep = nullptr;      ///< and this
+    DisplayState draft;                      ///< gathers what the next picture shows
+    dsp::IndexSet<kModulationDestinations> reachedBefore;
+    uint32_t unfollowed = 0;  ///< frames that the outline has not seen
+    uint32_t clears = 0;      ///< of the tape, that it knows of
+    TapeOutline outline;
+    TripleBuffer<Picture> pictures;
+    /// Those that find no room are lost: nobody has looked for a second.
+    boost::lockfree::spsc_queue<DisplayMoment, boost::lockfree::capacity<256>> moments;
+
+    // The reader's.
+    alignas(64) std::array<Known, DisplayFrame::kGrainRoom> known{};
+    uint64_t given = 0;  ///< numbers of grains so far
+    DisplayFrame latest;
 };
 
 }  // namespace Quorvan::Host

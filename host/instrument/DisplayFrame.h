@@ -30,13 +30,18 @@ struct DisplayMoment {
     std::array<float, 2> space{};                     ///< X and Y, 0..1
 };
 
-/// A moment each fourth block, round and round: moment m is at m % kMoments.
+/// A moment each eighth block, round and round: moment m is at m % kMoments.
 struct DisplayMoments {
     static constexpr uint32_t kMoments = 64;
-    static constexpr uint32_t kBlocks = 4;
+    static constexpr uint32_t kBlocks = 8;
 
     const DisplayMoment& At(uint64_t moment) const { return kept[moment % kMoments]; }
+    /// The first one that can still be read by who has taken this many.
+    uint64_t FirstToTake(uint64_t taken) const {
+        return std::max(taken, moments - std::min<uint64_t>(moments, kMoments));
+    }
 
+    uint64_t moments = 0;  ///< so far
     std::array<DisplayMoment, kMoments> kept{};
 };
 
@@ -53,7 +58,6 @@ struct DisplayState {
     float writePlace = 0.0f, playPlace = 0.0f;
     uint64_t pairsStarted = 0;  ///< since somebody watches
 
-    uint64_t moments = 0;                   ///< so far
     std::array<float, 3> functionPhases{};  ///< places on the drawn curves, 0..1
     uint32_t sequencerStep = 0;             ///< that the step sequencer plays, from 0
     uint32_t beatStep = 0;                  ///< the same of the beat mode's pattern
@@ -64,22 +68,21 @@ struct DisplayState {
     float limiter = 0.0f;  ///< "Limiter_OutGainReduction": 0..1, 0.5 at about 19 dB of reduction
 };
 
-/// All that moves in a picture of an instrument, at one moment.
-struct DisplayFrame : DisplayState, DisplayMoments {
-    static constexpr uint32_t kGrainRoom = 258;
+/// Transients or grid lines.
+struct DisplayMarkers {
     static constexpr uint32_t kMarkerRoom = 200;
 
-    /// The first moment that can still be read by who has taken this many.
-    uint64_t FirstToTake(uint64_t taken) const {
-        const uint64_t first = moments - std::min<uint64_t>(moments, kMoments);
-        return taken > moments ? first : std::max(taken, first);
-    }
+    uint32_t markerCount = 0;
+    std::array<float, kMarkerRoom> markers{};  ///< their places
+};
+
+/// What an instrument does at one moment, and what it has done lately.
+struct DisplayFrame : DisplayState, DisplayMarkers, DisplayMoments {
+    static constexpr uint32_t kGrainRoom = 258;
 
     TapeOutline::Columns tape;
     uint32_t grainCount = 0;
     std::array<ShownGrain, kGrainRoom> grains{};  ///< grainCount of them
-    uint32_t markerCount = 0;
-    std::array<float, kMarkerRoom> markers{};  ///< places of transients or grid lines
 };
 
 }  // namespace Quorvan::Host

@@ -18,31 +18,32 @@ void TapeOutline::Follow(const float* tape, uint32_t length, uint32_t written, u
     if (size != length) {
         size = length;
         LookAgain();
-        head = ColumnOf(written);
-        seen = Begin(head);
+        head.number = ColumnOf(written);
+        seen = Begin(head.number);
     }
     const uint32_t place = std::min(written, size);
     const uint32_t now = ColumnOf(place);
-    if (now == head && place >= seen) {
+    if (now == head.number && place >= seen) {
         Extend(seen, place);
     } else {
         // The head is no further than what has come, unless it has jumped: then it has written
         // ahead of both places.
         const uint32_t reach = std::min(ColumnOf(std::min(frames, size)) + 2, kColumns);
-        Extend(seen, Begin(head + 1));
-        if (MeasureUpTo(now, (head + 1) % kColumns, reach) != now)
+        const uint32_t behind = head.number + 1;
+        Extend(seen, Begin(behind));
+        if (MeasureUpTo(now, behind % kColumns, reach) != now)
             MeasureUpTo(now, (now + kColumns - reach) % kColumns, reach);
-        head = now;
+        head.number = now;
         Extend(Begin(now), place);
     }
     seen = place;
-    constexpr uint32_t kInTurn = 6, kSeldom = 8;
+    constexpr uint32_t kInTurn = 12, kSeldom = 8;
     const uint32_t turns = unseen > 0 ? kInTurn : (++calls % kSeldom == 0 ? 1 : 0);
+    unseen -= std::min(unseen, turns);
     for (uint32_t i = 0; i < turns; ++i) {
         Measure(next);
         next = (next + 1) % kColumns;
     }
-    unseen -= std::min(unseen, turns);
 }
 
 uint32_t TapeOutline::MeasureUpTo(uint32_t end, uint32_t column, uint32_t most) {
@@ -54,46 +55,47 @@ uint32_t TapeOutline::MeasureUpTo(uint32_t end, uint32_t column, uint32_t most) 
 }
 
 void TapeOutline::Clear() {
-    columns.lowest = columns.highest = {};
-    columns.measured += kRecent + 1;  // so that copies are made whole
+    head.lowest = head.highest = 0.0f;
+    clearWaits = true;
 }
 
-void TapeOutline::CopyTo(Columns& copy) const {
-    if (columns.measured - copy.measured > kRecent) {
-        copy = columns;
-        return;
-    }
-    for (; copy.measured < columns.measured; ++copy.measured) {
-        const uint32_t column = recent[copy.measured % kRecent];
-        copy.lowest[column] = columns.lowest[column];
-        copy.highest[column] = columns.highest[column];
-    }
+void TapeOutline::Take(Columns& taken) {
+    news.consume_all([&taken](const Column& column) {
+        if (column.number == kColumns) {
+            taken = {};
+            return;
+        }
+        taken.lowest[column.number] = column.lowest;
+        taken.highest[column.number] = column.highest;
+    });
 }
 
 void TapeOutline::Measure(uint32_t column) {
     const uint32_t begin = std::min(Begin(column), size - 1);
     const uint32_t end = std::max(begin + 1, Begin(column + 1));
-    dsp::LevelKernels::Best().extremes(samples + begin, end - begin, columns.lowest[column],
-                                       columns.highest[column]);
-    Note(column);
+    Column measured{column, 0.0f, 0.0f};
+    dsp::LevelKernels::Best().extremes(samples + begin, end - begin, measured.lowest,
+                                       measured.highest);
+    Tell(measured);
 }
 
 void TapeOutline::Extend(uint32_t begin, uint32_t end) {
     if (begin >= end)
         return;
-    float& lowest = columns.lowest[head];
-    float& highest = columns.highest[head];
-    const float lowestBefore = lowest, highestBefore = highest;
-    dsp::LevelKernels::Best().extremes(samples + begin, end - begin, lowest, highest);
-    if (begin > Begin(head)) {
-        lowest = std::min(lowest, lowestBefore);
-        highest = std::max(highest, highestBefore);
+    const Column before = head;
+    dsp::LevelKernels::Best().extremes(samples + begin, end - begin, head.lowest, head.highest);
+    if (begin > Begin(head.number)) {
+        head.lowest = std::min(head.lowest, before.lowest);
+        head.highest = std::max(head.highest, before.highest);
     }
-    Note(head);
+    Tell(head);
 }
 
-void TapeOutline::Note(uint32_t column) {
-    recent[columns.measured++ % kRecent] = static_cast<uint16_t>(column);
+void TapeOutline::Tell(const Column& column) {
+    if (clearWaits)
+        clearWaits = !news.push({kColumns, 0.0f, 0.0f});
+    if (clearWaits || !news.push(column))
+        LookAgain();
 }
 
 }  // namespace Quorvan::Host

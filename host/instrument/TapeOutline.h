@@ -1,20 +1,23 @@
 #pragma once
 
 #include <array>
+#include <boost/lockfree/spsc_queue.hpp>
 #include <cstdint>
 
 namespace Quorvan::Host {
 
 /// Highest and lowest sample of each of 1024 stretches of the tape, kept up to date as it is
-/// written. Each call reads what is new under the write head, however long the tape, and while one
-/// that was not looked at for a while has not been seen whole, for three seconds, six of the others
-/// in turn; after that one with each eighth call, since a tape changes nowhere else.
+/// written. Each call of Follow reads what is new under the write head, however long the tape, and
+/// while one that was not looked at for a while has not been seen whole, twelve of the others in
+/// turn, for 86 calls; after that one with each eighth, since a tape changes nowhere else.
+///
+/// Threads  Take on one, all others on another. None waits. Where nobody takes for some seconds,
+///          what is missed is looked at again.
 class TapeOutline {
 public:
     static constexpr uint32_t kColumns = 1024;
     struct Columns {
         std::array<float, kColumns> lowest{}, highest{};
-        uint64_t measured = 0;  ///< columns measured for it, for CopyTo
     };
 
     /// The tape is empty.
@@ -24,16 +27,19 @@ public:
     /// tape: length samples, of which those up to written (not counted) are the newest; frames: how
     /// many have come since the last call.
     void Follow(const float* tape, uint32_t length, uint32_t written, uint32_t frames);
-    /// Brings a former copy up to date, or one that is new.
-    void CopyTo(Columns& copy) const;
+    /// Brings what was taken before up to date.
+    void Take(Columns& taken);
 
 private:
-    static constexpr uint32_t kRecent = 128;
+    struct Column {
+        uint32_t number;  ///< kColumns: all of them
+        float lowest, highest;
+    };
 
     void Measure(uint32_t column);
     /// Takes begin..end into the head's column, which begins anew where they begin with it.
     void Extend(uint32_t begin, uint32_t end);
-    void Note(uint32_t column);
+    void Tell(const Column& column);
     /// From column up to, but not including, end, most columns at most. Answers the one behind
     /// them.
     uint32_t MeasureUpTo(uint32_t end, uint32_t column, uint32_t most);
@@ -44,13 +50,13 @@ private:
 
     const float* samples = nullptr;
     uint32_t size = 0;
-    uint32_t head = 0;  ///< column of the write head
+    Column head{};      ///< that of the write head
     uint32_t seen = 0;  ///< the head's place at the last call
     uint32_t next = 0;  ///< the one whose turn it is
     uint32_t unseen = kColumns;
-    uint32_t calls = 0;                      ///< of Follow, since all of it has been seen
-    std::array<uint16_t, kRecent> recent{};  ///< columns measured last, round and round
-    Columns columns;
+    uint32_t calls = 0;       ///< of Follow, since all of it has been seen
+    bool clearWaits = false;  ///< for room
+    boost::lockfree::spsc_queue<Column, boost::lockfree::capacity<2 * kColumns>> news;
 };
 
 }  // namespace Quorvan::Host

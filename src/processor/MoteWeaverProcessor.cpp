@@ -17,7 +17,7 @@ namespace Quorvan::Processor {
 
 namespace {
 
-constexpr uint32_t kBufferCount = 13;
+constexpr uint32_t kBufferCount = 11;
 constexpr float kHighPassCorner = 62.831856f;  // pi * 20 Hz
 constexpr float kFeedbackDelay = 0.005f;       // seconds
 constexpr float kFeedbackRoom = 0.02f;
@@ -115,11 +115,14 @@ void MoteWeaverProcessor::TuneSpatializer() {
 
 void MoteWeaverProcessor::OnEffectSetup(float rate, uint32_t frames) {
     blockSize = frames;
-    storage.assign(size_t{kBufferCount} * frames, 0.0f);
+    storage.assign((size_t{kBufferCount} + 2 * kHeldBlocks) * frames, 0.0f);
     float* buffer = storage.data();
-    for (float** pair : {feedbackSend, feedbackReturn, stage, limited, slotOutA, slotOutB})
+    for (float** pair : {feedbackSend, feedbackReturn, stage, slotOutA, slotOutB})
         for (uint32_t c = 0; c < 2; ++c, buffer += frames)
             pair[c] = buffer;
+    for (uint32_t c = 0; c < 2; ++c, buffer += kHeldBlocks * frames)
+        limited[c] = buffer;
+    heldWet = 0;
     ramp = buffer;
 
     const float t = std::tan(kHighPassCorner / rate);
@@ -184,13 +187,14 @@ bool MoteWeaverProcessor::ProcessEffect(dsp::ProcessBlock& block, uint32_t chann
     RunFeedbackDelay(block.numFrames);
     ApplyGain(granularVolume, limited, 2, block.numFrames);
     ApplyGain(transportGain, limited, 2, block.numFrames);
-    if (stagesWatched)
-        wetPeaks.Take(limited[0], limited[1], block.numFrames);
     float** signal = RunSlotsAt(1, block, limited);
-    MixDry(block, in, signal);
+    DelayDry(in, block.numFrames);
+    signal = MixDry(block.numFrames, signal);
     signal = RunSlotsAt(0, block, signal);
     WriteOutput(block, channelMode, signal);
     SendFeedback(block);
+    if (stagesWatched)
+        HoldWet(block.numFrames);
     return true;
 }
 
@@ -266,9 +270,26 @@ void MoteWeaverProcessor::FoldFeedback() {
         feedbackPeaks[c] = std::max(feedbackPeaks[c], restingGain * peaks[c]);
 }
 
+/// Several blocks stand side by side until they are looked at together: a call for each would cost
+/// more than the rest of it.
+void MoteWeaverProcessor::HoldWet(uint32_t frames) {
+    heldWet += frames;
+    for (float*& channel : limited)
+        channel += frames;
+    if (heldWet + blockSize > kHeldBlocks * blockSize)
+        MeasureWet();
+}
+
+void MoteWeaverProcessor::MeasureWet() {
+    for (float*& channel : limited)
+        channel -= heldWet;
+    wetPeaks.Take(limited[0], limited[1], std::exchange(heldWet, 0));
+}
+
 StagePeaks MoteWeaverProcessor::TakePeaks() {
     StagePeaks peaks;
     FoldFeedback();
+    MeasureWet();
     peaks.wet = wetPeaks.Release();
     for (uint32_t c = 0; c < 2; ++c)
         peaks.feedback[c] = SoftClip(std::exchange(feedbackPeaks[c], 0.0f));
@@ -325,17 +346,20 @@ void MoteWeaverProcessor::ApplyGain(dsp::Smoother& gain, float** channels, uint3
             channels[c][i] *= ramp[i];
 }
 
-/// Equal-power crossfade with the input, which is as late as the limiter makes the wet signal.
-void MoteWeaverProcessor::MixDry(const dsp::ProcessBlock& block, const Inputs& in, float** signal) {
-    const uint32_t frames = block.numFrames;
+/// The input, as late as the limiter makes the wet signal.
+void MoteWeaverProcessor::DelayDry(const Inputs& in, uint32_t frames) {
     const auto delay = static_cast<uint32_t>(OutputLimiter().LookaheadSamples());
     dsp::RunBlockDelay(dryLines[0], delay, in.left, stage[0], frames);
     if (in.stereo)
         dsp::RunBlockDelay(dryLines[1], delay, in.right, stage[1], frames);
     else
         std::copy_n(stage[0], frames, stage[1]);
+}
+
+/// Equal-power crossfade with it. Answers where the mix is.
+float** MoteWeaverProcessor::MixDry(uint32_t frames, float** signal) {
     if (dryWetMix.IsAtRestAt(1.0))
-        return;
+        return signal;
     constexpr float kQuarterTurn = std::numbers::pi_v<float> * 0.5f;
     const bool resting = dryWetMix.IsAtRest();
     dryWetMix.FillBlock(ramp, frames);
@@ -350,15 +374,16 @@ void MoteWeaverProcessor::MixDry(const dsp::ProcessBlock& block, const Inputs& i
         dryGain = restingDry;
         for (uint32_t c = 0; c < 2; ++c)
             for (uint32_t i = 0; i < frames; ++i)
-                signal[c][i] = wetGain * signal[c][i] + dryGain * stage[c][i];
-        return;
+                stage[c][i] = wetGain * signal[c][i] + dryGain * stage[c][i];
+        return stage;
     }
     for (uint32_t i = 0; i < frames; ++i) {
         wetGain = dsp::UnpairedSine(ramp[i] * kQuarterTurn);
         dryGain = std::cos(ramp[i] * kQuarterTurn);
         for (uint32_t c = 0; c < 2; ++c)
-            signal[c][i] = wetGain * signal[c][i] + dryGain * stage[c][i];
+            stage[c][i] = wetGain * signal[c][i] + dryGain * stage[c][i];
     }
+    return stage;
 }
 
 void MoteWeaverProcessor::WriteOutput(const dsp::ProcessBlock& block, uint32_t channelMode,

@@ -73,7 +73,10 @@ public:
     float FunctionPhase(uint32_t index) { return Function(index).PhaseBuffer()[0]; }
     float SourceValue(uint32_t source) { return Matrix().GetSourceRow(source)[0]; }
     /// Whether peaks are kept, from the next block on.
-    void WatchStages(bool watched) { stagesWatched = watched; }
+    void WatchStages(bool watched) {
+        MeasureWet();
+        stagesWatched = watched;
+    }
     StagePeaks TakePeaks();
 
 private:
@@ -139,7 +142,10 @@ private:
     void RunFeedbackDelay(uint32_t frames);
     float** RunSlotsAt(int32_t place, dsp::ProcessBlock& block, float** signal);
     void ApplyGain(dsp::Smoother& gain, float** channels, uint32_t count, uint32_t frames);
-    void MixDry(const dsp::ProcessBlock& block, const Inputs& in, float** signal);
+    void DelayDry(const Inputs& in, uint32_t frames);
+    float** MixDry(uint32_t frames, float** signal);
+    void HoldWet(uint32_t frames);
+    void MeasureWet();
     void WriteOutput(const dsp::ProcessBlock& block, uint32_t channelMode, float** signal);
 
     // What a user interface draws.
@@ -177,7 +183,7 @@ private:
     float* feedbackSend[2] = {};    ///< goes into the feedback delay
     float* feedbackReturn[2] = {};  ///< comes out of it; then with the input, into the grains
     float* stage[2] = {};           ///< follower input, granular output, delayed dry signal
-    float* limited[2] = {};         ///< the wet signal
+    float* limited[2] = {};         ///< the wet signal, behind the blocks that are held
     float* slotOutA[2] = {};
     float* slotOutB[2] = {};
     float* ramp = nullptr;                      ///< gain curve of the stage at work
@@ -185,7 +191,9 @@ private:
 
     LoopDisplay display;
     bool stagesWatched = false;
+    static constexpr uint32_t kHeldBlocks = 8;
     dsp::PeakHold wetPeaks;
+    uint32_t heldWet = 0;                  ///< frames of the wet signal that are not in those yet
     std::array<float, 2> feedbackPeaks{};  ///< ahead of the clip
     dsp::PeakHold restingPeaks;            ///< what is not in those yet, without its gain
     float restingGain = 0.0f;

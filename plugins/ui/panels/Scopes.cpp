@@ -8,21 +8,16 @@ namespace Quorvan::Ui {
 namespace {
 
 constexpr size_t kKept = 360;
-constexpr size_t kShare = 2;  ///< moments of the feed for one that is drawn
 
-/// One running line: the highest of each kShare moments.
+/// One running line.
 class Trace {
 public:
     /// Answers whether it looks otherwise now.
     bool Take(std::span<const float> moments) {
         bool moved = false;
         for (const float moment : moments) {
-            peak = std::max(peak, moment);
-            if (++taken % kShare != 0)
-                continue;
-            moved |= kept.size() < kKept || peak != kept.back() || peak != kept.front();
-            kept.push_back(peak);
-            peak = 0.0f;
+            moved |= kept.size() < kKept || moment != kept.back() || moment != kept.front();
+            kept.push_back(moment);
         }
         if (kept.size() > kKept)
             kept.erase(kept.begin(), kept.end() - static_cast<std::ptrdiff_t>(kKept));
@@ -40,8 +35,6 @@ public:
 
 private:
     std::vector<float> kept;
-    float peak = 0.0f;
-    size_t taken = 0;
 };
 
 struct Traces {

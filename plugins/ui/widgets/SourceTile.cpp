@@ -16,11 +16,10 @@ bool SourceTile::Tick(double) {
     fresh.clear();
     actions.listen(fresh);
     bool moved = false;
-    for (const float value : fresh)
-        if (++skipped % kShare == 0) {
-            moved |= history.size() < kKept || value != history.back() || value != history.front();
-            history.push_back(value);
-        }
+    for (const float value : fresh) {
+        moved |= history.size() < kKept || value != history.back() || value != history.front();
+        history.push_back(value);
+    }
     if (history.size() > kKept)
         history.erase(history.begin(), history.end() - static_cast<std::ptrdiff_t>(kKept));
     const uint32_t routes = actions.routes();

@@ -34,14 +34,12 @@ public:
 
 private:
     static constexpr size_t kKept = 200;
-    static constexpr size_t kShare = 2;  ///< moments of the feed for one that is drawn
 
     Stage& stage;
     uint32_t source;
     std::string name;
     Actions actions;
     std::vector<float> fresh, history;
-    size_t skipped = 0;
     uint32_t shownRoutes = 0;
     bool shownChosen = false;
     Point pressed;

@@ -1,8 +1,7 @@
 import type { DisplayFrame } from "../engine/DisplayFrame.js";
 import { momentsKept, sourceCount } from "../engine/DisplayLayout.js";
 
-/** Moments of the engine for one that is kept, and how many of those: about one and a half seconds. */
-const share = 2;
+/** Moments of the engine that are kept: about two seconds. */
 export const scopePoints = 200;
 
 /** What the seven sources have been doing lately. */
@@ -18,7 +17,6 @@ export class Scopes {
         if (now < this.moments) this.moments = 0;
         const first = Math.max(this.moments, now - momentsKept);
         for (let moment = first; moment < now; ++moment) {
-            if (moment % share !== 0) continue;
             for (let row = 0; row < sourceCount; ++row)
                 this.row(row)[this.points % scopePoints] =
                     frame.source(row)[moment % momentsKept] ?? 0;

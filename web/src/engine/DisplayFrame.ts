@@ -110,7 +110,7 @@ export class DisplayFrame {
     }
 
     /**
-     * The scopes: a moment for each fourth block of about a millisecond. `moments` have been so far;
+     * The scopes: a moment for each eighth block of about a millisecond. `moments` have been so far;
      * moment m stands at m % 64 of a row, so that the newest is at (moments - 1) % 64.
      */
     get moments(): number {
