@@ -20,9 +20,7 @@ bool IsFlat(FaceModel& model, uint32_t source) {
     constexpr uint32_t kFirst = 1, kFunctions = 3;
     if (source < kFirst || source >= kFirst + kFunctions)
         return false;
-    const std::vector<Point> points = FunctionCurve(model, source).Points();
-    return std::all_of(points.begin(), points.end(),
-                       [&](const Point& point) { return point.y == points.front().y; });
+    return FunctionCurve(model, source).IsFlat();
 }
 
 PointerEvent Moved(const PointerEvent& event, Point at) {

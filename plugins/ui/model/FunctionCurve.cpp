@@ -82,6 +82,14 @@ double FunctionCurve::HeightAt(double x) const {
     return static_cast<double>(segment.HeightAt(static_cast<float>(x)));
 }
 
+bool FunctionCurve::IsFlat() const {
+    const std::vector<Point> points = Points();
+    for (size_t i = 0; i < points.size(); ++i)
+        if (points[i].y != points.front().y || Chance(i)[1] > 0.0f)
+            return false;
+    return true;
+}
+
 void FunctionCurve::Put(size_t point, Point to) {
     model.Edit(firstX + static_cast<uint32_t>(point), static_cast<float>(to.x));
     model.Edit(firstY + static_cast<uint32_t>(point), static_cast<float>(to.y));

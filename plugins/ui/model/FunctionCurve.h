@@ -19,6 +19,8 @@ public:
 
     std::vector<Point> Points() const;
     double HeightAt(double x) const;
+    /// Whether it stands still, chance included.
+    bool IsFlat() const;
     void Begin() { model.Begin(firstY); }
     void End() { model.End(firstY); }
     /// The first and the last point keep their times; the others stay between their neighbours.
