@@ -18,6 +18,7 @@ namespace Quorvan::Processor {
 namespace {
 
 constexpr uint32_t kBufferCount = 11;
+constexpr uint32_t kHeldBlocks = 8;            ///< of the wet signal, side by side
 constexpr float kHighPassCorner = 62.831856f;  // pi * 20 Hz
 constexpr float kFeedbackDelay = 0.005f;       // seconds
 constexpr float kFeedbackRoom = 0.02f;

@@ -191,7 +191,6 @@ private:
 
     LoopDisplay display;
     bool stagesWatched = false;
-    static constexpr uint32_t kHeldBlocks = 8;
     dsp::PeakHold wetPeaks;
     uint32_t heldWet = 0;                  ///< frames of the wet signal that are not in those yet
     std::array<float, 2> feedbackPeaks{};  ///< ahead of the clip
