@@ -24,17 +24,13 @@ TEST(DisplayFeedTest, ShowsWhatSoundsAndChangesNothingOfIt) {
     EXPECT_NEAR(static_cast<double>(frame.time), 72000.0, 900.0);
     EXPECT_NEAR(static_cast<double>(frame.input[0]), 4.0 * static_cast<double>(frame.input[1]),
                 0.5);
-    EXPECT_GT(frame.output[0], 0.0f);
-    EXPECT_GT(frame.wet[0], 0.0f);
-    EXPECT_GT(frame.load, 0.0f);
-    EXPECT_GT(frame.grainCount, 0u);
-    EXPECT_GT(frame.pairsStarted, 0u);
+    EXPECT_TRUE(frame.output[0] > 0.0f && frame.load > 0.0f && frame.pairsStarted > 0);
     std::set<uint64_t> numbers;
     for (uint32_t i = 0; i < frame.grainCount; ++i) {
         numbers.insert(frame.grains[i].number);
         EXPECT_LE(frame.grains[i].place, 1.0f);
     }
-    EXPECT_EQ(numbers.size(), frame.grainCount);
+    EXPECT_TRUE(!numbers.empty() && numbers.size() == frame.grainCount);
 
     // The outline behind the write head is that of the samples themselves.
     const auto column =
@@ -53,16 +49,24 @@ TEST(DisplayFeedTest, AClearedTapeIsSeenEmptyAtOnceAndTheStepFollowsTheSequencer
         "StepSeq_NbSteps=4;StepSeq_RateUnSynced=20 Hz;MoteWeaver_GranularMode=Beat;"
         "MoteWeaver_StepSequencerGranular_NbSteps=4;"
         "MoteWeaver_GranularPhaseHelper_RateSynced=1/16;");
+    ReadyInstrument other("Dry / Wet=100 %;");  // so that all that comes out is wet
     instrument.Display().Watch(true);
+    other.Display().Watch(true);
     const auto highest = [&] {
         instrument.Display().Take();
         const auto& columns = instrument.Display().Latest().tape.highest;
         return std::count_if(columns.begin(), columns.end(), [](float x) { return x > 0.0f; });
     };
     std::set<uint32_t> steps, beats;
+    std::vector<float> loudest(4);  // so far, and four buffers ago
+    float wet = 0.0f;
     for (int i = 0; i < 40; ++i) {
         instrument.Run(NoiseInput(1024));
+        loudest.push_back(std::max(loudest.back(), PeakLevel(other.Run(NoiseInput(1024))[0])));
         instrument.Display().Take();
+        other.Display().Take();
+        wet = std::max(wet, other.Display().Latest().wet[0]);
+        EXPECT_TRUE(wet >= loudest[loudest.size() - 4] && wet <= loudest.back()) << i;
         steps.insert(instrument.Display().Latest().sequencerStep);
         beats.insert(instrument.Display().Latest().beatStep);
     }
@@ -83,7 +87,7 @@ TEST(DisplayFeedTest, AnotherThreadSeesWholePicturesInOrder) {
             if (instrument.Display().Take()) {
                 const DisplayFrame& frame = instrument.Display().Latest();
                 EXPECT_GT(frame.number, last);
-                EXPECT_GE(frame.moments, 2 * frame.number);
+                EXPECT_GE(frame.moments, frame.number);
                 last = frame.number;
             }
         EXPECT_GT(last, 0u);

@@ -69,8 +69,6 @@ TEST(ClockTest, ReplacementGivesTheSeedsUntilItIsTakenBack) {
     fixed.now = 0x700000005u;
     EXPECT_EQ(prims::SeedFromClock(), 5u);
     EXPECT_EQ(prims::ReplaceClock(nullptr), &fixed);
-    const uint32_t now = prims::SeedFromClock();
-    EXPECT_LT(prims::SeedFromClock() - now, 1000000u);  // the system's clock goes on
 }
 
 }  // namespace
