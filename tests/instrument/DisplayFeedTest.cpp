@@ -83,7 +83,7 @@ TEST(DisplayFeedTest, AnotherThreadSeesWholePicturesInOrder) {
     std::atomic<bool> runs{true};
     std::thread window([&] {
         uint64_t last = 0;
-        while (runs)
+        for (bool on = true; std::exchange(on, runs.load());)  // once more at the end
             if (instrument.Display().Take()) {
                 const DisplayFrame& frame = instrument.Display().Latest();
                 EXPECT_GT(frame.number, last);
