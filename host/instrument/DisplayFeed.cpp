@@ -46,7 +46,6 @@ void DisplayFeed::Prepare(double rate) {
     draft.sampleRate = rate;
     outline.Clear();
     framesSince = unfollowed = 0;
-    started = 0;
 }
 
 void DisplayFeed::OnBlock(const BlockReport& report) {
@@ -54,7 +53,7 @@ void DisplayFeed::OnBlock(const BlockReport& report) {
     WatchStages(*report.processor, isOn);
     if (!isOn)
         return;
-    started += granular->StartedCount();
+    draft.pairsStarted += granular->StartedCount();
     framesSince += report.frames;
     if (++blocksSince == DisplayMoments::kBlocks) {
         blocksSince = 0;
@@ -126,7 +125,6 @@ void DisplayFeed::NoteDestinations(Processor::IProcessor_V5& processor) {
 void DisplayFeed::Publish(const BlockReport& report) {
     draft.time = report.firstFrame + report.frames;
     draft.transport = report.transport;
-    draft.pairsStarted = started;
     unfollowed += framesSince;
     if (draft.number % 2 == 0) {
         ShowLevels(*report.processor);

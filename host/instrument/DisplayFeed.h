@@ -90,7 +90,6 @@ private:
     bool isMeasuring = false;
     uint32_t blocksSince = 0;  ///< the last moment
     uint32_t framesSince = 0;  ///< the last picture
-    uint64_t started = 0;      ///< pairs, since somebody watches
     double unmeasured = 0.0;   ///< seconds of sound since the load was measured
     double sampleRate = 48000.0;
     Processor::IProcessor_V5* watched = nullptr;  ///< whose stages are watched

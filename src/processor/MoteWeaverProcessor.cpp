@@ -189,8 +189,7 @@ bool MoteWeaverProcessor::ProcessEffect(dsp::ProcessBlock& block, uint32_t chann
     ApplyGain(granularVolume, limited, 2, block.numFrames);
     ApplyGain(transportGain, limited, 2, block.numFrames);
     float** signal = RunSlotsAt(1, block, limited);
-    DelayDry(in, block.numFrames);
-    signal = MixDry(block.numFrames, signal);
+    signal = MixDry(block, in, signal);
     signal = RunSlotsAt(0, block, signal);
     WriteOutput(block, channelMode, signal);
     SendFeedback(block);
@@ -347,18 +346,17 @@ void MoteWeaverProcessor::ApplyGain(dsp::Smoother& gain, float** channels, uint3
             channels[c][i] *= ramp[i];
 }
 
-/// The input, as late as the limiter makes the wet signal.
-void MoteWeaverProcessor::DelayDry(const Inputs& in, uint32_t frames) {
+/// Equal-power crossfade with the input, which is as late as the limiter makes the wet signal.
+/// Answers where the mix is.
+float** MoteWeaverProcessor::MixDry(const dsp::ProcessBlock& block, const Inputs& in,
+                                    float** signal) {
+    const uint32_t frames = block.numFrames;
     const auto delay = static_cast<uint32_t>(OutputLimiter().LookaheadSamples());
     dsp::RunBlockDelay(dryLines[0], delay, in.left, stage[0], frames);
     if (in.stereo)
         dsp::RunBlockDelay(dryLines[1], delay, in.right, stage[1], frames);
     else
         std::copy_n(stage[0], frames, stage[1]);
-}
-
-/// Equal-power crossfade with it. Answers where the mix is.
-float** MoteWeaverProcessor::MixDry(uint32_t frames, float** signal) {
     if (dryWetMix.IsAtRestAt(1.0))
         return signal;
     constexpr float kQuarterTurn = std::numbers::pi_v<float> * 0.5f;

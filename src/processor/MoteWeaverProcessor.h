@@ -142,8 +142,7 @@ private:
     void RunFeedbackDelay(uint32_t frames);
     float** RunSlotsAt(int32_t place, dsp::ProcessBlock& block, float** signal);
     void ApplyGain(dsp::Smoother& gain, float** channels, uint32_t count, uint32_t frames);
-    void DelayDry(const Inputs& in, uint32_t frames);
-    float** MixDry(uint32_t frames, float** signal);
+    float** MixDry(const dsp::ProcessBlock& block, const Inputs& in, float** signal);
     void HoldWet(uint32_t frames);
     void MeasureWet();
     void WriteOutput(const dsp::ProcessBlock& block, uint32_t channelMode, float** signal);

@@ -1,7 +1,8 @@
 #include "plugins/ui/panels/Scopes.h"
 
-#include <algorithm>
 #include <memory>
+
+#include "plugins/ui/widgets/RunningLine.h"
 
 namespace Quorvan::Ui {
 
@@ -9,36 +10,8 @@ namespace {
 
 constexpr size_t kKept = 360;
 
-/// One running line.
-class Trace {
-public:
-    /// Answers whether it looks otherwise now.
-    bool Take(std::span<const float> moments) {
-        bool moved = false;
-        for (const float moment : moments) {
-            moved |= kept.size() < kKept || moment != kept.back() || moment != kept.front();
-            kept.push_back(moment);
-        }
-        if (kept.size() > kKept)
-            kept.erase(kept.begin(), kept.end() - static_cast<std::ptrdiff_t>(kKept));
-        return moved;
-    }
-    std::vector<Point> Line(const Rect& box) const {
-        std::vector<Point> line;
-        for (size_t i = 0; i < kept.size(); ++i)
-            line.push_back(
-                {box.Right() - box.width * static_cast<double>(kept.size() - 1 - i) /
-                                   static_cast<double>(kKept - 1),
-                 box.Bottom() - box.height * std::clamp(static_cast<double>(kept[i]), 0.0, 1.0)});
-        return line;
-    }
-
-private:
-    std::vector<float> kept;
-};
-
 struct Traces {
-    Trace heard, made;
+    RunningLine heard{kKept}, made{kKept};
     uint64_t taken = 0;
     std::vector<float> newlyHeard, newlyMade;
 };
@@ -63,8 +36,8 @@ DrawnView::Actions FollowerScope(FaceModel& model) {
         const Rect well{box.x, box.y + 20.0, box.width, box.height - 20.0};
         painter.Round(well, 4.0, Theme::kWell);
         const Rect inner = well.Inset(8.0);
-        const std::vector<Point> heard = traces->heard.Line(inner);
-        const std::vector<Point> made = traces->made.Line(inner);
+        const std::vector<Point> heard = traces->heard.Line(inner, inner.Bottom(), inner.height);
+        const std::vector<Point> made = traces->made.Line(inner, inner.Bottom(), inner.height);
         if (heard.size() > 1)
             painter.Area(heard, inner.Bottom(), Theme::kWave);
         if (made.size() > 1)
@@ -81,7 +54,7 @@ DrawnView::Actions FollowerScope(FaceModel& model) {
 
 DrawnView::Actions SourceScope(FaceModel& model, uint32_t source) {
     DrawnView::Actions actions;
-    const auto trace = std::make_shared<Trace>();
+    const auto trace = std::make_shared<RunningLine>(kKept);
     actions.tick = [&model, trace, source, heard = uint64_t{0},
                     fresh = std::vector<float>()](double) mutable {
         fresh.clear();
@@ -93,7 +66,7 @@ DrawnView::Actions SourceScope(FaceModel& model, uint32_t source) {
     actions.draw = [trace, source](Painter& painter, const Rect& box) {
         painter.Round(box, 4.0, Theme::kWell);
         const Rect inner = box.Inset(8.0);
-        const std::vector<Point> line = trace->Line(inner);
+        const std::vector<Point> line = trace->Line(inner, inner.Bottom(), inner.height);
         if (line.size() < 2)
             return;
         painter.Area(line, inner.Bottom(), Theme::Source(source).Faded(0.15));

@@ -15,13 +15,7 @@ SourceTile::SourceTile(const Rect& place, Stage& face, uint32_t itsSource, std::
 bool SourceTile::Tick(double) {
     fresh.clear();
     actions.listen(fresh);
-    bool moved = false;
-    for (const float value : fresh) {
-        moved |= history.size() < kKept || value != history.back() || value != history.front();
-        history.push_back(value);
-    }
-    if (history.size() > kKept)
-        history.erase(history.begin(), history.end() - static_cast<std::ptrdiff_t>(kKept));
+    bool moved = history.Take(fresh);
     const uint32_t routes = actions.routes();
     const bool chosen = actions.chosen();
     moved |= routes != shownRoutes || chosen != shownChosen;
@@ -45,11 +39,7 @@ void SourceTile::Draw(Painter& painter) {
     const double reach = (actions.foot > 0.0 ? 1.0 : 0.5) * scope.height;
     const double zero = scope.y + reach;
     painter.Fill({scope.x, painter.Snap(zero), scope.width, 1.0}, Theme::kLine);
-    std::vector<Point> line;
-    for (size_t i = 0; i < history.size(); ++i)
-        line.push_back({scope.Right() - scope.width * static_cast<double>(history.size() - 1 - i) /
-                                            static_cast<double>(kKept - 1),
-                        zero - reach * static_cast<double>(history[i])});
+    const std::vector<Point> line = history.Line(scope, zero, reach);
     if (line.size() > 1)
         painter.Path(line, colour, 1.5);
     if (focused)

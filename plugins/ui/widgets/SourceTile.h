@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "plugins/ui/widgets/RunningLine.h"
 #include "plugins/ui/widgets/Stage.h"
 #include "plugins/ui/widgets/Widget.h"
 
@@ -39,7 +40,8 @@ private:
     uint32_t source;
     std::string name;
     Actions actions;
-    std::vector<float> fresh, history;
+    std::vector<float> fresh;
+    RunningLine history{kKept};
     uint32_t shownRoutes = 0;
     bool shownChosen = false;
     Point pressed;
